@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "core/Clock.h"
+#include "core/Scheduler.h"
+
+namespace tidemark {
+
+// A scheduler driven by hand: time passes only in advance(), which also moves the clock, and
+// due work runs in order of its due time.
+class ManualScheduler final : public Scheduler {
+ public:
+  explicit ManualScheduler(ManualClock& clock) : clock_(clock) {}
+
+  void post(std::function<void()> work) override;
+  TimerHandle after(double seconds, std::function<void()> work) override;
+  TimerHandle every(double seconds, std::function<void()> work) override;
+
+  // Moves the clock forward by `seconds`, running everything that falls due on the way.
+  void advance(double seconds);
+  // Runs what is due now (posted work included) without moving the clock.
+  void runDue() { advance(0); }
+  // Number of pending, not cancelled, entries.
+  size_t pendingCount() const;
+
+ private:
+  struct Entry {
+    std::function<void()> work;
+    double interval = 0;  // 0: runs once
+    std::shared_ptr<bool> cancelled;
+  };
+  TimerHandle schedule(double delay, double interval, std::function<void()> work);
+
+  ManualClock& clock_;
+  // Keyed by (due time, sequence) so equal due times keep their scheduling order.
+  std::map<std::pair<double, uint64_t>, Entry> queue_;
+  uint64_t sequence_ = 0;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,65 @@
+#include "core/QuoteSnapshot.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace tidemark {
+
+double QuoteSnapshot::changePct() const {
+  if (!(prevClose > 0)) return 0;
+  return (price - prevClose) / prevClose * 100;
+}
+
+std::string QuoteSnapshot::currency() const {
+  if (market == "港股" || market == "港股基金") return "HKD";
+  if (market == "美股" || market == "美股基金") return "USD";
+  return "CNY";
+}
+
+std::vector<double> QuoteSnapshot::trend() const {
+  return syntheticTrend(id, price, prevClose);
+}
+
+std::vector<double> syntheticTrend(const std::string& id, double price, double prevClose) {
+  double seed = 0;
+  for (unsigned char byte : id) seed += byte;
+  const double amplitude = std::max(std::abs(price - prevClose) * 0.16, prevClose * 0.0015);
+  std::vector<double> values;
+  values.reserve(60);
+  for (int i = 0; i < 60; ++i) {
+    const double t = i / 59.0;
+    const double w = 0.55 * std::sin(22 * t + seed) + 0.25 * std::sin(0.3 * seed + 53 * t) +
+                     0.15 * std::sin(0.7 * seed + 97 * t);
+    values.push_back(prevClose + t * (price - prevClose) +
+                     std::sin(std::numbers::pi * t) * w * amplitude);
+  }
+  return values;
+}
+
+Json toJson(const QuoteSnapshot& q) {
+  return Json{
+      {"id", q.id},        {"market", q.market},       {"name", q.name},
+      {"price", q.price},  {"prevClose", q.prevClose}, {"high", q.high},
+      {"low", q.low},      {"volume", q.volume},       {"updatedAt", q.updatedAt.sinceReference},
+      {"source", q.source}};
+}
+
+std::optional<QuoteSnapshot> quoteFromJson(const Json& object) {
+  auto id = json::string(object, "id");
+  auto market = json::string(object, "market");
+  auto name = json::string(object, "name");
+  auto price = json::number(object, "price");
+  auto prevClose = json::number(object, "prevClose");
+  auto high = json::number(object, "high");
+  auto low = json::number(object, "low");
+  auto volume = json::integer(object, "volume");
+  auto updatedAt = json::date(object, "updatedAt");
+  auto source = json::string(object, "source");
+  if (!id || !market || !name || !price || !prevClose || !high || !low || !volume || !updatedAt ||
+      !source)
+    return std::nullopt;
+  return QuoteSnapshot{*id,   *market, *name,   *price,     *prevClose,
+                       *high, *low,    *volume, *updatedAt, *source};
+}
+
+}  // namespace tidemark

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "core/Date.h"
+#include "core/Json.h"
+
+namespace tidemark {
+
+// One quote of one symbol at one moment. `id` is the bare code the user stores ("600519",
+// "00700", "NVDA") and the record's identity.
+struct QuoteSnapshot {
+  std::string id;
+  std::string market;
+  std::string name;
+  double price = 0;
+  double prevClose = 0;
+  double high = 0;
+  double low = 0;
+  int64_t volume = 0;
+  Date updatedAt;
+  std::string source;
+
+  double change() const { return price - prevClose; }
+  // 0 unless the previous close is positive (also for NaN), never infinite.
+  double changePct() const;
+  // "HKD", "USD" or "CNY", by the exact market label.
+  std::string currency() const;
+  // A deterministic 60-point path from prevClose to price, drawn when no real series exists.
+  std::vector<double> trend() const;
+
+  // Doubles compare numerically, so a NaN price makes a record unequal to itself.
+  friend bool operator==(const QuoteSnapshot&, const QuoteSnapshot&) = default;
+};
+
+using QuoteMap = std::unordered_map<std::string, QuoteSnapshot>;
+
+// The synthetic path behind `trend`, also used for the illustrative intraday curve.
+std::vector<double> syntheticTrend(const std::string& id, double price, double prevClose);
+
+// Keys in field order; `updatedAt` as seconds since 2001-01-01T00:00:00Z.
+Json toJson(const QuoteSnapshot& quote);
+// All ten keys are required with their types; anything else gives no value.
+std::optional<QuoteSnapshot> quoteFromJson(const Json& object);
+
+}  // namespace tidemark
