@@ -1,0 +1,402 @@
+#include "model/AppModel.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "core/FileIO.h"
+
+namespace tidemark {
+
+const std::vector<std::string>& AppModel::defaultWatchlist() {
+  static const std::vector<std::string> list{"600519", "00700", "NVDA", "03033", "000858"};
+  return list;
+}
+
+Date AppModel::embeddedSnapshotDate() {
+  static const Date date = *parseISO8601("2026-10-16T09:30:00+08:00");
+  return date;
+}
+
+AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
+                   bool startTimers, Bundle bundle)
+    : deps_(dependencies), bundle_(std::move(bundle)), canRequestNotifications_(startTimers) {
+  const Date now = deps_.clock.now();
+  updatedAt_ = now;
+  lastRefreshStartedAt_ = now;
+  lastRotationAt_ = now;
+
+  if (watchlistURL) {
+    watchlistURL_ = std::move(watchlistURL);
+  } else if (deps_.applicationSupportDirectory) {
+    watchlistURL_ = *deps_.applicationSupportDirectory / "Tidemark" / "watchlist.json";
+  }
+
+  restoreSourceConfiguration();
+  restorePreferences();
+  restoreSnapshotCache();
+
+  if (auto stored = readWatchlist()) {
+    watchlist_ = std::move(*stored);
+  } else {
+    watchlist_ = defaultWatchlist();
+  }
+  if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
+    activeID_ = watchlist_.empty() ? std::string() : watchlist_.front();
+
+  ready_ = true;
+  startFirstLoad();
+
+  savePreferences();
+  saveQuotes();
+  saveWatchlist();
+  evaluateAlert();
+
+  if (startTimers) {
+    timer_ = deps_.scheduler.every(heartbeatInterval, guarded([this] { heartbeat(); }));
+    deps_.notifier.queryAuthorization(guarded(std::function<void(bool)>([this](bool authorized) {
+      alertNotificationsAuthorized_ = authorized;
+      if (authorized) deliverPriceAlertNotification();
+    })));
+  }
+}
+
+AppModel::~AppModel() {
+  timer_.cancel();
+  pendingRefresh_.cancel();
+}
+
+std::function<void()> AppModel::guarded(std::function<void()> work) {
+  return [alive = std::weak_ptr<int>(alive_), work = std::move(work)] {
+    if (alive.lock()) work();
+  };
+}
+
+// ---- Restoring ---------------------------------------------------------------------------
+
+void AppModel::restoreSourceConfiguration() {
+  if (auto bytes = deps_.defaults.data(sourceManifestKey)) {
+    if (auto manifest = decodeManifest(*bytes); manifest && manifest->isValid()) {
+      dataSourceEndpoints_ = manifest->endpoints;
+      sourceConfigRevision_ = manifest->revision;
+      sourceConfigStatus_ = "使用缓存地址 r" + std::to_string(manifest->revision);
+      return;
+    }
+  }
+  // The configuration shipped with the application is the built-in set, possibly newer than
+  // the compiled-in one.
+  if (auto path = bundle_.resource("data-source-config", "json")) {
+    std::error_code error;
+    if (auto bytes = readFile(*path, error)) {
+      if (auto manifest = decodeManifest(*bytes); manifest && manifest->isValid()) {
+        dataSourceEndpoints_ = manifest->endpoints;
+        sourceConfigRevision_ = manifest->revision;
+      }
+    }
+  }
+  sourceConfigStatus_ = "使用内置地址";
+}
+
+void AppModel::restorePreferences() {
+  auto bytes = deps_.defaults.data(preferencesKey);
+  if (!bytes) return;
+  auto document = json::parse(*bytes);
+  if (!document) return;
+  auto p = preferencesFromJson(*document);
+  if (!p) return;
+  setActiveID(p->activeID);
+  setTheme(p->theme);
+  setReduceMotion(p->reduceMotion);
+  setRefreshInterval(clampedRefreshInterval(p->refreshInterval));
+  setSourceMode(p->sourceMode);
+  setMasked(p->masked);
+  setOrbSize(clampedOrbSize(p->orbSize));
+  setAutoRotate(p->autoRotate);
+  setMenuDensity(clampedMenuDensity(p->menuDensity));
+  setOrbShowsName(p->orbShowsName.value_or(false));
+  setPhase(p->phase);
+  setLastError(p->lastError);
+  setLatencyMS(p->latencyMS);
+  setUpdatedAt(p->updatedAt);
+  setOnboardingSeen(p->onboardingSeen);
+  setAlertPrice(validAlertPrice(p->alertPrice));
+  setAlertAbove(p->alertAbove);
+  setAlertTriggered(p->alertTriggered);
+  setAlertSymbolID(p->alertSymbolID);
+}
+
+void AppModel::restoreSnapshotCache() {
+  if (auto bytes = deps_.defaults.data(snapshotsKey)) {
+    auto document = json::parse(*bytes);
+    if (document && document->is_array()) {
+      std::vector<QuoteSnapshot> restored;
+      restored.reserve(document->size());
+      bool readable = true;
+      for (const Json& entry : *document) {
+        auto quote = quoteFromJson(entry);
+        if (!quote) {
+          readable = false;
+          break;
+        }
+        restored.push_back(std::move(*quote));
+      }
+      if (readable) setQuotes(std::move(restored));
+    }
+  }
+  setPhase(phaseForAge(updatedAt_));
+}
+
+QuotePhase AppModel::phaseForAge(Date dataTime) const {
+  return deps_.clock.now() - dataTime > staleAfter ? QuotePhase::stale : QuotePhase::live;
+}
+
+// ---- Setters -------------------------------------------------------------------------------
+
+void AppModel::setQuotes(std::vector<QuoteSnapshot> quotes) {
+  assign(quotes_, std::move(quotes));
+}
+
+void AppModel::setWatchlist(std::vector<std::string> watchlist) {
+  if (!ready_) {
+    assign(watchlist_, std::move(watchlist));
+    return;
+  }
+  assign(watchlist_, validSymbols(watchlist));
+  if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
+    setActiveID(watchlist_.empty() ? std::string() : watchlist_.front());
+  saveWatchlist();
+  savePreferences();
+}
+
+void AppModel::setActiveID(std::string symbol) {
+  assign(activeID_, std::move(symbol));
+  if (!ready_) return;
+  lastRotationAt_ = deps_.clock.now();
+  savePreferences();
+  evaluateAlert();
+  requestActiveIntraday();
+}
+
+void AppModel::setTheme(AppTheme theme) {
+  assign(theme_, theme);
+  savePreferences();
+}
+
+void AppModel::setReduceMotion(bool on) {
+  assign(reduceMotion_, on);
+  savePreferences();
+}
+
+void AppModel::setRefreshInterval(double seconds) {
+  if (!ready_) {
+    assign(refreshInterval_, seconds);
+    return;
+  }
+  assign(refreshInterval_, clampedRefreshInterval(seconds));
+  lastRefreshStartedAt_ = deps_.clock.now();
+  savePreferences();
+}
+
+void AppModel::setSourceMode(SourceMode mode) {
+  const SourceMode previous = sourceMode_;
+  assign(sourceMode_, mode);
+  if (!ready_) return;
+  savePreferences();
+  if (mode != previous) {
+    pendingRefresh_.cancel();
+    startFirstLoad();
+  }
+  lastRefreshStartedAt_ = deps_.clock.now();
+}
+
+void AppModel::setMasked(bool on) {
+  assign(masked_, on);
+  savePreferences();
+}
+
+void AppModel::setOrbSize(double points) {
+  assign(orbSize_, ready_ ? clampedOrbSize(points) : points);
+  savePreferences();
+}
+
+void AppModel::setAutoRotate(bool on) {
+  assign(autoRotate_, on);
+  if (!ready_) return;
+  lastRotationAt_ = deps_.clock.now();
+  savePreferences();
+}
+
+void AppModel::setMenuDensity(int64_t density) {
+  assign(menuDensity_, ready_ ? clampedMenuDensity(density) : density);
+  savePreferences();
+}
+
+void AppModel::setOrbShowsName(bool on) {
+  assign(orbShowsName_, on);
+  savePreferences();
+}
+
+void AppModel::setPhase(QuotePhase phase) {
+  assign(phase_, phase);
+  savePreferences();
+}
+
+void AppModel::setLastError(std::optional<std::string> text) {
+  assign(lastError_, std::move(text));
+  savePreferences();
+}
+
+void AppModel::setLatencyMS(int64_t milliseconds) {
+  assign(latencyMS_, milliseconds);
+  savePreferences();
+}
+
+void AppModel::setUpdatedAt(Date date) {
+  assign(updatedAt_, date);
+  savePreferences();
+}
+
+void AppModel::setOnboardingSeen(bool seen) {
+  assign(onboardingSeen_, seen);
+  savePreferences();
+}
+
+void AppModel::setAlertPrice(std::optional<double> price) {
+  if (!ready_) {
+    assign(alertPrice_, price);
+    return;
+  }
+  assign(alertPrice_, validAlertPrice(price));
+  setAlertTriggered(false);
+  savePreferences();
+  evaluateAlert();
+}
+
+void AppModel::setAlertAbove(bool above) {
+  assign(alertAbove_, above);
+  savePreferences();
+  evaluateAlert();
+}
+
+void AppModel::setAlertTriggered(bool triggered) {
+  assign(alertTriggered_, triggered);
+  savePreferences();
+}
+
+void AppModel::setAlertSymbolID(std::optional<std::string> symbol) {
+  assign(alertSymbolID_, std::move(symbol));
+  savePreferences();
+  evaluateAlert();
+}
+
+void AppModel::setSourceSearchResults(std::vector<QuoteSnapshot> results) {
+  assign(sourceSearchResults_, std::move(results));
+}
+
+void AppModel::setSourceSearchMessage(std::optional<std::string> message) {
+  assign(sourceSearchMessage_, std::move(message));
+}
+
+void AppModel::setIsSearchingSource(bool searching) {
+  assign(isSearchingSource_, searching);
+}
+
+// ---- Derived -------------------------------------------------------------------------------
+
+const QuoteSnapshot* AppModel::quote(const std::string& symbol) const {
+  for (const QuoteSnapshot& q : quotes_)
+    if (q.id == symbol) return &q;
+  return nullptr;
+}
+
+const QuoteSnapshot* AppModel::activeQuote() const {
+  return quote(activeID_);
+}
+
+const QuoteSnapshot* AppModel::alertQuote() const {
+  return alertSymbolID_ ? quote(*alertSymbolID_) : nullptr;
+}
+
+std::vector<QuoteSnapshot> AppModel::watchedQuotes() const {
+  std::unordered_map<std::string_view, const QuoteSnapshot*> byID;
+  byID.reserve(quotes_.size());
+  for (const QuoteSnapshot& q : quotes_) byID.emplace(q.id, &q);
+  std::vector<QuoteSnapshot> watched;
+  watched.reserve(watchlist_.size());
+  for (const std::string& symbol : watchlist_)
+    if (auto it = byID.find(symbol); it != byID.end()) watched.push_back(*it->second);
+  return watched;
+}
+
+std::string AppModel::sourceLabel() const {
+  const auto any = [this](auto predicate) {
+    return std::any_of(quotes_.begin(), quotes_.end(), predicate);
+  };
+  if (any([](const QuoteSnapshot& q) { return q.source == "embedded_fallback"; }))
+    return "内置离线快照";
+  if (any([](const QuoteSnapshot& q) { return q.source == "stock-sdk"; })) return "stock-sdk 行情";
+  if (any([](const QuoteSnapshot& q) { return q.source == "tencent"; })) return "腾讯行情";
+  if (any([](const QuoteSnapshot& q) { return q.source == "sina"; })) return "新浪行情";
+  if (any([](const QuoteSnapshot& q) { return q.source.starts_with("stock-api"); }))
+    return "stock-api 行情";
+  return std::string(label(sourceMode_));
+}
+
+// ---- Preferences -------------------------------------------------------------------------
+
+AppModel::Preferences AppModel::currentPreferences() const {
+  Preferences p;
+  p.activeID = activeID_;
+  p.theme = theme_;
+  p.reduceMotion = reduceMotion_;
+  p.refreshInterval = refreshInterval_;
+  p.sourceMode = sourceMode_;
+  p.masked = masked_;
+  p.orbSize = orbSize_;
+  p.autoRotate = autoRotate_;
+  p.menuDensity = menuDensity_;
+  p.orbShowsName = orbShowsName_;
+  p.phase = phase_;
+  p.lastError = lastError_;
+  p.latencyMS = latencyMS_;
+  p.updatedAt = updatedAt_;
+  p.onboardingSeen = onboardingSeen_;
+  p.alertPrice = alertPrice_;
+  p.alertAbove = alertAbove_;
+  p.alertTriggered = alertTriggered_;
+  p.alertSymbolID = alertSymbolID_;
+  return p;
+}
+
+void AppModel::savePreferences() {
+  if (!ready_) return;
+  if (auto bytes = json::encode(toJson(currentPreferences())))
+    deps_.defaults.setData(preferencesKey, *bytes);
+}
+
+void AppModel::resetPreferences() {
+  pendingRefresh_.cancel();
+  ready_ = false;
+  setTheme(AppTheme::dark);
+  setReduceMotion(false);
+  setRefreshInterval(2.6);
+  setSourceMode(SourceMode::mock);
+  setMasked(false);
+  setOrbSize(96);
+  setAutoRotate(true);
+  setMenuDensity(0);
+  setOrbShowsName(false);
+  setOnboardingSeen(false);
+  setAlertPrice(std::nullopt);
+  setAlertAbove(true);
+  setAlertTriggered(false);
+  setAlertSymbolID(std::nullopt);
+  loadSource(true);
+  ready_ = true;
+  lastRefreshStartedAt_ = deps_.clock.now();
+  lastRotationAt_ = deps_.clock.now();
+  savePreferences();
+  saveWatchlist();
+  saveQuotes();
+}
+
+}  // namespace tidemark

@@ -1,0 +1,270 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/Bundle.h"
+#include "core/ChangeSignal.h"
+#include "core/Clock.h"
+#include "core/DataSourceEndpoints.h"
+#include "core/KeyValueStore.h"
+#include "core/MarketDataSource.h"
+#include "core/Notifier.h"
+#include "core/QuoteSnapshot.h"
+#include "core/Scheduler.h"
+#include "model/DemoMarket.h"
+#include "model/ModelError.h"
+#include "model/Preferences.h"
+#include "model/Watchlist.h"
+
+namespace tidemark {
+
+// The one observable object behind the orb, the tray and the windows: quotes, watchlist,
+// settings, the refresh cycle with its freshness phase, and the price alert. Main thread only.
+// Every assignment of a published property notifies subscribers; side effects of setters
+// (saving, refreshing, evaluating the alert) run only once construction has finished.
+class AppModel {
+ public:
+  using Preferences = tidemark::Preferences;
+  using WatchlistBackup = tidemark::WatchlistBackup;
+
+  struct Dependencies {
+    KeyValueStore& defaults;
+    const Clock& clock;
+    Scheduler& scheduler;
+    MarketDataSource& dataSource;
+    Notifier& notifier;
+    // The user's application-support directory; the watchlist file defaults to
+    // "<it>/Tidemark/watchlist.json". None: the watchlist lives in the store only.
+    std::optional<std::filesystem::path> applicationSupportDirectory;
+  };
+
+  static constexpr const char* preferencesKey = "tidemark.native.preferences.v2";
+  static constexpr const char* watchlistKey = "tidemark.native.watchlist.v1";
+  static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
+  static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
+  static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
+  static constexpr double staleAfter = 15;
+  static constexpr double heartbeatInterval = 0.5;
+  static constexpr double refreshDebounce = 0.18;
+  static constexpr double rotationPeriod = 7;
+  static const std::vector<std::string>& defaultWatchlist();
+  // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
+  static Date embeddedSnapshotDate();
+
+  // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
+  // the notification queries and the network bootstrap.
+  AppModel(Dependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
+           bool startTimers, Bundle bundle);
+  ~AppModel();
+  AppModel(const AppModel&) = delete;
+  AppModel& operator=(const AppModel&) = delete;
+
+  [[nodiscard]] ChangeSignal::Subscription subscribe(std::function<void()> handler) {
+    return changed_.subscribe(std::move(handler));
+  }
+
+  // Published state.
+  const std::vector<QuoteSnapshot>& quotes() const { return quotes_; }
+  const std::map<std::string, std::vector<double>>& intradaySeries() const {
+    return intradaySeries_;
+  }
+  const std::string& sourceConfigStatus() const { return sourceConfigStatus_; }
+  const std::vector<std::string>& watchlist() const { return watchlist_; }
+  const std::string& activeID() const { return activeID_; }
+  AppTheme theme() const { return theme_; }
+  bool reduceMotion() const { return reduceMotion_; }
+  double refreshInterval() const { return refreshInterval_; }
+  SourceMode sourceMode() const { return sourceMode_; }
+  bool masked() const { return masked_; }
+  double orbSize() const { return orbSize_; }
+  bool autoRotate() const { return autoRotate_; }
+  int64_t menuDensity() const { return menuDensity_; }
+  bool orbShowsName() const { return orbShowsName_; }
+  QuotePhase phase() const { return phase_; }
+  const std::optional<std::string>& lastError() const { return lastError_; }
+  int64_t latencyMS() const { return latencyMS_; }
+  Date updatedAt() const { return updatedAt_; }
+  bool onboardingSeen() const { return onboardingSeen_; }
+  const std::vector<QuoteSnapshot>& sourceSearchResults() const { return sourceSearchResults_; }
+  const std::optional<std::string>& sourceSearchMessage() const { return sourceSearchMessage_; }
+  bool isSearchingSource() const { return isSearchingSource_; }
+  std::optional<double> alertPrice() const { return alertPrice_; }
+  bool alertAbove() const { return alertAbove_; }
+  bool alertTriggered() const { return alertTriggered_; }
+  const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
+
+  // Setters with their side effects.
+  void setQuotes(std::vector<QuoteSnapshot> quotes);
+  void setWatchlist(std::vector<std::string> watchlist);
+  void setActiveID(std::string symbol);
+  void setTheme(AppTheme theme);
+  void setReduceMotion(bool on);
+  void setRefreshInterval(double seconds);
+  void setSourceMode(SourceMode mode);
+  void setMasked(bool on);
+  void setOrbSize(double points);
+  void setAutoRotate(bool on);
+  void setMenuDensity(int64_t density);
+  void setOrbShowsName(bool on);
+  void setPhase(QuotePhase phase);
+  void setLastError(std::optional<std::string> text);
+  void setLatencyMS(int64_t milliseconds);
+  void setUpdatedAt(Date date);
+  void setOnboardingSeen(bool seen);
+  void setAlertPrice(std::optional<double> price);
+  void setAlertAbove(bool above);
+  void setAlertTriggered(bool triggered);
+  void setAlertSymbolID(std::optional<std::string> symbol);
+  void setSourceSearchResults(std::vector<QuoteSnapshot> results);
+  void setSourceSearchMessage(std::optional<std::string> message);
+  void setIsSearchingSource(bool searching);
+
+  // Derived state.
+  const QuoteSnapshot* activeQuote() const;
+  const QuoteSnapshot* alertQuote() const;
+  const QuoteSnapshot* quote(const std::string& symbol) const;
+  std::vector<QuoteSnapshot> watchedQuotes() const;
+  std::string_view phaseLabel() const { return label(phase_); }
+  std::string sourceLabel() const;
+
+  // Unpublished state worth reading.
+  bool isReady() const { return ready_; }
+  bool alertNotificationsAuthorized() const { return alertNotificationsAuthorized_; }
+  bool alertNotificationNeedsDelivery() const { return alertNotificationNeedsDelivery_; }
+  const std::optional<std::filesystem::path>& watchlistURL() const { return watchlistURL_; }
+  const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
+  int64_t sourceConfigRevision() const { return sourceConfigRevision_; }
+  bool sourceBootstrapInFlight() const { return sourceBootstrapInFlight_; }
+  bool hasPendingRefresh() const { return static_cast<bool>(pendingRefresh_); }
+  Date lastRefreshStartedAt() const { return lastRefreshStartedAt_; }
+  Date lastRotationAt() const { return lastRotationAt_; }
+
+  // Preferences.
+  void savePreferences();
+  void resetPreferences();
+  Preferences currentPreferences() const;
+
+  // Watchlist.
+  void select(const std::string& symbol);
+  void add(const std::string& symbol);
+  void add(const QuoteSnapshot& quote);
+  void remove(const std::string& symbol);
+  void move(const std::string& symbol, int offset);
+  void cycleActive();
+  void restoreWatchlist();
+  std::optional<std::vector<std::string>> readWatchlist() const;
+  void saveWatchlist();
+  // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
+  void exportWatchlist(const std::filesystem::path& url) const;
+  void importWatchlist(const std::filesystem::path& url);
+
+  // Refresh engine.
+  void heartbeat();
+  void refresh() { beginRefresh(false); }
+  void beginRefresh(bool automatic);
+  void loadSource(bool resetMock);
+  void fetchLiveQuotes(SourceMode mode);
+  void saveQuotes();
+  void simulatePhase(QuotePhase phase);
+  std::vector<QuoteSnapshot> preservingSavedWatchlistQuotes(std::vector<QuoteSnapshot> fresh) const;
+
+  // Alerts.
+  void setAlert(const std::string& symbol, double price, bool above);
+  void clearAlert();
+  void evaluateAlert();
+  void requestPriceAlertNotifications();
+  void deliverPriceAlertNotification();
+
+  // Intraday series.
+  void fetchIntraday(const QuoteSnapshot& quote);
+
+ private:
+  struct LiveLoad;
+
+  // Stores a published value and notifies; no side effects.
+  template <class T>
+  void assign(T& member, T value) {
+    member = std::move(value);
+    changed_.notify();
+  }
+  // Runs `work` only while this model is alive: for callbacks that may outlive it.
+  std::function<void()> guarded(std::function<void()> work);
+  template <class... Args>
+  std::function<void(Args...)> guarded(std::function<void(Args...)> work) {
+    return [alive = std::weak_ptr<int>(alive_), work = std::move(work)](Args... args) {
+      if (alive.lock()) work(std::forward<Args>(args)...);
+    };
+  }
+
+  void restoreSourceConfiguration();
+  void restorePreferences();
+  void restoreSnapshotCache();
+  void startFirstLoad();
+  void requestActiveIntraday();
+  void loadMock(bool resetMock);
+  void loadStatic();
+  void attempt(const std::shared_ptr<LiveLoad>& load);
+  void finish(const std::shared_ptr<LiveLoad>& load);
+  QuotePhase phaseForAge(Date dataTime) const;
+
+  Dependencies deps_;
+  ChangeSignal changed_;
+  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+
+  // Published.
+  std::vector<QuoteSnapshot> quotes_;
+  std::map<std::string, std::vector<double>> intradaySeries_;
+  std::string sourceConfigStatus_ = "使用内置地址";
+  std::vector<std::string> watchlist_;
+  std::string activeID_ = "600519";
+  AppTheme theme_ = AppTheme::dark;
+  bool reduceMotion_ = false;
+  double refreshInterval_ = 2.6;
+  SourceMode sourceMode_ = SourceMode::mock;
+  bool masked_ = false;
+  double orbSize_ = 96;
+  bool autoRotate_ = true;
+  int64_t menuDensity_ = 0;
+  bool orbShowsName_ = false;
+  QuotePhase phase_ = QuotePhase::live;
+  std::optional<std::string> lastError_;
+  int64_t latencyMS_ = 86;
+  Date updatedAt_;
+  bool onboardingSeen_ = false;
+  std::vector<QuoteSnapshot> sourceSearchResults_;
+  std::optional<std::string> sourceSearchMessage_;
+  bool isSearchingSource_ = false;
+  std::optional<double> alertPrice_;
+  bool alertAbove_ = true;
+  bool alertTriggered_ = false;
+  std::optional<std::string> alertSymbolID_;
+
+  // Unpublished.
+  bool alertNotificationsAuthorized_ = false;
+  bool alertNotificationNeedsDelivery_ = false;
+  bool alertDeliveryInFlight_ = false;  // keeps one fired alert from being posted twice
+  uint64_t alertGeneration_ = 0;        // counts setAlert calls, to match deliveries to them
+  Bundle bundle_;
+  std::optional<std::filesystem::path> watchlistURL_;
+  bool canRequestNotifications_;
+  bool ready_ = false;
+  TimerHandle timer_;
+  TimerHandle pendingRefresh_;
+  Date lastRefreshStartedAt_;
+  Date lastRotationAt_;
+  std::map<std::string, Date> intradayRequestedAt_;
+  DataSourceEndpoints dataSourceEndpoints_ = DataSourceEndpoints::bundled();
+  int64_t sourceConfigRevision_ = 0;
+  bool sourceBootstrapInFlight_ = false;
+  MockMarket mockMarket_;
+  // The live load whose answers still count; an older one's answers are dropped.
+  std::shared_ptr<LiveLoad> liveLoad_;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,237 @@
+// The refresh engine: heartbeat, debounced loads, the live fallback chain and the snapshots.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <unordered_set>
+
+#include "model/AppModel.h"
+#include "model/StaticSnapshot.h"
+
+namespace tidemark {
+namespace {
+
+// Tried first to last; a hand-picked live mode is only a first preference.
+std::vector<SourceMode> sourceOrder(SourceMode mode) {
+  switch (mode) {
+    case SourceMode::tencent:
+      return {SourceMode::tencent, SourceMode::stockSDK, SourceMode::sina};
+    case SourceMode::sina:
+      return {SourceMode::sina, SourceMode::stockSDK, SourceMode::tencent};
+    default:
+      return {SourceMode::stockSDK, SourceMode::tencent, SourceMode::sina};
+  }
+}
+
+}  // namespace
+
+struct AppModel::LiveLoad {
+  SourceMode mode;
+  std::vector<std::string> symbols;
+  QuoteMap cached;
+  std::vector<SourceMode> order;
+  Date start;
+  size_t index = 0;
+  std::vector<std::string> wanted;
+  std::vector<QuoteSnapshot> collected;
+  std::unordered_set<std::string> collectedIDs;
+  std::vector<std::string> errors;
+};
+
+void AppModel::heartbeat() {
+  const Date now = deps_.clock.now();
+  if (phase_ == QuotePhase::live && now - updatedAt_ > staleAfter) setPhase(QuotePhase::stale);
+
+  const bool paused = refreshInterval_ == 0 || phase_ == QuotePhase::offline ||
+                      phase_ == QuotePhase::loading ||
+                      (phase_ == QuotePhase::stale && lastError_.has_value());
+  if (!paused && now - lastRefreshStartedAt_ >= refreshInterval_) beginRefresh(true);
+
+  if (autoRotate_ && deps_.clock.now() - lastRotationAt_ >= rotationPeriod) cycleActive();
+}
+
+void AppModel::beginRefresh(bool /*automatic*/) {
+  if (sourceBootstrapInFlight_) return;
+  pendingRefresh_.cancel();
+  lastRefreshStartedAt_ = deps_.clock.now();
+  pendingRefresh_ = deps_.scheduler.after(refreshDebounce, guarded([this] {
+                                            pendingRefresh_ = TimerHandle();
+                                            loadSource(false);
+                                          }));
+}
+
+void AppModel::startFirstLoad() {
+  loadSource(true);
+}
+
+void AppModel::loadSource(bool resetMock) {
+  switch (sourceMode_) {
+    case SourceMode::mock:
+      liveLoad_.reset();
+      loadMock(resetMock);
+      break;
+    case SourceMode::staticJSON:
+      liveLoad_.reset();
+      loadStatic();
+      break;
+    default:
+      fetchLiveQuotes(sourceMode_);
+      break;
+  }
+}
+
+void AppModel::loadMock(bool resetMock) {
+  if (resetMock) {
+    mockMarket_.restart();
+  } else {
+    mockMarket_.step();
+  }
+  const Date now = deps_.clock.now();
+  setQuotes(preservingSavedWatchlistQuotes(mockMarket_.quotes(watchlist_, now)));
+  setUpdatedAt(now);
+  setPhase(QuotePhase::live);
+  setLastError(std::nullopt);
+  saveQuotes();
+  evaluateAlert();
+}
+
+void AppModel::loadStatic() {
+  std::optional<std::string> failure;
+  try {
+    StaticSnapshot snapshot = loadStaticSnapshot(bundle_);
+    setQuotes(preservingSavedWatchlistQuotes(std::move(snapshot.quotes)));
+    setUpdatedAt(snapshot.updatedAt);
+    setLastError(std::nullopt);
+  } catch (const ModelError& error) {
+    const Date at = embeddedSnapshotDate();
+    setQuotes(preservingSavedWatchlistQuotes(embeddedQuotes(at, "embedded_fallback")));
+    setUpdatedAt(at);
+    setLastError(std::string(error.what()) + " · 已使用内置离线快照");
+  }
+  // Never stamped with the current time: a shipped snapshot must not pass for live data.
+  setPhase(phaseForAge(updatedAt_));
+  saveQuotes();
+  evaluateAlert();
+}
+
+void AppModel::fetchLiveQuotes(SourceMode mode) {
+  // A load already asking the same feeds answers for this one too; piling up requests (or
+  // bridge processes) behind a slow feed helps nobody.
+  if (liveLoad_ && liveLoad_->mode == mode) return;
+  auto load = std::make_shared<LiveLoad>();
+  load->mode = mode;
+  load->symbols = watchlist_.empty() ? defaultWatchlist() : watchlist_;
+  load->cached.reserve(quotes_.size());
+  for (const QuoteSnapshot& q : quotes_) load->cached.emplace(q.id, q);
+  load->order = sourceOrder(mode);
+  load->start = deps_.clock.now();
+  load->wanted = load->symbols;
+  liveLoad_ = load;
+  attempt(load);
+}
+
+void AppModel::attempt(const std::shared_ptr<LiveLoad>& load) {
+  if (load->wanted.empty() || load->index >= load->order.size()) {
+    finish(load);
+    return;
+  }
+  const SourceMode source = load->order[load->index];
+  std::weak_ptr<LiveLoad> weakLoad = load;
+  deps_.dataSource.fetchQuotes(
+      source, dataSourceEndpoints_, load->wanted, load->cached,
+      guarded(std::function<void(std::vector<QuoteSnapshot>, std::optional<std::string>)>(
+          [this, weakLoad](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
+            auto load = weakLoad.lock();
+            if (!load || load != liveLoad_) return;  // superseded by a newer load
+            for (QuoteSnapshot& q : quotes) {
+              // A later source never replaces what an earlier one gave.
+              if (load->collectedIDs.insert(q.id).second) load->collected.push_back(std::move(q));
+            }
+            if (error) load->errors.push_back(std::move(*error));
+            std::erase_if(load->wanted,
+                          [&](const std::string& s) { return load->collectedIDs.contains(s); });
+            ++load->index;
+            attempt(load);
+          })));
+}
+
+void AppModel::finish(const std::shared_ptr<LiveLoad>& load) {
+  liveLoad_.reset();
+  const bool anyCollected = !load->collected.empty();
+  Date latest{-std::numeric_limits<double>::infinity()};
+  for (const QuoteSnapshot& q : load->collected) latest = std::max(latest, q.updatedAt);
+
+  setQuotes(preservingSavedWatchlistQuotes(std::move(load->collected)));
+  if (ready_) {
+    saveQuotes();
+    evaluateAlert();
+  }
+  if (anyCollected) setUpdatedAt(latest);
+  const double elapsed = deps_.clock.now() - load->start;
+  setLatencyMS(static_cast<int64_t>(std::trunc(elapsed * 1000)));
+  if (load->wanted.empty()) {
+    setPhase(QuotePhase::live);
+    setLastError(std::nullopt);
+  } else {
+    setPhase(QuotePhase::degraded);
+    std::string text;
+    for (const std::string& error : load->errors) text += (text.empty() ? "" : "；") + error;
+    if (text.empty()) text = "部分标的暂无有效报价";
+    setLastError(text + " · 保留上一份快照");
+  }
+  requestActiveIntraday();
+}
+
+std::vector<QuoteSnapshot> AppModel::preservingSavedWatchlistQuotes(
+    std::vector<QuoteSnapshot> fresh) const {
+  std::unordered_set<std::string_view> present;
+  present.reserve(fresh.size() + quotes_.size());
+  for (const QuoteSnapshot& q : fresh) present.insert(q.id);
+  std::unordered_set<std::string_view> watched(watchlist_.begin(), watchlist_.end());
+  for (const QuoteSnapshot& q : quotes_) {
+    if (watched.contains(q.id) && present.insert(q.id).second) fresh.push_back(q);
+  }
+  return fresh;
+}
+
+void AppModel::saveQuotes() {
+  if (!ready_) return;
+  Json array = Json::array();
+  for (const QuoteSnapshot& q : quotes_) array.push_back(toJson(q));
+  if (auto bytes = json::encode(array)) deps_.defaults.setData(snapshotsKey, *bytes);
+}
+
+void AppModel::simulatePhase(QuotePhase phase) {
+  pendingRefresh_.cancel();
+  setPhase(phase);
+  savePreferences();
+  lastRefreshStartedAt_ = deps_.clock.now();
+  switch (phase) {
+    case QuotePhase::stale:
+      setLastError("演示过期状态 · 请手动刷新");
+      break;
+    case QuotePhase::offline:
+      setLastError("演示离线状态 · 自动刷新已暂停");
+      break;
+    case QuotePhase::degraded:
+      setLastError("演示降级状态 · 数据可能延迟");
+      break;
+    case QuotePhase::live:
+      setLastError(std::nullopt);
+      beginRefresh(false);
+      break;
+    case QuotePhase::loading:
+      setLastError(std::nullopt);
+      break;
+  }
+}
+
+void AppModel::requestActiveIntraday() {
+  if (const QuoteSnapshot* q = activeQuote()) fetchIntraday(*q);
+}
+
+void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
+  if (!isLive(sourceMode_) || quote.market == "A股基金") return;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,140 @@
+// Watchlist operations and the three places the list is kept.
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <system_error>
+#include <unordered_set>
+
+#include "core/FileIO.h"
+#include "model/AppModel.h"
+
+namespace tidemark {
+
+void AppModel::select(const std::string& symbol) {
+  if (std::find(watchlist_.begin(), watchlist_.end(), symbol) == watchlist_.end()) return;
+  if (!quote(symbol)) return;
+  setActiveID(symbol);
+}
+
+void AppModel::add(const std::string& symbol) {
+  if (!quote(symbol)) return;
+  if (std::find(watchlist_.begin(), watchlist_.end(), symbol) != watchlist_.end()) return;
+  auto list = watchlist_;
+  list.push_back(symbol);
+  setWatchlist(std::move(list));
+}
+
+void AppModel::add(const QuoteSnapshot& newQuote) {
+  if (!quote(newQuote.id)) {
+    auto list = quotes_;
+    list.push_back(newQuote);
+    setQuotes(std::move(list));
+    if (ready_) {
+      saveQuotes();
+      evaluateAlert();
+    }
+  }
+  add(newQuote.id);
+}
+
+void AppModel::remove(const std::string& symbol) {
+  auto first = std::find(watchlist_.begin(), watchlist_.end(), symbol);
+  if (first == watchlist_.end()) return;
+  auto list = watchlist_;
+  std::erase(list, symbol);
+  setWatchlist(std::move(list));
+}
+
+void AppModel::move(const std::string& symbol, int offset) {
+  auto it = std::find(watchlist_.begin(), watchlist_.end(), symbol);
+  if (it == watchlist_.end()) return;
+  const auto index = static_cast<int64_t>(it - watchlist_.begin());
+  const auto count = static_cast<int64_t>(watchlist_.size());
+  const int64_t target = std::max<int64_t>(0, std::min(index + offset, count - 1));
+  if (target == index) return;
+  auto list = watchlist_;
+  std::string moved = std::move(list[index]);
+  list.erase(list.begin() + index);
+  list.insert(list.begin() + target, std::move(moved));
+  setWatchlist(std::move(list));
+}
+
+void AppModel::cycleActive() {
+  std::unordered_set<std::string_view> quoted;
+  quoted.reserve(quotes_.size());
+  for (const QuoteSnapshot& q : quotes_) quoted.insert(q.id);
+  // Symbols without a quote are skipped, so rotation never sticks on them.
+  std::vector<const std::string*> candidates;
+  for (const std::string& symbol : watchlist_)
+    if (quoted.contains(symbol)) candidates.push_back(&symbol);
+  if (candidates.size() < 2) return;
+  size_t next = 0;
+  for (size_t k = 0; k < candidates.size(); ++k)
+    if (*candidates[k] == activeID_) next = (k + 1) % candidates.size();
+  select(*candidates[next]);
+}
+
+void AppModel::restoreWatchlist() {
+  setWatchlist(watchlist_);
+}
+
+std::optional<std::vector<std::string>> AppModel::readWatchlist() const {
+  std::optional<WatchlistBackup> newest;
+  if (watchlistURL_) {
+    std::error_code error;
+    if (auto bytes = readFile(*watchlistURL_, error)) newest = watchlistBackupFromBytes(*bytes);
+  }
+  if (auto bytes = deps_.defaults.data(watchlistBackupKey)) {
+    // On a tie the file, read first, wins.
+    auto stored = watchlistBackupFromBytes(*bytes);
+    if (stored && (!newest || stored->exportedAt > newest->exportedAt)) newest = std::move(stored);
+  }
+  if (newest) return validSymbols(newest->symbols);
+  if (auto list = deps_.defaults.stringArray(watchlistKey)) return validSymbols(*list);
+  return std::nullopt;
+}
+
+void AppModel::saveWatchlist() {
+  if (!ready_) return;
+  // The store first, so it holds the newest list even when the file cannot be written.
+  deps_.defaults.setStringArray(watchlistKey, watchlist_);
+  auto bytes = json::encode(toJson(WatchlistBackup{1, deps_.clock.now(), watchlist_}));
+  if (!bytes) return;
+  deps_.defaults.setData(watchlistBackupKey, *bytes);
+  if (!watchlistURL_) return;
+  std::error_code error;
+  std::filesystem::create_directories(watchlistURL_->parent_path(), error);
+  if (error) return;
+  writeFileAtomically(*watchlistURL_, *bytes);
+}
+
+void AppModel::exportWatchlist(const std::filesystem::path& url) const {
+  std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_});
+  if (auto error = writeFileAtomically(url, text))
+    throw std::system_error(error, "无法写入 " + url.string());
+}
+
+void AppModel::importWatchlist(const std::filesystem::path& url) {
+  std::error_code error;
+  auto bytes = readFile(url, error);
+  if (!bytes) throw std::system_error(error, "无法读取 " + url.string());
+  auto document = json::parse(*bytes);
+  if (!document) throw std::runtime_error("文件不是有效的 JSON");
+
+  const auto symbols = document->is_object() ? document->find("symbols") : document->end();
+  if (!document->is_object() || symbols == document->end() || !symbols->is_array() ||
+      !std::all_of(symbols->begin(), symbols->end(), [](const Json& s) { return s.is_string(); }))
+    throw ModelError::invalidImport("文件中没有有效的 symbols 列表");
+
+  std::vector<std::string> list;
+  for (const Json& symbol : *symbols) {
+    std::string text = symbol.get<std::string>();
+    if (isRecognizedSymbol(trimmedSymbol(text))) list.push_back(std::move(text));
+  }
+  list = validSymbols(list);
+  if (list.empty()) throw ModelError::invalidImport("没有可识别的股票代码");
+  setWatchlist(std::move(list));
+}
+
+}  // namespace tidemark

@@ -1,0 +1,127 @@
+#include "model/DemoMarket.h"
+
+#include <cmath>
+#include <unordered_set>
+
+#include "model/Watchlist.h"
+
+namespace tidemark {
+namespace {
+
+double seedOf(const std::string& id) {
+  double seed = 0;
+  for (unsigned char c : id) seed += c;
+  return seed;
+}
+
+// Prices below 10 (funds, penny shares) keep three decimals, like the feeds.
+double roundPrice(double value) {
+  const double scale = std::abs(value) < 10 ? 1000 : 100;
+  return std::round(value * scale) / scale;
+}
+
+// The opening values of a symbol outside the demonstration set.
+DemoSecurity generated(const std::string& id, std::string& name) {
+  uint64_t hash = 1469598103934665603ull;  // FNV-1a: stable across runs and platforms
+  for (unsigned char c : id) hash = (hash ^ c) * 1099511628211ull;
+  const bool digits = id.find_first_not_of("0123456789") == std::string::npos;
+  const char* market = "美股";
+  if (digits && id.size() == 5) {
+    market = "港股";
+  } else if (digits) {
+    bool fund = id.starts_with("5") || id.starts_with("15") || id.starts_with("16");
+    market = fund ? "A股基金" : "A股";
+  }
+  const double prevClose = roundPrice(5 + static_cast<double>(hash % 29500) / 100);
+  const double price =
+      roundPrice(prevClose * (1 + (static_cast<double>(hash / 29500 % 61) - 30) / 1000));
+  name = "演示标的 " + id;
+  return DemoSecurity{nullptr,
+                      market,
+                      nullptr,
+                      price,
+                      prevClose,
+                      roundPrice(std::max(price, prevClose) * 1.008),
+                      roundPrice(std::min(price, prevClose) * 0.992),
+                      static_cast<int64_t>(20000 + hash % 4000000)};
+}
+
+QuoteSnapshot moved(const std::string& id, const std::string& market, const std::string& name,
+                    const DemoSecurity& base, int tick, Date at) {
+  double price = base.price;
+  if (tick > 0) {
+    // Two slow waves around the opening price, at most about ±0.5%.
+    const double s = seedOf(id);
+    const auto wave = [s](double t) {
+      return 0.0035 * std::sin(0.83 * t + s) + 0.0015 * std::sin(2.11 * t + 0.7 * s);
+    };
+    price = roundPrice(base.price * (1 + wave(tick) - wave(0)));
+  }
+  return QuoteSnapshot{id,
+                       market,
+                       name,
+                       price,
+                       base.prevClose,
+                       std::max(base.high, price),
+                       std::min(base.low, price),
+                       base.volume + static_cast<int64_t>(tick) * (base.volume / 400 + 1),
+                       at,
+                       "mock"};
+}
+
+}  // namespace
+
+const std::vector<DemoSecurity>& demoSecurities() {
+  static const std::vector<DemoSecurity> securities{
+      {"600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 32165},
+      {"00700", "港股", "腾讯控股", 485.20, 478.60, 487.40, 476.80, 18273455},
+      {"NVDA", "美股", "英伟达", 186.25, 182.40, 187.90, 181.75, 168420310},
+      {"03033", "港股基金", "南方恒生科技", 5.340, 5.285, 5.365, 5.270, 392810400},
+      {"000858", "A股", "五粮液", 127.05, 128.40, 129.12, 126.55, 184332},
+      {"601318", "A股", "中国平安", 57.42, 56.80, 57.66, 56.71, 612908},
+      {"600036", "A股", "招商银行", 42.88, 43.10, 43.25, 42.70, 455871},
+      {"300750", "A股", "宁德时代", 272.30, 268.50, 274.10, 267.20, 226514},
+      {"000001", "A股", "平安银行", 11.61, 11.52, 11.66, 11.49, 1038277},
+      {"510300", "A股基金", "沪深300ETF", 4.035, 4.012, 4.041, 4.006, 7415286},
+      {"159915", "A股基金", "创业板ETF", 2.342, 2.318, 2.350, 2.311, 9932104},
+      {"09988", "港股", "阿里巴巴-W", 126.90, 128.30, 129.00, 126.10, 40218833},
+      {"03690", "港股", "美团-W", 99.80, 98.45, 100.60, 97.90, 25511902},
+      {"02800", "港股基金", "盈富基金", 26.02, 25.86, 26.08, 25.80, 61240571},
+      {"AAPL", "美股", "苹果", 229.95, 231.60, 232.48, 228.71, 51377620},
+      {"MSFT", "美股", "微软", 515.10, 512.30, 517.25, 510.64, 18734209},
+      {"TSLA", "美股", "特斯拉", 405.36, 412.70, 415.80, 401.22, 97163518},
+      {"QQQ", "美股基金", "纳指100ETF", 601.45, 598.20, 602.87, 597.31, 38510244},
+      {"SPY", "美股基金", "标普500ETF", 670.12, 668.90, 671.40, 667.35, 62977105},
+  };
+  return securities;
+}
+
+std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source) {
+  std::vector<QuoteSnapshot> quotes;
+  for (const DemoSecurity& s : demoSecurities())
+    quotes.push_back(QuoteSnapshot{s.id, s.market, s.name, s.price, s.prevClose, s.high, s.low,
+                                   s.volume, at, source});
+  return quotes;
+}
+
+std::vector<QuoteSnapshot> MockMarket::quotes(const std::vector<std::string>& watchlist,
+                                              Date at) const {
+  const auto& set = demoSecurities();
+  std::vector<QuoteSnapshot> quotes;
+  quotes.reserve(set.size() + watchlist.size());
+  std::unordered_set<std::string> served;
+  served.reserve(set.size() + watchlist.size());
+  for (const DemoSecurity& s : set) {
+    quotes.push_back(moved(s.id, s.market, s.name, s, tick_, at));
+    served.insert(s.id);
+  }
+  for (const std::string& id : watchlist) {
+    if (!isRecognizedSymbol(id) || !served.insert(id).second) continue;
+    std::string name;
+    DemoSecurity base = generated(id, name);
+    quotes.push_back(moved(id, base.market, name, base, tick_, at));
+  }
+  return quotes;
+}
+
+}  // namespace tidemark

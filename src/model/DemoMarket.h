@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/QuoteSnapshot.h"
+
+namespace tidemark {
+
+// A well-known security of the demonstration set, at its opening values.
+struct DemoSecurity {
+  const char* id;
+  const char* market;
+  const char* name;
+  double price;
+  double prevClose;
+  double high;
+  double low;
+  int64_t volume;
+};
+
+// The default watchlist and well-known names across all six market labels.
+const std::vector<DemoSecurity>& demoSecurities();
+
+// The built-in offline snapshot: the demonstration set at its opening values, stamped with the
+// given instant and source tag.
+std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source);
+
+// Demonstration data for the mock source. Every load moves prices a little, deterministically,
+// so tests and screenshots repeat; restart() returns to the opening values. Recognised symbols
+// outside the set get a generated quote, so any watchlist shows something in this mode.
+class MockMarket {
+ public:
+  void restart() { tick_ = 0; }
+  void step() { ++tick_; }
+  int tick() const { return tick_; }
+
+  // The whole demonstration set, then generated quotes for the watched symbols it lacks.
+  std::vector<QuoteSnapshot> quotes(const std::vector<std::string>& watchlist, Date at) const;
+
+ private:
+  int tick_ = 0;
+};
+
+}  // namespace tidemark

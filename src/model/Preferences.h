@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "core/Date.h"
+#include "core/Enums.h"
+#include "core/Json.h"
+
+namespace tidemark {
+
+// The persisted settings record, one JSON document in the store.
+struct Preferences {
+  std::string activeID;
+  AppTheme theme = AppTheme::dark;
+  bool reduceMotion = false;
+  double refreshInterval = 2.6;
+  SourceMode sourceMode = SourceMode::mock;
+  bool masked = false;
+  double orbSize = 96;
+  bool autoRotate = true;
+  int64_t menuDensity = 0;
+  std::optional<bool> orbShowsName;
+  QuotePhase phase = QuotePhase::live;
+  std::optional<std::string> lastError;
+  int64_t latencyMS = 86;
+  Date updatedAt;
+  bool onboardingSeen = false;
+  std::optional<double> alertPrice;
+  bool alertAbove = true;
+  bool alertTriggered = false;
+  std::optional<std::string> alertSymbolID;
+
+  friend bool operator==(const Preferences&, const Preferences&) = default;
+};
+
+// Keys in field order; an absent optional is left out.
+Json toJson(const Preferences& preferences);
+// The four optional keys may be missing (or null); a missing required key, a value of the wrong
+// type or an unknown raw value rejects the whole record.
+std::optional<Preferences> preferencesFromJson(const Json& object);
+
+// The allowed values of the clamped settings, and what replaces anything else.
+double clampedRefreshInterval(double seconds);  // 0, 2.6, 5.0 → else 2.6
+double clampedOrbSize(double points);           // 72, 96, 132 → else 96
+int64_t clampedMenuDensity(int64_t density);    // 0…2 → else 0
+// Only finite thresholds above zero are kept.
+std::optional<double> validAlertPrice(std::optional<double> price);
+
+}  // namespace tidemark

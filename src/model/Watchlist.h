@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Date.h"
+#include "core/Json.h"
+
+namespace tidemark {
+
+// The list rules every assignment of the watchlist goes through: an element is kept when its
+// trimmed form is not empty, has at most 16 characters and has not occurred earlier. The kept
+// element is the element as it stood; trimming only decides.
+std::vector<std::string> validSymbols(const std::vector<std::string>& symbols);
+
+// White space and line breaks cut from both ends (ASCII and the Unicode spaces a paste brings).
+std::string_view trimmedSymbol(std::string_view symbol);
+
+// Whether a feed can serve the symbol, the extra test an imported file must pass:
+//   six digits            A-shares and mainland funds: 600519, 000858, 510300, 159915
+//   five digits           Hong Kong shares and funds: 00700, 03033, 02800
+//   1–5 letters, then optionally "." or "-" and 1–2 letters
+//                         US tickers and share classes: NVDA, AAPL, BRK.B, BF-B
+// Letters may be either case. Longer words such as "UNKNOWN" are not tickers any feed serves.
+bool isRecognizedSymbol(std::string_view trimmed);
+
+// The backup and export record of the watchlist.
+struct WatchlistBackup {
+  int64_t version = 1;
+  Date exportedAt;
+  std::vector<std::string> symbols;
+};
+
+// Stored form: keys in field order, the date as seconds since 2001-01-01T00:00:00Z.
+Json toJson(const WatchlistBackup& backup);
+std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes);
+// Export form: pretty-printed, keys sorted, the date as ISO 8601 text.
+std::string exportText(const WatchlistBackup& backup);
+
+}  // namespace tidemark
