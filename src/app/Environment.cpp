@@ -1,0 +1,38 @@
+#include "app/Environment.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include "app/AppInfo.h"
+
+namespace tidemark {
+
+Bundle applicationBundle() {
+  Bundle bundle;
+  bundle.info["StockDataSourceConfigURL"] = TIDEMARK_SOURCE_CONFIG_URL;
+  const QByteArray overridden = qgetenv("TIDEMARK_RESOURCE_DIR");
+  if (!overridden.isEmpty()) {
+    bundle.resourceDirectory = overridden.toStdString();
+    return bundle;
+  }
+  const QDir executable(QCoreApplication::applicationDirPath());
+  for (const QString& candidate :
+       {QStringLiteral("../share/tidemark"), QStringLiteral("resources")}) {
+    const QString path = executable.absoluteFilePath(candidate);
+    if (QFileInfo(path).isDir()) {
+      bundle.resourceDirectory = QDir::cleanPath(path).toStdString();
+      break;
+    }
+  }
+  return bundle;
+}
+
+std::optional<std::filesystem::path> applicationSupportDirectory() {
+  const QString location = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+  if (location.isEmpty()) return std::nullopt;
+  return std::filesystem::path(location.toStdString());
+}
+
+}  // namespace tidemark

@@ -1,0 +1,85 @@
+#include "platform/DBusNotifier.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace tidemark {
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.Notifications");
+const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString interface = QStringLiteral("org.freedesktop.Notifications");
+
+}  // namespace
+
+DBusNotifier::DBusNotifier(QDBusConnection bus, QString applicationName)
+    : bus_(std::move(bus)), applicationName_(std::move(applicationName)) {}
+
+void DBusNotifier::call(const QString& method, const QList<QVariant>& arguments,
+                        std::function<void(const QDBusMessage&)> done) {
+  QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+  message.setArguments(arguments);
+  if (!bus_.isConnected()) {
+    // No session bus at all: answer like a missing service, on a later turn.
+    QMetaObject::invokeMethod(
+        &context_,
+        [done = std::move(done), message] {
+          done(message.createErrorReply(QDBusError::Disconnected, QStringLiteral("no bus")));
+        },
+        Qt::QueuedConnection);
+    return;
+  }
+  auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message), &context_);
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_,
+                   [done = std::move(done)](QDBusPendingCallWatcher* w) {
+                     w->deleteLater();
+                     done(w->reply());
+                   });
+}
+
+void DBusNotifier::queryAuthorization(std::function<void(bool)> completion) {
+  call(QStringLiteral("GetServerInformation"), {},
+       [completion = std::move(completion)](const QDBusMessage& reply) {
+         completion(reply.type() == QDBusMessage::ReplyMessage);
+       });
+}
+
+void DBusNotifier::requestAuthorization(std::function<void(bool)> completion) {
+  queryAuthorization(std::move(completion));
+}
+
+void DBusNotifier::add(const NotificationRequest& request, std::function<void()> completion) {
+  const auto previous = shown_.find(request.identifier);
+  const uint32_t replaces = previous == shown_.end() ? 0 : previous->second;
+  QVariantMap hints;
+  hints.insert(QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(1)));
+  hints.insert(QStringLiteral("category"), QStringLiteral("x-tidemark.price-alert"));
+  const QList<QVariant> arguments{applicationName_,
+                                  QVariant::fromValue(replaces),
+                                  QString(),
+                                  QString::fromStdString(request.title),
+                                  QString::fromStdString(request.body),
+                                  QStringList(),
+                                  hints,
+                                  -1};
+  call(QStringLiteral("Notify"), arguments,
+       [this, identifier = request.identifier,
+        completion = std::move(completion)](const QDBusMessage& reply) {
+         if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+           shown_[identifier] = reply.arguments().constFirst().toUInt();
+         completion();
+       });
+}
+
+void DBusNotifier::remove(const std::string& identifier) {
+  const auto shown = shown_.find(identifier);
+  if (shown == shown_.end()) return;
+  call(QStringLiteral("CloseNotification"), {QVariant::fromValue(shown->second)},
+       [](const QDBusMessage&) {});
+  shown_.erase(shown);
+}
+
+}  // namespace tidemark

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+
+#include "core/Notifier.h"
+
+namespace tidemark {
+
+// Desktop notifications through the freedesktop notification service on D-Bus. There is no
+// permission to ask for there: notifications count as authorised when the service answers, and
+// without a service nothing is posted and nothing fails.
+class DBusNotifier final : public Notifier {
+ public:
+  explicit DBusNotifier(QDBusConnection bus = QDBusConnection::sessionBus(),
+                        QString applicationName = QStringLiteral("潮汐栏"));
+
+  void queryAuthorization(std::function<void(bool)> completion) override;
+  void requestAuthorization(std::function<void(bool)> completion) override;
+  void add(const NotificationRequest& request, std::function<void()> completion) override;
+  void remove(const std::string& identifier) override;
+
+ private:
+  // Calls a method of the service; `done` gets the reply on the main thread.
+  void call(const QString& method, const QList<QVariant>& arguments,
+            std::function<void(const QDBusMessage& reply)> done);
+
+  QDBusConnection bus_;
+  QString applicationName_;
+  // The service's id of the last notification shown per identifier, so a new one replaces it.
+  std::map<std::string, uint32_t> shown_;
+  QObject context_;  // owns pending calls; their callbacks die with the notifier
+};
+
+}  // namespace tidemark
