@@ -1,0 +1,276 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "support/ModelHarness.h"
+
+namespace tidemark {
+namespace {
+
+using test::ModelHarness;
+using test::quote;
+using List = std::vector<std::string>;
+
+std::vector<SourceMode> calledSources(const test::FakeMarketDataSource& source) {
+  std::vector<SourceMode> out;
+  for (const auto& call : source.calls) out.push_back(call.source);
+  return out;
+}
+
+TEST(Refresh, LiveModesAskEveryFeedInTheirOrder) {
+  using enum SourceMode;
+  const std::tuple<SourceMode, std::vector<SourceMode>, const char*> cases[] = {
+      {automatic, {stockSDK, tencent, sina}, "K；T；S · 保留上一份快照"},
+      {stockSDK, {stockSDK, tencent, sina}, "K；T；S · 保留上一份快照"},
+      {tencent, {tencent, stockSDK, sina}, "T；K；S · 保留上一份快照"},
+      {sina, {sina, stockSDK, tencent}, "S；K；T · 保留上一份快照"},
+  };
+  for (const auto& [mode, order, text] : cases) {
+    ModelHarness h;
+    h.source.answers = {{tencent, {{}, "T"}}, {sina, {{}, "S"}}, {stockSDK, {{}, "K"}}};
+    auto m = h.make();
+    m->setSourceMode(mode);
+    EXPECT_EQ(calledSources(h.source), order) << rawValue(mode);
+    EXPECT_EQ(m->phase(), QuotePhase::degraded);
+    EXPECT_EQ(m->lastError(), text);
+    EXPECT_EQ(h.source.calls[0].tencentQuote, "https://qt.gtimg.cn/q=");
+    // The demonstration quotes held before stay on screen.
+    EXPECT_EQ(m->watchedQuotes().size(), 5u);
+    EXPECT_EQ(m->activeQuote()->source, "mock");
+  }
+}
+
+TEST(Refresh, LaterFeedsOnlyFillWhatEarlierOnesLeftOpen) {
+  ModelHarness h;
+  const Date t = h.clock.now();
+  h.source.answers = {
+      {SourceMode::stockSDK, {{quote("600519", 1, 10, "stock-sdk", t + 5)}, std::nullopt}},
+      {SourceMode::tencent,
+       {{quote("600519", 2, 10, "tencent", t + 9), quote("00700", 3, 10, "tencent", t + 7)},
+        "部分失败"}},
+      {SourceMode::sina, {{quote("NVDA", 4), quote("03033", 5), quote("000858", 6)}, std::nullopt}},
+  };
+  h.source.holdAnswers = true;
+  auto m = h.make();
+  m->setSourceMode(SourceMode::automatic);
+  h.clock.advance(0.2);
+  h.source.releaseNext();
+  h.clock.advance(0.1456);
+  h.source.releaseNext();
+  h.source.releaseNext();
+  EXPECT_EQ(h.source.calls[1].symbols, (List{"00700", "NVDA", "03033", "000858"}));
+  EXPECT_EQ(h.source.calls[2].symbols, (List{"NVDA", "03033", "000858"}));
+  EXPECT_EQ(m->quote("600519")->price, 1);
+  EXPECT_EQ(m->phase(), QuotePhase::live);
+  EXPECT_EQ(m->lastError(), std::nullopt);
+  EXPECT_EQ(m->latencyMS(), 345);
+  EXPECT_EQ(m->updatedAt(), t + 7);  // the latest collected (Tencent's later 600519 was not)
+  EXPECT_EQ(m->sourceLabel(), "stock-sdk 行情");
+}
+
+TEST(Refresh, FailuresWithoutTextAndEmptyWatchlists) {
+  ModelHarness h;
+  auto m = h.make();
+  m->setWatchlist({});
+  const Date before = m->updatedAt();
+  h.clock.advance(3);
+  m->setSourceMode(SourceMode::sina);
+  EXPECT_EQ(h.source.calls[0].symbols, AppModel::defaultWatchlist());
+  EXPECT_EQ(m->lastError(), "部分标的暂无有效报价 · 保留上一份快照");
+  EXPECT_EQ(m->phase(), QuotePhase::degraded);
+  EXPECT_EQ(m->updatedAt(), before);  // nothing new arrived
+}
+
+TEST(Refresh, ANewerLoadWinsAndSameModeRequestsCoalesce) {
+  ModelHarness h;
+  h.source.answers[SourceMode::tencent] = {{quote("600519", 99)}, std::nullopt};
+  h.source.holdAnswers = true;
+  auto m = h.make();
+  m->setSourceMode(SourceMode::tencent);
+  m->loadSource(false);  // joins the load under way
+  EXPECT_EQ(h.source.calls.size(), 1u);
+  m->setSourceMode(SourceMode::mock);
+  h.source.releaseNext();  // too late: mock data has replaced it
+  EXPECT_EQ(m->activeQuote()->source, "mock");
+  EXPECT_EQ(m->phase(), QuotePhase::live);
+  EXPECT_TRUE(h.source.held.empty());
+}
+
+TEST(Refresh, RequestsAreDebouncedAndCancellable) {
+  ModelHarness h;
+  auto m = h.make();
+  m->setSourceMode(SourceMode::tencent);
+  h.source.calls.clear();
+  m->refresh();
+  h.scheduler.advance(0.1);
+  m->refresh();
+  h.scheduler.advance(0.17);
+  EXPECT_TRUE(h.source.calls.empty());
+  h.scheduler.advance(0.01);
+  EXPECT_EQ(h.source.calls.size(), 3u);  // one load, asking all three feeds
+  m->refresh();
+  m->simulatePhase(QuotePhase::degraded);  // cancels the pending refresh
+  h.scheduler.advance(1);
+  EXPECT_EQ(h.source.calls.size(), 3u);
+}
+
+TEST(Heartbeat, LiveDataTurnsStaleAfterFifteenSeconds) {
+  ModelHarness h;
+  auto m = h.make(true);
+  m->setRefreshInterval(0);
+  m->setAutoRotate(false);
+  h.scheduler.advance(15);
+  EXPECT_EQ(m->phase(), QuotePhase::live);
+  h.scheduler.advance(0.5);
+  EXPECT_EQ(m->phase(), QuotePhase::stale);
+}
+
+TEST(Heartbeat, AutomaticRefreshPausesWhereItShould) {
+  const std::tuple<const char*, std::function<void(AppModel&)>, bool> cases[] = {
+      {"live", [](AppModel&) {}, true},
+      {"interval 0", [](AppModel& m) { m.setRefreshInterval(0); }, false},
+      {"offline", [](AppModel& m) { m.simulatePhase(QuotePhase::offline); }, false},
+      {"loading", [](AppModel& m) { m.setPhase(QuotePhase::loading); }, false},
+      {"stale with a text", [](AppModel& m) { m.simulatePhase(QuotePhase::stale); }, false},
+      {"stale without text", [](AppModel& m) { m.setPhase(QuotePhase::stale); }, true},
+      {"degraded", [](AppModel& m) { m.simulatePhase(QuotePhase::degraded); }, true},
+  };
+  for (const auto& [what, arrange, refreshes] : cases) {
+    ModelHarness h;
+    auto m = h.make(true);
+    m->setAutoRotate(false);
+    arrange(*m);
+    const Date before = m->updatedAt();
+    h.scheduler.advance(3.5);  // the 2.6 s interval, seen at the 3.0 s beat, plus the debounce
+    EXPECT_EQ(m->updatedAt() != before, refreshes) << what;
+  }
+}
+
+TEST(Heartbeat, RotatesTheActiveSymbolEverySevenSeconds) {
+  ModelHarness h;
+  auto m = h.make(true);
+  m->setRefreshInterval(0);
+  h.scheduler.advance(6.5);
+  EXPECT_EQ(m->activeID(), "600519");
+  h.scheduler.advance(0.5);
+  EXPECT_EQ(m->activeID(), "00700");
+  h.scheduler.advance(3);
+  m->select("NVDA");  // a manual choice restarts the period
+  h.scheduler.advance(6.5);
+  EXPECT_EQ(m->activeID(), "NVDA");
+  h.scheduler.advance(0.5);
+  EXPECT_EQ(m->activeID(), "03033");
+}
+
+TEST(StaticSnapshot, TheShippedFileIsShownWithItsOwnTime) {
+  ModelHarness h;
+  auto m = h.make();
+  m->setSourceMode(SourceMode::staticJSON);
+  EXPECT_EQ(m->activeQuote()->source, "static_json");
+  EXPECT_EQ(m->quote("03033")->market, "港股基金");
+  EXPECT_EQ(m->updatedAt(), *parseISO8601("2026-10-16T15:00:00+08:00"));
+  EXPECT_EQ(m->phase(), QuotePhase::stale);
+  EXPECT_EQ(m->lastError(), std::nullopt);
+}
+
+TEST(StaticSnapshot, BrokenFilesFallBackToTheEmbeddedSnapshot) {
+  const std::string fresh = formatISO8601(test::testStart() + -10);
+  const std::string quote = R"({"symbol":"600519","market":"CN","name":"贵州茅台","price":)";
+  const std::string rest = R"(,"prevClose":1,"high":1,"low":1,"volume":1})";
+  const std::pair<std::optional<std::string>, const char*> cases[] = {
+      {std::nullopt, "应用中未找到 tidemark-quotes.json"},
+      {"[]", "静态快照格式无效"},
+      {R"({"updatedAt":"yesterday","quotes":[)" + quote + "5" + rest + "]}",
+       "静态快照缺少有效的更新时间或行情"},
+      {R"({"updatedAt":")" + fresh + R"(","quotes":[]})", "静态快照缺少有效的更新时间或行情"},
+      {R"({"updatedAt":")" + fresh + R"(","quotes":[)" + quote + "5" + rest + "," + quote + "6" +
+           rest + "]}",
+       "静态快照包含重复代码或无效价格"},
+      {R"({"updatedAt":")" + fresh + R"(","quotes":[)" + quote + "0" + rest + "]}",
+       "静态快照包含重复代码或无效价格"},
+  };
+  for (const auto& [content, message] : cases) {
+    ModelHarness h;
+    h.bundle.resourceDirectory = h.folder.path();
+    if (content) std::ofstream(h.folder.path() / "tidemark-quotes.json") << *content;
+    auto m = h.make();
+    m->setSourceMode(SourceMode::staticJSON);
+    EXPECT_EQ(m->lastError(), std::string(message) + " · 已使用内置离线快照");
+    EXPECT_EQ(m->updatedAt(), AppModel::embeddedSnapshotDate());
+    EXPECT_EQ(m->phase(), QuotePhase::stale);
+    EXPECT_EQ(m->sourceLabel(), "内置离线快照");
+    EXPECT_EQ(m->watchedQuotes().size(), 5u);
+  }
+  ModelHarness h;  // a file ten seconds old counts as live
+  h.bundle.resourceDirectory = h.folder.path();
+  std::ofstream(h.folder.path() / "tidemark-quotes.json")
+      << R"({"updatedAt":")" + fresh + R"(","quotes":[)" + quote + "5" + rest + "]}";
+  auto m = h.make();
+  m->setSourceMode(SourceMode::staticJSON);
+  EXPECT_EQ(m->phase(), QuotePhase::live);
+  EXPECT_EQ(m->quote("600519")->price, 5);
+  EXPECT_EQ(m->quote("00700")->source, "mock");  // kept: the file lacks it
+}
+
+TEST(MockSource, PricesMoveOnEachLoadAndRestart) {
+  ModelHarness h;
+  auto m = h.make();
+  const double opening = m->quote("600519")->price;
+  EXPECT_EQ(opening, 1468.80);
+  m->loadSource(false);
+  const double moved = m->quote("600519")->price;
+  m->loadSource(false);
+  EXPECT_NE(moved, opening);
+  EXPECT_NE(m->quote("600519")->price, moved);
+  EXPECT_LT(std::abs(moved / opening - 1), 0.006);
+  m->loadSource(true);
+  EXPECT_EQ(m->quote("600519")->price, opening);
+  EXPECT_EQ(m->quotes().size(), 19u);  // the whole demonstration set, for the watchlist manager
+}
+
+TEST(SnapshotCache, RestoresAllOrNothingAndAgesThePhase) {
+  const std::tuple<const char*, double, size_t, QuotePhase> cases[] = {
+      {"fresh", 10, 2, QuotePhase::live},
+      {"old", 20, 2, QuotePhase::stale},
+      {"one broken entry", 10, 0, QuotePhase::live},
+  };
+  for (const auto& [what, age, count, phase] : cases) {
+    ModelHarness h;
+    Preferences p;
+    p.sourceMode = SourceMode::tencent;  // its load never answers here
+    p.updatedAt = h.clock.now() + -age;
+    h.store.setData(AppModel::preferencesKey, toJson(p).dump());
+    Json cache = Json::array({toJson(quote("600519", 5)), toJson(quote("00700", 6))});
+    if (std::string(what) == "one broken entry") cache[1].erase("source");
+    h.store.setData(AppModel::snapshotsKey, cache.dump());
+    h.source.holdAnswers = true;
+    auto m = h.make();
+    EXPECT_EQ(m->quotes().size(), count) << what;
+    EXPECT_EQ(m->phase(), phase) << what;
+  }
+}
+
+TEST(SimulatePhase, SetsTheTextsAndNeverTheSnapshotTime) {
+  const std::tuple<QuotePhase, std::optional<std::string>, bool> cases[] = {
+      {QuotePhase::stale, "演示过期状态 · 请手动刷新", false},
+      {QuotePhase::offline, "演示离线状态 · 自动刷新已暂停", false},
+      {QuotePhase::degraded, "演示降级状态 · 数据可能延迟", false},
+      {QuotePhase::live, std::nullopt, true},
+      {QuotePhase::loading, std::nullopt, false},
+  };
+  ModelHarness h;
+  auto m = h.make();
+  const Date stamp = m->updatedAt();
+  for (const auto& [phase, text, refreshes] : cases) {
+    h.clock.advance(1);
+    m->simulatePhase(phase);
+    EXPECT_EQ(m->phase(), phase);
+    EXPECT_EQ(m->lastError(), text);
+    EXPECT_EQ(m->updatedAt(), stamp);
+    EXPECT_EQ(m->hasPendingRefresh(), refreshes);
+    EXPECT_EQ(m->lastRefreshStartedAt(), h.clock.now());
+  }
+}
+
+}  // namespace
+}  // namespace tidemark

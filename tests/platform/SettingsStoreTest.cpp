@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+
+#include "platform/SettingsStore.h"
+#include "support/ModelHarness.h"
+
+namespace tidemark {
+namespace {
+
+using List = std::vector<std::string>;
+
+TEST(SettingsStore, ValuesRoundTripThroughTheFile) {
+  test::TemporaryFolder folder;
+  const QString path = QString::fromStdString((folder.path() / "store.conf").string());
+  const std::string bytes("{\"a\":1}\0\xff\xfe tail", 16);
+  const std::pair<const char*, List> lists[] = {
+      {"list.empty", {}},
+      {"list.one", {"600519"}},
+      {"list.many", {"a,b", "腾讯控股", "", " spaced ", "@Invalid()"}},
+  };
+  {
+    SettingsStore store(path);
+    store.setData("tidemark.native.preferences.v2", bytes);
+    for (const auto& [key, list] : lists) store.setStringArray(key, list);
+    store.setData("gone", "x");
+    store.remove("gone");
+    ASSERT_TRUE(store.sync());
+  }
+  SettingsStore reopened(path);
+  EXPECT_EQ(reopened.data("tidemark.native.preferences.v2"), bytes);
+  for (const auto& [key, list] : lists) EXPECT_EQ(reopened.stringArray(key), list) << key;
+  EXPECT_EQ(reopened.data("list.one"), std::nullopt);  // a list is no byte value
+  EXPECT_EQ(reopened.stringArray("tidemark.native.preferences.v2"), std::nullopt);
+  EXPECT_EQ(reopened.data("gone"), std::nullopt);
+  EXPECT_EQ(reopened.stringArray("missing"), std::nullopt);
+}
+
+TEST(SettingsStore, AModelKeepsAnEmptiedWatchlistAcrossRestarts) {
+  test::ModelHarness h;
+  const QString path = QString::fromStdString((h.folder.path() / "store.conf").string());
+  const auto open = [&](SettingsStore& store) {
+    return std::make_unique<AppModel>(
+        AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
+        std::nullopt, false, h.bundle);
+  };
+  {
+    SettingsStore store(path);
+    auto model = open(store);
+    model->setTheme(AppTheme::ocean);
+    model->setWatchlist({});
+  }
+  SettingsStore store(path);
+  auto model = open(store);
+  EXPECT_EQ(model->theme(), AppTheme::ocean);
+  EXPECT_EQ(model->watchlist(), List{});
+}
+
+TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {
+  test::TemporaryFolder folder;
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.path().string()));
+  const std::string name = "tidemark.self-test.unit";
+  {
+    auto suite = SettingsStore::suite(name);
+    ASSERT_NE(suite, nullptr);
+    suite->setStringArray("k", {"v"});
+    ASSERT_TRUE(suite->sync());
+    EXPECT_EQ(suite->fileName(),
+              QString::fromStdString(folder.path().string()) +
+                  QStringLiteral("/Tidemark/suites/tidemark.self-test.unit.conf"));
+  }
+  EXPECT_TRUE(QFileInfo::exists(SettingsStore::suitePath(name)));
+  EXPECT_TRUE(SettingsStore::removeSuite(name));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+  EXPECT_EQ(SettingsStore::suite("bad/name"), nullptr);
+  qunsetenv("XDG_CONFIG_HOME");
+}
+
+}  // namespace
+}  // namespace tidemark

@@ -1,0 +1,69 @@
+#include "support/Fakes.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <random>
+
+namespace tidemark::test {
+
+void FakeMarketDataSource::fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
+                                       const std::vector<std::string>& symbols, const QuoteMap&,
+                                       QuotesCompletion completion) {
+  calls.push_back({source, symbols, endpoints.tencentQuote});
+  if (holdAnswers) {
+    held.emplace_back(source, std::move(completion));
+    return;
+  }
+  const Answer& answer = answers[source];
+  completion(answer.quotes, answer.error);
+}
+
+void FakeMarketDataSource::releaseNext() {
+  auto [source, completion] = std::move(held.front());
+  held.erase(held.begin());
+  const Answer& answer = answers[source];
+  completion(answer.quotes, answer.error);
+}
+
+void RecordingNotifier::queryAuthorization(std::function<void(bool)> completion) {
+  completion(authorized);
+}
+
+void RecordingNotifier::requestAuthorization(std::function<void(bool)> completion) {
+  ++authorizationRequests;
+  completion(authorized);
+}
+
+void RecordingNotifier::add(const NotificationRequest& request, std::function<void()> completion) {
+  added.push_back(request);
+  if (holdCompletions) {
+    heldCompletions.push_back(std::move(completion));
+  } else {
+    completion();
+  }
+}
+
+void RecordingNotifier::remove(const std::string& identifier) {
+  removed.push_back(identifier);
+}
+
+QuoteSnapshot quote(const std::string& id, double price, double prevClose,
+                    const std::string& source, Date at) {
+  return QuoteSnapshot{id, "A股", "名称" + id, price, prevClose, price, price, 100, at, source};
+}
+
+TemporaryFolder::TemporaryFolder() {
+  static std::atomic<int> counter{0};
+  path_ = std::filesystem::temp_directory_path() /
+          ("tidemark-test-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" +
+           std::to_string(std::random_device{}()));
+  std::filesystem::create_directories(path_);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+}  // namespace tidemark::test

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include "core/KeyValueStore.h"
+#include "model/AppModel.h"
+#include "support/Fakes.h"
+
+namespace tidemark::test {
+
+// Everything a model needs, faked, with the real resource folder of the build.
+struct ModelHarness {
+  ModelHarness();
+
+  std::unique_ptr<AppModel> make(bool startTimers = false);
+
+  MemoryKeyValueStore store;
+  ManualClock clock;
+  ManualScheduler scheduler{clock};
+  FakeMarketDataSource source;
+  RecordingNotifier notifier;
+  TemporaryFolder folder;
+  Bundle bundle;
+};
+
+// 2026-11-20T02:00:00Z, a month after the shipped snapshot.
+Date testStart();
+
+}  // namespace tidemark::test
