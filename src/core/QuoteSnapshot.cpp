@@ -37,11 +37,22 @@ std::vector<double> syntheticTrend(const std::string& id, double price, double p
 }
 
 Json toJson(const QuoteSnapshot& q) {
-  return Json{
-      {"id", q.id},        {"market", q.market},       {"name", q.name},
-      {"price", q.price},  {"prevClose", q.prevClose}, {"high", q.high},
-      {"low", q.low},      {"volume", q.volume},       {"updatedAt", q.updatedAt.sinceReference},
-      {"source", q.source}};
+  // Member by member: an initializer list copies every value twice, and the snapshot cache
+  // encodes every quote on every refresh.
+  Json object(Json::value_t::object);
+  auto& members = object.get_ref<Json::object_t&>();
+  members.reserve(10);
+  members.emplace_back("id", q.id);
+  members.emplace_back("market", q.market);
+  members.emplace_back("name", q.name);
+  members.emplace_back("price", q.price);
+  members.emplace_back("prevClose", q.prevClose);
+  members.emplace_back("high", q.high);
+  members.emplace_back("low", q.low);
+  members.emplace_back("volume", q.volume);
+  members.emplace_back("updatedAt", q.updatedAt.sinceReference);
+  members.emplace_back("source", q.source);
+  return object;
 }
 
 std::optional<QuoteSnapshot> quoteFromJson(const Json& object) {

@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "core/FileIO.h"
+#include "model/SnapshotCache.h"
 
 namespace tidemark {
 
@@ -126,21 +127,7 @@ void AppModel::restorePreferences() {
 
 void AppModel::restoreSnapshotCache() {
   if (auto bytes = deps_.defaults.data(snapshotsKey)) {
-    auto document = json::parse(*bytes);
-    if (document && document->is_array()) {
-      std::vector<QuoteSnapshot> restored;
-      restored.reserve(document->size());
-      bool readable = true;
-      for (const Json& entry : *document) {
-        auto quote = quoteFromJson(entry);
-        if (!quote) {
-          readable = false;
-          break;
-        }
-        restored.push_back(std::move(*quote));
-      }
-      if (readable) setQuotes(std::move(restored));
-    }
+    if (auto restored = decodeSnapshotCache(*bytes)) setQuotes(std::move(*restored));
   }
   setPhase(phaseForAge(updatedAt_));
 }

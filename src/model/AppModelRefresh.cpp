@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "model/AppModel.h"
+#include "model/SnapshotCache.h"
 #include "model/StaticSnapshot.h"
 
 namespace tidemark {
@@ -196,9 +197,7 @@ std::vector<QuoteSnapshot> AppModel::preservingSavedWatchlistQuotes(
 
 void AppModel::saveQuotes() {
   if (!ready_) return;
-  Json array = Json::array();
-  for (const QuoteSnapshot& q : quotes_) array.push_back(toJson(q));
-  if (auto bytes = json::encode(array)) deps_.defaults.setData(snapshotsKey, *bytes);
+  if (auto bytes = encodeSnapshotCache(quotes_)) deps_.defaults.setData(snapshotsKey, *bytes);
 }
 
 void AppModel::simulatePhase(QuotePhase phase) {
