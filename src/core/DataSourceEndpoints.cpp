@@ -98,6 +98,11 @@ std::optional<DataSourceManifest> manifestFromJson(const Json& object) {
   return DataSourceManifest{*schema, *revision, std::move(*endpoints)};
 }
 
+bool isTrustedManifestURL(std::string_view text) {
+  auto url = parseUrl(text);
+  return url && url->scheme == "https" && url->host == trustedManifestHost && !url->hasUserInfo;
+}
+
 std::optional<DataSourceManifest> decodeManifest(std::string_view bytes) {
   auto document = json::parse(bytes);
   if (!document) return std::nullopt;

@@ -44,6 +44,10 @@ Json toJson(const DataSourceEndpoints& endpoints);
 std::optional<DataSourceEndpoints> endpointsFromJson(const Json& object);
 Json toJson(const DataSourceManifest& manifest);
 std::optional<DataSourceManifest> manifestFromJson(const Json& object);
+// The remote manifest is fetched only from an https URL on the one raw-file host we trust.
+bool isTrustedManifestURL(std::string_view url);
+inline constexpr std::string_view trustedManifestHost = "raw.githubusercontent.com";
+
 // Parses the bytes of a manifest document.
 std::optional<DataSourceManifest> decodeManifest(std::string_view bytes);
 

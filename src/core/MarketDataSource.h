@@ -15,16 +15,32 @@ namespace tidemark {
 using QuotesCompletion =
     std::function<void(std::vector<QuoteSnapshot> quotes, std::optional<std::string> error)>;
 
-// What the market model asks of the live data sources. Completions run on the main thread,
-// exactly once; they may run before the call returns.
+// What the market model asks of the live data sources. Every request is built from the
+// endpoint set passed with it. Completions run on the main thread, exactly once; they may run
+// before the call returns.
 class MarketDataSource {
  public:
   virtual ~MarketDataSource() = default;
 
-  // One batch from one live source (`tencent`, `sina` or `stockSDK`), built from `endpoints`.
+  // One batch from one live source (`tencent`, `sina` or `stockSDK`).
   virtual void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
                            const std::vector<std::string>& symbols, const QuoteMap& cached,
                            QuotesCompletion completion) = 0;
+
+  // Whether the quote feeds and the bridge work with this endpoint set.
+  virtual void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                                   std::function<void(bool)> completion) = 0;
+
+  // The body of a remote manifest answered with a 2xx status; none on any failure.
+  virtual void fetchManifest(const std::string& url,
+                             std::function<void(std::optional<std::string>)> completion) = 0;
+
+  // Whether intraday series can be asked for at all (the bridge and Node.js are installed).
+  virtual bool canFetchIntraday() const = 0;
+  // Today's prices of one quote, oldest first; none when the series could not be read.
+  virtual void fetchIntraday(
+      const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
+      std::function<void(std::optional<std::vector<double>>)> completion) = 0;
 };
 
 }  // namespace tidemark

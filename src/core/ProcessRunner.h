@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidemark {
+
+struct ProcessRequest {
+  std::string program;
+  std::vector<std::string> arguments;  // passed as they are, never through a shell
+  std::string workingDirectory;
+  std::map<std::string, std::string> environment;  // the child's whole environment
+  double deadline = 22;  // seconds; a process still running then is terminated
+};
+
+struct ProcessResult {
+  std::optional<std::string> launchError;  // the process could not be started
+  int exitCode = -1;
+  bool exitedNormally = false;  // false after a crash or termination
+  bool timedOut = false;
+  std::string standardOutput;  // standard error goes to the null device
+};
+
+// Child processes; the completion runs once, on the main thread, never inside run().
+class ProcessRunner {
+ public:
+  virtual ~ProcessRunner() = default;
+  virtual void run(const ProcessRequest& request,
+                   std::function<void(ProcessResult)> completion) = 0;
+};
+
+}  // namespace tidemark
