@@ -4,13 +4,25 @@
 
 namespace tidemark {
 
-// Stands in for the live feeds where they cannot be reached: every request ends at once
-// without quotes, with a text that says so.
+// Stands in for the live feeds where none may be asked (the self-test): every request ends at
+// once without an answer.
 class UnavailableDataSource final : public MarketDataSource {
  public:
   void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
                    const std::vector<std::string>& symbols, const QuoteMap& cached,
                    QuotesCompletion completion) override;
+  void probeQuoteEndpoints(const DataSourceEndpoints&, std::function<void(bool)> done) override {
+    done(false);
+  }
+  void fetchManifest(const std::string&,
+                     std::function<void(std::optional<std::string>)> done) override {
+    done(std::nullopt);
+  }
+  bool canFetchIntraday() const override { return false; }
+  void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
+                     std::function<void(std::optional<std::vector<double>>)> done) override {
+    done(std::nullopt);
+  }
 };
 
 }  // namespace tidemark

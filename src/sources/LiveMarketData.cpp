@@ -1,0 +1,118 @@
+#include "sources/LiveMarketData.h"
+
+#include <memory>
+
+#include "core/Url.h"
+#include "sources/QuoteFeeds.h"
+#include "sources/TextDecoding.h"
+
+namespace tidemark {
+namespace {
+
+bool isSuccess(const HttpResponse& response) {
+  return !response.error && response.body && response.status && *response.status >= 200 &&
+         *response.status <= 299;
+}
+
+std::vector<QuoteSnapshot> parse(SourceMode source, std::string_view body,
+                                 const std::vector<std::string>& symbols, Date at) {
+  const std::string text = decodeLiveText(body);
+  return source == SourceMode::sina ? parseSina(text, symbols, at)
+                                    : parseTencent(text, symbols, at);
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> feedHeaders(SourceMode source) {
+  return {{"Referer",
+           source == SourceMode::sina ? "https://finance.sina.com.cn/" : "https://finance.qq.com/"},
+          {"User-Agent", "Mozilla/5.0"}};
+}
+
+void LiveMarketData::fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
+                                 const std::vector<std::string>& symbols, const QuoteMap&,
+                                 QuotesCompletion completion) {
+  if (source == SourceMode::stockSDK) return bridge_.fetchQuotes(endpoints, symbols, completion);
+
+  std::vector<std::string> kept;
+  std::string codes;
+  for (const std::string& symbol : symbols) {
+    if (isFundStyleSymbol(symbol)) continue;
+    kept.push_back(symbol);
+    if (auto code = marketCode(symbol, source)) codes += (codes.empty() ? "" : ",") + *code;
+  }
+  if (codes.empty()) return completion({}, std::nullopt);
+  HttpRequest request;
+  request.url = (source == SourceMode::sina ? endpoints.sinaQuote : endpoints.tencentQuote) + codes;
+  if (!parseUrl(request.url)) return completion({}, "行情源地址无效");
+  request.headers = feedHeaders(source);
+  request.timeout = 8;
+  http_.get(request, [this, source, kept = std::move(kept),
+                      completion = std::move(completion)](HttpResponse response) {
+    if (isSuccess(response)) {
+      auto quotes = parse(source, *response.body, kept, clock_.now());
+      if (quotes.empty()) return completion({}, "行情源未返回有效报价");
+      return completion(std::move(quotes), std::nullopt);
+    }
+    if (response.error) return completion({}, *response.error);
+    completion({}, "行情源请求失败");
+  });
+}
+
+void LiveMarketData::probeQuoteEndpoint(SourceMode source, const DataSourceEndpoints& endpoints,
+                                        std::function<void(bool)> completion) {
+  HttpRequest request;
+  request.url =
+      (source == SourceMode::sina ? endpoints.sinaQuote : endpoints.tencentQuote) + "sh600519";
+  request.headers = feedHeaders(source);
+  request.timeout = 3;
+  http_.get(request, [this, source, completion = std::move(completion)](HttpResponse response) {
+    completion(isSuccess(response) &&
+               !parse(source, *response.body, {"600519"}, clock_.now()).empty());
+  });
+}
+
+void LiveMarketData::probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                                         std::function<void(bool)> completion) {
+  // Every completion arrives on the main thread, so the slots need no lock: the last probe to
+  // answer reads them.
+  struct Join {
+    std::optional<bool> tencent, sina, bridge;
+    int pending = 3;
+    std::function<void(bool)> completion;
+    void done() {
+      if (--pending > 0) return;
+      completion(tencent == true && sina == true && bridge != false);
+    }
+  };
+  auto join = std::make_shared<Join>();
+  join->completion = std::move(completion);
+  probeQuoteEndpoint(SourceMode::tencent, endpoints, [join](bool ok) {
+    join->tencent = ok;
+    join->done();
+  });
+  probeQuoteEndpoint(SourceMode::sina, endpoints, [join](bool ok) {
+    join->sina = ok;
+    join->done();
+  });
+  bridge_.probeHealth(endpoints, [join](std::optional<bool> verdict) {
+    join->bridge = verdict;
+    join->done();
+  });
+}
+
+void LiveMarketData::fetchManifest(const std::string& url,
+                                   std::function<void(std::optional<std::string>)> completion) {
+  HttpRequest request{url, {{"Accept", "application/json"}}, 5};
+  http_.get(request, [completion = std::move(completion)](HttpResponse response) {
+    completion(isSuccess(response) ? response.body : std::nullopt);
+  });
+}
+
+void LiveMarketData::fetchIntraday(
+    const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
+    std::function<void(std::optional<std::vector<double>>)> completion) {
+  bridge_.fetchTimeline(endpoints, id, market, std::move(completion));
+}
+
+}  // namespace tidemark

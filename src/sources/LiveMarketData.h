@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/Clock.h"
+#include "core/HttpClient.h"
+#include "core/MarketDataSource.h"
+#include "sources/StockSDKBridge.h"
+
+namespace tidemark {
+
+// The live sources: the Tencent and Sina text feeds over HTTP and the stock-sdk bridge.
+class LiveMarketData final : public MarketDataSource {
+ public:
+  LiveMarketData(HttpClient& http, StockSDKBridge& bridge, const Clock& clock)
+      : http_(http), bridge_(bridge), clock_(clock) {}
+
+  void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
+                   const std::vector<std::string>& symbols, const QuoteMap& cached,
+                   QuotesCompletion completion) override;
+  // Tencent and Sina must each give a record for 600519; the bridge must not fail its health
+  // check (no verdict is fine). The three probes run at once.
+  void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                           std::function<void(bool)> completion) override;
+  void fetchManifest(const std::string& url,
+                     std::function<void(std::optional<std::string>)> completion) override;
+  bool canFetchIntraday() const override { return bridge_.isAvailable(); }
+  void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
+                     const std::string& market,
+                     std::function<void(std::optional<std::vector<double>>)> completion) override;
+
+  // One web probe: the source's quote base followed by "sh600519", 3 s.
+  void probeQuoteEndpoint(SourceMode source, const DataSourceEndpoints& endpoints,
+                          std::function<void(bool)> completion);
+
+ private:
+  HttpClient& http_;
+  StockSDKBridge& bridge_;
+  const Clock& clock_;
+};
+
+// The request headers of both text feeds: the portal's home page as Referer, a browser agent.
+std::vector<std::pair<std::string, std::string>> feedHeaders(SourceMode source);
+
+}  // namespace tidemark

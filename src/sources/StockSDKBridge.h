@@ -1,0 +1,75 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Clock.h"
+#include "core/DataSourceEndpoints.h"
+#include "core/MarketDataSource.h"
+#include "core/ProcessRunner.h"
+
+namespace tidemark {
+
+// What every bridge run takes from its surroundings; tests replace any of it.
+struct BridgeSetup {
+  // The bridge script; its folder holds node_modules with the stock-sdk package.
+  std::optional<std::filesystem::path> script;
+  // The application's own environment, handed on to the child.
+  std::map<std::string, std::string> environment;
+  // Tried in order, then every folder of the environment's PATH.
+  std::vector<std::string> nodeCandidates{"/opt/homebrew/bin/node", "/usr/local/bin/node",
+                                          "/usr/bin/node"};
+  std::function<bool(const std::string& path)> isExecutable;  // default: an executable file
+  double quoteDeadline = 22;
+  double healthDeadline = 4;
+  double timelineDeadline = 22;
+};
+
+// The process environment as a map.
+std::map<std::string, std::string> currentEnvironment();
+
+// Writes the endpoint set as JSON into "STOCK_DATA_SOURCE_CONFIG".
+void applyDataSourceEndpoints(const DataSourceEndpoints& endpoints,
+                              std::map<std::string, std::string>& environment);
+
+// The bridge's "--quotes" answer: a JSON array of quote objects. Objects without id, name,
+// price or previous close, or with a price or previous close not above zero, are skipped.
+std::vector<QuoteSnapshot> decodeSDKQuotes(std::string_view output, Date readAt);
+
+// The bridge's "--timeline" answer {"values": [...]}: the finite prices above zero, in order;
+// none unless the answer is such an object with an array of numbers.
+std::optional<std::vector<double>> decodeTimeline(std::string_view output);
+
+// Runs the bridge script under Node.js for quotes, its health check and intraday series.
+class StockSDKBridge {
+ public:
+  StockSDKBridge(ProcessRunner& runner, const Clock& clock, BridgeSetup setup);
+
+  std::optional<std::string> nodePath() const;
+  bool isAvailable() const { return setup_.script && nodePath(); }
+
+  void fetchQuotes(const DataSourceEndpoints& endpoints, const std::vector<std::string>& symbols,
+                   QuotesCompletion completion);
+  // Yes when the package loads and answers, no when the check fails, none without a verdict
+  // (no Node.js, no script, no start, no answer in time).
+  void probeHealth(const DataSourceEndpoints& endpoints,
+                   std::function<void(std::optional<bool>)> completion);
+  void fetchTimeline(const DataSourceEndpoints& endpoints, const std::string& id,
+                     const std::string& market,
+                     std::function<void(std::optional<std::vector<double>>)> completion);
+
+ private:
+  ProcessRequest request(const std::string& node, const DataSourceEndpoints& endpoints,
+                         std::vector<std::string> arguments, double deadline) const;
+
+  ProcessRunner& runner_;
+  const Clock& clock_;
+  BridgeSetup setup_;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,161 @@
+#include "sources/TextDecoding.h"
+
+#include <iconv.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+namespace tidemark {
+namespace {
+
+// One converter per thread, reused: opening one costs far more than a short conversion.
+class GB18030Converter {
+ public:
+  GB18030Converter() : cd_(iconv_open("UTF-8", "GB18030")) {}
+  ~GB18030Converter() {
+    if (cd_ != reinterpret_cast<iconv_t>(-1)) iconv_close(cd_);
+  }
+  GB18030Converter(const GB18030Converter&) = delete;
+  GB18030Converter& operator=(const GB18030Converter&) = delete;
+
+  // Appends the converted run; false on an invalid or incomplete sequence.
+  bool append(std::string_view run, std::string& out) {
+    if (cd_ == reinterpret_cast<iconv_t>(-1)) return false;
+    iconv(cd_, nullptr, nullptr, nullptr, nullptr);
+    char* in = const_cast<char*>(run.data());
+    size_t inLeft = run.size();
+    // GB 18030 to UTF-8 at most doubles a 2-byte character (4 bytes in, 4 out for the rest).
+    const size_t offset = out.size();
+    out.resize(offset + run.size() * 2 + 4);
+    char* outPtr = out.data() + offset;
+    size_t outLeft = out.size() - offset;
+    const size_t result = iconv(cd_, &in, &inLeft, &outPtr, &outLeft);
+    out.resize(out.size() - outLeft);
+    return result != static_cast<size_t>(-1) && inLeft == 0;
+  }
+
+ private:
+  iconv_t cd_;
+};
+
+// Index of the first byte at or after `i` with the high bit set, or `size`.
+size_t nextNonAscii(const unsigned char* data, size_t i, size_t size) {
+  // Eight bytes at a time while the text is plain ASCII, which feed bodies mostly are.
+  while (i + 8 <= size) {
+    uint64_t word;
+    std::memcpy(&word, data + i, 8);
+    if (word & 0x8080808080808080ull) break;
+    i += 8;
+  }
+  while (i < size && data[i] < 0x80) ++i;
+  return i;
+}
+
+// Length of the valid UTF-8 sequence at `i`, or 0.
+size_t utf8SequenceLength(const unsigned char* s, size_t i, size_t size) {
+  const unsigned char c = s[i];
+  if (c < 0x80) return 1;
+  auto trail = [&](size_t k, unsigned char lo = 0x80, unsigned char hi = 0xBF) {
+    return i + k < size && s[i + k] >= lo && s[i + k] <= hi;
+  };
+  if (c >= 0xC2 && c <= 0xDF) return trail(1) ? 2 : 0;
+  if (c == 0xE0) return trail(1, 0xA0) && trail(2) ? 3 : 0;
+  if ((c >= 0xE1 && c <= 0xEC) || c == 0xEE || c == 0xEF) return trail(1) && trail(2) ? 3 : 0;
+  if (c == 0xED) return trail(1, 0x80, 0x9F) && trail(2) ? 3 : 0;
+  if (c == 0xF0) return trail(1, 0x90) && trail(2) && trail(3) ? 4 : 0;
+  if (c >= 0xF1 && c <= 0xF3) return trail(1) && trail(2) && trail(3) ? 4 : 0;
+  if (c == 0xF4) return trail(1, 0x80, 0x8F) && trail(2) && trail(3) ? 4 : 0;
+  return 0;
+}
+
+// How many bytes of an invalid sequence at `i` form its maximal subpart (at least one).
+size_t invalidSubpartLength(const unsigned char* s, size_t i, size_t size) {
+  const unsigned char c = s[i];
+  unsigned char lo = 0x80, hi = 0xBF;
+  size_t expected;
+  if (c >= 0xC2 && c <= 0xDF) {
+    expected = 2;
+  } else if (c >= 0xE0 && c <= 0xEF) {
+    expected = 3;
+    if (c == 0xE0) lo = 0xA0;
+    if (c == 0xED) hi = 0x9F;
+  } else if (c >= 0xF0 && c <= 0xF4) {
+    expected = 4;
+    if (c == 0xF0) lo = 0x90;
+    if (c == 0xF4) hi = 0x8F;
+  } else {
+    return 1;
+  }
+  size_t length = 1;
+  if (i + 1 < size && s[i + 1] >= lo && s[i + 1] <= hi) {
+    ++length;
+    while (length < expected && i + length < size && s[i + length] >= 0x80 && s[i + length] <= 0xBF)
+      ++length;
+  }
+  return length;
+}
+
+}  // namespace
+
+std::optional<std::string> decodeGB18030(std::string_view bytes) {
+  thread_local GB18030Converter converter;
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  const size_t size = bytes.size();
+  std::string out;
+  out.reserve(size + size / 4);
+  size_t i = 0;
+  while (i < size) {
+    const size_t ascii = nextNonAscii(data, i, size);
+    out.append(bytes.data() + i, ascii - i);
+    i = ascii;
+    if (i == size) break;
+    // A run of multi-byte characters. A lead byte followed by a digit starts a four-byte
+    // sequence, any other second byte a two-byte one; valid text always splits this way, and
+    // the converter rejects whatever does not.
+    const size_t start = i;
+    while (i < size && data[i] >= 0x80)
+      i += (i + 1 < size && data[i + 1] >= 0x30 && data[i + 1] <= 0x39) ? 4 : 2;
+    i = std::min(i, size);
+    if (!converter.append(bytes.substr(start, i - start), out)) return std::nullopt;
+  }
+  return out;
+}
+
+bool isValidUTF8(std::string_view bytes) {
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  const size_t size = bytes.size();
+  for (size_t i = nextNonAscii(data, 0, size); i < size; i = nextNonAscii(data, i, size)) {
+    const size_t length = utf8SequenceLength(data, i, size);
+    if (length == 0) return false;
+    i += length;
+  }
+  return true;
+}
+
+std::string repairUTF8(std::string_view bytes) {
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  const size_t size = bytes.size();
+  std::string out;
+  out.reserve(size);
+  size_t i = 0;
+  while (i < size) {
+    const size_t length = utf8SequenceLength(data, i, size);
+    if (length > 0) {
+      out.append(bytes.data() + i, length);
+      i += length;
+    } else {
+      out += "\xEF\xBF\xBD";
+      i += invalidSubpartLength(data, i, size);
+    }
+  }
+  return out;
+}
+
+std::string decodeLiveText(std::string_view bytes) {
+  if (auto text = decodeGB18030(bytes)) return std::move(*text);
+  if (isValidUTF8(bytes)) return std::string(bytes);
+  return repairUTF8(bytes);
+}
+
+}  // namespace tidemark
