@@ -1,0 +1,144 @@
+// Tidemark's bridge to the stock-sdk package. It prints one JSON answer on standard output:
+//
+//   node stock-sdk-bridge.mjs --quotes '["600519","00700","NVDA"]'   → [{id, name, price, ...}]
+//   node stock-sdk-bridge.mjs --health                              → exit 0 when the package works
+//   node stock-sdk-bridge.mjs --timeline '{"id":"600519","market":"A股"}' → {"values": [...]}
+//
+// The endpoint set comes as JSON in STOCK_DATA_SOURCE_CONFIG; its stockSDKTencentBase is the
+// package's base address. A base other than Tencent's own is taken as a mirror of all Tencent
+// hosts, so the intraday requests go there too.
+
+import { StockSDK, decodeGBK, parseResponse } from 'stock-sdk';
+
+const TENCENT_BASE = 'https://qt.gtimg.cn';
+const TENCENT_HOSTS = /^https:\/\/(web\.ifzq|ifzq|qt)\.gtimg\.cn/;
+
+function tencentBase() {
+  try {
+    const config = JSON.parse(process.env.STOCK_DATA_SOURCE_CONFIG ?? '{}');
+    const base = config?.stockSDKTencentBase;
+    if (typeof base === 'string' && base.length > 0) return base.replace(/\/+$/, '');
+  } catch {
+    // An unreadable set: the package's own address.
+  }
+  return TENCENT_BASE;
+}
+
+function makeSDK() {
+  const base = tencentBase();
+  const mirror = base === TENCENT_BASE ? null : base;
+  const fetchImpl = (url, init) =>
+    fetch(mirror ? String(url).replace(TENCENT_HOSTS, mirror) : url, init);
+  return new StockSDK({ baseUrl: base, timeout: 8000, retry: { maxRetries: 1 }, fetchImpl });
+}
+
+const isDigits = (s) => /^[0-9]+$/.test(s);
+
+// Which of the package's quote calls serves a watchlist symbol, and the market label it gets.
+function route(symbol) {
+  if (isDigits(symbol) && symbol.length === 6) {
+    if (/^(01|02)/.test(symbol)) return { call: 'fund', market: 'A股基金' };
+    if (/^(5|15|16)/.test(symbol)) return { call: 'cn', market: 'A股基金' };
+    return { call: 'cn', market: 'A股' };
+  }
+  if (isDigits(symbol) && symbol.length === 5) return { call: 'hk', market: '港股' };
+  return { call: 'us', market: '美股' };
+}
+
+// The package's code for the symbol, as it answers it ("NVDA.OQ" for "NVDA").
+function matches(symbol, code) {
+  const a = String(code ?? '').toUpperCase();
+  const b = symbol.toUpperCase();
+  return a === b || a.startsWith(b + '.');
+}
+
+function isoTime(timestamp) {
+  return Number.isFinite(timestamp) ? new Date(timestamp).toISOString() : undefined;
+}
+
+function toRecord(symbol, market, q) {
+  if (q.nav !== undefined) {
+    // A fund's net value: today's value against yesterday's.
+    const price = Number(q.nav);
+    return { id: symbol, market, name: q.name, price, prevClose: price - Number(q.change ?? 0),
+             updatedAt: isoTime(q.timestamp), source: 'stock-sdk' };
+  }
+  return { id: symbol, market, name: q.name, price: q.price, prevClose: q.prevClose,
+           high: q.high, low: q.low, volume: Math.trunc(Number(q.volume) || 0),
+           updatedAt: isoTime(q.timestamp), source: 'stock-sdk' };
+}
+
+async function quotes(symbols) {
+  const sdk = makeSDK();
+  const groups = new Map();
+  for (const symbol of symbols) {
+    const { call, market } = route(symbol);
+    if (!groups.has(call)) groups.set(call, []);
+    groups.get(call).push({ symbol, market });
+  }
+  const records = [];
+  await Promise.all([...groups].map(async ([call, wanted]) => {
+    let answers;
+    try {
+      answers = await sdk.quotes[call](wanted.map((w) => w.symbol));
+    } catch (error) {
+      process.stderr.write(`${call}: ${error?.message ?? error}\n`);
+      return;
+    }
+    const unused = [...answers];
+    for (const { symbol, market } of wanted) {
+      const index = unused.findIndex((q) => matches(symbol, q?.code));
+      if (index >= 0) records.push(toRecord(symbol, market, unused.splice(index, 1)[0]));
+    }
+  }));
+  const order = new Map(symbols.map((s, i) => [s, i]));
+  records.sort((a, b) => order.get(a.id) - order.get(b.id));
+  return records;
+}
+
+// The package loads, builds its client and decodes the feeds' GBK text, without the network.
+function health() {
+  const sdk = new StockSDK({ baseUrl: tencentBase() });
+  if (typeof sdk.quotes?.cn !== 'function' || typeof sdk.quotes?.timeline !== 'function') return false;
+  const text = decodeGBK(new Uint8Array([0xc3, 0xa9, 0xcc, 0xa8]).buffer);  // 茅台
+  const rows = parseResponse('v_sh600519="1~' + text + '~600519~1.00";');
+  return rows.length === 1 && rows[0].key === 'sh600519' && rows[0].fields[1] === '茅台';
+}
+
+function tencentCode(id, market) {
+  if (market === '港股' || market === '港股基金') return 'hk' + id;
+  if (market === '美股' || market === '美股基金') return 'us' + id.toUpperCase();
+  if (/^[65]/.test(id)) return 'sh' + id;
+  if (/^[489]/.test(id)) return 'bj' + id;
+  return 'sz' + id;
+}
+
+async function timeline(request) {
+  const answer = await makeSDK().quotes.timeline(tencentCode(String(request.id), request.market));
+  return { values: (answer?.data ?? []).map((point) => point.price) };
+}
+
+function fail(message) {
+  process.stderr.write(message + '\n');
+  process.exit(1);
+}
+
+const [mode, argument] = process.argv.slice(2);
+try {
+  if (mode === '--health') {
+    process.exit(health() ? 0 : 1);
+  } else if (mode === '--quotes') {
+    const symbols = JSON.parse(argument ?? '[]');
+    if (!Array.isArray(symbols) || !symbols.every((s) => typeof s === 'string'))
+      fail('--quotes takes a JSON array of symbols');
+    process.stdout.write(JSON.stringify(await quotes(symbols)) + '\n');
+  } else if (mode === '--timeline') {
+    const request = JSON.parse(argument ?? '{}');
+    if (typeof request?.id !== 'string') fail('--timeline takes {"id", "market"}');
+    process.stdout.write(JSON.stringify(await timeline(request)) + '\n');
+  } else {
+    fail('usage: stock-sdk-bridge.mjs --quotes JSON | --health | --timeline JSON');
+  }
+} catch (error) {
+  fail(String(error?.message ?? error));
+}
