@@ -33,6 +33,10 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   }
 
   restoreSourceConfiguration();
+  if (deps_.endpointsOverride) {
+    dataSourceEndpoints_ = *deps_.endpointsOverride;
+    sourceConfigStatus_ = "使用指定地址";
+  }
   restorePreferences();
   restoreSnapshotCache();
 

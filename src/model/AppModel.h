@@ -41,7 +41,9 @@ class AppModel {
     Notifier& notifier;
     // The user's application-support directory; the watchlist file defaults to
     // "<it>/Tidemark/watchlist.json". None: the watchlist lives in the store only.
-    std::optional<std::filesystem::path> applicationSupportDirectory;
+    std::optional<std::filesystem::path> applicationSupportDirectory = std::nullopt;
+    // An endpoint set for this run only: it replaces the restored one and is never stored.
+    std::optional<DataSourceEndpoints> endpointsOverride = std::nullopt;
   };
 
   static constexpr const char* preferencesKey = "tidemark.native.preferences.v2";
@@ -141,6 +143,8 @@ class AppModel {
   const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
   int64_t sourceConfigRevision() const { return sourceConfigRevision_; }
   bool sourceBootstrapInFlight() const { return sourceBootstrapInFlight_; }
+  // A bootstrap or a live load is under way; its end changes the published state.
+  bool isLoading() const { return sourceBootstrapInFlight_ || liveLoad_ != nullptr; }
   bool hasPendingRefresh() const { return static_cast<bool>(pendingRefresh_); }
   Date lastRefreshStartedAt() const { return lastRefreshStartedAt_; }
   Date lastRotationAt() const { return lastRotationAt_; }
@@ -181,8 +185,15 @@ class AppModel {
   void requestPriceAlertNotifications();
   void deliverPriceAlertNotification();
 
+  // Endpoint set and manifest.
+  void bootstrapDataSourcesAndLoad();
+  void fetchRemoteSourceManifest(std::function<void(bool adopted)> completion);
+
   // Intraday series.
   void fetchIntraday(const QuoteSnapshot& quote);
+  std::vector<double> priceSeries(const QuoteSnapshot& quote) const;
+  bool hasRealIntraday(const QuoteSnapshot& quote) const;
+  static constexpr double intradayThrottle = 60;
 
  private:
   struct LiveLoad;

@@ -61,10 +61,6 @@ void AppModel::beginRefresh(bool /*automatic*/) {
                                           }));
 }
 
-void AppModel::startFirstLoad() {
-  loadSource(true);
-}
-
 void AppModel::loadSource(bool resetMock) {
   switch (sourceMode_) {
     case SourceMode::mock:
@@ -227,10 +223,6 @@ void AppModel::simulatePhase(QuotePhase phase) {
 
 void AppModel::requestActiveIntraday() {
   if (const QuoteSnapshot* q = activeQuote()) fetchIntraday(*q);
-}
-
-void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
-  if (!isLive(sourceMode_) || quote.market == "A股基金") return;
 }
 
 }  // namespace tidemark

@@ -1,0 +1,92 @@
+// The endpoint set at start-up, the remote manifest, and intraday series.
+
+#include "model/AppModel.h"
+
+namespace tidemark {
+
+void AppModel::startFirstLoad() {
+  if (!canRequestNotifications_ || !isLive(sourceMode_)) {
+    loadSource(true);
+    return;
+  }
+  if (sourceBootstrapInFlight_) return;  // the bootstrap under way loads when it ends
+  sourceBootstrapInFlight_ = true;
+  setPhase(QuotePhase::loading);
+  savePreferences();
+  bootstrapDataSourcesAndLoad();
+}
+
+void AppModel::bootstrapDataSourcesAndLoad() {
+  const auto end = [this](std::string status) {
+    assign(sourceConfigStatus_, std::move(status));
+    sourceBootstrapInFlight_ = false;
+    loadSource(true);
+  };
+  deps_.dataSource.probeQuoteEndpoints(
+      dataSourceEndpoints_, guarded(std::function<void(bool)>([this, end](bool usable) {
+        if (usable) return end("行情地址可用 · r" + std::to_string(sourceConfigRevision_));
+        assign(sourceConfigStatus_, std::string("检测到行情地址异常，正在获取更新…"));
+        fetchRemoteSourceManifest([this, end](bool adopted) {
+          if (!adopted) return end("远程更新不可用 · 使用缓存地址");
+          deps_.dataSource.probeQuoteEndpoints(
+              dataSourceEndpoints_, guarded(std::function<void(bool)>([this, end](bool ok) {
+                end(ok ? "远程地址已更新并验证 · r" + std::to_string(sourceConfigRevision_)
+                       : "已更新地址 · 部分源仍不可用");
+              })));
+        });
+      })));
+}
+
+void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
+  const auto url = bundle_.infoValue("StockDataSourceConfigURL");
+  if (!url || !isTrustedManifestURL(*url)) {
+    deps_.scheduler.post(guarded([completion] { completion(false); }));
+    return;
+  }
+  deps_.dataSource.fetchManifest(*url, guarded(std::function<void(std::optional<std::string>)>(
+                                           [this, completion](std::optional<std::string> body) {
+                                             auto manifest =
+                                                 body ? decodeManifest(*body) : std::nullopt;
+                                             // An equal revision is adopted again; only an older
+                                             // one is refused.
+                                             if (!manifest || !manifest->isValid() ||
+                                                 manifest->revision < sourceConfigRevision_)
+                                               return completion(false);
+                                             dataSourceEndpoints_ = manifest->endpoints;
+                                             sourceConfigRevision_ = manifest->revision;
+                                             deps_.defaults.setData(sourceManifestKey, *body);
+                                             completion(true);
+                                           })));
+}
+
+void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
+  if (!isLive(sourceMode_) || quote.market == "A股基金") return;
+  const Date now = deps_.clock.now();
+  if (auto last = intradayRequestedAt_.find(quote.id);
+      last != intradayRequestedAt_.end() && now - last->second < intradayThrottle)
+    return;
+  if (!deps_.dataSource.canFetchIntraday()) return;
+  // Written before the request starts, so a second call within the minute waits for this one.
+  intradayRequestedAt_[quote.id] = now;
+  deps_.dataSource.fetchIntraday(
+      dataSourceEndpoints_, quote.id, quote.market,
+      guarded(std::function<void(std::optional<std::vector<double>>)>(
+          [this, id = quote.id](std::optional<std::vector<double>> values) {
+            if (!values || values->size() < 2) return;
+            auto series = intradaySeries_;
+            series[id] = std::move(*values);
+            assign(intradaySeries_, std::move(series));
+          })));
+}
+
+std::vector<double> AppModel::priceSeries(const QuoteSnapshot& quote) const {
+  if (auto it = intradaySeries_.find(quote.id); it != intradaySeries_.end()) return it->second;
+  return quote.trend();
+}
+
+bool AppModel::hasRealIntraday(const QuoteSnapshot& quote) const {
+  auto it = intradaySeries_.find(quote.id);
+  return it != intradaySeries_.end() && it->second.size() > 1;
+}
+
+}  // namespace tidemark
