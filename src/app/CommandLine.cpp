@@ -2,7 +2,31 @@
 
 #include <QCommandLineParser>
 
+#include "core/FileIO.h"
+#include "model/Watchlist.h"
+
 namespace tidemark {
+namespace {
+
+std::string modeList() {
+  std::string list;
+  for (SourceMode mode : allCases<SourceMode>())
+    list += (list.empty() ? "" : ", ") + std::string(rawValue(mode));
+  return list;
+}
+
+}  // namespace
+
+std::variant<DataSourceEndpoints, std::string> readEndpointsFile(const std::string& path) {
+  std::error_code error;
+  auto bytes = readFile(path, error);
+  if (!bytes) return "cannot read " + path + ": " + error.message();
+  auto document = json::parse(*bytes);
+  if (!document) return path + " is not JSON";
+  if (auto endpoints = endpointsFromJson(*document)) return *endpoints;
+  if (auto manifest = manifestFromJson(*document)) return manifest->endpoints;
+  return path + " holds no endpoint set (the nine addresses, alone or under \"endpoints\")";
+}
 
 std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments) {
   QCommandLineParser parser;
@@ -16,9 +40,24 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   const QCommandLineOption quotes(
       QStringLiteral("quotes"),
       QStringLiteral("Print the watchlist's quotes from the stored settings; changes nothing."));
-  const QCommandLineOption json(QStringLiteral("json"),
-                                QStringLiteral("With --quotes: print one JSON object."));
-  parser.addOptions({selfTest, quotes, json});
+  const QCommandLineOption json(
+      QStringLiteral("json"), QStringLiteral("Print one JSON object (with --watch: one a line)."));
+  const QCommandLineOption watch(QStringLiteral("watch"),
+                                 QStringLiteral("Keep refreshing and print each new load."));
+  const QCommandLineOption source(QStringLiteral("source"),
+                                  QStringLiteral("Load from MODE for this run: ") +
+                                      QString::fromStdString(modeList()) + QStringLiteral("."),
+                                  QStringLiteral("MODE"));
+  const QCommandLineOption symbols(
+      QStringLiteral("symbols"),
+      QStringLiteral("Show these symbols (comma separated) instead of the watchlist; nothing "
+                     "stored is read or written."),
+      QStringLiteral("LIST"));
+  const QCommandLineOption endpoints(
+      QStringLiteral("endpoints"),
+      QStringLiteral("Take the feed addresses from this JSON file for this run."),
+      QStringLiteral("FILE"));
+  parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints});
 
   if (!parser.parse(arguments)) return parser.errorText().toStdString();
   if (!parser.positionalArguments().isEmpty())
@@ -34,10 +73,32 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
     line.mode = CommandLine::Mode::version;
     return line;
   }
-  if (parser.isSet(selfTest) && (parser.isSet(quotes) || parser.isSet(json)))
-    return std::string("--self-test takes no other option");
-  if (parser.isSet(selfTest)) line.mode = CommandLine::Mode::selfTest;
+  if (parser.isSet(selfTest)) {
+    for (const auto* other : {&quotes, &json, &watch, &source, &symbols, &endpoints})
+      if (parser.isSet(*other)) return std::string("--self-test takes no other option");
+    line.mode = CommandLine::Mode::selfTest;
+    return line;
+  }
   line.json = parser.isSet(json);
+  line.watch = parser.isSet(watch);
+  if (parser.isSet(source)) {
+    const std::string value = parser.value(source).toStdString();
+    line.source = fromRawValue<SourceMode>(value);
+    if (!line.source) return "unknown source '" + value + "' (" + modeList() + ")";
+  }
+  if (parser.isSet(symbols)) {
+    std::vector<std::string> list;
+    for (const QString& part : parser.value(symbols).split(u','))
+      list.push_back(std::string(trimmedSymbol(part.toStdString())));
+    list = validSymbols(list);
+    if (list.empty()) return std::string("--symbols needs at least one symbol");
+    line.symbols = std::move(list);
+  }
+  if (parser.isSet(endpoints)) {
+    auto read = readEndpointsFile(parser.value(endpoints).toStdString());
+    if (auto* message = std::get_if<std::string>(&read)) return *message;
+    line.endpoints = std::get<DataSourceEndpoints>(read);
+  }
   return line;
 }
 

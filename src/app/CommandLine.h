@@ -1,9 +1,14 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include <QStringList>
+
+#include "core/DataSourceEndpoints.h"
+#include "core/Enums.h"
 
 namespace tidemark {
 
@@ -11,10 +16,19 @@ struct CommandLine {
   enum class Mode { quotes, selfTest, help, version };
   Mode mode = Mode::quotes;
   bool json = false;
+  bool watch = false;
+  std::optional<SourceMode> source;
+  std::optional<std::vector<std::string>> symbols;
+  std::optional<DataSourceEndpoints> endpoints;
   std::string helpText;
 };
 
-// The parsed arguments, or a one-line message for a usage error (exit status 2).
+// The parsed arguments, or a one-line message for a usage error (exit status 2). An endpoint
+// file is read here, so a bad one is a usage error too.
 std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments);
+
+// An endpoint set from a file of the user's: the nine addresses alone or a whole manifest.
+// Trusted as given (http and any host included); no value when the file holds no such set.
+std::variant<DataSourceEndpoints, std::string> readEndpointsFile(const std::string& path);
 
 }  // namespace tidemark

@@ -3,16 +3,18 @@
 #include <ostream>
 
 #include <QDateTime>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include "app/Environment.h"
+#include "app/LiveSources.h"
 #include "app/TextTable.h"
 #include "core/NumberText.h"
 #include "model/AppModel.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
-#include "sources/UnavailableDataSource.h"
 
 namespace tidemark {
 namespace {
@@ -50,7 +52,7 @@ std::string renderTable(const AppModel& model) {
   return text;
 }
 
-std::string renderJson(const AppModel& model) {
+std::string renderJson(const AppModel& model, bool pretty) {
   Json quotes = Json::array();
   for (const QuoteSnapshot& q : model.watchedQuotes()) {
     Json record = toJson(q);
@@ -62,41 +64,108 @@ std::string renderJson(const AppModel& model) {
                 {"sourceLabel", model.sourceLabel()},
                 {"updatedAt", formatISO8601(model.updatedAt())},
                 {"quotes", std::move(quotes)}};
-  return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return document.dump(pretty ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+// A throw-away copy of the stored settings with the run's source in them, so the model's
+// first load already asks the right feeds.
+void useSourceMode(KeyValueStore& store, SourceMode mode, Date now) {
+  Preferences preferences;
+  preferences.updatedAt = now;
+  if (auto bytes = store.data(AppModel::preferencesKey)) {
+    if (auto document = json::parse(*bytes)) {
+      if (auto stored = preferencesFromJson(*document)) preferences = *stored;
+    }
+  }
+  preferences.sourceMode = mode;
+  store.setData(AppModel::preferencesKey, toJson(preferences).dump());
+}
+
+// Runs the event loop until the model has no load under way.
+void waitForLoad(AppModel& model) {
+  if (!model.isLoading()) return;
+  QEventLoop loop;
+  auto subscription = model.subscribe([&] {
+    if (!model.isLoading())
+      QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+  });
+  loop.exec();
+}
+
+// What a printed load showed, to print again only when something changed.
+struct Shown {
+  Date updatedAt;
+  QuotePhase phase;
+  std::optional<std::string> lastError;
+  std::vector<QuoteSnapshot> quotes;
+  bool operator==(const Shown&) const = default;
+};
+
+Shown shown(const AppModel& model) {
+  return {model.updatedAt(), model.phase(), model.lastError(), model.watchedQuotes()};
 }
 
 }  // namespace
 
 int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
-  auto settings = SettingsStore::standard();
-  OverlayKeyValueStore store(*settings);
-
-  // The model reads the user's watchlist file; a copy takes whatever it writes back.
-  QTemporaryDir scratch;
-  if (!scratch.isValid()) {
-    err << "tidemark: cannot create a temporary folder: " << scratch.errorString().toStdString()
-        << "\n";
-    return 1;
-  }
-  const auto support = applicationSupportDirectory();
-  const std::filesystem::path copy =
-      scratch.filePath(QStringLiteral("watchlist.json")).toStdString();
-  if (support) {
-    const auto original =
-        QString::fromStdString((*support / "Tidemark" / "watchlist.json").string());
-    if (QFile::exists(original)) QFile::copy(original, QString::fromStdString(copy.string()));
-  }
-
   SystemClock clock;
   QtScheduler scheduler;
-  UnavailableDataSource source;
   NullNotifier notifier;
-  AppModel model({store, clock, scheduler, source, notifier, support}, copy, false,
-                 applicationBundle());
+  const Bundle bundle = applicationBundle();
+  LiveSources live(bundle, clock);
 
-  out << (line.json ? renderJson(model) : renderTable(model));
-  out.flush();
-  return out ? 0 : 1;
+  // With --symbols nothing of the user's is read or written; otherwise the user's settings and
+  // watchlist are read, and whatever the model writes back goes to a scratch overlay and copy.
+  std::unique_ptr<SettingsStore> settings;
+  std::unique_ptr<KeyValueStore> store;
+  std::optional<std::filesystem::path> support, watchlistFile;
+  QTemporaryDir scratch;
+  if (line.symbols) {
+    auto memory = std::make_unique<MemoryKeyValueStore>();
+    memory->setStringArray(AppModel::watchlistKey, *line.symbols);
+    store = std::move(memory);
+  } else {
+    if (!scratch.isValid()) {
+      err << "tidemark: cannot create a temporary folder: " << scratch.errorString().toStdString()
+          << "\n";
+      return 1;
+    }
+    settings = SettingsStore::standard();
+    store = std::make_unique<OverlayKeyValueStore>(*settings);
+    support = applicationSupportDirectory();
+    watchlistFile = scratch.filePath(QStringLiteral("watchlist.json")).toStdString();
+    if (support) {
+      const auto original =
+          QString::fromStdString((*support / "Tidemark" / "watchlist.json").string());
+      if (QFile::exists(original))
+        QFile::copy(original, QString::fromStdString(watchlistFile->string()));
+    }
+  }
+  if (line.source) useSourceMode(*store, *line.source, clock.now());
+
+  AppModel model({*store, clock, scheduler, live.data, notifier, support, line.endpoints},
+                 watchlistFile, false, bundle);
+  waitForLoad(model);
+  const auto print = [&] {
+    out << (line.json ? renderJson(model, !line.watch) : renderTable(model)) << std::flush;
+  };
+  print();
+  if (!line.watch) return out ? 0 : 1;
+
+  // The model's own heartbeat: stale data, automatic refresh and rotation, every half second.
+  Shown last = shown(model);
+  QTimer heartbeat;
+  QObject::connect(&heartbeat, &QTimer::timeout, &heartbeat, [&] {
+    model.heartbeat();
+    if (model.isLoading() || shown(model) == last) return;
+    last = shown(model);
+    if (!line.json) out << "\n";
+    print();
+  });
+  heartbeat.start(static_cast<int>(AppModel::heartbeatInterval * 1000));
+  QEventLoop loop;
+  loop.exec();  // until the user interrupts
+  return 0;
 }
 
 }  // namespace tidemark

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "core/Bundle.h"
+#include "platform/QtHttpClient.h"
+#include "platform/QtProcessRunner.h"
+#include "sources/LiveMarketData.h"
+
+namespace tidemark {
+
+// The bridge script among the resources: "bridge/stock-sdk-bridge.mjs", with node_modules
+// beside it.
+std::optional<std::filesystem::path> bridgeScript(const Bundle& bundle);
+
+// The live data sources on the real network and real child processes. Declared in the order
+// they must be built; destroyed in reverse, so nothing answers into a dead source.
+struct LiveSources {
+  LiveSources(const Bundle& bundle, const Clock& clock);
+
+  QtHttpClient http;
+  QtProcessRunner processes;
+  StockSDKBridge bridge;
+  LiveMarketData data;
+};
+
+}  // namespace tidemark

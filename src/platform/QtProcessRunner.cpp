@@ -1,0 +1,80 @@
+#include "platform/QtProcessRunner.h"
+
+#include <cmath>
+#include <memory>
+
+#include <QProcess>
+#include <QTimer>
+
+namespace tidemark {
+
+QtProcessRunner::~QtProcessRunner() {
+  // Children must not outlive the application; nobody is told about them any more.
+  for (QProcess* process : context_.findChildren<QProcess*>()) {
+    process->disconnect();
+    process->kill();
+    process->waitForFinished(1000);
+  }
+}
+
+void QtProcessRunner::run(const ProcessRequest& request,
+                          std::function<void(ProcessResult)> completion) {
+  auto* process = new QProcess(&context_);
+  process->setProgram(QString::fromStdString(request.program));
+  QStringList arguments;
+  for (const std::string& argument : request.arguments)
+    arguments << QString::fromStdString(argument);
+  process->setArguments(arguments);
+  process->setWorkingDirectory(QString::fromStdString(request.workingDirectory));
+  QProcessEnvironment environment;
+  for (const auto& [name, value] : request.environment)
+    environment.insert(QString::fromStdString(name), QString::fromStdString(value));
+  process->setProcessEnvironment(environment);
+  process->setStandardErrorFile(QProcess::nullDevice());
+  process->setStandardInputFile(QProcess::nullDevice());
+
+  struct State {
+    std::function<void(ProcessResult)> completion;
+    bool timedOut = false;
+    bool done = false;
+  };
+  auto state = std::make_shared<State>(State{std::move(completion)});
+  const auto finish = [process, state](ProcessResult result) {
+    if (state->done) return;
+    state->done = true;
+    process->deleteLater();
+    state->completion(std::move(result));
+  };
+
+  auto* deadline = new QTimer(process);
+  deadline->setSingleShot(true);
+  QObject::connect(deadline, &QTimer::timeout, process, [process, state] {
+    if (process->state() == QProcess::NotRunning) return;
+    state->timedOut = true;
+    process->terminate();
+    QTimer::singleShot(1000, process, [process] { process->kill(); });
+  });
+
+  QObject::connect(process, &QProcess::errorOccurred, process,
+                   [process, finish](QProcess::ProcessError error) {
+                     if (error != QProcess::FailedToStart) return;
+                     ProcessResult result;
+                     result.launchError = process->errorString().toStdString();
+                     // start() may report this before it returns; answer on a later turn.
+                     QMetaObject::invokeMethod(
+                         process, [finish, result] { finish(result); }, Qt::QueuedConnection);
+                   });
+  QObject::connect(process, &QProcess::finished, process,
+                   [process, state, finish](int exitCode, QProcess::ExitStatus status) {
+                     ProcessResult result;
+                     result.exitCode = exitCode;
+                     result.exitedNormally = status == QProcess::NormalExit && !state->timedOut;
+                     result.timedOut = state->timedOut;
+                     result.standardOutput = process->readAllStandardOutput().toStdString();
+                     finish(std::move(result));
+                   });
+  process->start();
+  deadline->start(static_cast<int>(std::lround(request.deadline * 1000)));
+}
+
+}  // namespace tidemark
