@@ -5,10 +5,15 @@
 #include <fstream>
 
 #include <QProcess>
+#include <QTest>
 
+#include "core/DataSourceEndpoints.h"
 #include "core/FileIO.h"
 #include "core/Json.h"
+#include "model/AppModel.h"
+#include "platform/SettingsStore.h"
 #include "support/Fakes.h"
+#include "support/LoopbackServer.h"
 
 namespace tidemark {
 namespace {
@@ -30,9 +35,21 @@ class CommandLine : public testing::Test {
     }
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TIDEMARK_BINARY), arguments);
-    EXPECT_TRUE(process.waitForFinished(30000));
+    // The event loop keeps turning meanwhile, for loopback servers in this process.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 60000));
     return {process.exitCode(), process.readAllStandardOutput().toStdString(),
             process.readAllStandardError().toStdString()};
+  }
+  std::filesystem::path path(const char* name) const { return home.path() / name; }
+  // An endpoint file: every feed on `base` (the package's under "/sdk").
+  QString endpointsFile(const std::string& base) const {
+    DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+    endpoints.tencentQuote = base + "/q=";
+    endpoints.sinaQuote = base + "/list=";
+    endpoints.stockSDKTencentBase = base + "/sdk";
+    const auto file = home.path() / "endpoints.json";
+    std::ofstream(file) << toJson(endpoints).dump();
+    return QString::fromStdString(file.string());
   }
   // Files below the private home, other than the folders made for the run.
   std::vector<std::string> filesLeft() const {
@@ -53,6 +70,25 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
        "",
        "tidemark: --self-test takes no other option See --help.\n"},
       {{QStringLiteral("extra")}, 2, "", "tidemark: unexpected argument 'extra' See --help.\n"},
+      {{QStringLiteral("--source"), QStringLiteral("yahoo")},
+       2,
+       "",
+       "tidemark: unknown source 'yahoo' (mock, static, automatic, tencent, sina, stockSDK) See "
+       "--help.\n"},
+      {{QStringLiteral("--symbols"), QStringLiteral(" , ")},
+       2,
+       "",
+       "tidemark: --symbols needs at least one symbol See --help.\n"},
+      {{QStringLiteral("--endpoints"), QStringLiteral("/nonexistent.json")},
+       2,
+       "",
+       "tidemark: cannot read /nonexistent.json: No such file or directory See --help.\n"},
+      {{QStringLiteral("--endpoints"),
+        QStringLiteral(TIDEMARK_TEST_DATA_DIR "/tencent-minute-sh600519.json")},
+       2,
+       "",
+       "tidemark: " TIDEMARK_TEST_DATA_DIR "/tencent-minute-sh600519.json holds no endpoint set "
+       "(the nine addresses, alone or under \"endpoints\") See --help.\n"},
   };
   for (const auto& [arguments, code, out, err] : cases) {
     Outcome result = run(arguments);
@@ -107,6 +143,87 @@ TEST_F(CommandLine, QuotesReadTheUsersWatchlistWithoutWritingIt) {
   std::error_code error;
   EXPECT_EQ(readFile(file, error), saved);
   EXPECT_EQ(filesLeft(), std::vector<std::string>{"XDG_DATA_HOME/Tidemark/watchlist.json"});
+}
+
+TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPath) {
+  const std::string body = test::testData("tencent-basic.gbk");
+  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+    if (target.starts_with("/q=")) return {200, body};
+    return {500, ""};
+  });
+  Outcome result =
+      run({QStringLiteral("--quotes"), QStringLiteral("--source"), QStringLiteral("tencent"),
+           QStringLiteral("--symbols"), QStringLiteral("600519,NVDA"),
+           QStringLiteral("--endpoints"), endpointsFile(server.base())});
+  EXPECT_EQ(result.code, 0) << result.err;
+  EXPECT_TRUE(
+      result.out.starts_with("代码    名称      市场      价格  涨跌幅  成交量  来源     状态\n"
+                             "600519  贵州茅台  A股   1,468.80  +1.16%   3.2万  tencent  实时\n"
+                             "NVDA    英伟达    美股    186.25  +2.11%  1.68亿  tencent  实时\n"
+                             "行情源：腾讯行情 · 实时 · 更新于 "))
+      << result.out;
+  EXPECT_EQ(server.targets.at(0), "/q=sh600519,usNVDA");
+  EXPECT_EQ(filesLeft(), std::vector<std::string>{"endpoints.json"});
+}
+
+TEST_F(CommandLine, WithEveryFeedDownTheHeldQuotesStay) {
+  // The user's store holds last time's quote of 600519.
+  const auto config = path("XDG_CONFIG_HOME") / "Tidemark";
+  std::filesystem::create_directories(config);
+  {
+    SettingsStore store(QString::fromStdString((config / "Tidemark.conf").string()));
+    store.setStringArray(AppModel::watchlistKey, {"600519"});
+    QuoteSnapshot held{"600519", "A股", "贵州茅台",        1400,     1390, 1401,
+                       1388,     9,     Date{814'000'000}, "tencent"};
+    store.setData(AppModel::snapshotsKey, Json::array({toJson(held)}).dump());
+  }
+  const std::string closed =
+      "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort());
+  Outcome result =
+      run({QStringLiteral("--quotes"), QStringLiteral("--json"), QStringLiteral("--source"),
+           QStringLiteral("tencent"), QStringLiteral("--endpoints"), endpointsFile(closed)});
+  EXPECT_EQ(result.code, 0) << result.err;
+  auto document = json::parse(result.out);
+  ASSERT_TRUE(document) << result.out;
+  EXPECT_EQ((*document)["phase"], "degraded");
+  EXPECT_EQ(
+      (*document)["lastError"],
+      "无法连接服务器（连接被拒绝）；stock-sdk 未返回有效报价；无法连接服务器（连接被拒绝） · "
+      "保留上一份快照");
+  EXPECT_EQ((*document)["quotes"][0]["price"], 1400.0);
+  EXPECT_EQ((*document)["quotes"][0]["source"], "tencent");
+
+  Outcome table =
+      run({QStringLiteral("--quotes"), QStringLiteral("--source"), QStringLiteral("tencent"),
+           QStringLiteral("--endpoints"), endpointsFile(closed)});
+  EXPECT_NE(table.out.find("600519  贵州茅台  A股   1,400.00  +0.72%       9  tencent  降级"),
+            std::string::npos)
+      << table.out;
+}
+
+TEST_F(CommandLine, WatchPrintsEachNewLoad) {
+  QProcess process;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QString::fromStdString(home.path()));
+  process.setProcessEnvironment(environment);
+  process.start(QStringLiteral(TIDEMARK_BINARY),
+                {QStringLiteral("--watch"), QStringLiteral("--json"), QStringLiteral("--symbols"),
+                 QStringLiteral("600519")});
+  QByteArray lines;
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] {
+        lines += process.readAllStandardOutput();
+        return lines.count('\n') >= 2;
+      },
+      10000));
+  process.kill();
+  process.waitForFinished();
+  const QList<QByteArray> loads = lines.split('\n');
+  auto first = json::parse(loads[0].toStdString());
+  auto second = json::parse(loads[1].toStdString());
+  ASSERT_TRUE(first && second) << lines.toStdString();
+  EXPECT_NE((*first)["updatedAt"], (*second)["updatedAt"]);
+  EXPECT_NE((*first)["quotes"][0]["price"], (*second)["quotes"][0]["price"]);  // mock data moves
 }
 
 }  // namespace

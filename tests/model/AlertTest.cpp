@@ -15,6 +15,7 @@ struct AlertHarness : ModelHarness {
 
   explicit AlertHarness(bool authorized = true, bool startTimers = true) {
     notifier.authorized = authorized;
+    source.probeAnswers = {true};  // the start-up bootstrap loads at once
     serve(1500, 480);
     model = make(startTimers);
     model->setRefreshInterval(0);

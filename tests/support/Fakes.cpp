@@ -26,6 +26,45 @@ void FakeMarketDataSource::releaseNext() {
   completion(answer.quotes, answer.error);
 }
 
+void FakeMarketDataSource::probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                                               std::function<void(bool)> completion) {
+  probedWith.push_back(endpoints.tencentQuote);
+  const size_t index = probedWith.size() - 1;
+  completion(index < probeAnswers.size() && probeAnswers[index]);
+}
+
+void FakeMarketDataSource::fetchManifest(
+    const std::string& url, std::function<void(std::optional<std::string>)> completion) {
+  manifestURLs.push_back(url);
+  completion(manifestBody);
+}
+
+void FakeMarketDataSource::fetchIntraday(
+    const DataSourceEndpoints&, const std::string& id, const std::string&,
+    std::function<void(std::optional<std::vector<double>>)> completion) {
+  intradayRequests.emplace_back(id, std::move(completion));
+}
+
+void FakeHttpClient::get(const HttpRequest& request, std::function<void(HttpResponse)> completion) {
+  requests.push_back(request);
+  auto it = responses.find(request.url);
+  HttpResponse response = it != responses.end() ? it->second : HttpResponse{404, "", {}};
+  scheduler_.post([completion = std::move(completion), response] { completion(response); });
+}
+
+void FakeProcessRunner::run(const ProcessRequest& request,
+                            std::function<void(ProcessResult)> completion) {
+  requests.push_back(request);
+  const size_t index = requests.size() - 1;
+  ProcessResult result;
+  if (index < results.size()) {
+    result = results[index];
+  } else {
+    result.launchError = "no such program";
+  }
+  scheduler_.post([completion = std::move(completion), result] { completion(result); });
+}
+
 void RecordingNotifier::queryAuthorization(std::function<void(bool)> completion) {
   completion(authorized);
 }

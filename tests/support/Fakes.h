@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "core/HttpClient.h"
 #include "core/ManualScheduler.h"
 #include "core/MarketDataSource.h"
 #include "core/Notifier.h"
+#include "core/ProcessRunner.h"
 
 namespace tidemark::test {
 
@@ -32,11 +34,56 @@ class FakeMarketDataSource final : public MarketDataSource {
                    QuotesCompletion completion) override;
   // Completes the oldest held request with its configured answer.
   void releaseNext();
+  // Probes answer from `probeAnswers` in turn (false once they run out).
+  void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                           std::function<void(bool)> completion) override;
+  void fetchManifest(const std::string& url,
+                     std::function<void(std::optional<std::string>)> completion) override;
+  bool canFetchIntraday() const override { return intradayAvailable; }
+  // Held until the test answers it from `intradayRequests`.
+  void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
+                     const std::string& market,
+                     std::function<void(std::optional<std::vector<double>>)> completion) override;
 
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
   std::vector<Call> calls;
   std::vector<std::pair<SourceMode, QuotesCompletion>> held;
+
+  std::vector<bool> probeAnswers;
+  std::vector<std::string> probedWith;  // tencentQuote of each probe's endpoint set
+  std::optional<std::string> manifestBody;
+  std::vector<std::string> manifestURLs;
+  bool intradayAvailable = true;
+  std::vector<std::pair<std::string, std::function<void(std::optional<std::vector<double>>)>>>
+      intradayRequests;
+};
+
+// Answers each URL with the response the test configured for it (none: an unanswered request
+// held until the test answers it), always after get() has returned.
+class FakeHttpClient final : public HttpClient {
+ public:
+  explicit FakeHttpClient(Scheduler& scheduler) : scheduler_(scheduler) {}
+  void get(const HttpRequest& request, std::function<void(HttpResponse)> completion) override;
+
+  std::map<std::string, HttpResponse> responses;  // by URL; others get a 404
+  std::vector<HttpRequest> requests;
+
+ private:
+  Scheduler& scheduler_;
+};
+
+// Records each run and answers it with the next configured result, after run() has returned.
+class FakeProcessRunner final : public ProcessRunner {
+ public:
+  explicit FakeProcessRunner(Scheduler& scheduler) : scheduler_(scheduler) {}
+  void run(const ProcessRequest& request, std::function<void(ProcessResult)> completion) override;
+
+  std::vector<ProcessResult> results;  // in order; a launch error once they run out
+  std::vector<ProcessRequest> requests;
+
+ private:
+  Scheduler& scheduler_;
 };
 
 class RecordingNotifier final : public Notifier {

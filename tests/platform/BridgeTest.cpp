@@ -1,0 +1,123 @@
+// The real bridge script with the real stock-sdk package under Node.js.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include "platform/QtProcessRunner.h"
+#include "platform/QtScheduler.h"
+#include "sources/StockSDKBridge.h"
+#include "support/Fakes.h"
+#include "support/LoopbackServer.h"
+
+namespace tidemark {
+namespace {
+
+struct Bridge {
+  explicit Bridge(std::optional<std::filesystem::path> script =
+                      std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR) / "bridge" /
+                      "stock-sdk-bridge.mjs",
+                  double deadline = 22)
+      : bridge(runner, clock, [&] {
+          BridgeSetup setup;
+          setup.script = script;
+          setup.environment = currentEnvironment();
+          setup.quoteDeadline = deadline;
+          return setup;
+        }()) {}
+
+  std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>> quotes(
+      const DataSourceEndpoints& endpoints, const std::vector<std::string>& symbols) {
+    std::optional<std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>> result;
+    bridge.fetchQuotes(endpoints, symbols,
+                       [&](auto quotes, auto error) { result.emplace(quotes, error); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return result.has_value(); }, 30000));
+    return result ? *result : std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>{};
+  }
+
+  SystemClock clock;
+  QtProcessRunner runner;
+  StockSDKBridge bridge;
+};
+
+TEST(RealBridge, HealthCheckPasses) {
+  Bridge b;
+  ASSERT_TRUE(b.bridge.isAvailable()) << "Node.js or the installed bridge is missing";
+  std::optional<std::optional<bool>> verdict;
+  b.bridge.probeHealth({}, [&](std::optional<bool> v) { verdict = v; });
+  ASSERT_TRUE(QTest::qWaitFor([&] { return verdict.has_value(); }, 10000));
+  EXPECT_EQ(*verdict, true);
+}
+
+TEST(RealBridge, QuotesAndTimelineFromAMirroredTencentFeed) {
+  const std::string body = test::testData("tencent-basic.gbk");
+  const std::string minute = test::testData("tencent-minute-sh600519.json");
+  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+    if (target.starts_with("/?q=")) return {200, body};
+    if (target == "/appstock/app/minute/query?code=sh600519") return {200, minute};
+    return {404, ""};
+  });
+  DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+  endpoints.stockSDKTencentBase = server.base();
+  Bridge b;
+  auto [quotes, error] = b.quotes(endpoints, {"600519", "00700", "NVDA", "000858", "601318"});
+  EXPECT_EQ(error, std::nullopt);
+  ASSERT_EQ(quotes.size(), 4u);
+  EXPECT_EQ(quotes[0], (QuoteSnapshot{"600519", "A股", "贵州茅台", 1468.8, 1452, 1475, 1448.1,
+                                      32165, *parseISO8601("2026-10-16T07:00:03Z"), "stock-sdk"}));
+  EXPECT_EQ(quotes[1].id, "00700");
+  EXPECT_EQ(quotes[1].market, "港股");
+  EXPECT_EQ(quotes[1].name, "腾讯控股");
+  EXPECT_EQ(quotes[1].volume, 18273455);
+  EXPECT_EQ(quotes[2].id, "NVDA");
+  EXPECT_EQ(quotes[2].market, "美股");
+  EXPECT_EQ(quotes[2].price, 186.25);
+  EXPECT_EQ(quotes[3].id, "000858");
+  EXPECT_NE(
+      std::find(server.targets.begin(), server.targets.end(), "/?q=sh600519%2Csz000858%2Csh601318"),
+      server.targets.end());
+
+  std::optional<std::optional<std::vector<double>>> series;
+  b.bridge.fetchTimeline(endpoints, "600519", "A股", [&](auto values) { series = values; });
+  ASSERT_TRUE(QTest::qWaitFor([&] { return series.has_value(); }, 30000));
+  EXPECT_EQ(*series, (std::vector<double>{1455.0, 1456.5, 1458.2}));
+}
+
+TEST(RealBridge, FailuresEndInTheirTexts) {
+  test::TemporaryFolder folder;
+  const auto script = [&](const char* name, const char* code) {
+    const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path) << code;
+    return path;
+  };
+  {
+    Bridge hung(script("hung", "setInterval(() => {}, 1000);"), 0.5);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(hung.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
+    EXPECT_LT(elapsed.elapsed(), 5000) << "not stopped at its deadline";
+  }
+  {
+    Bridge silent(script("silent", ""));
+    EXPECT_EQ(silent.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
+  }
+  {
+    ManualClock clock;
+    QtProcessRunner runner;
+    BridgeSetup setup;
+    setup.script = script("nonode", "");
+    setup.nodeCandidates = {};
+    setup.environment = {{"PATH", folder.path().string()}};
+    StockSDKBridge bridge(runner, clock, setup);
+    std::optional<std::string> text;
+    bridge.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
+    EXPECT_EQ(text, "未找到 Node.js，无法启动 stock-sdk");
+  }
+}
+
+}  // namespace
+}  // namespace tidemark

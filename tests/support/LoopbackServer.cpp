@@ -1,0 +1,63 @@
+#include "support/LoopbackServer.h"
+
+#include <QTcpSocket>
+
+#include "core/FileIO.h"
+
+namespace tidemark::test {
+
+LoopbackServer::LoopbackServer(Handler handler) : handler_(std::move(handler)) {
+  server_.listen(QHostAddress::LocalHost);
+  QObject::connect(&server_, &QTcpServer::newConnection, &server_, [this] {
+    while (QTcpSocket* socket = server_.nextPendingConnection()) {
+      auto buffer = std::make_shared<QByteArray>();
+      QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+      QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, buffer] {
+        buffer->append(socket->readAll());
+        const qsizetype end = buffer->indexOf("\r\n\r\n");
+        if (end < 0) return;
+        const QList<QByteArray> lines = buffer->left(end).split('\n');
+        const QList<QByteArray> request = lines.value(0).trimmed().split(' ');
+        const std::string target = request.value(1).toStdString();
+        targets.push_back(target);
+        std::vector<std::string> headerLines;
+        for (qsizetype i = 1; i < lines.size(); ++i)
+          headerLines.push_back(lines[i].trimmed().toStdString());
+        headers.push_back(headerLines);
+        buffer->clear();
+        const Reply reply = handler_(target);
+        if (reply.silent) return;
+        QByteArray response = "HTTP/1.1 " + QByteArray::number(reply.status) +
+                              " Status\r\nContent-Type: text/html; charset=GBK\r\n"
+                              "Connection: close\r\nContent-Length: " +
+                              QByteArray::number(static_cast<qsizetype>(reply.body.size())) +
+                              "\r\n\r\n" + QByteArray::fromStdString(reply.body);
+        socket->write(response);
+        socket->disconnectFromHost();
+      });
+    }
+  });
+}
+
+LoopbackServer::~LoopbackServer() {
+  server_.close();
+}
+
+std::string LoopbackServer::base() const {
+  return "http://127.0.0.1:" + std::to_string(server_.serverPort());
+}
+
+int LoopbackServer::closedPort() {
+  QTcpServer probe;
+  probe.listen(QHostAddress::LocalHost);
+  const int port = probe.serverPort();
+  probe.close();
+  return port;
+}
+
+std::string testData(const std::string& name) {
+  std::error_code error;
+  return readFile(std::filesystem::path(TIDEMARK_TEST_DATA_DIR) / name, error).value_or("");
+}
+
+}  // namespace tidemark::test

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QTcpServer>
+
+namespace tidemark::test {
+
+// An HTTP/1.1 server on 127.0.0.1 for tests, answering from a handler on the test's event loop.
+class LoopbackServer {
+ public:
+  struct Reply {
+    int status = 200;
+    std::string body;
+    bool silent = false;  // accept the request and never answer
+  };
+  using Handler = std::function<Reply(const std::string& target)>;
+
+  explicit LoopbackServer(Handler handler);
+  ~LoopbackServer();
+
+  std::string base() const;  // "http://127.0.0.1:<port>"
+  // Request targets ("/q=sh600519,...") and header lines, in arrival order.
+  std::vector<std::string> targets;
+  std::vector<std::vector<std::string>> headers;
+
+  // A port nothing listens on.
+  static int closedPort();
+
+ private:
+  Handler handler_;
+  QTcpServer server_;
+};
+
+// The bytes of a file under tests/data.
+std::string testData(const std::string& name);
+
+}  // namespace tidemark::test
