@@ -1,7 +1,10 @@
 #include "sources/QuoteFeeds.h"
 
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <unordered_map>
 
 namespace tidemark {
@@ -33,6 +36,30 @@ std::string asciiCase(std::string_view s, bool upper) {
 std::optional<double> number(std::string_view field) {
   if (!field.empty() && field.front() == '+') field.remove_prefix(1);
   if (field.empty()) return std::nullopt;
+  // Feed prices are short plain decimals ("1468.80"). With at most 15 digits the digits form an
+  // exact integer, and dividing it by an exact power of ten rounds correctly, as a full parse
+  // would; anything else takes the full parse.
+  static constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
+  const bool negative = field.front() == '-';
+  size_t i = negative ? 1 : 0, digits = 0, fraction = 0;
+  bool point = false;
+  uint64_t mantissa = 0;
+  for (; i < field.size(); ++i) {
+    const char c = field[i];
+    if (c >= '0' && c <= '9') {
+      mantissa = mantissa * 10 + static_cast<uint64_t>(c - '0');
+      ++digits;
+      fraction += point;
+    } else if (c == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (i == field.size() && digits > 0 && digits <= 15 && fraction <= 8) {
+    const double value = static_cast<double>(mantissa) / powers[fraction];
+    return negative ? -value : value;
+  }
   double value = 0;
   auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
   if (error != std::errc() || end != field.data() + field.size() || !std::isfinite(value))
@@ -49,33 +76,125 @@ int64_t volume(std::string_view field) {
   return static_cast<int64_t>(truncated);
 }
 
-// The fields of a payload, empty ones kept, split no further than `limit` fields.
-std::vector<std::string_view> split(std::string_view payload, char separator, size_t limit) {
-  std::vector<std::string_view> fields;
-  fields.reserve(std::min<size_t>(limit, 64));
-  size_t start = 0;
-  while (fields.size() + 1 < limit) {
-    const size_t next = payload.find(separator, start);
-    if (next == std::string_view::npos) break;
-    fields.push_back(payload.substr(start, next - start));
-    start = next + 1;
-  }
-  fields.push_back(payload.substr(start));
-  return fields;
+// 0x80 in exactly the bytes of `word` that equal the byte repeated in `pattern`.
+uint64_t bytesEqual(uint64_t word, uint64_t pattern) {
+  constexpr uint64_t low7 = 0x7F7F7F7F7F7F7F7Full;
+  const uint64_t x = word ^ pattern;
+  return ~(((x & low7) + low7) | x | low7);
 }
 
-// Where each requested key `<prefix><code>="` first occurs in a body. One pass over the text
+// The first N fields of a payload, empty ones kept; the last slot takes the rest unsplit. Only
+// the fields whose bit is set in `Wanted` are kept; size() counts them all. Rows are long and
+// splitting is most of a parse, so separators are found eight bytes at a time, and a word
+// whose separators end only unwanted fields is passed over with a population count.
+template <size_t N, uint64_t Wanted = ~0ull>
+struct Fields {
+  static_assert(N <= 64);
+  std::array<std::string_view, N> field;
+  size_t count = 0;
+
+  Fields(std::string_view payload, char separator) {
+    const char* data = payload.data();
+    const size_t size = payload.size();
+    size_t start = 0, i = 0, index = 0;  // `index` is the field that begins at `start`
+    const auto cut = [&](size_t at) {
+      if (Wanted >> index & 1) field[index] = std::string_view(data + start, at - start);
+      ++index;
+      start = at + 1;
+    };
+    if constexpr (std::endian::native == std::endian::little) {
+      const uint64_t pattern = 0x0101010101010101ull * static_cast<unsigned char>(separator);
+      for (; i + 8 <= size && index + 1 < N; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, data + i, 8);
+        uint64_t hits = bytesEqual(word, pattern);
+        if (!hits) continue;
+        // Bits only at the top of bytes: one multiply sums them (no popcount call on baseline
+        // x86-64).
+        const auto ends = static_cast<size_t>(((hits >> 7) * 0x0101010101010101ull) >> 56);
+        // Fields index … index+ends-1 end in this word; without a wanted one among them and
+        // below the cap, only where the next field starts matters.
+        const uint64_t ending = ends >= 64 ? ~0ull : ((1ull << ends) - 1) << index;
+        if (index + ends < N - 1 && !(Wanted & ending)) {
+          index += ends;
+          start = i + static_cast<size_t>((63 - std::countl_zero(hits)) >> 3) + 1;
+          continue;
+        }
+        for (; hits && index + 1 < N; hits &= hits - 1)
+          cut(i + static_cast<size_t>(std::countr_zero(hits) >> 3));
+      }
+    }
+    for (; i < size && index + 1 < N; ++i)
+      if (data[i] == separator) cut(i);
+    if (Wanted >> index & 1) field[index] = std::string_view(data + start, size - start);
+    count = index + 1;
+  }
+  size_t size() const { return count; }
+  std::string_view operator[](size_t i) const { return field[i]; }
+};
+
+// The payload after an opening quote at `start`, up to the next quote; none when it is empty or
+// never closed.
+std::optional<std::string_view> payloadAt(std::string_view text, size_t start) {
+  const size_t end = text.find('"', start);
+  if (end == std::string_view::npos || end == start) return std::nullopt;
+  return text.substr(start, end - start);
+}
+
+// A small open-addressing table from code to its first symbol: no prime modulo per lookup, as
+// std::unordered_map has, and no allocation per entry.
+class CodeTable {
+ public:
+  explicit CodeTable(size_t entries) {
+    size_t capacity = 16;
+    while (capacity < entries * 2) capacity *= 2;
+    slots_.assign(capacity, {{}, SIZE_MAX});
+    mask_ = capacity - 1;
+  }
+  // The symbol stored for `code`, after storing `symbol` for it if it was not there yet.
+  size_t insert(std::string_view code, size_t symbol) {
+    Slot& slot = find(code);
+    if (slot.symbol == SIZE_MAX) slot = {code, symbol};
+    return slot.symbol;
+  }
+  size_t lookup(std::string_view code) const {
+    return const_cast<CodeTable*>(this)->find(code).symbol;
+  }
+
+ private:
+  struct Slot {
+    std::string_view code;
+    size_t symbol;
+  };
+  Slot& find(std::string_view code) {
+    uint64_t hash = 1469598103934665603ull;  // FNV-1a
+    for (unsigned char c : code) hash = (hash ^ c) * 1099511628211ull;
+    for (size_t at = hash & mask_;; at = (at + 1) & mask_) {
+      Slot& slot = slots_[at];
+      if (slot.symbol == SIZE_MAX || slot.code == code) return slot;
+    }
+  }
+  std::vector<Slot> slots_;
+  size_t mask_ = 0;
+};
+
+// Where each symbol's key `<prefix><code>="` first occurs in a body. One pass over the text
 // instead of one search per symbol keeps large watchlists linear; it finds exactly what a plain
 // substring search would, because a code without "=" must end at the first "=" after its start.
 class KeyIndex {
  public:
-  KeyIndex(std::string_view text, std::string_view prefix, const std::vector<std::string>& codes)
-      : text_(text), prefix_(prefix) {
+  static constexpr size_t missing = std::string_view::npos;
+
+  KeyIndex(std::string_view text, std::string_view prefix,
+           const std::vector<std::optional<std::string>>& codes)
+      : payloadStart_(codes.size(), missing) {
+    CodeTable table(codes.size());
+    std::vector<size_t> first(codes.size(), missing);  // the symbol that shares this code
     size_t longest = 0;
-    for (const std::string& code : codes) {
-      if (code.find('=') != std::string::npos) continue;  // found by plain search instead
-      wanted_.emplace(code, std::string_view::npos);
-      longest = std::max(longest, code.size());
+    for (size_t i = 0; i < codes.size(); ++i) {
+      if (!codes[i] || codes[i]->find('=') != std::string::npos) continue;
+      first[i] = table.insert(*codes[i], i);
+      longest = std::max(longest, codes[i]->size());
     }
     size_t equals = 0;
     for (size_t at = text.find(prefix); at != std::string_view::npos;
@@ -85,41 +204,37 @@ class KeyIndex {
       if (equals == std::string_view::npos) break;
       if (equals - codeStart > longest || equals + 1 >= text.size() || text[equals + 1] != '"')
         continue;
-      auto it = wanted_.find(text.substr(codeStart, equals - codeStart));
-      if (it != wanted_.end() && it->second == std::string_view::npos) it->second = equals + 2;
+      const size_t symbol = table.lookup(text.substr(codeStart, equals - codeStart));
+      if (symbol != SIZE_MAX && payloadStart_[symbol] == missing)
+        payloadStart_[symbol] = equals + 2;
+    }
+    for (size_t i = 0; i < codes.size(); ++i) {
+      if (!codes[i]) continue;
+      if (first[i] != missing) {
+        payloadStart_[i] = payloadStart_[first[i]];  // a symbol asked twice
+      } else {
+        const std::string key = std::string(prefix) + *codes[i] + "=\"";
+        if (size_t at = text.find(key); at != std::string_view::npos)
+          payloadStart_[i] = at + key.size();
+      }
     }
   }
 
-  // The payload after `<prefix><code>="` up to the next quote; none when the key is missing,
-  // ends the text, or its payload is unterminated or empty.
-  std::optional<std::string_view> payload(const std::string& code) const {
-    size_t start = std::string_view::npos;
-    if (auto it = wanted_.find(code); it != wanted_.end()) {
-      start = it->second;
-    } else {
-      const std::string key = std::string(prefix_) + code + "=\"";
-      if (size_t at = text_.find(key); at != std::string_view::npos) start = at + key.size();
-    }
-    if (start == std::string_view::npos || start >= text_.size()) return std::nullopt;
-    const size_t end = text_.find('"', start);
-    if (end == std::string_view::npos || end == start) return std::nullopt;
-    return text_.substr(start, end - start);
+  // Just after the opening quote of the i-th symbol's payload; `missing` when the key is not in
+  // the text or ends it.
+  size_t payloadStart(size_t i, size_t textSize) const {
+    return payloadStart_[i] < textSize ? payloadStart_[i] : missing;
   }
 
  private:
-  std::string_view text_;
-  std::string_view prefix_;
-  std::unordered_map<std::string_view, size_t> wanted_;
+  std::vector<size_t> payloadStart_;
 };
 
-std::vector<std::string> codesFor(const std::vector<std::string>& symbols, SourceMode source,
-                                  std::vector<std::optional<std::string>>& perSymbol) {
-  std::vector<std::string> codes;
-  perSymbol.reserve(symbols.size());
-  for (const std::string& symbol : symbols) {
-    perSymbol.push_back(marketCode(symbol, source));
-    if (perSymbol.back()) codes.push_back(*perSymbol.back());
-  }
+std::vector<std::optional<std::string>> codesFor(const std::vector<std::string>& symbols,
+                                                 SourceMode source) {
+  std::vector<std::optional<std::string>> codes;
+  codes.reserve(symbols.size());
+  for (const std::string& symbol : symbols) codes.push_back(marketCode(symbol, source));
   return codes;
 }
 
@@ -176,16 +291,19 @@ std::string feedMarketLabel(std::string_view symbol) {
 
 std::vector<QuoteSnapshot> parseTencent(std::string_view text,
                                         const std::vector<std::string>& symbols, Date parsedAt) {
-  std::vector<std::optional<std::string>> codes;
-  const std::vector<std::string> keys = codesFor(symbols, SourceMode::tencent, codes);
-  const KeyIndex index(text, "v_", keys);  // keeps views into `keys`
+  const auto codes = codesFor(symbols, SourceMode::tencent);
+  const KeyIndex index(text, "v_", codes);
   std::vector<QuoteSnapshot> records;
+  records.reserve(symbols.size());
   for (size_t i = 0; i < symbols.size(); ++i) {
-    if (!codes[i]) continue;
-    auto payload = index.payload(*codes[i]);
+    const size_t start = index.payloadStart(i, text.size());
+    if (start == KeyIndex::missing) continue;
+    const auto payload = payloadAt(text, start);
     if (!payload) continue;
-    // Fields past the low (34) are never read.
-    const auto f = split(*payload, '~', 36);
+    // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past them is read.
+    constexpr uint64_t wanted =
+        1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
+    const Fields<36, wanted> f(*payload, '~');
     if (f.size() < 7) continue;
     const auto price = number(f[3]);
     const auto prevClose = number(f[4]);
@@ -200,15 +318,16 @@ std::vector<QuoteSnapshot> parseTencent(std::string_view text,
 
 std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<std::string>& symbols,
                                      Date parsedAt) {
-  std::vector<std::optional<std::string>> codes;
-  const std::vector<std::string> keys = codesFor(symbols, SourceMode::sina, codes);
-  const KeyIndex index(text, "hq_str_", keys);  // keeps views into `keys`
+  const auto codes = codesFor(symbols, SourceMode::sina);
+  const KeyIndex index(text, "hq_str_", codes);
   std::vector<QuoteSnapshot> records;
+  records.reserve(symbols.size());
   for (size_t i = 0; i < symbols.size(); ++i) {
-    if (!codes[i]) continue;
-    auto payload = index.payload(*codes[i]);
+    const size_t start = index.payloadStart(i, text.size());
+    if (start == KeyIndex::missing) continue;
+    const auto payload = payloadAt(text, start);
     if (!payload) continue;
-    const auto f = split(*payload, ',', 10);
+    const Fields<10> f(*payload, ',');
     // Five-character symbols read this fixed layout, whatever the feed documents for them;
     // a row too short for it is skipped.
     const bool five = characterCount(symbols[i]) == 5;

@@ -5,43 +5,79 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace tidemark {
 namespace {
 
-// One converter per thread, reused: opening one costs far more than a short conversion.
+// One converter per thread, reused: opening one costs far more than a short conversion. It
+// converts to glibc's internal UCS-4 ("WCHAR_T"), one conversion step instead of two, and the
+// few code points of a run are written out as UTF-8 here.
 class GB18030Converter {
  public:
-  GB18030Converter() : cd_(iconv_open("UTF-8", "GB18030")) {}
+  GB18030Converter() : cd_(iconv_open("WCHAR_T", "GB18030")) {}
   ~GB18030Converter() {
     if (cd_ != reinterpret_cast<iconv_t>(-1)) iconv_close(cd_);
   }
   GB18030Converter(const GB18030Converter&) = delete;
   GB18030Converter& operator=(const GB18030Converter&) = delete;
 
-  // Appends the converted run; false on an invalid or incomplete sequence.
+  // Appends the converted run as UTF-8; false on an invalid or incomplete sequence.
   bool append(std::string_view run, std::string& out) {
     if (cd_ == reinterpret_cast<iconv_t>(-1)) return false;
     iconv(cd_, nullptr, nullptr, nullptr, nullptr);
+    // Every character takes at least two bytes of a multi-byte run.
+    units_.resize(run.size() / 2 + 1);
     char* in = const_cast<char*>(run.data());
     size_t inLeft = run.size();
-    // GB 18030 to UTF-8 at most doubles a 2-byte character (4 bytes in, 4 out for the rest).
+    char* outPtr = reinterpret_cast<char*>(units_.data());
+    size_t outLeft = units_.size() * sizeof(char32_t);
+    if (iconv(cd_, &in, &inLeft, &outPtr, &outLeft) == static_cast<size_t>(-1) || inLeft != 0)
+      return false;
+    const size_t count = units_.size() - outLeft / sizeof(char32_t);
     const size_t offset = out.size();
-    out.resize(offset + run.size() * 2 + 4);
-    char* outPtr = out.data() + offset;
-    size_t outLeft = out.size() - offset;
-    const size_t result = iconv(cd_, &in, &inLeft, &outPtr, &outLeft);
-    out.resize(out.size() - outLeft);
-    return result != static_cast<size_t>(-1) && inLeft == 0;
+    out.resize(offset + count * 4);
+    char* p = out.data() + offset;
+    for (size_t k = 0; k < count; ++k) p = encodeUTF8(units_[k], p);
+    out.resize(static_cast<size_t>(p - out.data()));
+    return true;
   }
 
  private:
+  static char* encodeUTF8(char32_t c, char* p) {
+    if (c < 0x80) {
+      *p++ = static_cast<char>(c);
+    } else if (c < 0x800) {
+      *p++ = static_cast<char>(0xC0 | (c >> 6));
+      *p++ = static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+      *p++ = static_cast<char>(0xE0 | (c >> 12));
+      *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+      *p++ = static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+      *p++ = static_cast<char>(0xF0 | (c >> 18));
+      *p++ = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+      *p++ = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+      *p++ = static_cast<char>(0x80 | (c & 0x3F));
+    }
+    return p;
+  }
+
   iconv_t cd_;
+  std::vector<char32_t> units_;
 };
 
 // Index of the first byte at or after `i` with the high bit set, or `size`.
 size_t nextNonAscii(const unsigned char* data, size_t i, size_t size) {
-  // Eight bytes at a time while the text is plain ASCII, which feed bodies mostly are.
+  // Thirty-two, then eight bytes at a time while the text is plain ASCII, which feed bodies
+  // mostly are.
+  constexpr uint64_t high = 0x8080808080808080ull;
+  while (i + 32 <= size) {
+    uint64_t w[4];
+    std::memcpy(w, data + i, 32);
+    if ((w[0] | w[1] | w[2] | w[3]) & high) break;
+    i += 32;
+  }
   while (i + 8 <= size) {
     uint64_t word;
     std::memcpy(&word, data + i, 8);
