@@ -24,7 +24,8 @@ inline std::vector<std::string> symbols(size_t count) {
         break;
       default: {
         std::string ticker;
-        for (size_t n = i / 4 + 1; n > 0; n /= 26) ticker.insert(ticker.begin(), char('A' + n % 26));
+        for (size_t n = i / 4 + 1; n > 0; n /= 26)
+          ticker.insert(ticker.begin(), char('A' + n % 26));
         std::snprintf(buffer, sizeof buffer, "%s", ticker.substr(0, 5).c_str());
       }
     }
