@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <ctime>
-
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -50,10 +48,6 @@ TEST(QtScheduler, DroppedHandlesAndSchedulersRunNothing) {
   QTest::qWait(50);
   EXPECT_EQ(runs, 0);
   outlived.cancel();  // its scheduler is gone: harmless
-}
-
-TEST(SystemClock, ReadsTheWallClock) {
-  EXPECT_NEAR(SystemClock().now().unixSeconds(), static_cast<double>(std::time(nullptr)), 2);
 }
 
 }  // namespace

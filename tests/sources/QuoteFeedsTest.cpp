@@ -87,6 +87,13 @@ TEST(TencentParser, EdgeRows) {
             }));  // 601988 is suspended (0.00); 688981's payload never closes
 }
 
+TEST(TencentParser, ABodyNeitherGB18030NorUTF8StillParses) {
+  const std::string text = decodeLiveText(test::testData("tencent-undecodable.bin"));
+  EXPECT_EQ(parseTencent(text, {"600519"}, at),
+            (std::vector<QuoteSnapshot>{q("600519", "A股", "\xef\xbf\xbd\xef\xbf\xbd茅台", 10, 9,
+                                          10, 10, 100, "tencent")}));
+}
+
 TEST(TencentParser, FirstOccurrenceAndBadRows) {
   const std::string text =
       "v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
