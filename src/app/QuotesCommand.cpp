@@ -81,6 +81,34 @@ void useSourceMode(KeyValueStore& store, SourceMode mode, Date now) {
   store.setData(AppModel::preferencesKey, toJson(preferences).dump());
 }
 
+// The live sources without intraday series: the command line draws no charts, so the model
+// should not start a bridge process for one after each load.
+class QuotesOnly final : public MarketDataSource {
+ public:
+  explicit QuotesOnly(MarketDataSource& sources) : sources_(sources) {}
+  void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
+                   const std::vector<std::string>& symbols, const QuoteMap& cached,
+                   QuotesCompletion completion) override {
+    sources_.fetchQuotes(source, endpoints, symbols, cached, std::move(completion));
+  }
+  void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
+                           std::function<void(bool)> completion) override {
+    sources_.probeQuoteEndpoints(endpoints, std::move(completion));
+  }
+  void fetchManifest(const std::string& url,
+                     std::function<void(std::optional<std::string>)> completion) override {
+    sources_.fetchManifest(url, std::move(completion));
+  }
+  bool canFetchIntraday() const override { return false; }
+  void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
+                     std::function<void(std::optional<std::vector<double>>)> completion) override {
+    completion(std::nullopt);
+  }
+
+ private:
+  MarketDataSource& sources_;
+};
+
 // Runs the event loop until the model has no load under way.
 void waitForLoad(AppModel& model) {
   if (!model.isLoading()) return;
@@ -113,6 +141,7 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
   NullNotifier notifier;
   const Bundle bundle = applicationBundle();
   LiveSources live(bundle, clock);
+  QuotesOnly sources(live.data);
 
   // With --symbols nothing of the user's is read or written; otherwise the user's settings and
   // watchlist are read, and whatever the model writes back goes to a scratch overlay and copy.
@@ -143,7 +172,7 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
   }
   if (line.source) useSourceMode(*store, *line.source, clock.now());
 
-  AppModel model({*store, clock, scheduler, live.data, notifier, support, line.endpoints},
+  AppModel model({*store, clock, scheduler, sources, notifier, support, line.endpoints},
                  watchlistFile, false, bundle);
   waitForLoad(model);
   const auto print = [&] {
