@@ -249,6 +249,26 @@ QuoteSnapshot record(const std::string& symbol, std::string_view name, double pr
       source};
 }
 
+// Each requested symbol's payload, in request order, read by `parseRow`; symbols without a
+// code, a key or a closed, non-empty payload are left out.
+template <class ParseRow>
+std::vector<QuoteSnapshot> parseRows(std::string_view text, const std::vector<std::string>& symbols,
+                                     SourceMode source, std::string_view prefix,
+                                     ParseRow parseRow) {
+  const auto codes = codesFor(symbols, source);
+  const KeyIndex index(text, prefix, codes);
+  std::vector<QuoteSnapshot> records;
+  records.reserve(symbols.size());
+  for (size_t i = 0; i < symbols.size(); ++i) {
+    const size_t start = index.payloadStart(i, text.size());
+    if (start == KeyIndex::missing) continue;
+    const auto payload = payloadAt(text, start);
+    if (!payload) continue;
+    if (auto quote = parseRow(symbols[i], *payload)) records.push_back(std::move(*quote));
+  }
+  return records;
+}
+
 }  // namespace
 
 std::optional<std::string> marketCode(std::string_view symbol, SourceMode source) {
@@ -291,60 +311,47 @@ std::string feedMarketLabel(std::string_view symbol) {
 
 std::vector<QuoteSnapshot> parseTencent(std::string_view text,
                                         const std::vector<std::string>& symbols, Date parsedAt) {
-  const auto codes = codesFor(symbols, SourceMode::tencent);
-  const KeyIndex index(text, "v_", codes);
-  std::vector<QuoteSnapshot> records;
-  records.reserve(symbols.size());
-  for (size_t i = 0; i < symbols.size(); ++i) {
-    const size_t start = index.payloadStart(i, text.size());
-    if (start == KeyIndex::missing) continue;
-    const auto payload = payloadAt(text, start);
-    if (!payload) continue;
-    // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past them is read.
-    constexpr uint64_t wanted =
-        1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
-    const Fields<36, wanted> f(*payload, '~');
-    if (f.size() < 7) continue;
-    const auto price = number(f[3]);
-    const auto prevClose = number(f[4]);
-    if (!price || !prevClose || !(*price > 0) || !(*prevClose > 0)) continue;
-    const double high = f.size() >= 34 ? number(f[33]).value_or(*price) : *price;
-    const double low = f.size() >= 35 ? number(f[34]).value_or(*price) : *price;
-    records.push_back(
-        record(symbols[i], f[1], *price, *prevClose, high, low, volume(f[6]), parsedAt, "tencent"));
-  }
-  return records;
+  return parseRows(
+      text, symbols, SourceMode::tencent, "v_",
+      [&](const std::string& symbol, std::string_view payload) -> std::optional<QuoteSnapshot> {
+        // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past
+        // them is read.
+        constexpr uint64_t wanted =
+            1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
+        const Fields<36, wanted> f(payload, '~');
+        if (f.size() < 7) return std::nullopt;
+        const auto price = number(f[3]);
+        const auto prevClose = number(f[4]);
+        if (!price || !prevClose || !(*price > 0) || !(*prevClose > 0)) return std::nullopt;
+        const double high = f.size() >= 34 ? number(f[33]).value_or(*price) : *price;
+        const double low = f.size() >= 35 ? number(f[34]).value_or(*price) : *price;
+        return record(symbol, f[1], *price, *prevClose, high, low, volume(f[6]), parsedAt,
+                      "tencent");
+      });
 }
 
 std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<std::string>& symbols,
                                      Date parsedAt) {
-  const auto codes = codesFor(symbols, SourceMode::sina);
-  const KeyIndex index(text, "hq_str_", codes);
-  std::vector<QuoteSnapshot> records;
-  records.reserve(symbols.size());
-  for (size_t i = 0; i < symbols.size(); ++i) {
-    const size_t start = index.payloadStart(i, text.size());
-    if (start == KeyIndex::missing) continue;
-    const auto payload = payloadAt(text, start);
-    if (!payload) continue;
-    const Fields<10> f(*payload, ',');
-    // Five-character symbols read this fixed layout, whatever the feed documents for them;
-    // a row too short for it is skipped.
-    const bool five = characterCount(symbols[i]) == 5;
-    const size_t minimum = five ? 4 : 6;
-    const size_t prevIndex = five ? 4 : 2, priceIndex = five ? 5 : 3;
-    const size_t highIndex = five ? 2 : 4, lowIndex = five ? 3 : 5;
-    if (f.size() < minimum || f.size() <= std::max(prevIndex, priceIndex)) continue;
-    const auto prevClose = number(f[prevIndex]);
-    const auto price = number(f[priceIndex]);
-    const auto high = number(f[highIndex]);
-    const auto low = number(f[lowIndex]);
-    if (!prevClose || !price || !high || !low || !(*price > 0) || !(*prevClose > 0)) continue;
-    const int64_t traded = f.size() >= 9 ? volume(f[8]) : 0;
-    records.push_back(
-        record(symbols[i], f[0], *price, *prevClose, *high, *low, traded, parsedAt, "sina"));
-  }
-  return records;
+  return parseRows(
+      text, symbols, SourceMode::sina, "hq_str_",
+      [&](const std::string& symbol, std::string_view payload) -> std::optional<QuoteSnapshot> {
+        const Fields<10> f(payload, ',');
+        // Five-character symbols read this fixed layout, whatever the feed documents for them;
+        // a row too short for it is skipped.
+        const bool five = characterCount(symbol) == 5;
+        const size_t minimum = five ? 4 : 6;
+        const size_t prevIndex = five ? 4 : 2, priceIndex = five ? 5 : 3;
+        const size_t highIndex = five ? 2 : 4, lowIndex = five ? 3 : 5;
+        if (f.size() < minimum || f.size() <= std::max(prevIndex, priceIndex)) return std::nullopt;
+        const auto prevClose = number(f[prevIndex]);
+        const auto price = number(f[priceIndex]);
+        const auto high = number(f[highIndex]);
+        const auto low = number(f[lowIndex]);
+        if (!prevClose || !price || !high || !low || !(*price > 0) || !(*prevClose > 0))
+          return std::nullopt;
+        const int64_t traded = f.size() >= 9 ? volume(f[8]) : 0;
+        return record(symbol, f[0], *price, *prevClose, *high, *low, traded, parsedAt, "sina");
+      });
 }
 
 }  // namespace tidemark
