@@ -2,6 +2,7 @@
 
 #include <array>
 #include <bit>
+#include <cassert>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -90,7 +91,13 @@ uint64_t bytesEqual(uint64_t word, uint64_t pattern) {
 template <size_t N, uint64_t Wanted = ~0ull>
 struct Fields {
   static_assert(N <= 64);
-  std::array<std::string_view, N> field;
+  // Left uninitialised: zeroing every slot for each row cost more than the split. Only wanted
+  // fields below size() are ever filled and read.
+  struct Span {
+    const char* data;
+    size_t size;
+  };
+  Span field[N];
   size_t count = 0;
 
   Fields(std::string_view payload, char separator) {
@@ -98,7 +105,7 @@ struct Fields {
     const size_t size = payload.size();
     size_t start = 0, i = 0, index = 0;  // `index` is the field that begins at `start`
     const auto cut = [&](size_t at) {
-      if (Wanted >> index & 1) field[index] = std::string_view(data + start, at - start);
+      if (Wanted >> index & 1) field[index] = {data + start, at - start};
       ++index;
       start = at + 1;
     };
@@ -126,11 +133,14 @@ struct Fields {
     }
     for (; i < size && index + 1 < N; ++i)
       if (data[i] == separator) cut(i);
-    if (Wanted >> index & 1) field[index] = std::string_view(data + start, size - start);
+    if (Wanted >> index & 1) field[index] = {data + start, size - start};
     count = index + 1;
   }
   size_t size() const { return count; }
-  std::string_view operator[](size_t i) const { return field[i]; }
+  std::string_view operator[](size_t i) const {
+    assert(i < count && (Wanted >> i & 1));
+    return {field[i].data, field[i].size};
+  }
 };
 
 // The payload after an opening quote at `start`, up to the next quote; none when it is empty or
@@ -238,19 +248,26 @@ std::vector<std::optional<std::string>> codesFor(const std::vector<std::string>&
   return codes;
 }
 
-// High and low are widened to include the price.
-QuoteSnapshot record(const std::string& symbol, std::string_view name, double price,
-                     double prevClose, double high, double low, int64_t volume, Date at,
-                     const char* source) {
-  if (!(high > price)) high = price;
-  if (price < low) low = price;
-  return QuoteSnapshot{
-      symbol, feedMarketLabel(symbol), std::string(name), price, prevClose, high, low, volume, at,
-      source};
+// Built in place at the end of `records`; high and low are widened to include the price.
+void append(std::vector<QuoteSnapshot>& records, const std::string& symbol, std::string_view name,
+            double price, double prevClose, double high, double low, int64_t volume, Date at,
+            const char* source) {
+  QuoteSnapshot& q = records.emplace_back();
+  q.id = symbol;
+  q.market = feedMarketLabel(symbol);
+  q.name = name;
+  q.price = price;
+  q.prevClose = prevClose;
+  q.high = high > price ? high : price;
+  q.low = price < low ? price : low;
+  q.volume = volume;
+  q.updatedAt = at;
+  q.source = source;
 }
 
-// Each requested symbol's payload, in request order, read by `parseRow`; symbols without a
-// code, a key or a closed, non-empty payload are left out.
+// Each requested symbol's payload, in request order, handed to `parseRow`, which appends a
+// record when the row is valid; symbols without a code, a key or a closed, non-empty payload
+// are left out.
 template <class ParseRow>
 std::vector<QuoteSnapshot> parseRows(std::string_view text, const std::vector<std::string>& symbols,
                                      SourceMode source, std::string_view prefix,
@@ -264,7 +281,7 @@ std::vector<QuoteSnapshot> parseRows(std::string_view text, const std::vector<st
     if (start == KeyIndex::missing) continue;
     const auto payload = payloadAt(text, start);
     if (!payload) continue;
-    if (auto quote = parseRow(symbols[i], *payload)) records.push_back(std::move(*quote));
+    parseRow(symbols[i], *payload, records);
   }
   return records;
 }
@@ -311,30 +328,31 @@ std::string feedMarketLabel(std::string_view symbol) {
 
 std::vector<QuoteSnapshot> parseTencent(std::string_view text,
                                         const std::vector<std::string>& symbols, Date parsedAt) {
-  return parseRows(
-      text, symbols, SourceMode::tencent, "v_",
-      [&](const std::string& symbol, std::string_view payload) -> std::optional<QuoteSnapshot> {
-        // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past
-        // them is read.
-        constexpr uint64_t wanted =
-            1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
-        const Fields<36, wanted> f(payload, '~');
-        if (f.size() < 7) return std::nullopt;
-        const auto price = number(f[3]);
-        const auto prevClose = number(f[4]);
-        if (!price || !prevClose || !(*price > 0) || !(*prevClose > 0)) return std::nullopt;
-        const double high = f.size() >= 34 ? number(f[33]).value_or(*price) : *price;
-        const double low = f.size() >= 35 ? number(f[34]).value_or(*price) : *price;
-        return record(symbol, f[1], *price, *prevClose, high, low, volume(f[6]), parsedAt,
-                      "tencent");
-      });
+  return parseRows(text, symbols, SourceMode::tencent, "v_",
+                   [&](const std::string& symbol, std::string_view payload,
+                       std::vector<QuoteSnapshot>& records) -> void {
+                     // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past
+                     // them is read.
+                     constexpr uint64_t wanted =
+                         1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
+                     const Fields<36, wanted> f(payload, '~');
+                     if (f.size() < 7) return;
+                     const auto price = number(f[3]);
+                     const auto prevClose = number(f[4]);
+                     if (!price || !prevClose || !(*price > 0) || !(*prevClose > 0)) return;
+                     const double high = f.size() >= 34 ? number(f[33]).value_or(*price) : *price;
+                     const double low = f.size() >= 35 ? number(f[34]).value_or(*price) : *price;
+                     append(records, symbol, f[1], *price, *prevClose, high, low, volume(f[6]),
+                            parsedAt, "tencent");
+                   });
 }
 
 std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<std::string>& symbols,
                                      Date parsedAt) {
   return parseRows(
       text, symbols, SourceMode::sina, "hq_str_",
-      [&](const std::string& symbol, std::string_view payload) -> std::optional<QuoteSnapshot> {
+      [&](const std::string& symbol, std::string_view payload,
+          std::vector<QuoteSnapshot>& records) -> void {
         const Fields<10> f(payload, ',');
         // Five-character symbols read this fixed layout, whatever the feed documents for them;
         // a row too short for it is skipped.
@@ -342,15 +360,14 @@ std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<st
         const size_t minimum = five ? 4 : 6;
         const size_t prevIndex = five ? 4 : 2, priceIndex = five ? 5 : 3;
         const size_t highIndex = five ? 2 : 4, lowIndex = five ? 3 : 5;
-        if (f.size() < minimum || f.size() <= std::max(prevIndex, priceIndex)) return std::nullopt;
+        if (f.size() < minimum || f.size() <= std::max(prevIndex, priceIndex)) return;
         const auto prevClose = number(f[prevIndex]);
         const auto price = number(f[priceIndex]);
         const auto high = number(f[highIndex]);
         const auto low = number(f[lowIndex]);
-        if (!prevClose || !price || !high || !low || !(*price > 0) || !(*prevClose > 0))
-          return std::nullopt;
+        if (!prevClose || !price || !high || !low || !(*price > 0) || !(*prevClose > 0)) return;
         const int64_t traded = f.size() >= 9 ? volume(f[8]) : 0;
-        return record(symbol, f[0], *price, *prevClose, *high, *low, traded, parsedAt, "sina");
+        append(records, symbol, f[0], *price, *prevClose, *high, *low, traded, parsedAt, "sina");
       });
 }
 
