@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/Text.h"
 #include "core/Url.h"
 
 namespace tidemark {

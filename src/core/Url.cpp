@@ -38,13 +38,6 @@ bool isValidComponent(std::string_view text, std::string_view extra) {
 
 }  // namespace
 
-std::string toLowerAscii(std::string_view text) {
-  std::string out(text);
-  for (char& c : out)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return out;
-}
-
 std::optional<Url> parseUrl(std::string_view text) {
   Url url;
   size_t colon = text.find(':');

@@ -19,6 +19,4 @@ struct Url {
 
 std::optional<Url> parseUrl(std::string_view text);
 
-std::string toLowerAscii(std::string_view text);
-
 }  // namespace tidemark

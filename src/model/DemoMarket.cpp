@@ -3,6 +3,7 @@
 #include <cmath>
 #include <unordered_set>
 
+#include "core/Text.h"
 #include "model/Watchlist.h"
 
 namespace tidemark {
@@ -22,8 +23,7 @@ double roundPrice(double value) {
 
 // The opening values of a symbol outside the demonstration set.
 DemoSecurity generated(const std::string& id, std::string& name) {
-  uint64_t hash = 1469598103934665603ull;  // FNV-1a: stable across runs and platforms
-  for (unsigned char c : id) hash = (hash ^ c) * 1099511628211ull;
+  const uint64_t hash = stableHash(id);
   const bool digits = id.find_first_not_of("0123456789") == std::string::npos;
   const char* market = "美股";
   if (digits && id.size() == 5) {

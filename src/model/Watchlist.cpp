@@ -2,6 +2,8 @@
 
 #include <unordered_set>
 
+#include "core/Text.h"
+
 namespace tidemark {
 namespace {
 
@@ -27,13 +29,6 @@ size_t spaceBefore(std::string_view s, size_t end) {
   for (size_t length = 1; length <= 3 && length <= end; ++length)
     if (spaceAt(s, end - length) == length) return length;
   return 0;
-}
-
-size_t characterCount(std::string_view utf8) {
-  size_t count = 0;
-  for (unsigned char c : utf8)
-    if ((c & 0xC0) != 0x80) ++count;
-  return count;
 }
 
 bool isAsciiLetter(char c) {

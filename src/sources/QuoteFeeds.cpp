@@ -6,7 +6,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <unordered_map>
+
+#include "core/Text.h"
 
 namespace tidemark {
 namespace {
@@ -15,22 +16,6 @@ bool hasNonDigit(std::string_view s) {
   for (char c : s)
     if (c < '0' || c > '9') return true;
   return false;
-}
-
-size_t characterCount(std::string_view utf8) {
-  size_t count = 0;
-  for (unsigned char c : utf8)
-    if ((c & 0xC0) != 0x80) ++count;
-  return count;
-}
-
-std::string asciiCase(std::string_view s, bool upper) {
-  std::string out(s);
-  for (char& c : out) {
-    if (upper && c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    if (!upper && c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return out;
 }
 
 // A finite decimal number in the C locale, the whole field; an optional leading "+".
@@ -177,9 +162,7 @@ class CodeTable {
     size_t symbol;
   };
   Slot& find(std::string_view code) {
-    uint64_t hash = 1469598103934665603ull;  // FNV-1a
-    for (unsigned char c : code) hash = (hash ^ c) * 1099511628211ull;
-    for (size_t at = hash & mask_;; at = (at + 1) & mask_) {
+    for (size_t at = stableHash(code) & mask_;; at = (at + 1) & mask_) {
       Slot& slot = slots_[at];
       if (slot.symbol == SIZE_MAX || slot.code == code) return slot;
     }
@@ -293,8 +276,8 @@ std::optional<std::string> marketCode(std::string_view symbol, SourceMode source
   if (hasNonDigit(symbol)) {
     const bool five = characterCount(symbol) == 5;
     if (source == SourceMode::tencent)
-      return five ? "hk" + std::string(symbol) : "us" + asciiCase(symbol, true);
-    return five ? "rt_hk" + std::string(symbol) : "gb_" + asciiCase(symbol, false);
+      return five ? "hk" + std::string(symbol) : "us" + toUpperAscii(symbol);
+    return five ? "rt_hk" + std::string(symbol) : "gb_" + toLowerAscii(symbol);
   }
   if (symbol.empty()) return std::nullopt;
   switch (symbol.front()) {
