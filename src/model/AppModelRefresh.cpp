@@ -181,13 +181,19 @@ void AppModel::finish(const std::shared_ptr<LiveLoad>& load) {
 
 std::vector<QuoteSnapshot> AppModel::preservingSavedWatchlistQuotes(
     std::vector<QuoteSnapshot> fresh) const {
-  std::unordered_set<std::string_view> present;
-  present.reserve(fresh.size() + quotes_.size());
-  for (const QuoteSnapshot& q : fresh) present.insert(q.id);
-  std::unordered_set<std::string_view> watched(watchlist_.begin(), watchlist_.end());
-  for (const QuoteSnapshot& q : quotes_) {
-    if (watched.contains(q.id) && present.insert(q.id).second) fresh.push_back(q);
+  // The views point into `fresh` and `quotes_`, so `fresh` must not grow while they are in use:
+  // the held quotes are picked first and appended afterwards.
+  std::vector<const QuoteSnapshot*> missing;
+  {
+    std::unordered_set<std::string_view> present;
+    present.reserve(fresh.size() + quotes_.size());
+    for (const QuoteSnapshot& q : fresh) present.insert(q.id);
+    const std::unordered_set<std::string_view> watched(watchlist_.begin(), watchlist_.end());
+    for (const QuoteSnapshot& q : quotes_)
+      if (watched.contains(q.id) && present.insert(q.id).second) missing.push_back(&q);
   }
+  fresh.reserve(fresh.size() + missing.size());
+  for (const QuoteSnapshot* q : missing) fresh.push_back(*q);
   return fresh;
 }
 
