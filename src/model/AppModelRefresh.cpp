@@ -24,6 +24,13 @@ std::vector<SourceMode> sourceOrder(SourceMode mode) {
   }
 }
 
+bool sameSymbols(std::vector<std::string> a, std::vector<std::string> b) {
+  if (a.size() != b.size()) return false;
+  std::sort(a.begin(), a.end());
+  std::sort(b.begin(), b.end());
+  return a == b;
+}
+
 }  // namespace
 
 struct AppModel::LiveLoad {
@@ -112,12 +119,14 @@ void AppModel::loadStatic() {
 }
 
 void AppModel::fetchLiveQuotes(SourceMode mode) {
-  // A load already asking the same feeds answers for this one too; piling up requests (or
-  // bridge processes) behind a slow feed helps nobody.
-  if (liveLoad_ && liveLoad_->mode == mode) return;
+  std::vector<std::string> symbols = watchlist_.empty() ? defaultWatchlist() : watchlist_;
+  // A load already asking the same feeds for the same symbols answers for this one too; piling
+  // up requests (or bridge processes) behind a slow feed helps nobody. A changed watchlist starts
+  // a new load at once, and the older one's answers are dropped.
+  if (liveLoad_ && liveLoad_->mode == mode && sameSymbols(liveLoad_->symbols, symbols)) return;
   auto load = std::make_shared<LiveLoad>();
   load->mode = mode;
-  load->symbols = watchlist_.empty() ? defaultWatchlist() : watchlist_;
+  load->symbols = std::move(symbols);
   load->cached.reserve(quotes_.size());
   for (const QuoteSnapshot& q : quotes_) load->cached.emplace(q.id, q);
   load->order = sourceOrder(mode);
