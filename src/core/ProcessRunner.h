@@ -13,7 +13,8 @@ struct ProcessRequest {
   std::vector<std::string> arguments;  // passed as they are, never through a shell
   std::string workingDirectory;
   std::map<std::string, std::string> environment;  // the child's whole environment
-  double deadline = 22;  // seconds; a process still running then is terminated
+  double deadline = 22;         // seconds; a process still running then is terminated
+  size_t maxOutput = 32 << 20;  // bytes of standard output; a child printing more is killed
 };
 
 struct ProcessResult {
@@ -21,7 +22,8 @@ struct ProcessResult {
   int exitCode = -1;
   bool exitedNormally = false;  // false after a crash or termination
   bool timedOut = false;
-  std::string standardOutput;  // standard error goes to the null device
+  std::string standardOutput;   // standard error goes to the null device
+  bool outputTooLarge = false;  // killed for printing more than maxOutput; no output kept
 };
 
 // Child processes; the completion runs once, on the main thread, never inside run().

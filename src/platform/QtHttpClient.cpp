@@ -32,23 +32,83 @@ std::string describeNetworkError(int networkError, const std::string& fallback) 
   }
 }
 
+namespace {
+
+// Errors Qt derives from an HTTP status: the answer itself arrived whole.
+bool isStatusError(QNetworkReply::NetworkError error) {
+  const int code = error;
+  return (code >= 201 && code <= 299) || error == QNetworkReply::ProtocolInvalidOperationError ||
+         (code >= 401 && code <= 499);
+}
+
+// An idle timeout alone lets a server that trickles bytes hold a request for ever.
+constexpr int wholeRequestTimeouts = 3;
+
+}  // namespace
+
 void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpResponse)> completion) {
   QNetworkRequest networkRequest(QUrl(QString::fromStdString(request.url), QUrl::StrictMode));
   for (const auto& [name, value] : request.headers)
     networkRequest.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
-  networkRequest.setTransferTimeout(static_cast<int>(std::lround(request.timeout * 1000)));
+  const int timeoutMS = static_cast<int>(std::lround(request.timeout * 1000));
+  networkRequest.setTransferTimeout(timeoutMS);
   QNetworkReply* reply = manager_.get(networkRequest);
+
+  // The body is moved out of Qt's buffer as it arrives, so no more than the cap is ever held.
+  struct Transfer {
+    std::string body;
+    bool tooLarge = false;
+    bool expired = false;
+  };
+  auto transfer = std::make_shared<Transfer>();
+  const size_t maxBytes = request.maxBytes;
+  const auto take = [reply, transfer, maxBytes] {
+    if (transfer->tooLarge || !reply->isOpen()) return;
+    const QByteArray chunk = reply->readAll();
+    if (transfer->body.size() + static_cast<size_t>(chunk.size()) > maxBytes) {
+      transfer->tooLarge = true;
+      transfer->body = std::string();
+      reply->abort();
+      return;
+    }
+    transfer->body.append(chunk.constData(), static_cast<size_t>(chunk.size()));
+  };
+  QObject::connect(reply, &QNetworkReply::readyRead, reply, take);
+  QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, transfer, maxBytes] {
+    const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
+    if (length.isValid() && length.toULongLong() > maxBytes && !transfer->tooLarge) {
+      transfer->tooLarge = true;
+      reply->abort();
+    }
+  });
+  auto* deadline = new QTimer(reply);
+  deadline->setSingleShot(true);
+  QObject::connect(deadline, &QTimer::timeout, reply, [reply, transfer] {
+    transfer->expired = true;
+    reply->abort();
+  });
+  deadline->start(timeoutMS * wholeRequestTimeouts);
+
   QObject::connect(
-      reply, &QNetworkReply::finished, reply, [reply, completion = std::move(completion)] {
+      reply, &QNetworkReply::finished, reply,
+      [reply, transfer, take, completion = std::move(completion)] {
         reply->deleteLater();
+        take();
         HttpResponse response;
-        const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (status.isValid()) {
-          // An HTTP answer, whatever its status; Qt calls 4xx and 5xx errors too.
+        if (const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+            status.isValid())
           response.status = status.toInt();
-          response.body = reply->readAll().toStdString();
-        } else if (reply->error() != QNetworkReply::NoError) {
-          response.error = describeNetworkError(reply->error(), reply->errorString().toStdString());
+        const QNetworkReply::NetworkError error = reply->error();
+        if (transfer->tooLarge) {
+          response.error = "服务器返回的数据过大";
+        } else if (transfer->expired) {
+          response.error = "请求超时";
+        } else if (error != QNetworkReply::NoError && !isStatusError(error)) {
+          // Also when the status line came and the body broke off after it.
+          response.error = describeNetworkError(error, reply->errorString().toStdString());
+        } else if (response.status) {
+          // An HTTP answer, whatever its status; Qt calls 4xx and 5xx errors too.
+          response.body = std::move(transfer->body);
         }
         completion(std::move(response));
       });

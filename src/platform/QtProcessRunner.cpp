@@ -35,7 +35,9 @@ void QtProcessRunner::run(const ProcessRequest& request,
 
   struct State {
     std::function<void(ProcessResult)> completion;
+    std::string output;  // read as it comes, so the pipe never holds more than the cap
     bool timedOut = false;
+    bool tooLarge = false;
     bool done = false;
   };
   auto state = std::make_shared<State>(State{std::move(completion)});
@@ -45,6 +47,19 @@ void QtProcessRunner::run(const ProcessRequest& request,
     process->deleteLater();
     state->completion(std::move(result));
   };
+
+  QObject::connect(process, &QProcess::readyReadStandardOutput, process,
+                   [process, state, maxOutput = request.maxOutput] {
+                     if (state->tooLarge) return;
+                     const QByteArray chunk = process->readAllStandardOutput();
+                     if (state->output.size() + static_cast<size_t>(chunk.size()) > maxOutput) {
+                       state->tooLarge = true;
+                       state->output = std::string();
+                       process->kill();
+                       return;
+                     }
+                     state->output.append(chunk.constData(), static_cast<size_t>(chunk.size()));
+                   });
 
   auto* deadline = new QTimer(process);
   deadline->setSingleShot(true);
@@ -68,9 +83,14 @@ void QtProcessRunner::run(const ProcessRequest& request,
                    [process, state, finish](int exitCode, QProcess::ExitStatus status) {
                      ProcessResult result;
                      result.exitCode = exitCode;
-                     result.exitedNormally = status == QProcess::NormalExit && !state->timedOut;
+                     result.exitedNormally =
+                         status == QProcess::NormalExit && !state->timedOut && !state->tooLarge;
                      result.timedOut = state->timedOut;
-                     result.standardOutput = process->readAllStandardOutput().toStdString();
+                     result.outputTooLarge = state->tooLarge;
+                     if (!state->tooLarge) {
+                       state->output += process->readAllStandardOutput().toStdString();
+                       result.standardOutput = std::move(state->output);
+                     }
                      finish(std::move(result));
                    });
   process->start();

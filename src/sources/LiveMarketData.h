@@ -20,6 +20,8 @@ class LiveMarketData final : public MarketDataSource {
   // check (no verdict is fine). The three probes run at once.
   void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
                            std::function<void(bool)> completion) override;
+  // The manifest is a small JSON document; anything longer than this is not one.
+  static constexpr size_t manifestMaxBytes = 256 << 10;
   void fetchManifest(const std::string& url,
                      std::function<void(std::optional<std::string>)> completion) override;
   bool canFetchIntraday() const override { return bridge_.isAvailable(); }

@@ -139,6 +139,7 @@ void StockSDKBridge::fetchQuotes(const DataSourceEndpoints& endpoints,
               [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
                 if (result.launchError)
                   return completion({}, "stock-sdk 启动失败：" + *result.launchError);
+                if (result.outputTooLarge) return completion({}, "stock-sdk 输出的数据过大");
                 auto quotes = decodeSDKQuotes(result.standardOutput, clock.now());
                 if (quotes.empty()) return completion({}, "stock-sdk 未返回有效报价");
                 completion(std::move(quotes), std::nullopt);
