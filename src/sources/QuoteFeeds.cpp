@@ -18,39 +18,38 @@ bool hasNonDigit(std::string_view s) {
   return false;
 }
 
-// A finite decimal number in the C locale, the whole field; an optional leading "+".
+// Plain decimal text in the C locale, the whole field: one optional sign, then digits with at
+// most one point among them. No blanks, exponents, second signs or words such as "inf".
 std::optional<double> number(std::string_view field) {
-  if (!field.empty() && field.front() == '+') field.remove_prefix(1);
-  if (field.empty()) return std::nullopt;
-  // Feed prices are short plain decimals ("1468.80"). With at most 15 digits the digits form an
-  // exact integer, and dividing it by an exact power of ten rounds correctly, as a full parse
-  // would; anything else takes the full parse.
-  static constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
-  const bool negative = field.front() == '-';
-  size_t i = negative ? 1 : 0, digits = 0, fraction = 0;
+  const bool negative = !field.empty() && field.front() == '-';
+  if (!field.empty() && (negative || field.front() == '+')) field.remove_prefix(1);
+  size_t digits = 0, fraction = 0;
   bool point = false;
   uint64_t mantissa = 0;
-  for (; i < field.size(); ++i) {
-    const char c = field[i];
+  for (const char c : field) {
     if (c >= '0' && c <= '9') {
-      mantissa = mantissa * 10 + static_cast<uint64_t>(c - '0');
+      if (digits < 19) mantissa = mantissa * 10 + static_cast<uint64_t>(c - '0');
       ++digits;
       fraction += point;
     } else if (c == '.' && !point) {
       point = true;
     } else {
-      break;
+      return std::nullopt;
     }
   }
-  if (i == field.size() && digits > 0 && digits <= 15 && fraction <= 8) {
-    const double value = static_cast<double>(mantissa) / powers[fraction];
-    return negative ? -value : value;
-  }
+  if (digits == 0) return std::nullopt;
+  // Feed prices are short ("1468.80"). With at most 15 digits the digits form an exact integer,
+  // and dividing it by an exact power of ten rounds correctly, as a full parse would.
+  static constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
   double value = 0;
-  auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
-  if (error != std::errc() || end != field.data() + field.size() || !std::isfinite(value))
-    return std::nullopt;
-  return value;
+  if (digits <= 15 && fraction <= 8) {
+    value = static_cast<double>(mantissa) / powers[fraction];
+  } else {
+    auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
+    if (error != std::errc() || end != field.data() + field.size() || !std::isfinite(value))
+      return std::nullopt;
+  }
+  return negative ? -value : value;
 }
 
 int64_t volume(std::string_view field) {
