@@ -318,9 +318,9 @@ std::vector<QuoteSnapshot> AppModel::watchedQuotes() const {
   return watched;
 }
 
-std::string AppModel::sourceLabel() const {
-  const auto any = [this](auto predicate) {
-    return std::any_of(quotes_.begin(), quotes_.end(), predicate);
+std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode) {
+  const auto any = [&quotes](auto predicate) {
+    return std::any_of(quotes.begin(), quotes.end(), predicate);
   };
   if (any([](const QuoteSnapshot& q) { return q.source == "embedded_fallback"; }))
     return "内置离线快照";
@@ -329,7 +329,11 @@ std::string AppModel::sourceLabel() const {
   if (any([](const QuoteSnapshot& q) { return q.source == "sina"; })) return "新浪行情";
   if (any([](const QuoteSnapshot& q) { return q.source.starts_with("stock-api"); }))
     return "stock-api 行情";
-  return std::string(label(sourceMode_));
+  return std::string(label(mode));
+}
+
+std::string AppModel::sourceLabel() const {
+  return tidemark::sourceLabel(quotes_, sourceMode_);
 }
 
 // ---- Preferences -------------------------------------------------------------------------

@@ -278,4 +278,8 @@ class AppModel {
   std::shared_ptr<LiveLoad> liveLoad_;
 };
 
+// Where the shown quotes come from, in words: the first tag found in the order offline snapshot,
+// stock-sdk, Tencent, Sina, stock-api; otherwise the source mode's label.
+std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode);
+
 }  // namespace tidemark
