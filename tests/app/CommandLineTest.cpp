@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <fstream>
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTest>
 
@@ -199,6 +202,37 @@ TEST_F(CommandLine, WithEveryFeedDownTheHeldQuotesStay) {
   EXPECT_NE(table.out.find("600519  贵州茅台  A股   1,400.00  +0.72%       9  tencent  降级"),
             std::string::npos)
       << table.out;
+}
+
+TEST_F(CommandLine, BrokenTransfersAreTransportFailuresWithBoundedMemory) {
+  using Delivery = test::LoopbackServer::Delivery;
+  const std::string body = test::testData("tencent-basic.gbk");
+  const std::pair<Delivery, const char*> cases[] = {
+      {Delivery::cut, "服务器意外断开了连接"},
+      {Delivery::endless, "服务器返回的数据过大"},
+  };
+  for (const auto& [delivery, text] : cases) {
+    test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+      if (target.starts_with("/sdk")) return {404, ""};
+      return {200, delivery == Delivery::endless ? std::string(64 << 10, 'x') : body, delivery};
+    });
+    QElapsedTimer elapsed;
+    elapsed.start();
+    Outcome result =
+        run({QStringLiteral("--quotes"), QStringLiteral("--json"), QStringLiteral("--source"),
+             QStringLiteral("tencent"), QStringLiteral("--symbols"), QStringLiteral("600519"),
+             QStringLiteral("--endpoints"), endpointsFile(server.base())});
+    EXPECT_LT(elapsed.elapsed(), 8000) << text;
+    auto document = json::parse(result.out);
+    ASSERT_TRUE(document) << result.out << result.err;
+    EXPECT_EQ((*document)["phase"], "degraded");
+    EXPECT_EQ((*document)["lastError"],
+              std::string(text) + "；stock-sdk 未返回有效报价；" + text + " · 保留上一份快照");
+    for (const auto& q : (*document)["quotes"]) EXPECT_NE(q["source"], "tencent") << text;
+  }
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  EXPECT_LT(usage.ru_maxrss, 400 << 10) << "kB at most in one child";
 }
 
 TEST_F(CommandLine, WatchPrintsEachNewLoad) {

@@ -9,49 +9,58 @@
 namespace tidemark {
 namespace {
 
-HttpResponse get(QtHttpClient& client, const std::string& url, double timeout = 8) {
-  std::optional<HttpResponse> response;
-  client.get(
-      {url, {{"Referer", "https://finance.qq.com/"}, {"User-Agent", "Mozilla/5.0"}}, timeout},
-      [&](HttpResponse r) { response = std::move(r); });
-  EXPECT_FALSE(response) << "answered inside get()";
-  EXPECT_TRUE(QTest::qWaitFor([&] { return response.has_value(); }, 10000));
-  return response.value_or(HttpResponse{});
-}
+using Delivery = test::LoopbackServer::Delivery;
 
-TEST(QtHttpClient, AnswersFromALoopbackServer) {
+TEST(QtHttpClient, AnswersAndFailuresFromALoopbackServer) {
   const std::string body = test::testData("tencent-basic.gbk");
+  const std::string block(64 << 10, 'x');
   test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
     if (target == "/ok") return {200, body};
     if (target == "/broken") return {500, "oops"};
-    return {0, "", true};  // never answers
+    if (target == "/cut") return {200, body, Delivery::cut};
+    if (target == "/stalled") return {200, body, Delivery::stalled};
+    if (target == "/endless") return {200, block, Delivery::endless};
+    if (target == "/large") return {200, std::string(2000, 'y')};
+    return {0, "", Delivery::silent};
   });
+  const std::string closed =
+      "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort()) + "/";
+  struct Case {
+    std::string url;
+    double timeout;
+    size_t maxBytes;
+    std::optional<int> status;
+    std::optional<std::string> body, error;
+  };
+  const std::string base = server.base();
+  const Case cases[] = {
+      {base + "/ok", 8, 8 << 20, 200, body, {}},        // GB 18030 bytes untouched
+      {base + "/broken", 8, 8 << 20, 500, "oops", {}},  // an HTTP answer, not a transport error
+      {base + "/cut", 8, 8 << 20, 200, {}, "服务器意外断开了连接"},
+      {base + "/stalled", 0.3, 8 << 20, 200, {}, "请求超时"},
+      {base + "/silent", 0.3, 8 << 20, {}, {}, "请求超时"},
+      {base + "/endless", 8, 8 << 20, 200, {}, "服务器返回的数据过大"},
+      {base + "/large", 8, 1999, 200, {}, "服务器返回的数据过大"},  // refused by its length
+      {closed, 8, 8 << 20, {}, {}, "无法连接服务器（连接被拒绝）"},
+  };
   QtHttpClient client;
-
-  HttpResponse ok = get(client, server.base() + "/ok");
-  EXPECT_EQ(ok.status, 200);
-  EXPECT_EQ(ok.body, body);  // GB 18030 bytes untouched
-  EXPECT_EQ(ok.error, std::nullopt);
+  for (const Case& c : cases) {
+    std::optional<HttpResponse> response;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    client.get({c.url, {{"Referer", "https://finance.qq.com/"}}, c.timeout, c.maxBytes},
+               [&](HttpResponse r) { response = std::move(r); });
+    EXPECT_FALSE(response) << "answered inside get()";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return response.has_value(); }, 10000)) << c.url;
+    EXPECT_EQ(response->status, c.status) << c.url;
+    EXPECT_EQ(response->body, c.body) << c.url;
+    EXPECT_EQ(response->error, c.error) << c.url;
+    EXPECT_LT(elapsed.elapsed(), 3000) << c.url;
+  }
+  EXPECT_LT(server.endlessBytes, size_t{16} << 20);  // it stopped reading at the cap
   EXPECT_NE(std::find(server.headers[0].begin(), server.headers[0].end(),
                       "Referer: https://finance.qq.com/"),
             server.headers[0].end());
-
-  HttpResponse broken = get(client, server.base() + "/broken");
-  EXPECT_EQ(broken.status, 500);
-  EXPECT_EQ(broken.body, "oops");
-  EXPECT_EQ(broken.error, std::nullopt);  // an HTTP answer, not a transport failure
-
-  QElapsedTimer elapsed;
-  elapsed.start();
-  HttpResponse silent = get(client, server.base() + "/silent", 0.3);
-  EXPECT_EQ(silent.status, std::nullopt);
-  EXPECT_EQ(silent.error, "请求超时");
-  EXPECT_LT(elapsed.elapsed(), 3000);
-
-  HttpResponse closed =
-      get(client, "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort()) + "/");
-  EXPECT_EQ(closed.status, std::nullopt);
-  EXPECT_EQ(closed.error, "无法连接服务器（连接被拒绝）");
 }
 
 }  // namespace

@@ -26,14 +26,26 @@ LoopbackServer::LoopbackServer(Handler handler) : handler_(std::move(handler)) {
         headers.push_back(headerLines);
         buffer->clear();
         const Reply reply = handler_(target);
-        if (reply.silent) return;
-        QByteArray response = "HTTP/1.1 " + QByteArray::number(reply.status) +
-                              " Status\r\nContent-Type: text/html; charset=GBK\r\n"
-                              "Connection: close\r\nContent-Length: " +
-                              QByteArray::number(static_cast<qsizetype>(reply.body.size())) +
-                              "\r\n\r\n" + QByteArray::fromStdString(reply.body);
-        socket->write(response);
-        socket->disconnectFromHost();
+        if (reply.delivery == Delivery::silent) return;
+        const QByteArray body = QByteArray::fromStdString(reply.body);
+        QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) +
+                          " Status\r\nContent-Type: text/html; charset=GBK\r\n"
+                          "Connection: close\r\n";
+        if (reply.delivery != Delivery::endless) {
+          const qsizetype announced = body.size() + (reply.delivery == Delivery::whole ? 0 : 100);
+          head += "Content-Length: " + QByteArray::number(announced) + "\r\n";
+        }
+        socket->write(head + "\r\n" + body);
+        if (reply.delivery == Delivery::endless) {
+          QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [this, socket, body] {
+            if (socket->bytesToWrite() > 0) return;
+            if (endlessBytes > (size_t{1} << 30)) return socket->disconnectFromHost();
+            endlessBytes += static_cast<size_t>(body.size());
+            socket->write(body);
+          });
+        } else if (reply.delivery != Delivery::stalled) {
+          socket->disconnectFromHost();
+        }
       });
     }
   });
