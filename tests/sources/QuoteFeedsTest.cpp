@@ -98,12 +98,47 @@ TEST(TencentParser, FirstOccurrenceAndBadRows) {
   const std::string text =
       "v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
       "v_sz000002=\"1~C~000002~x~1.00~1~5\";v_sz000003=\"1~D~000003~1.00~-1~1~5\";"
-      "v_sz000004=\"\";v_sz000005=\"1~E~000005~1.5~1~1~1e30\";v_sz000006=\"";
+      "v_sz000004=\"\";v_sz000005=\"1~E~000005~1.5~1~1~1000000000000000000000000000000\";v_"
+      "sz000006=\"";
   const auto records =
       parseTencent(text, {"600519", "000002", "000003", "000004", "000005", "000006"}, at);
   ASSERT_EQ(records.size(), 2u);
   EXPECT_EQ(records[0].name, "A");
   EXPECT_EQ(records[1].volume, INT64_MAX);  // far beyond 64 bits: clamped, not undefined
+}
+
+TEST(TencentParser, OnlyPlainDecimalTextIsANumber) {
+  // Each text stands in the high (fallback: the price, 10) and the volume (fallback: 0) field.
+  const std::tuple<const char*, double, int64_t> cases[] = {
+      {"12.5", 12.5, 12},
+      {"+12", 12, 12},
+      {"-5", 10, -5},
+      {"12.", 12, 12},
+      {"12345678901234567.5", 12345678901234568.0, 12345678901234568},
+      {"+-5", 10, 0},
+      {"-+5", 10, 0},
+      {"++5", 10, 0},
+      {" 15", 10, 0},
+      {"15 ", 10, 0},
+      {"1e2", 10, 0},
+      {"1.2.3", 10, 0},
+      {"inf", 10, 0},
+      {"0x1A", 10, 0},
+      {"+", 10, 0},
+      {".", 10, 0},
+      {"", 10, 0},
+  };
+  for (const auto& [text, high, volume] : cases) {
+    std::string fields = "1~N~600519~10.00~9.00~1~" + std::string(text);
+    for (int i = 7; i < 33; ++i) fields += "~";
+    fields += std::string("~") + text + "~9.50";
+    const auto records = parseTencent("v_sh600519=\"" + fields + "\";", {"600519"}, at);
+    ASSERT_EQ(records.size(), 1u) << text;
+    EXPECT_EQ(records[0].high, high) << text;
+    EXPECT_EQ(records[0].volume, volume) << text;
+  }
+  // A price that is no plain number skips the row.
+  EXPECT_TRUE(parseTencent("v_sh600519=\"1~N~600519~+-10~9~1~5\";", {"600519"}, at).empty());
 }
 
 TEST(SinaParser, RecordedBody) {
