@@ -10,29 +10,11 @@ namespace {
 using test::ModelHarness;
 
 Json storedRecord() {
-  Preferences p;
-  p.activeID = "00700";
-  p.theme = AppTheme::aurora;
-  p.refreshInterval = 5.0;
-  p.masked = true;
-  p.orbSize = 132;
-  p.menuDensity = 2;
-  p.updatedAt = test::testStart();
-  return toJson(p);
-}
-
-TEST(Preferences, EncodesInFieldOrderLeavingOutAbsentOptionals) {
-  Preferences p;
-  p.alertPrice = 12.5;
-  const Json encoded = toJson(p);
-  std::vector<std::string> keys;
-  for (const auto& item : encoded.items()) keys.push_back(item.key());
-  EXPECT_EQ(keys,
-            (std::vector<std::string>{
-                "activeID", "theme", "reduceMotion", "refreshInterval", "sourceMode", "masked",
-                "orbSize", "autoRotate", "menuDensity", "phase", "latencyMS", "updatedAt",
-                "onboardingSeen", "alertPrice", "alertAbove", "alertTriggered"}));
-  EXPECT_EQ(toJson(p)["sourceMode"], "mock");
+  return *json::parse(
+      R"({"activeID":"00700","theme":"aurora","reduceMotion":false,"refreshInterval":5.0,)"
+      R"("sourceMode":"mock","masked":true,"orbSize":132.0,"autoRotate":true,"menuDensity":2,)"
+      R"("orbShowsName":false,"phase":"live","latencyMS":0,"updatedAt":816832800.0,)"
+      R"("onboardingSeen":false,"alertAbove":true,"alertTriggered":false})");
 }
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {

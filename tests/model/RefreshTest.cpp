@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "model/StaticSnapshot.h"
 #include "support/ModelHarness.h"
 
 namespace tidemark {
@@ -81,19 +82,58 @@ TEST(Refresh, FailuresWithoutTextAndEmptyWatchlists) {
   EXPECT_EQ(m->updatedAt(), before);  // nothing new arrived
 }
 
-TEST(Refresh, ANewerLoadWinsAndSameModeRequestsCoalesce) {
+TEST(Refresh, LoadsFollowTheWatchlistAndTheMode) {
   ModelHarness h;
-  h.source.answers[SourceMode::tencent] = {{quote("600519", 99)}, std::nullopt};
-  h.source.holdAnswers = true;
+  h.source.answers[SourceMode::tencent] = {{quote("600519", 99), quote("AAPL", 7)}, std::nullopt};
+  h.source.holdAnswers = true;  // a slow feed
   auto m = h.make();
   m->setSourceMode(SourceMode::tencent);
-  m->loadSource(false);  // joins the load under way
-  EXPECT_EQ(h.source.calls.size(), 1u);
-  m->setSourceMode(SourceMode::mock);
-  h.source.releaseNext();  // too late: mock data has replaced it
+  m->loadSource(false);  // the same symbols: joins the load under way
+  m->setWatchlist({"000858", "03033", "NVDA", "00700", "600519"});
+  m->loadSource(false);  // the same set in another order: joins too
+  ASSERT_EQ(h.source.calls.size(), 1u);
+
+  m->add("AAPL");
+  m->loadSource(false);  // a changed watchlist: a new load at once
+  ASSERT_EQ(h.source.calls.size(), 2u);
+  EXPECT_EQ(h.source.calls[1].symbols.back(), "AAPL");
+  while (h.source.held.size() > 1) h.source.releaseNext(1);  // the new load's feeds answer
+  EXPECT_EQ(m->quote("AAPL")->price, 7);
+  h.source.answers[SourceMode::tencent] = {{quote("AAPL", 1)}, std::nullopt};
+  h.source.releaseNext();  // the older load answers late: dropped
+  EXPECT_EQ(m->quote("AAPL")->price, 7);
+  EXPECT_EQ(h.source.calls.size(), 4u);  // the dropped load asked nothing further
+
+  m->loadSource(false);
+  m->setSourceMode(SourceMode::mock);  // another mode supersedes the load under way
+  h.source.releaseNext();
   EXPECT_EQ(m->activeQuote()->source, "mock");
   EXPECT_EQ(m->phase(), QuotePhase::live);
   EXPECT_TRUE(h.source.held.empty());
+}
+
+TEST(Refresh, HeldQuotesAreKeptOnceEachInOrderWhenALoadMissesThem) {
+  ModelHarness h;
+  auto m = h.make();
+  List watched{"600519"};
+  for (int i = 0; i < 40; ++i) {
+    // Short ids live inside their strings; long names make the copies allocate.
+    const std::string id = "S" + std::to_string(i);
+    QuoteSnapshot q = quote(id, 10 + i);
+    q.name = "a name long enough to need its own allocation " + id;
+    m->add(q);
+    watched.push_back(id);
+  }
+  m->setWatchlist(watched);
+  // The load gives the last two; the 39 it missed are appended behind them, growing the list.
+  h.source.answers[SourceMode::tencent] = {{quote("S38", 1), quote("S39", 2)}, std::nullopt};
+  m->setSourceMode(SourceMode::tencent);
+  List ids;
+  for (const QuoteSnapshot& q : m->quotes()) ids.push_back(q.id);
+  List expected{"S38", "S39"};
+  expected.insert(expected.end(), watched.begin(), watched.end() - 2);
+  EXPECT_EQ(ids, expected);
+  EXPECT_EQ(m->quote("S39")->price, 2);
 }
 
 TEST(Refresh, RequestsAreDebouncedAndCancellable) {
@@ -210,6 +250,46 @@ TEST(StaticSnapshot, BrokenFilesFallBackToTheEmbeddedSnapshot) {
   EXPECT_EQ(m->phase(), QuotePhase::live);
   EXPECT_EQ(m->quote("600519")->price, 5);
   EXPECT_EQ(m->quote("00700")->source, "mock");  // kept: the file lacks it
+}
+
+TEST(StaticSnapshot, MarketValuesMapToLabels) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"CN", "A股"},
+      {"A股", "A股"},
+      {"HK", "港股"},
+      {"港股", "港股"},
+      {"US", "美股"},
+      {"美股", "美股"},
+      {"CN_FUND", "A股基金"},
+      {"A股基金", "A股基金"},
+      {"HK_FUND", "港股基金"},
+      {"港股基金", "港股基金"},
+      {"US_FUND", "美股基金"},
+      {"美股基金", "美股基金"},
+      {"cn", "cn"},
+      {"JP", "JP"},
+      {"", ""},
+  };
+  for (const auto& [value, label] : cases) EXPECT_EQ(staticMarketLabel(value), label) << value;
+}
+
+TEST(SourceLabel, TheFirstRuleThatAppliesWins) {
+  using enum SourceMode;
+  const std::tuple<List, SourceMode, const char*> cases[] = {
+      {{"sina", "stock-sdk", "embedded_fallback"}, tencent, "内置离线快照"},
+      {{"sina", "tencent", "stock-sdk"}, tencent, "stock-sdk 行情"},
+      {{"stock-api-x", "sina", "tencent"}, sina, "腾讯行情"},
+      {{"stock-api-x", "sina"}, tencent, "新浪行情"},
+      {{"static_json", "stock-api.em"}, mock, "stock-api 行情"},
+      {{"xstock-api", "Stock-API"}, automatic, "自动容错"},
+      {{"static_json"}, staticJSON, "静态 JSON"},
+      {{}, stockSDK, "stock-sdk"},
+  };
+  for (const auto& [sources, mode, text] : cases) {
+    std::vector<QuoteSnapshot> quotes;
+    for (const std::string& source : sources) quotes.push_back(quote("600519", 1, 1, source));
+    EXPECT_EQ(sourceLabel(quotes, mode), text) << text;
+  }
 }
 
 TEST(MockSource, PricesMoveOnEachLoadAndRestart) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "model/ModelError.h"
 #include "model/SelfTest.h"
 #include "support/ModelHarness.h"
@@ -7,42 +9,97 @@
 namespace tidemark {
 namespace {
 
-// Forgets every write, as a store that cannot persist would.
+// Forgets the writes to the keys it is given (every key when given none).
 struct ForgetfulStore : MemoryKeyValueStore {
-  void setData(const std::string&, const std::string&) override {}
-  void setStringArray(const std::string&, const std::vector<std::string>&) override {}
+  explicit ForgetfulStore(std::vector<std::string> keys = {}) : keys(std::move(keys)) {}
+  bool forgets(const std::string& key) const {
+    return keys.empty() || std::find(keys.begin(), keys.end(), key) != keys.end();
+  }
+  void setData(const std::string& key, const std::string& bytes) override {
+    if (!forgets(key)) MemoryKeyValueStore::setData(key, bytes);
+  }
+  void setStringArray(const std::string& key, const std::vector<std::string>& values) override {
+    if (!forgets(key)) MemoryKeyValueStore::setStringArray(key, values);
+  }
+  std::vector<std::string> keys;
 };
 
-TEST(SelfTest, PassesAndFailsByTheFirstBrokenRuleLeavingNothingBehind) {
-  const std::tuple<const char*, std::function<std::unique_ptr<KeyValueStore>()>, std::string>
-      cases[] = {
-          {"memory store", [] { return std::make_unique<MemoryKeyValueStore>(); }, ""},
-          {"no store", [] { return nullptr; }, "无法创建测试偏好"},
-          {"forgetful store", [] { return std::make_unique<ForgetfulStore>(); }, "偏好未持久化"},
-      };
-  for (const auto& [what, makeStore, failure] : cases) {
+TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
+  using Store = std::function<std::unique_ptr<KeyValueStore>()>;
+  const Store memory = [] { return std::make_unique<MemoryKeyValueStore>(); };
+  const auto snapshot = [](const char* updatedAt) {
+    return std::string(R"({"updatedAt":")") + updatedAt +
+           R"(","quotes":[{"symbol":"600519","market":"CN","name":"贵州茅台","price":1,)"
+           R"("prevClose":1,"high":1,"low":1,"volume":1}]})";
+  };
+  struct Case {
+    const char* what;
+    Store store;
+    std::optional<std::string> resource;  // tidemark-quotes.json; none: the shipped bundle
+    bool rootIsAFile;
+    std::string failure;
+  };
+  const Case cases[] = {
+      {"sound", memory, {}, false, ""},
+      {"missing snapshot resource", memory, "", false, ""},  // the embedded one stands in
+      {"malformed snapshot resource", memory, "{", false, ""},
+      {"no store", [] { return nullptr; }, {}, false, "无法创建测试偏好"},
+      {"unwritable folder", memory, {}, true, "无法创建测试偏好"},
+      {"a suite already in use",
+       [] {
+         auto store = std::make_unique<MemoryKeyValueStore>();
+         store->setStringArray(AppModel::watchlistKey, {"NVDA"});
+         return store;
+       },
+       {},
+       false,
+       "默认行情或自选不正确"},
+      {"a store that loses writes",
+       [] { return std::make_unique<ForgetfulStore>(); },
+       {},
+       false,
+       "偏好未持久化"},
+      {"a store that loses the watchlist",
+       [] {
+         return std::make_unique<ForgetfulStore>(
+             std::vector<std::string>{AppModel::watchlistKey, AppModel::watchlistBackupKey});
+       },
+       {},
+       false,
+       "文件写入失败后旧文件覆盖了最新自选"},
+      {"a snapshot from the future", memory, snapshot("2030-01-01T00:00:00Z"), false,
+       "静态快照刷新伪造实时数据"},
+  };
+  for (const Case& c : cases) {
     test::TemporaryFolder root;
     std::vector<std::string> made, removed;
     SelfTestEnvironment environment;
     environment.makeSuite = [&](const std::string& name) {
       made.push_back(name);
-      return makeStore();
+      return c.store();
     };
     environment.removeSuite = [&](const std::string& name) { removed.push_back(name); };
     environment.bundle.resourceDirectory = TIDEMARK_TEST_RESOURCE_DIR;
+    if (c.resource) {
+      environment.bundle.resourceDirectory = root.path() / "bundle";
+      std::filesystem::create_directories(root.path() / "bundle");
+      if (!c.resource->empty())
+        std::ofstream(root.path() / "bundle" / "tidemark-quotes.json") << *c.resource;
+    }
     environment.start = test::testStart();
-    environment.temporaryRoot = root.path();
+    environment.temporaryRoot = root.path() / "tmp";
+    if (c.rootIsAFile) std::ofstream(environment.temporaryRoot) << "not a folder";
     std::string message;
     try {
       runAppModelChecks(environment);
     } catch (const ModelError& error) {
       message = error.what();
     }
-    EXPECT_EQ(message, failure) << what;
+    EXPECT_EQ(message, c.failure) << c.what;
     ASSERT_EQ(made.size(), 1u);
     EXPECT_TRUE(made[0].starts_with("tidemark.self-test.")) << made[0];
-    EXPECT_EQ(removed, made) << what;
-    EXPECT_TRUE(std::filesystem::is_empty(root.path())) << what;
+    EXPECT_EQ(removed, made) << c.what;
+    if (!c.rootIsAFile) EXPECT_TRUE(std::filesystem::is_empty(environment.temporaryRoot)) << c.what;
   }
 }
 

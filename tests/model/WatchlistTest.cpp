@@ -92,19 +92,6 @@ TEST(Watchlist, RotationSkipsSymbolsWithoutQuotes) {
   EXPECT_EQ(m->activeID(), "600519");
 }
 
-TEST(Watchlist, SavesToTheStoreTheBackupAndTheFile) {
-  ModelHarness h;
-  auto m = h.make();
-  m->setWatchlist({"NVDA", "00700"});
-  EXPECT_EQ(h.store.stringArray(AppModel::watchlistKey), (List{"NVDA", "00700"}));
-  auto backup = watchlistBackupFromBytes(*h.store.data(AppModel::watchlistBackupKey));
-  EXPECT_EQ(backup->symbols, (List{"NVDA", "00700"}));
-  EXPECT_EQ(backup->exportedAt, h.clock.now());
-  std::error_code error;
-  EXPECT_EQ(readFile(h.folder.path() / "watchlist.json", error),
-            h.store.data(AppModel::watchlistBackupKey));
-}
-
 TEST(Watchlist, TheNewestListWinsAfterAFailedFileWrite) {
   ModelHarness h;
   auto m = h.make();
@@ -119,35 +106,14 @@ TEST(Watchlist, TheNewestListWinsAfterAFailedFileWrite) {
   std::filesystem::rename(h.folder.path() / "kept", file);
   EXPECT_EQ(h.make()->watchlist(), (List{"NVDA", "00700"}));
 
-  // Each model above wrote the same list to both places at the current time.
-  h.store.setData(AppModel::watchlistBackupKey,
-                  toJson(WatchlistBackup{1, h.clock.now(), {"00700"}}).dump());
-  EXPECT_EQ(h.make()->watchlist(), (List{"NVDA", "00700"}));  // a tie goes to the file
   std::ofstream(file) << "{broken";
   h.store.setData(AppModel::watchlistBackupKey,
-                  toJson(WatchlistBackup{1, Date{0}, {"00700"}}).dump());
+                  R"({"version":1,"exportedAt":0.0,"symbols":["00700"]})");
   EXPECT_EQ(h.make()->watchlist(), (List{"00700"}));  // an unreadable file is skipped
   h.store.remove(AppModel::watchlistBackupKey);
   std::ofstream(file) << "{broken";
   h.store.setStringArray(AppModel::watchlistKey, {"03033", " 03033"});
   EXPECT_EQ(h.make()->watchlist(), (List{"03033"}));  // the plain list is the last resort
-}
-
-TEST(Watchlist, ExportAndImportRoundTrip) {
-  ModelHarness h;
-  auto m = h.make();
-  m->setWatchlist({"03033", "600519", "NVDA"});
-  const auto file = h.folder.path() / "export.json";
-  m->exportWatchlist(file);
-  std::error_code error;
-  EXPECT_EQ(readFile(file, error),
-            "{\n  \"exportedAt\": \"2026-11-20T02:00:00Z\",\n  \"symbols\": [\n    \"03033\",\n"
-            "    \"600519\",\n    \"NVDA\"\n  ],\n  \"version\": 1\n}\n");
-  m->setWatchlist({"00700"});
-  m->importWatchlist(file);
-  EXPECT_EQ(m->watchlist(), (List{"03033", "600519", "NVDA"}));
-  EXPECT_EQ(m->activeID(), "03033");
-  EXPECT_EQ(h.make()->watchlist(), m->watchlist());
 }
 
 TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {

@@ -19,9 +19,9 @@ void FakeMarketDataSource::fetchQuotes(SourceMode source, const DataSourceEndpoi
   completion(answer.quotes, answer.error);
 }
 
-void FakeMarketDataSource::releaseNext() {
-  auto [source, completion] = std::move(held.front());
-  held.erase(held.begin());
+void FakeMarketDataSource::releaseNext(size_t index) {
+  auto [source, completion] = std::move(held.at(index));
+  held.erase(held.begin() + static_cast<std::ptrdiff_t>(index));
   const Answer& answer = answers[source];
   completion(answer.quotes, answer.error);
 }

@@ -32,8 +32,8 @@ class FakeMarketDataSource final : public MarketDataSource {
   void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
                    const std::vector<std::string>& symbols, const QuoteMap& cached,
                    QuotesCompletion completion) override;
-  // Completes the oldest held request with its configured answer.
-  void releaseNext();
+  // Completes a held request (the oldest by default) with its configured answer.
+  void releaseNext(size_t index = 0);
   // Probes answer from `probeAnswers` in turn (false once they run out).
   void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
                            std::function<void(bool)> completion) override;
