@@ -6,10 +6,6 @@
 namespace tidemark {
 namespace {
 
-TEST(Endpoints, TheBundledSetIsValid) {
-  EXPECT_TRUE(DataSourceEndpoints::bundled().isValid());
-}
-
 TEST(Endpoints, OneBadFieldInvalidatesTheSet) {
   const std::pair<const char*, bool> hosts[] = {
       {"https://qt.gtimg.cn/q=", true},

@@ -3,7 +3,7 @@
 #include <QFileInfo>
 
 #include "platform/SettingsStore.h"
-#include "support/ModelHarness.h"
+#include "support/Fakes.h"
 
 namespace tidemark {
 namespace {
@@ -34,26 +34,6 @@ TEST(SettingsStore, ValuesRoundTripThroughTheFile) {
   EXPECT_EQ(reopened.stringArray("tidemark.native.preferences.v2"), std::nullopt);
   EXPECT_EQ(reopened.data("gone"), std::nullopt);
   EXPECT_EQ(reopened.stringArray("missing"), std::nullopt);
-}
-
-TEST(SettingsStore, AModelKeepsAnEmptiedWatchlistAcrossRestarts) {
-  test::ModelHarness h;
-  const QString path = QString::fromStdString((h.folder.path() / "store.conf").string());
-  const auto open = [&](SettingsStore& store) {
-    return std::make_unique<AppModel>(
-        AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
-        std::nullopt, false, h.bundle);
-  };
-  {
-    SettingsStore store(path);
-    auto model = open(store);
-    model->setTheme(AppTheme::ocean);
-    model->setWatchlist({});
-  }
-  SettingsStore store(path);
-  auto model = open(store);
-  EXPECT_EQ(model->theme(), AppTheme::ocean);
-  EXPECT_EQ(model->watchlist(), List{});
 }
 
 TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {
