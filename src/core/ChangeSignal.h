@@ -45,10 +45,12 @@ class ChangeSignal {
 
   void notify() const {
     if (handlers_->empty()) return;
-    // A handler may subscribe or unsubscribe while we call them.
-    Handlers snapshot = *handlers_;
+    // A handler may subscribe or unsubscribe while we call them, or destroy the signal's owner:
+    // the handler table is kept alive here for the whole round.
+    const std::shared_ptr<Handlers> handlers = handlers_;
+    Handlers snapshot = *handlers;
     for (auto& [id, handler] : snapshot)
-      if (handlers_->contains(id)) handler();
+      if (handlers->contains(id)) handler();
   }
 
  private:

@@ -143,8 +143,11 @@ void AppModel::attempt(const std::shared_ptr<LiveLoad>& load) {
   }
   const SourceMode source = load->order[load->index];
   std::weak_ptr<LiveLoad> weakLoad = load;
+  // A copy: a completion that runs inside the call shrinks `wanted` while the source still
+  // reads its argument.
+  const std::vector<std::string> wanted = load->wanted;
   deps_.dataSource.fetchQuotes(
-      source, dataSourceEndpoints_, load->wanted, load->cached,
+      source, dataSourceEndpoints_, wanted, load->cached,
       guarded(std::function<void(std::vector<QuoteSnapshot>, std::optional<std::string>)>(
           [this, weakLoad](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
             auto load = weakLoad.lock();

@@ -68,15 +68,16 @@ void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
   if (!deps_.dataSource.canFetchIntraday()) return;
   // Written before the request starts, so a second call within the minute waits for this one.
   intradayRequestedAt_[quote.id] = now;
-  deps_.dataSource.fetchIntraday(
-      dataSourceEndpoints_, quote.id, quote.market,
-      guarded(std::function<void(std::optional<std::vector<double>>)>(
-          [this, id = quote.id](std::optional<std::vector<double>> values) {
-            if (!values || values->size() < 2) return;
-            auto series = intradaySeries_;
-            series[id] = std::move(*values);
-            assign(intradaySeries_, std::move(series));
-          })));
+  // Copies: an answer given at once may replace the quotes `quote` lives in.
+  const std::string id = quote.id, market = quote.market;
+  deps_.dataSource.fetchIntraday(dataSourceEndpoints_, id, market,
+                                 guarded(std::function<void(std::optional<std::vector<double>>)>(
+                                     [this, id](std::optional<std::vector<double>> values) {
+                                       if (!values || values->size() < 2) return;
+                                       auto series = intradaySeries_;
+                                       series[id] = std::move(*values);
+                                       assign(intradaySeries_, std::move(series));
+                                     })));
 }
 
 std::vector<double> AppModel::priceSeries(const QuoteSnapshot& quote) const {

@@ -26,7 +26,10 @@ void AppModel::add(const std::string& symbol) {
 }
 
 void AppModel::add(const QuoteSnapshot& newQuote) {
-  if (!quote(newQuote.id)) {
+  // The id is copied first: the quote may live in a list that a subscriber replaces when the
+  // quotes change below.
+  const std::string id = newQuote.id;
+  if (!quote(id)) {
     auto list = quotes_;
     list.push_back(newQuote);
     setQuotes(std::move(list));
@@ -35,7 +38,7 @@ void AppModel::add(const QuoteSnapshot& newQuote) {
       evaluateAlert();
     }
   }
-  add(newQuote.id);
+  add(id);
 }
 
 void AppModel::remove(const std::string& symbol) {
