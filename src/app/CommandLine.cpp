@@ -32,11 +32,12 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   QCommandLineParser parser;
   parser.setApplicationDescription(
       QStringLiteral("潮汐栏 (Tidemark): a desktop market-quote companion.\n"
-                     "Without options it prints the watchlist's quotes, like --quotes."));
+                     "Without options it starts the desktop app: the orb and the tray item."));
   const QCommandLineOption help = parser.addHelpOption();
   const QCommandLineOption version = parser.addVersionOption();
-  const QCommandLineOption selfTest(QStringLiteral("self-test"),
-                                    QStringLiteral("Run the model checks and exit 0 or 1."));
+  const QCommandLineOption selfTest(
+      QStringLiteral("self-test"),
+      QStringLiteral("Run the model and event-routing checks and exit 0 or 1."));
   const QCommandLineOption quotes(
       QStringLiteral("quotes"),
       QStringLiteral("Print the watchlist's quotes from the stored settings; changes nothing."));
@@ -79,6 +80,9 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
     line.mode = CommandLine::Mode::selfTest;
     return line;
   }
+  // Any of the quote options asks for the quotes; alone, --endpoints goes to the desktop app.
+  for (const auto* option : {&quotes, &json, &watch, &source, &symbols})
+    if (parser.isSet(*option)) line.mode = CommandLine::Mode::quotes;
   line.json = parser.isSet(json);
   line.watch = parser.isSet(watch);
   if (parser.isSet(source)) {

@@ -13,8 +13,8 @@
 namespace tidemark {
 
 struct CommandLine {
-  enum class Mode { quotes, selfTest, help, version };
-  Mode mode = Mode::quotes;
+  enum class Mode { desktop, quotes, selfTest, help, version };
+  Mode mode = Mode::desktop;
   bool json = false;
   bool watch = false;
   std::optional<SourceMode> source;

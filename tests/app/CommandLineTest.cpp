@@ -38,6 +38,9 @@ class CommandLine : public testing::Test {
       std::filesystem::create_directories(dir);
       environment.insert(QString::fromLatin1(name), QString::fromStdString(dir.string()));
     }
+    // As on a machine without a desktop session.
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+      environment.remove(QString::fromLatin1(name));
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TIDEMARK_BINARY), list);
     // The event loop keeps turning meanwhile, for loopback servers in this process.
@@ -70,6 +73,9 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
   const std::string minute = TIDEMARK_TEST_DATA_DIR "/tencent-minute-sh600519.json";
   const std::tuple<std::string, int, std::string, std::string> cases[] = {
       {"--version", 0, "tidemark 0.1.0\n", ""},
+      {"", 1, "",
+       "tidemark: no display to show the orb on; tidemark --quotes prints the watchlist's quotes "
+       "instead\n"},
       {"--bogus", 2, "", "tidemark: Unknown option 'bogus'. See --help.\n"},
       {"--self-test --json", 2, "", "tidemark: --self-test takes no other option See --help.\n"},
       {"extra", 2, "", "tidemark: unexpected argument 'extra' See --help.\n"},
@@ -96,7 +102,7 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
 TEST_F(CommandLine, SelfTestLeavesNothingBehind) {
   Outcome result = run("--self-test");
   EXPECT_EQ(result.code, 0) << result.err;
-  EXPECT_EQ(result.out, "All model checks passed\n");
+  EXPECT_EQ(result.out, "Native event-routing checks passed\nAll model and native checks passed\n");
   EXPECT_EQ(filesLeft(), std::vector<std::string>{});
   EXPECT_FALSE(std::filesystem::exists(home.path() / "XDG_CONFIG_HOME" / "Tidemark"));
 }

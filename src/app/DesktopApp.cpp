@@ -1,0 +1,110 @@
+#include "app/DesktopApp.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include <QApplication>
+#include <QCursor>
+#include <QDir>
+#include <QScreen>
+
+#include "app/AppInfo.h"
+#include "app/Environment.h"
+#include "app/LiveSources.h"
+#include "platform/DBusNotifier.h"
+#include "platform/QtScheduler.h"
+#include "platform/SettingsStore.h"
+#include "shell/AppDelegate.h"
+#include "shell/NativeChecks.h"
+
+namespace tidemark {
+namespace {
+
+bool isSet(const char* name) {
+  const char* value = std::getenv(name);
+  return value && *value;
+}
+
+std::vector<Screen> qtScreens() {
+  std::vector<Screen> screens;
+  for (QScreen* screen : QGuiApplication::screens()) {
+    const QRect f = screen->geometry(), v = screen->availableGeometry();
+    screens.push_back({{double(f.x()), double(f.y()), double(f.width()), double(f.height())},
+                       {double(v.x()), double(v.y()), double(v.width()), double(v.height())}});
+  }
+  return screens;
+}
+
+void setIdentity() {
+  QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(TIDEMARK_VERSION));
+  QGuiApplication::setApplicationDisplayName(QStringLiteral("潮汐栏"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("tidemark"));
+}
+
+}  // namespace
+
+bool hasDisplay() {
+  return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
+}
+
+int runSelfTest(int& argc, char** argv) {
+  // The checks build real widgets but never show them: without a display Qt draws off screen.
+  if (!hasDisplay()) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  QApplication app(argc, argv);
+  setIdentity();
+  SelfTestEnvironment environment;
+  environment.makeSuite = [](const std::string& name) -> std::unique_ptr<KeyValueStore> {
+    return SettingsStore::suite(name);
+  };
+  environment.removeSuite = [](const std::string& name) { SettingsStore::removeSuite(name); };
+  environment.bundle = applicationBundle();
+  environment.start = SystemClock().now();
+  environment.temporaryRoot = QDir::tempPath().toStdString();
+  try {
+    runAppModelChecks(environment);
+    runNativeChecks(environment);
+  } catch (const std::exception& error) {
+    std::cerr << "Self-test failed: " << error.what() << "\n";
+    return 1;
+  }
+  std::cout << "Native event-routing checks passed\n";
+  std::cout << "All model and native checks passed\n";
+  return 0;
+}
+
+int runDesktop(int& argc, char** argv, const CommandLine& line) {
+  if (!hasDisplay()) {
+    std::cerr << "tidemark: no display to show the orb on; tidemark --quotes prints the "
+                 "watchlist's quotes instead\n";
+    return 1;
+  }
+  QApplication app(argc, argv);
+  setIdentity();
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
+
+  const Bundle bundle = applicationBundle();
+  SystemClock clock;
+  QtScheduler scheduler;
+  auto store = SettingsStore::standard();
+  LiveSources live(bundle, clock);
+  DBusNotifier notifier;
+  AppModel model({*store, clock, scheduler, live.data, notifier, applicationSupportDirectory(),
+                  line.endpoints},
+                 std::nullopt, true, bundle);
+  auto windowSystem = makeWindowSystem();
+  auto hotKeys = makeGlobalHotKeys();
+  AppDelegate delegate(
+      {model, *store, clock, scheduler, *windowSystem, *hotKeys, {}, qtScreens, [] {
+         const QPoint p = QCursor::pos();
+         return Point{double(p.x()), double(p.y())};
+       }});
+  delegate.onQuit = [] { QCoreApplication::quit(); };
+  delegate.launch();
+  const int status = app.exec();
+  delegate.terminate();
+  return status;
+}
+
+}  // namespace tidemark

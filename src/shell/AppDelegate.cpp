@@ -1,0 +1,419 @@
+#include "shell/AppDelegate.h"
+
+#include <cmath>
+
+#include <QGuiApplication>
+#include <QLabel>
+#include <QScreen>
+#include <QStyleHints>
+#include <QVBoxLayout>
+
+#include "core/NumberText.h"
+#include "views/MiniOrb.h"
+#include "views/OrbPalette.h"
+
+namespace tidemark {
+namespace {
+
+constexpr double hintSeconds = 2.4;
+constexpr const char* usageHint = "单击展开卫星 · 双击详情 · 右键快捷操作";
+
+struct WindowSpec {
+  const char* key;
+  const char* title;
+  QSize size, minimum;
+  bool resizable;
+};
+constexpr WindowSpec windowSpecs[] = {
+    {"settings", "设置 · 使用偏好", {960, 740}, {840, 560}, true},
+    {"guide", "欢迎来到岚舟", {480, 600}, {480, 560}, false},
+    {"alert", "价格预警", {420, 540}, {420, 540}, false},
+};
+
+QRect toQRect(const Rect& r) {
+  return QRectF(r.x, r.y, r.width, r.height).toAlignedRect();
+}
+
+std::string maskHint(bool masked) {
+  return masked ? "行情数字已遮蔽" : "已恢复行情数字";
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(Dependencies dependencies)
+    : deps_(std::move(dependencies)), lastMouseDate_(deps_.clock.now()) {}
+
+AppDelegate::~AppDelegate() {
+  terminate();
+}
+
+void AppDelegate::launch() {
+  auto* self = this;
+  panel_ = std::make_unique<OrbPanel>(deps_.model, windowModel_, deps_.clock,
+                                      [self](int command) { self->ringAction(command); });
+  OrbContentView& content = panel_->content();
+  content.onClick = [self] { self->scheduleClick(); };
+  content.onDoubleClick = [self] {
+    self->clickWork_.cancel();
+    self->windowModel_.setExpanded(false);
+    self->openSettings("圆形详情");
+  };
+  content.onRightClick = [self] {
+    self->clickWork_.cancel();
+    self->windowModel_.setExpanded(false);
+    if (self->windowModel_.dockEdge()) self->undock(170);
+    self->moveOrigin(clampedOrigin(self->screens(), self->origin(), 170));
+    self->windowModel_.setRadialOpen(!self->windowModel_.radialOpen());
+    self->panel_->activateWindow();
+    self->panel_->content().setFocus();
+    self->savePosition();
+  };
+  content.onDragStart = [self] { self->startDrag(); };
+  content.onDragMove = [self](QPointF p) { self->moveDrag({p.x(), p.y()}); };
+  content.onDragEnd = [self] { self->endDrag(); };
+  panel_->onKey = [self](int key) { return self->handleKey(key); };
+
+  statusItem_ = std::make_unique<StatusItem>([self](QMenu& menu) { self->buildStatusMenu(menu); },
+                                             [self] { self->toggleOrb(); });
+
+  deps_.windowSystem.showOnAllDesktops(*panel_);
+  restorePosition();
+  panel_->show();
+  panel_->raise();
+
+  // Screens come and go; every change re-settles the orb once the dust has settled.
+  const auto watch = [self](QScreen* screen) {
+    for (auto signal : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged})
+      self->screenConnections_.push_back(QObject::connect(
+          screen, signal, self->panel_.get(), [self] { self->screenParametersDidChange(); }));
+  };
+  for (QScreen* screen : QGuiApplication::screens()) watch(screen);
+  if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+    screenConnections_.push_back(QObject::connect(app, &QGuiApplication::screenAdded, panel_.get(),
+                                                  [self, watch](QScreen* screen) {
+                                                    watch(screen);
+                                                    self->screenParametersDidChange();
+                                                  }));
+    screenConnections_.push_back(QObject::connect(app, &QGuiApplication::screenRemoved,
+                                                  panel_.get(),
+                                                  [self] { self->screenParametersDidChange(); }));
+  }
+
+  subscriptions_.push_back(deps_.model.subscribe([self] { self->scheduleSynchronize(); }));
+  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyInputRegion(); }));
+  synchronize();
+  applyInputRegion();
+
+  hoverTimer_.setInterval(80);
+  QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_,
+                   [self] { self->updatePointerMode(); });
+  hoverTimer_.start();
+  glideTimer_.setInterval(1000 / 60);
+  glideTimer_.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [self] { self->glideStep(); });
+
+  deps_.hotKeys.install([self](int id) {
+    if (id == 1) self->toggleOrb();
+    if (id == 2) self->toggleMask();
+  });
+  if (!deps_.model.onboardingSeen()) openWindow("guide");
+}
+
+void AppDelegate::terminate() {
+  if (!panel_) return;
+  savePosition();
+  hoverTimer_.stop();
+  glideTimer_.stop();
+  for (const auto& connection : screenConnections_) QObject::disconnect(connection);
+  screenConnections_.clear();
+  subscriptions_.clear();
+}
+
+void AppDelegate::scheduleSynchronize() {
+  // The model notifies once per property; one synchronize per event-loop turn reads them all.
+  if (synchronizePending_) return;
+  synchronizePending_ = true;
+  std::weak_ptr<int> alive = alive_;
+  deps_.scheduler.post([this, alive] {
+    if (alive.expired()) return;
+    synchronizePending_ = false;
+    synchronize();
+  });
+}
+
+std::string AppDelegate::statusTitle() const {
+  const AppModel& m = deps_.model;
+  if (m.masked() || m.menuDensity() == 0) return "";
+  const QuoteSnapshot* quote = m.activeQuote();
+  if (!quote) return " 暂无自选";
+  if (m.menuDensity() == 1) return " " + percentText(quote->changePct());
+  return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
+}
+
+std::string AppDelegate::tooltip() const {
+  const AppModel& m = deps_.model;
+  std::string text = "岚舟 · " + m.sourceLabel() +
+                     "\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · "
+                     "Ctrl+Alt+M 遮蔽";
+  if (m.masked()) return text + "\n行情已遮蔽";
+  if (const QuoteSnapshot* quote = m.activeQuote())
+    text += "\n" + quote->name + "  " + quote->currency() + priceText(quote->price);
+  return text;
+}
+
+void AppDelegate::synchronize() {
+  AppModel& m = deps_.model;
+  if (panel_ && windowModel_.dockEdge() && lastDockedSize_ != m.orbSize()) {
+    settle(windowModel_.dockEdge());
+    lastDockedSize_ = m.orbSize();
+  }
+  if (statusItem_) {
+    statusItem_->setTitle(statusTitle());
+    const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
+    statusItem_->setImage(
+        miniOrb(m.activeQuote(), OrbPalette{m.theme()}, m.masked() || m.menuDensity() == 1, ratio));
+    statusItem_->setToolTip(tooltip());
+  }
+  const bool exclude = m.masked();
+  if (panel_) deps_.windowSystem.setExcludedFromCapture(*panel_, exclude);
+  for (auto& [key, window] : windows_) {
+    if (!window) continue;
+    deps_.windowSystem.setExcludedFromCapture(*window, exclude);
+    QPalette palette = window->palette();
+    palette.setColor(QPalette::Window, qt(OrbPalette{m.theme()}.background()));
+    window->setPalette(palette);
+  }
+  applyInputRegion();
+}
+
+void AppDelegate::showHint(const std::string& text) {
+  hintWork_.cancel();
+  windowModel_.setHint(text);
+  std::weak_ptr<int> alive = alive_;
+  hintWork_ = deps_.scheduler.after(hintSeconds, [this, alive] {
+    if (!alive.expired()) windowModel_.setHint(std::nullopt);
+  });
+}
+
+void AppDelegate::toggleOrb() {
+  if (!panel_) return;
+  if (panel_->isVisible()) {
+    panel_->hide();
+    return;
+  }
+  panel_->show();
+  panel_->raise();
+  applyInputRegion();
+  showHint(usageHint);
+}
+
+void AppDelegate::toggleMask() {
+  deps_.model.setMasked(!deps_.model.masked());
+  showHint(maskHint(deps_.model.masked()));
+}
+
+void AppDelegate::refresh() {
+  deps_.model.refresh();
+  showHint("正在刷新" + deps_.model.sourceLabel());
+}
+
+void AppDelegate::toggleObserve() {
+  windowModel_.setForcedObserve(!windowModel_.forcedObserve());
+  setPassThrough(windowModel_.forcedObserve());
+  windowModel_.setRadialOpen(false);
+}
+
+void AppDelegate::scheduleClick() {
+  if (windowModel_.radialOpen()) {
+    windowModel_.setRadialOpen(false);
+    return;
+  }
+  clickWork_.cancel();
+  std::weak_ptr<int> alive = alive_;
+  const double interval = QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0;
+  clickWork_ = deps_.scheduler.after(interval, [this, alive] {
+    if (!alive.expired()) toggleBloom();
+  });
+}
+
+void AppDelegate::toggleBloom() {
+  AppModel& m = deps_.model;
+  windowModel_.setRadialOpen(false);
+  if (windowModel_.dockEdge()) undock(m.orbSize() * 1.8);
+  windowModel_.setExpanded(!windowModel_.expanded());
+  if (windowModel_.expanded()) {
+    moveOrigin(clampedOrigin(screens(), origin(), m.orbSize() * 1.8));
+    if (panel_) panel_->content().orbView().ripple();
+  }
+  if (m.watchlist().empty()) showHint("暂无自选 · 请在设置中的自选管理添加");
+  savePosition();
+}
+
+void AppDelegate::ringAction(int command) {
+  windowModel_.setRadialOpen(false);
+  switch (command) {
+    case 0:
+      refresh();
+      break;
+    case 1:
+      openWindow("alert");
+      break;
+    case 2:
+      openSettings("外观");
+      break;
+    case 3:
+      toggleMask();
+      break;
+    case 4:
+      if (onQuit) onQuit();
+      break;
+    case 5:
+      toggleBloom();
+      break;
+  }
+}
+
+bool AppDelegate::handleKey(int key) {
+  AppModel& m = deps_.model;
+  switch (key) {
+    case Qt::Key_R:
+      refresh();
+      return true;
+    case Qt::Key_1:
+      m.setOrbSize(72);
+      return true;
+    case Qt::Key_2:
+      m.setOrbSize(96);
+      return true;
+    case Qt::Key_3:
+      m.setOrbSize(132);
+      return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+      toggleBloom();
+      return true;
+    case Qt::Key_M:
+      toggleMask();
+      return true;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+      m.cycleActive();  // both arrows step the same way
+      return true;
+    case Qt::Key_Escape:
+      clickWork_.cancel();
+      windowModel_.setRadialOpen(false);
+      windowModel_.setExpanded(false);
+      if (windowModel_.dockEdge()) savePosition(undock(m.orbSize() / 2 + 16));
+      return true;
+    default:
+      return false;
+  }
+}
+
+void AppDelegate::setPassThrough(bool on) {
+  if (passThrough_ == on) return;
+  passThrough_ = on;
+  applyInputRegion();
+}
+
+void AppDelegate::applyInputRegion() {
+  if (!panel_) return;
+  QRegion region;
+  if (!passThrough_) {
+    const OrbHitState state = panel_->content().hitState();
+    const double r = state.orbSize / 2;
+    const Point c = canvasCenter;
+    if (!state.dock) {
+      const double d = r + 5;
+      region = QRegion(QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect(), QRegion::Ellipse);
+    } else {
+      region = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
+    }
+    const auto add = [&region](const Rect& r) { region += toQRect(r); };
+    if (state.radialOpen) {
+      for (int k = 0; k < ringButtonCount; ++k) add(ringButtonHitRect(k, state.orbSize));
+    } else if (!state.dock) {
+      for (size_t i = 0; i < state.satellites; ++i)
+        add(satelliteHitRect(i, state.satellites, state.orbSize, state.expanded));
+    }
+  }
+  deps_.windowSystem.setInputRegion(*panel_, region);
+}
+
+void AppDelegate::updatePointerMode() {
+  if (!panel_ || !panel_->isVisible()) return;
+  if (windowModel_.forcedObserve()) {
+    setPassThrough(true);
+    return;
+  }
+  const Point mouse = deps_.mouseLocation();
+  const Point o = origin();
+  const QPointF p(mouse.x - o.x, mouse.y - o.y);
+  if (panel_->content().isInteractive(p) || windowModel_.dragging()) {
+    leaveDate_.reset();
+    setPassThrough(false);
+    return;
+  }
+  const Date now = deps_.clock.now();
+  if (!leaveDate_) {
+    leaveDate_ = now;
+  } else if (now - *leaveDate_ > 0.4) {
+    setPassThrough(true);
+  }
+}
+
+void AppDelegate::openSettings(const std::string& section) {
+  openWindow("settings", section);
+}
+
+QWidget* AppDelegate::window(const std::string& key) const {
+  auto it = windows_.find(key);
+  return it == windows_.end() ? nullptr : it->second.data();
+}
+
+void AppDelegate::closeWindow(const std::string& key) {
+  if (QWidget* w = window(key)) w->close();
+}
+
+void AppDelegate::openWindow(const std::string& key, const std::string& section) {
+  if (key == "alert") {
+    // The editor always starts from the current alert.
+    if (QWidget* old = window("alert")) old->deleteLater();
+    windows_.erase("alert");
+  }
+  if (QWidget* existing = window(key)) {
+    existing->show();
+    existing->raise();
+    existing->activateWindow();
+    return;
+  }
+  const WindowSpec* spec = nullptr;
+  for (const WindowSpec& candidate : windowSpecs)
+    if (key == candidate.key) spec = &candidate;
+  if (!spec) return;
+
+  auto* window = new QWidget(nullptr, Qt::Window);
+  window->setAttribute(Qt::WA_QuitOnClose, false);
+  window->setWindowTitle(QString::fromUtf8(spec->title));
+  window->resize(spec->size);
+  window->setMinimumSize(spec->minimum);
+  if (!spec->resizable) window->setFixedSize(spec->size);
+  QPalette palette = window->palette();
+  palette.setColor(QPalette::Window, qt(OrbPalette{deps_.model.theme()}.background()));
+  window->setPalette(palette);
+  window->setAutoFillBackground(true);
+  // Masked windows are kept out of capture from their first frame.
+  deps_.windowSystem.setExcludedFromCapture(*window, deps_.model.masked());
+  auto* layout = new QVBoxLayout(window);
+  layout->setContentsMargins(0, 28, 0, 0);
+  QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
+  if (!root) root = new QLabel(QString::fromUtf8(spec->title));
+  layout->addWidget(root);
+  windows_[key] = window;
+  window->show();
+  window->raise();
+  window->activateWindow();
+}
+
+}  // namespace tidemark

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QPointer>
+#include <QSize>
+#include <QTimer>
+
+#include "core/Clock.h"
+#include "core/KeyValueStore.h"
+#include "core/Scheduler.h"
+#include "model/AppModel.h"
+#include "shell/DesktopSeams.h"
+#include "shell/DockGeometry.h"
+#include "shell/OrbPanel.h"
+#include "shell/StatusItem.h"
+#include "views/OrbWindowModel.h"
+
+namespace tidemark {
+
+class AppDelegate;
+
+// Builds the root widget of an auxiliary window: "settings" (with its initial section), "guide"
+// or "alert". The windows themselves belong to the delegate.
+using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const std::string& key,
+                                                    const std::string& section)>;
+
+// The desktop shell: owns the orb panel, the tray item, the auxiliary windows, the global keys,
+// and keeps them in step with the model.
+class AppDelegate {
+ public:
+  struct Dependencies {
+    AppModel& model;
+    KeyValueStore& defaults;  // the standard store: the orb's position lives there
+    const Clock& clock;
+    Scheduler& scheduler;  // hints and the delayed single click
+    WindowSystem& windowSystem;
+    GlobalHotKeys& hotKeys;
+    WindowContentFactory windowContent;
+    // What the screens look like; the real one reads QGuiApplication's screens.
+    std::function<std::vector<Screen>()> screens;
+    std::function<Point()> mouseLocation;
+  };
+
+  static constexpr const char* positionKey = "tidemark.orb.position.v2";
+
+  explicit AppDelegate(Dependencies dependencies);
+  ~AppDelegate();
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
+
+  void launch();
+  void terminate();
+
+  // What the tray and windows show for the model's current state.
+  void synchronize();
+  std::string statusTitle() const;
+  std::string tooltip() const;
+
+  void showHint(const std::string& text);
+  void toggleOrb();
+  void toggleMask();
+  void toggleObserve();
+  void toggleBloom();
+  void refresh();
+  void scheduleClick();
+  void ringAction(int command);
+  bool handleKey(int key);
+  void updatePointerMode();
+
+  void openWindow(const std::string& key, const std::string& section = {});
+  void openSettings(const std::string& section);
+  void closeWindow(const std::string& key);
+  QWidget* window(const std::string& key) const;
+
+  // Drag, glide and docking.
+  void startDrag();
+  void moveDrag(Point origin);
+  void endDrag();
+  void glideStep();
+  void settle(std::optional<DockEdge> forced);
+  Point undock(double margin);
+  void centerOrb();
+  void screenParametersDidChange();
+  void savePosition(std::optional<Point> center = std::nullopt);
+  void restorePosition();
+
+  AppModel& model() { return deps_.model; }
+  OrbWindowModel& windowModel() { return windowModel_; }
+  OrbPanel& panel() { return *panel_; }
+  StatusItem& statusItem() { return *statusItem_; }
+  bool isGliding() const { return glideTimer_.isActive(); }
+  bool passesPointerThrough() const { return passThrough_; }
+  // Quit the application (the ring menu's and the tray menu's last item).
+  std::function<void()> onQuit;
+
+ private:
+  void buildStatusMenu(QMenu& menu);
+  Point origin() const;
+  void moveOrigin(Point origin);
+  void applyInputRegion();
+  void setPassThrough(bool on);
+  std::vector<Screen> screens() const { return deps_.screens(); }
+  void scheduleSynchronize();
+
+  Dependencies deps_;
+  OrbWindowModel windowModel_;
+  std::unique_ptr<OrbPanel> panel_;
+  std::unique_ptr<StatusItem> statusItem_;
+  std::map<std::string, QPointer<QWidget>> windows_;
+  std::vector<ChangeSignal::Subscription> subscriptions_;
+  QTimer hoverTimer_, glideTimer_;
+  TimerHandle clickWork_, hintWork_;
+  std::optional<Date> leaveDate_;
+  Point lastMouse_;
+  Date lastMouseDate_;
+  Vector velocity_;
+  std::optional<double> lastDockedSize_;
+  bool synchronizePending_ = false;
+  bool passThrough_ = false;
+  std::vector<QMetaObject::Connection> screenConnections_;
+  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+};
+
+}  // namespace tidemark

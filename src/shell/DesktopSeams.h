@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QRegion>
+#include <QWidget>
+
+namespace tidemark {
+
+// What the shell needs from the window system beyond Qt: a pointer-input region for the mostly
+// transparent panel, presence on every virtual desktop, exclusion from screen capture, and the
+// two global shortcuts. Each platform supplies its own; the quiet one does nothing.
+class WindowSystem {
+ public:
+  virtual ~WindowSystem() = default;
+  // Only `region` (window coordinates) takes pointer input; an empty region lets every click
+  // through to the window below.
+  virtual void setInputRegion(QWidget& window, const QRegion& region) = 0;
+  // Call before the window is first shown.
+  virtual void showOnAllDesktops(QWidget& window) = 0;
+  // Where the system can keep a window out of screenshots and screen sharing.
+  virtual bool canExcludeFromCapture() const = 0;
+  virtual void setExcludedFromCapture(QWidget& window, bool excluded) = 0;
+};
+
+// Ctrl+Alt+Space (id 1) and Ctrl+Alt+M (id 2), from any application. A key another program holds
+// is skipped quietly; the menu and the orb offer the same actions.
+class GlobalHotKeys {
+ public:
+  virtual ~GlobalHotKeys() = default;
+  // Answers how many of the two keys were taken.
+  virtual int install(std::function<void(int id)> pressed) = 0;
+};
+
+// The best seams for the platform the application runs on (X11 or none).
+std::unique_ptr<WindowSystem> makeWindowSystem();
+std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys();
+
+}  // namespace tidemark

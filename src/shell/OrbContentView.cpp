@@ -1,0 +1,105 @@
+#include "shell/OrbContentView.h"
+
+#include <QMouseEvent>
+
+namespace tidemark {
+namespace {
+
+Point toPoint(QPointF p) {
+  return {p.x(), p.y()};
+}
+
+void call(const std::function<void()>& callback) {
+  if (callback) callback();
+}
+
+}  // namespace
+
+OrbContentView::OrbContentView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
+                               std::function<void(int)> onAction, QWidget* parent)
+    : QWidget(parent),
+      model_(model),
+      windowModel_(windowModel),
+      orb_(new OrbView(model, windowModel, clock, std::move(onAction), this)) {
+  resize(static_cast<int>(canvasSide), static_cast<int>(canvasSide));
+  setFocusPolicy(Qt::StrongFocus);
+  // The core comes first: a satellite's or ring button's rectangle reaching over it yields.
+  orb_->setCoreTest([this](QPointF p) { return isCore(p); });
+}
+
+OrbHitState OrbContentView::hitState() const {
+  return {model_.orbSize(), windowModel_.dockEdge(), windowModel_.expanded(),
+          windowModel_.radialOpen(), model_.watchedQuotes().size()};
+}
+
+bool OrbContentView::isCore(QPointF p) const {
+  return tidemark::isCore(toPoint(p), model_.orbSize(), windowModel_.dockEdge());
+}
+
+bool OrbContentView::isInteractive(QPointF p) const {
+  return tidemark::isInteractive(toPoint(p), hitState());
+}
+
+QWidget* OrbContentView::hitTest(QPointF p) {
+  if (!isInteractive(p)) return nullptr;
+  if (isCore(p)) return this;
+  QWidget* child = childAt(p.toPoint());
+  return child == orb_ ? nullptr : child;
+}
+
+void OrbContentView::resizeEvent(QResizeEvent*) {
+  orb_->setGeometry(rect());
+}
+
+void OrbContentView::press(QMouseEvent* event, int clickCount) {
+  if (event->button() == Qt::RightButton) {
+    call(onRightClick);
+    return;
+  }
+  if (event->button() != Qt::LeftButton) return;
+  if (QWidget* top = window()) {
+    top->activateWindow();
+    startOrigin_ = top->pos();
+  } else {
+    startOrigin_ = {};
+  }
+  setFocus(Qt::MouseFocusReason);
+  startMouse_ = event->globalPosition();
+  moved_ = false;
+  clickCount_ = clickCount;
+}
+
+void OrbContentView::mousePressEvent(QMouseEvent* event) {
+  press(event, 1);
+}
+
+void OrbContentView::mouseDoubleClickEvent(QMouseEvent* event) {
+  // Qt reports the second press of a double click here, within the platform's interval.
+  press(event, 2);
+}
+
+void OrbContentView::mouseMoveEvent(QMouseEvent* event) {
+  if (!startMouse_) return;
+  const QPointF delta = event->globalPosition() - *startMouse_;
+  if (!moved_) {
+    if (std::hypot(delta.x(), delta.y()) <= 3) return;
+    moved_ = true;
+    call(onDragStart);
+  }
+  if (onDragMove) onDragMove(startOrigin_ + delta);
+}
+
+void OrbContentView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton || !startMouse_) return;
+  if (moved_) {
+    call(onDragEnd);
+  } else if (clickCount_ < 2) {
+    call(onClick);
+  } else {
+    call(onDoubleClick);
+  }
+  startMouse_.reset();
+  moved_ = false;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,57 @@
+#include "shell/StatusItem.h"
+
+#include <QPixmap>
+
+namespace tidemark {
+
+StatusItem::StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate)
+    : buildMenu_(std::move(buildMenu)), onActivate_(std::move(onActivate)) {
+  QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
+    menu_.clear();
+    buildMenu_(menu_);
+  });
+  retry_.setInterval(5000);
+  QObject::connect(&retry_, &QTimer::timeout, &retry_, [this] { tryToShow(); });
+  tryToShow();
+}
+
+void StatusItem::tryToShow() {
+  if (icon_) return;
+  if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+    if (retriesLeft_-- > 0) {
+      retry_.start();
+    } else {
+      retry_.stop();
+    }
+    return;
+  }
+  retry_.stop();
+  icon_ = std::make_unique<QSystemTrayIcon>();
+  icon_->setContextMenu(&menu_);
+  QObject::connect(icon_.get(), &QSystemTrayIcon::activated, icon_.get(),
+                   [this](QSystemTrayIcon::ActivationReason reason) {
+                     // A right click opens the menu through Qt; every other click toggles the orb.
+                     if (reason != QSystemTrayIcon::Context && onActivate_) onActivate_();
+                   });
+  if (!image_.isNull()) icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
+  icon_->setToolTip(QString::fromStdString(toolTip_));
+  icon_->show();
+}
+
+void StatusItem::setImage(const QImage& image) {
+  if (image == image_) return;
+  image_ = image;
+  if (icon_) icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
+}
+
+void StatusItem::setToolTip(const std::string& text) {
+  if (text == toolTip_) return;
+  toolTip_ = text;
+  if (icon_) icon_->setToolTip(QString::fromStdString(text));
+}
+
+std::string StatusItem::toolTip() const {
+  return toolTip_;
+}
+
+}  // namespace tidemark

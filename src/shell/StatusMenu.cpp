@@ -1,0 +1,66 @@
+// The tray's menu, built afresh every time it opens so titles and check marks are current.
+
+#include <QActionGroup>
+#include <QKeySequence>
+#include <QMenu>
+
+#include "shell/AppDelegate.h"
+
+namespace tidemark {
+
+void AppDelegate::buildStatusMenu(QMenu& menu) {
+  AppModel& m = deps_.model;
+  const auto add = [&menu](const char* title, const char* key, std::function<void()> action,
+                           std::optional<bool> checked = std::nullopt) {
+    QAction* item = menu.addAction(QString::fromUtf8(title));
+    if (key[0]) item->setShortcut(QKeySequence(QString::fromUtf8(key)));
+    if (checked) {
+      item->setCheckable(true);
+      item->setChecked(*checked);
+    }
+    QObject::connect(item, &QAction::triggered, &menu, std::move(action));
+    return item;
+  };
+
+  menu.addAction(QString::fromStdString(m.sourceLabel()))->setEnabled(false);
+  menu.addSeparator();
+  const bool visible = panel_ && panel_->isVisible();
+  add(visible ? "隐藏灵球" : "显示灵球", "", [this] { toggleOrb(); });
+  add("设置…", ",", [this] { openSettings("外观"); });
+  menu.addSeparator();
+  add("立即刷新", "R", [this] { refresh(); });
+  add("价格预警…", "", [this] { openWindow("alert"); });
+  add(
+      "屏幕共享遮蔽", "M", [this] { toggleMask(); }, m.masked());
+  add(
+      "鼠标穿透（仅菜单栏可恢复）", "", [this] { toggleObserve(); }, windowModel_.forcedObserve());
+  add("重新居中 / 解除贴边", "", [this] { centerOrb(); });
+  menu.addSeparator();
+
+  QMenu* sizes = menu.addMenu(QStringLiteral("灵球尺寸"));
+  const std::pair<int, const char*> sizeItems[] = {{72, "1"}, {96, "2"}, {132, "3"}};
+  for (const auto& [size, key] : sizeItems) {
+    QAction* item = sizes->addAction(QString::number(size) + QStringLiteral(" pt"));
+    item->setShortcut(QKeySequence(QString::fromUtf8(key)));
+    item->setCheckable(true);
+    item->setChecked(static_cast<int>(m.orbSize()) == size);
+    QObject::connect(item, &QAction::triggered, sizes,
+                     [this, size] { deps_.model.setOrbSize(size); });
+  }
+  QMenu* phases = menu.addMenu(QStringLiteral("演示数据状态"));
+  const char* phaseTitles[] = {"加载", "正常", "过期", "降级", "离线"};
+  size_t index = 0;
+  for (QuotePhase phase : allCases<QuotePhase>()) {
+    QAction* item = phases->addAction(QString::fromUtf8(phaseTitles[index++]));
+    item->setCheckable(true);
+    item->setChecked(m.phase() == phase);
+    QObject::connect(item, &QAction::triggered, phases,
+                     [this, phase] { deps_.model.simulatePhase(phase); });
+  }
+  add("使用引导", "", [this] { openWindow("guide"); });
+  add("退出潮汐栏", "Q", [this] {
+    if (onQuit) onQuit();
+  });
+}
+
+}  // namespace tidemark

@@ -1,0 +1,491 @@
+#include "views/OrbView.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include "core/NumberText.h"
+#include "views/OrbLayout.h"
+#include "views/Symbols.h"
+#include "views/TextStyle.h"
+
+namespace tidemark {
+namespace {
+
+constexpr double pi = std::numbers::pi;
+constexpr double rippleSeconds = 1.15;
+constexpr double pulseSeconds = 0.9;
+constexpr int fullRate = 16, idleRate = 50;  // milliseconds between frames
+
+struct RingItem {
+  const char* label;
+  const char* symbol;
+};
+constexpr RingItem ringItems[ringButtonCount] = {
+    {"刷新", "arrow.clockwise"},
+    {"预警", "bell"},
+    {"外观", "circle.lefthalf.filled"},
+    {"遮蔽", "lock"},
+    {"退出", "power"},
+};
+
+QRectF toQ(const Rect& r) {
+  return QRectF(r.x, r.y, r.width, r.height);
+}
+
+const char* badgeSymbol(const AppModel& model) {
+  if (model.masked()) return "lock.fill";
+  if (model.alertTriggered()) return "bell.badge.fill";
+  switch (model.phase()) {
+    case QuotePhase::loading:
+      return "arrow.triangle.2.circlepath";
+    case QuotePhase::live:
+      return "checkmark";
+    case QuotePhase::stale:
+      return "clock";
+    case QuotePhase::degraded:
+      return "exclamationmark.triangle";
+    case QuotePhase::offline:
+      return "wifi.slash";
+  }
+  return "checkmark";
+}
+
+const char* edgeWord(DockEdge edge) {
+  switch (edge) {
+    case DockEdge::left:
+      return "左";
+    case DockEdge::right:
+      return "右";
+    case DockEdge::top:
+      return "上";
+    case DockEdge::bottom:
+      return "下";
+  }
+  return "";
+}
+
+// Ease-out of a 0…1 fraction.
+double easeOut(double t) {
+  t = std::clamp(t, 0.0, 1.0);
+  return 1 - (1 - t) * (1 - t);
+}
+
+QColor faded(const Color& color, double opacity) {
+  return qt(withOpacity(color, color.opacity * opacity));
+}
+
+}  // namespace
+
+OrbView::OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
+                 std::function<void(int)> onAction, QWidget* parent)
+    : QWidget(parent),
+      model_(model),
+      windowModel_(windowModel),
+      clock_(clock),
+      onAction_(std::move(onAction)),
+      size_(0.4, 0.8, model.orbSize()),
+      ticker_(clock, [this](double seconds) { return step(seconds); }) {
+  resize(static_cast<int>(canvasSide), static_cast<int>(canvasSide));
+  for (int k = 0; k < ringButtonCount; ++k) {
+    auto* button = new RingButton(this, ringItems[k].label, ringItems[k].symbol);
+    button->yieldsAt = [this, button](QPoint p) {
+      return coreTest_ && coreTest_(button->mapTo(this, QPointF(p)));
+    };
+    QObject::connect(button, &QAbstractButton::clicked, this, [this, k] {
+      if (onAction_) onAction_(k);
+    });
+    button->setLook(OrbPalette{model.theme()}, 0);
+    ringButtons_.push_back(button);
+  }
+  seenUpdatedAt_ = model.updatedAt();
+  seenActiveID_ = model.activeID();
+  seenExpanded_ = expanded();
+  radial_.snap(windowModel.radialOpen() ? 1 : 0);
+  modelSubscription_ = model.subscribe([this] { scheduleRefresh(); });
+  windowSubscription_ = windowModel.subscribe([this] { windowModelChanged(); });
+  syncSatellites();
+  layoutControls();
+  setAccessibleName(QString::fromStdString(accessibilityText()));
+  if (availableMotion()) ticker_.wake();
+}
+
+bool OrbView::expanded() const {
+  return windowModel_.expanded() && !windowModel_.dockEdge() && !windowModel_.radialOpen();
+}
+
+bool OrbView::motionAllowed() const {
+  // Qt exposes no system-wide "reduce motion" setting; the model's own switch stands for both.
+  return !model_.reduceMotion();
+}
+
+bool OrbView::availableMotion() const {
+  return motionAllowed() && !windowModel_.dragging() && !windowModel_.dockEdge();
+}
+
+std::string OrbView::accessibilityText() const {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  if (!quote) return "暂无自选股，请打开自选管理添加";
+  std::string text = quote->id + "，" + quote->name + "，" + quote->market + "，";
+  if (model_.masked()) {
+    text += "行情已遮蔽";
+  } else {
+    text += "现价" + priceText(quote->price) + "，涨跌幅" + percentText(quote->changePct());
+  }
+  return text + "，" + model_.sourceLabel() + "，" + std::string(model_.phaseLabel());
+}
+
+void OrbView::ripple() {
+  if (!motionAllowed()) return;
+  ripples_.push_back(now());
+  ticker_.wake();
+}
+
+void OrbView::scheduleRefresh() {
+  // The model notifies once per property; one refresh per event-loop turn reads them all.
+  if (refreshPending_) return;
+  refreshPending_ = true;
+  QMetaObject::invokeMethod(
+      this, [this] { modelChanged(); }, Qt::QueuedConnection);
+}
+
+void OrbView::modelChanged() {
+  refreshPending_ = false;
+  if (model_.updatedAt() != seenUpdatedAt_) {
+    seenUpdatedAt_ = model_.updatedAt();
+    animateTick();
+  }
+  if (model_.activeID() != seenActiveID_) {
+    seenActiveID_ = model_.activeID();
+    animateSwap();
+  }
+  if (motionAllowed()) {
+    size_.setTarget(model_.orbSize());
+  } else {
+    size_.snap(model_.orbSize());
+  }
+  syncSatellites();
+  layoutControls();
+  setAccessibleName(QString::fromStdString(accessibilityText()));
+  update();
+  if (size_.isMoving() || availableMotion()) ticker_.wake();
+}
+
+void OrbView::windowModelChanged() {
+  const bool spread = expanded();
+  if (spread != seenExpanded_) {
+    seenExpanded_ = spread;
+    const double factor = spread ? 1.06 : 0.6;
+    for (size_t i = 0; i < orbits_.size(); ++i) {
+      Orbit& orbit = orbits_[i];
+      orbit.target = factor;
+      if (motionAllowed()) {
+        orbit.startAt = now() + static_cast<double>(i) * 0.045;  // the ring unfolds one by one
+      } else {
+        orbit.radius.snap(factor);
+      }
+    }
+  }
+  const double radial = windowModel_.radialOpen() ? 1 : 0;
+  const double stretch = windowModel_.stretch();
+  if (motionAllowed()) {
+    radial_.setTarget(radial);
+    // While dragging the stretch follows the pointer; released, it springs back.
+    if (windowModel_.dragging()) {
+      stretch_.snap(stretch);
+    } else {
+      stretch_.setTarget(stretch);
+    }
+  } else {
+    radial_.snap(radial);
+    stretch_.snap(stretch);
+  }
+  syncSatellites();
+  layoutControls();
+  update();
+  ticker_.wake();
+}
+
+void OrbView::animateTick() {
+  if (!motionAllowed()) return;
+  ++pulseCount_;
+  pulseStart_ = now();
+  flashUntil_ = now() + 0.55 + 0.2;
+  ticker_.wake();
+}
+
+void OrbView::animateSwap() {
+  if (!motionAllowed()) return;
+  swap_.snap(1);
+  swapAt_ = now() + 0.02;
+  ticker_.wake();
+}
+
+bool OrbView::step(double seconds) {
+  const double t = now();
+  bool moving = false;
+  for (Spring* spring : {&size_, &radial_, &swap_, &stretch_}) {
+    spring->advance(seconds);
+    moving = moving || spring->isMoving();
+  }
+  if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
+  moving = moving || swap_.isMoving();
+  for (Orbit& orbit : orbits_) {
+    if (t >= orbit.startAt) orbit.radius.setTarget(orbit.target);
+    orbit.radius.advance(seconds);
+    moving = moving || orbit.radius.isMoving() || orbit.radius.target() != orbit.target;
+  }
+  std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
+  moving = moving || !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_;
+  const bool idle = availableMotion();
+  if (idle) idlePhase_ += seconds;
+  ticker_.setInterval(moving ? fullRate : idleRate);
+  layoutControls();
+  update();
+  return moving || idle;
+}
+
+void OrbView::syncSatellites() {
+  const auto quotes = model_.watchedQuotes();
+  const size_t n = quotes.size();
+  const double factor = expanded() ? 1.06 : 0.6;
+  while (satellites_.size() > n) {
+    satellites_.back()->deleteLater();
+    satellites_.pop_back();
+    orbits_.pop_back();
+  }
+  while (satellites_.size() < n) {
+    auto* button = new SatelliteButton(this);
+    button->yieldsAt = [this, button](QPoint p) {
+      return coreTest_ && coreTest_(button->mapTo(this, QPointF(p)));
+    };
+    QObject::connect(button, &QAbstractButton::clicked, this,
+                     [this, button] { model_.select(button->quoteID()); });
+    satellites_.push_back(button);
+    Orbit orbit;
+    orbit.radius.snap(factor);
+    orbit.target = factor;
+    orbits_.push_back(orbit);
+  }
+  const OrbPalette palette{model_.theme()};
+  const bool docked = windowModel_.dockEdge().has_value();
+  for (size_t i = 0; i < n; ++i) {
+    satellites_[i]->show(quotes[i], quotes[i].id == model_.activeID(), model_.masked(), expanded(),
+                         palette);
+    satellites_[i]->setVisible(!docked);
+    satellites_[i]->setEnabled(!windowModel_.radialOpen());
+  }
+}
+
+void OrbView::layoutControls() {
+  const double s = size_.value();
+  const size_t n = satellites_.size();
+  for (size_t i = 0; i < n; ++i) {
+    const Point centre = orbitPoint(i, n, s * orbits_[i].radius.value());
+    satellites_[i]->setGeometry(static_cast<int>(std::lround(centre.x - 60)),
+                                static_cast<int>(std::lround(centre.y + 12 - 22)), 120, 44);
+  }
+  const OrbPalette palette{model_.theme()};
+  for (int k = 0; k < ringButtonCount; ++k) {
+    const Rect r = ringButtonHitRect(k, s);
+    ringButtons_[k]->setGeometry(static_cast<int>(std::lround(r.x)),
+                                 static_cast<int>(std::lround(r.y)), static_cast<int>(r.width),
+                                 static_cast<int>(r.height));
+    ringButtons_[k]->setLook(palette, radial_.value());
+  }
+}
+
+void OrbView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  paintBody(painter);
+}
+
+void OrbView::paintBody(QPainter& painter) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const bool offline = model_.phase() == QuotePhase::offline;
+  const double s = size_.value();
+  const double t = now();
+
+  if (auto edge = windowModel_.dockEdge())
+    painter.setClipRect(toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})));
+
+  // Idle breathing and a slight drift, only while nothing else holds the orb still.
+  QPointF c(canvasCenter.x, canvasCenter.y);
+  double breath = 1;
+  if (availableMotion()) {
+    breath = 1 + 0.012 * std::sin(2 * pi * idlePhase_ / 4.2);
+    c += QPointF(1.5 * std::sin(2 * pi * idlePhase_ / 5.3),
+                 1.2 * std::cos(2 * pi * idlePhase_ / 6.1));
+  }
+
+  painter.save();
+  // A fast drag stretches the orb along its direction of travel.
+  const double stretch = stretch_.value();
+  painter.translate(c);
+  painter.rotate(windowModel_.dragAngle());
+  painter.scale(breath * (1 + stretch), breath * (1 - stretch * 0.5));
+  painter.rotate(-windowModel_.dragAngle());
+  painter.translate(-c);
+
+  // 1. Glow: the halo, then a tint of the quote's direction.
+  {
+    QRadialGradient halo(c, 0.75 * s);
+    halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
+    halo.setColorAt(0.72 / 0.75, Qt::transparent);
+    halo.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(halo);
+    painter.drawEllipse(c, 0.75 * s, 0.75 * s);
+    QRadialGradient tint(c, 0.8 * s);
+    tint.setColorAt(0, Qt::transparent);
+    tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
+    tint.setColorAt(0.78 / 0.8, Qt::transparent);
+    tint.setColorAt(1, Qt::transparent);
+    painter.setBrush(tint);
+    painter.drawEllipse(c, 0.8 * s, 0.8 * s);
+  }
+
+  // Ripples and the pulse of a fresh quote spread from the rim.
+  painter.setBrush(Qt::NoBrush);
+  for (double start : ripples_) {
+    const double f = easeOut((t - start) / rippleSeconds);
+    painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
+    painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
+  }
+  if (t - pulseStart_ < pulseSeconds) {
+    const double f = easeOut((t - pulseStart_) / pulseSeconds);
+    painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
+    painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
+  }
+
+  // 2. The sphere: shadow, body, rim and inner shading.
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  {
+    QRadialGradient shadow(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
+    shadow.setColorAt(0, qt(palette.halo()));
+    shadow.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
+    shadow.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(shadow);
+    painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+
+    QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
+    body.setColorAt(0, qt(palette.orbLit()));
+    body.setColorAt(0.46, qt(palette.orbMid()));
+    body.setColorAt(0.76, qt(palette.orbShade()));
+    body.setColorAt(1, qt(palette.orbDeep()));
+    painter.setBrush(body);
+    painter.drawEllipse(sphere);
+    if (t < flashUntil_) {
+      const double left = flashUntil_ - t;
+      const double f = left > 0.2 ? std::min(1.0, (0.75 - left) / 0.22) : left / 0.2;
+      painter.setBrush(faded(palette.orbLit(), 0.22 * std::clamp(f, 0.0, 1.0)));
+      painter.drawEllipse(sphere);
+    }
+    painter.save();
+    QPainterPath clip;
+    clip.addEllipse(sphere);
+    painter.setClipPath(clip, Qt::IntersectClip);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
+    painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
+    painter.restore();
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
+    painter.drawEllipse(sphere);
+  }
+
+  // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
+  {
+    painter.save();
+    painter.setOpacity(offline ? 0.2 : 1);
+    const double radius = s / 2 - 0.06 * s;
+    const QRectF ring(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius);
+    painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
+    painter.drawEllipse(ring);
+    const double progress =
+        quote ? rangeProgress(quote->price, quote->low, quote->high, true) : 0.5;
+    QPen arcPen(QBrush(palette.aurora(ring)), 0.026 * s, Qt::SolidLine, Qt::RoundCap);
+    painter.setPen(arcPen);
+    painter.drawArc(ring, 90 * 16, static_cast<int>(std::lround(-progress * 360 * 16)));
+    const double end = pi / 2 - progress * 2 * pi;
+    const QPointF dot(c.x() + radius * std::cos(end), c.y() - radius * std::sin(end));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(qt(trend));
+    painter.drawEllipse(dot, 0.045 * s / 2, 0.045 * s / 2);
+    painter.restore();
+  }
+
+  // 4. The core: label, price and change; a new symbol springs into place.
+  {
+    painter.save();
+    const double swap = swap_.value();
+    painter.setOpacity(1 - 0.6 * swap);
+    painter.translate(0, 0.12 * s * swap);
+    const QColor text = qt(palette.orbText());
+    const bool masked = model_.masked();
+    if (quote) {
+      painter.setFont(uiFont(0.105 * s, QFont::Black));
+      painter.setPen(text);
+      const std::string label = model_.orbShowsName() ? quote->name : quote->id;
+      painter.drawText(QRectF(sphere.x(), c.y() - 0.3 * s, s, 0.14 * s), Qt::AlignCenter,
+                       QString::fromStdString(label));
+    }
+    const std::string price = masked ? "••••" : quote ? priceText(quote->price) : "—";
+    QFont priceFont = uiFont(0.185 * s, QFont::Black);
+    priceFont.setLetterSpacing(QFont::AbsoluteSpacing, -0.4);
+    const QString priceString = QString::fromStdString(price);
+    const double fits = 0.78 * s;
+    const double wide = QFontMetricsF(priceFont).horizontalAdvance(priceString);
+    if (wide > fits) priceFont.setPixelSize(std::max(1, static_cast<int>(0.185 * s * fits / wide)));
+    painter.setFont(priceFont);
+    painter.setPen(quote && !masked ? qt(trend) : text);
+    painter.drawText(QRectF(sphere.x(), c.y() - 0.13 * s, s, 0.24 * s), Qt::AlignCenter,
+                     priceString);
+    if (quote || masked) {
+      const QString percent =
+          QString::fromStdString(masked ? "••••" : percentText(quote->changePct()));
+      const QFont percentFont = uiFont(0.095 * s, QFont::Bold);
+      const double w = QFontMetricsF(percentFont).horizontalAdvance(percent) + 0.08 * s;
+      const QRectF capsule(c.x() - w / 2, c.y() + 0.12 * s, w, 0.13 * s);
+      painter.setPen(Qt::NoPen);
+      painter.setBrush(faded(trend, 0.15));
+      painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
+      painter.setFont(percentFont);
+      painter.setPen(masked ? text : qt(trend));
+      painter.drawText(capsule, Qt::AlignCenter, percent);
+    }
+    painter.restore();
+  }
+
+  // 5. The state badge, low on the sphere where its light colour stands out.
+  {
+    const double side = 0.095 * s;
+    drawSymbol(painter, badgeSymbol(model_),
+               QRectF(c.x() - side / 2, c.y() + 0.3 * s - side / 2, side, side),
+               qt(palette.orbLit()));
+  }
+  painter.restore();
+
+  // Where the orb would dock if released now.
+  if (auto edge = windowModel_.previewEdge()) {
+    QPen dashed(qt(palette.auroraA()), 2);
+    dashed.setDashPattern({2, 1.5});  // 4 on, 3 off at width 2
+    painter.setPen(dashed);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(c, s / 2 + 6, s / 2 + 6);
+    painter.setFont(uiFont(9));
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(QRectF(c.x() - 60, c.y() + s / 2 + 24 - 8, 120, 16), Qt::AlignCenter,
+                     QString::fromStdString(std::string("吸附") + edgeWord(*edge) + "边"));
+  }
+}
+
+}  // namespace tidemark

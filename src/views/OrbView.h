@@ -1,0 +1,92 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <QWidget>
+
+#include "core/Clock.h"
+#include "model/AppModel.h"
+#include "views/FrameTicker.h"
+#include "views/OrbControls.h"
+#include "views/OrbPalette.h"
+#include "views/OrbWindowModel.h"
+#include "views/Spring.h"
+
+namespace tidemark {
+
+// The floating orb: the sphere with the active quote, its range ring and state badge, the
+// satellites of the watchlist and the ring menu. It fills the 460 × 460 panel canvas with the orb
+// in the middle; it only draws and animates, the shell routes the gestures.
+class OrbView final : public QWidget {
+ public:
+  OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
+          std::function<void(int)> onAction, QWidget* parent = nullptr);
+
+  // The satellites are spread only when free and the ring menu is closed.
+  bool expanded() const;
+  // Idle breathing and drift run only then.
+  bool availableMotion() const;
+  bool motionAllowed() const;
+  // The text a screen reader speaks for the orb.
+  std::string accessibilityText() const;
+  // Presses at points where this answers true belong to the orb's core, not to the controls
+  // around it (in this view's coordinates).
+  void setCoreTest(std::function<bool(QPointF)> test) { coreTest_ = std::move(test); }
+  // An expanding ring after a tap on the orb.
+  void ripple();
+  // Whether any animation still needs frames (tests and the idle-cost check read it).
+  bool isAnimating() const { return ticker_.isRunning(); }
+  FrameTicker& ticker() { return ticker_; }
+  const std::vector<SatelliteButton*>& satellites() const { return satellites_; }
+  const std::vector<RingButton*>& ringButtons() const { return ringButtons_; }
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+
+ private:
+  void modelChanged();
+  void windowModelChanged();
+  void animateTick();
+  void animateSwap();
+  bool step(double seconds);
+  void layoutControls();
+  void syncSatellites();
+  void scheduleRefresh();
+  void paintBody(QPainter& painter);
+  double now() const { return clock_.now().sinceReference; }
+
+  AppModel& model_;
+  OrbWindowModel& windowModel_;
+  const Clock& clock_;
+  std::function<void(int)> onAction_;
+  std::function<bool(QPointF)> coreTest_;
+  ChangeSignal::Subscription modelSubscription_, windowSubscription_;
+
+  Spring size_;
+  Spring radial_{0.45, 0.75};
+  Spring swap_{0.5, 0.65};
+  Spring stretch_{0.5, 0.7};
+  struct Orbit {
+    Spring radius{0.55, 0.68};
+    double startAt = 0;  // when this satellite starts moving to its new radius
+    double target = 0;
+  };
+  std::vector<Orbit> orbits_;
+  std::vector<SatelliteButton*> satellites_;
+  std::vector<RingButton*> ringButtons_;
+
+  int pulseCount_ = 0;
+  double pulseStart_ = -1e9, flashUntil_ = -1e9, swapAt_ = -1e9;
+  std::vector<double> ripples_;  // start times
+  double idlePhase_ = 0;
+
+  bool refreshPending_ = false;
+  Date seenUpdatedAt_;
+  std::string seenActiveID_;
+  bool seenExpanded_ = false;
+  FrameTicker ticker_;
+};
+
+}  // namespace tidemark

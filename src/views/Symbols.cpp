@@ -1,0 +1,155 @@
+#include "views/Symbols.h"
+
+#include <QPainterPath>
+
+namespace tidemark {
+namespace {
+
+// Paths are laid out on a 24 × 24 grid and scaled into the box, centred.
+QPainterPath arc(QPointF centre, double radius, double startDegrees, double sweepDegrees) {
+  QPainterPath path;
+  const QRectF box(centre.x() - radius, centre.y() - radius, 2 * radius, 2 * radius);
+  path.arcMoveTo(box, startDegrees);
+  path.arcTo(box, startDegrees, sweepDegrees);
+  return path;
+}
+
+QPainterPath lockBody() {
+  QPainterPath path;
+  path.addRoundedRect(QRectF(5, 10.5, 14, 10.5), 2.2, 2.2);
+  return path;
+}
+
+QPainterPath bellBody() {
+  QPainterPath path;
+  path.moveTo(12, 3.5);
+  path.cubicTo(8, 3.5, 6.5, 6.5, 6.5, 10);
+  path.lineTo(6.5, 14);
+  path.lineTo(4.5, 17);
+  path.lineTo(19.5, 17);
+  path.lineTo(17.5, 14);
+  path.lineTo(17.5, 10);
+  path.cubicTo(17.5, 6.5, 16, 3.5, 12, 3.5);
+  path.closeSubpath();
+  path.addEllipse(QPointF(12, 19.5), 2, 2);
+  return path;
+}
+
+// An arrowhead at `tip`, pointing along `direction` degrees (0 = right, 90 = down).
+QPainterPath arrowHead(QPointF tip, double direction) {
+  QPainterPath path;
+  path.moveTo(-3.2, -2.6);
+  path.lineTo(0, 0);
+  path.lineTo(-3.2, 2.6);
+  QTransform t;
+  t.translate(tip.x(), tip.y());
+  t.rotate(direction);
+  return t.map(path);
+}
+
+}  // namespace
+
+const std::initializer_list<std::string_view>& symbolNames() {
+  static const std::initializer_list<std::string_view> names{"lock.fill",
+                                                             "bell.badge.fill",
+                                                             "arrow.triangle.2.circlepath",
+                                                             "checkmark",
+                                                             "clock",
+                                                             "exclamationmark.triangle",
+                                                             "wifi.slash",
+                                                             "arrow.clockwise",
+                                                             "bell",
+                                                             "circle.lefthalf.filled",
+                                                             "lock",
+                                                             "power",
+                                                             "xmark.circle.fill"};
+  return names;
+}
+
+bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, const QColor& color) {
+  QPainterPath stroked, filled;
+  double width = 2;
+  if (name == "lock.fill" || name == "lock") {
+    stroked.addPath(arc(QPointF(12, 10), 4.5, 0, 180));
+    stroked.moveTo(7.5, 10);
+    stroked.lineTo(7.5, 10.5);
+    stroked.moveTo(16.5, 10);
+    stroked.lineTo(16.5, 10.5);
+    (name == "lock" ? stroked : filled).addPath(lockBody());
+  } else if (name == "bell.badge.fill") {
+    filled.addPath(bellBody());
+    filled.addEllipse(QPointF(18.5, 5.5), 3.2, 3.2);
+  } else if (name == "bell") {
+    stroked.addPath(bellBody());
+  } else if (name == "arrow.triangle.2.circlepath") {
+    stroked.addPath(arc(QPointF(12, 12), 7.5, 20, 150));
+    stroked.addPath(arrowHead(QPointF(5.1, 9.2), 100));
+    stroked.addPath(arc(QPointF(12, 12), 7.5, 200, 150));
+    stroked.addPath(arrowHead(QPointF(18.9, 14.8), 280));
+  } else if (name == "checkmark") {
+    stroked.moveTo(5, 12.5);
+    stroked.lineTo(10, 17.5);
+    stroked.lineTo(19, 6.5);
+    width = 2.6;
+  } else if (name == "clock") {
+    stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
+    stroked.moveTo(12, 7);
+    stroked.lineTo(12, 12);
+    stroked.lineTo(15.5, 14);
+  } else if (name == "exclamationmark.triangle") {
+    stroked.moveTo(12, 3.5);
+    stroked.lineTo(21, 19.5);
+    stroked.lineTo(3, 19.5);
+    stroked.closeSubpath();
+    stroked.moveTo(12, 9);
+    stroked.lineTo(12, 13.5);
+    filled.addEllipse(QPointF(12, 16.6), 1.2, 1.2);
+  } else if (name == "wifi.slash") {
+    for (double radius : {4.0, 8.0, 12.0}) stroked.addPath(arc(QPointF(12, 19), radius, 45, 90));
+    filled.addEllipse(QPointF(12, 19), 1.6, 1.6);
+    stroked.moveTo(4, 4);
+    stroked.lineTo(20, 20);
+  } else if (name == "arrow.clockwise") {
+    stroked.addPath(arc(QPointF(12, 12.5), 7.5, 80, -300));
+    stroked.addPath(arrowHead(QPointF(13.3, 5.1), 0));
+  } else if (name == "circle.lefthalf.filled") {
+    stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
+    filled.moveTo(12, 3.5);
+    filled.arcTo(QRectF(3.5, 3.5, 17, 17), 90, 180);
+    filled.closeSubpath();
+  } else if (name == "power") {
+    stroked.addPath(arc(QPointF(12, 13), 7.5, 60, -300));
+    stroked.moveTo(12, 3);
+    stroked.lineTo(12, 11.5);
+  } else if (name == "xmark.circle.fill") {
+    QPainterPath disc;
+    disc.addEllipse(QPointF(12, 12), 9.5, 9.5);
+    QPainterPath cross;
+    cross.moveTo(8.5, 8.5);
+    cross.lineTo(15.5, 15.5);
+    cross.moveTo(15.5, 8.5);
+    cross.lineTo(8.5, 15.5);
+    QPainterPathStroker stroker;
+    stroker.setWidth(2.2);
+    stroker.setCapStyle(Qt::RoundCap);
+    filled.addPath(disc.subtracted(stroker.createStroke(cross)));
+  } else {
+    return false;
+  }
+
+  const double side = std::min(box.width(), box.height());
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.translate(box.center().x() - side / 2, box.center().y() - side / 2);
+  painter.scale(side / 24, side / 24);
+  painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawPath(stroked);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(color);
+  painter.drawPath(filled);
+  painter.restore();
+  return true;
+}
+
+}  // namespace tidemark
