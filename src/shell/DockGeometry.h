@@ -47,6 +47,11 @@ struct Settlement {
 Settlement settle(const std::vector<Screen>& screens, Point center, double orbSize,
                   std::optional<DockEdge> forced);
 
+// A press becomes a drag once the pointer has moved more than 3 points from where it went down.
+inline bool startsDrag(Vector moved) {
+  return moved.length() > 3;
+}
+
 // Points per 1/60 s frame, so the glide needs no time scaling.
 Vector dragVelocity(Point last, Point now, double seconds);
 double dragStretch(Vector velocity, bool reduceMotion);

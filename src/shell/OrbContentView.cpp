@@ -2,6 +2,8 @@
 
 #include <QMouseEvent>
 
+#include "shell/DockGeometry.h"
+
 namespace tidemark {
 namespace {
 
@@ -82,7 +84,7 @@ void OrbContentView::mouseMoveEvent(QMouseEvent* event) {
   if (!startMouse_) return;
   const QPointF delta = event->globalPosition() - *startMouse_;
   if (!moved_) {
-    if (std::hypot(delta.x(), delta.y()) <= 3) return;
+    if (!startsDrag({delta.x(), delta.y()})) return;
     moved_ = true;
     call(onDragStart);
   }

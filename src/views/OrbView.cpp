@@ -474,6 +474,20 @@ void OrbView::paintBody(QPainter& painter) {
   }
   painter.restore();
 
+  // A transient hint below the orb, clear of the spread satellites.
+  if (const auto& hint = windowModel_.hint()) {
+    const QFont font = uiFont(11, QFont::DemiBold);
+    const QString text = QString::fromStdString(*hint);
+    const double w = QFontMetricsF(font).horizontalAdvance(text) + 24;
+    const QRectF capsule(c.x() - w / 2, c.y() + 1.35 * s - 12, w, 24);
+    painter.setPen(QPen(qt(palette.line()), 1));
+    painter.setBrush(qt(palette.surface()));
+    painter.drawRoundedRect(capsule, 12, 12);
+    painter.setFont(font);
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(capsule, Qt::AlignCenter, text);
+  }
+
   // Where the orb would dock if released now.
   if (auto edge = windowModel_.previewEdge()) {
     QPen dashed(qt(palette.auroraA()), 2);

@@ -160,6 +160,9 @@ TEST(DockGeometry, SettleDocksOnTheEdgeLineOrStaysInside) {
 }
 
 TEST(DockGeometry, DragAndThrow) {
+  EXPECT_FALSE(startsDrag({3, 0}));
+  EXPECT_FALSE(startsDrag({0, -3}));
+  EXPECT_TRUE(startsDrag({3.01, 0}));
   EXPECT_EQ(dragVelocity({0, 0}, {12, -6}, 0.1), (Vector{2, -1}));
   EXPECT_EQ(dragVelocity({0, 0}, {12, -6}, 0.001), (Vector{25, -12.5}));  // floored at 8 ms
   EXPECT_DOUBLE_EQ(dragStretch({3, 4}, false), 0.06);
