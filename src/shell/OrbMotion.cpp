@@ -111,8 +111,12 @@ void AppDelegate::centerOrb() {
 
 void AppDelegate::screenParametersDidChange() {
   if (!panel_) return;
-  if (auto edge = windowModel_.dockEdge()) settle(edge);
-  moveOrigin(clampedOrigin(screens(), origin(), deps_.model.orbSize() / 2 + 6));
+  // A docked orb stays on its edge; the margin would pull it half a width back onto the screen.
+  if (auto edge = windowModel_.dockEdge()) {
+    settle(edge);
+  } else {
+    moveOrigin(clampedOrigin(screens(), origin(), deps_.model.orbSize() / 2 + 6));
+  }
   savePosition();
 }
 

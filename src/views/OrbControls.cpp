@@ -117,9 +117,17 @@ void RingButton::paintEvent(QPaintEvent*) {
   painter.setBrush(qt(isDown() ? palette_.elevated() : palette_.surface()));
   painter.drawEllipse(centre, 19, 19);
   drawSymbol(painter, symbol_, QRectF(centre.x() - 9, centre.y() - 9, 18, 18), qt(palette_.ink()));
-  painter.setFont(uiFont(9, QFont::DemiBold));
+  // The label sits on a pill of its own so it reads over any desktop.
+  const QFont font = uiFont(9, QFont::DemiBold);
+  const QString label = QString::fromStdString(label_);
+  const double w = QFontMetricsF(font).horizontalAdvance(label) + 10;
+  const QRectF pill(width() / 2.0 - w / 2, 43, w, 16);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(qt(palette_.surface()));
+  painter.drawRoundedRect(pill, 8, 8);
+  painter.setFont(font);
   painter.setPen(qt(palette_.ink()));
-  painter.drawText(QRectF(0, 42, width(), 18), Qt::AlignCenter, QString::fromStdString(label_));
+  painter.drawText(pill, Qt::AlignCenter, label);
 }
 
 }  // namespace tidemark

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
 
+#include <QDateTime>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -18,7 +20,9 @@ namespace {
 constexpr double pi = std::numbers::pi;
 constexpr double rippleSeconds = 1.15;
 constexpr double pulseSeconds = 0.9;
-constexpr int fullRate = 16, idleRate = 50;  // milliseconds between frames
+// Milliseconds between frames: springs need the full rate; fades and the slow idle breathing
+// look the same with fewer frames and cost far less.
+constexpr int springRate = 16, effectRate = 40, idleRate = 125;
 
 struct RingItem {
   const char* label;
@@ -76,6 +80,59 @@ double easeOut(double t) {
 
 QColor faded(const Color& color, double opacity) {
   return qt(withOpacity(color, color.opacity * opacity));
+}
+
+// The glow around the orb and the shaded sphere, centred at c.
+void paintSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                 bool offline) {
+  // 1. Glow: the halo, then a tint of the quote's direction.
+  {
+    QRadialGradient halo(c, 0.75 * s);
+    halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
+    halo.setColorAt(0.72 / 0.75, Qt::transparent);
+    halo.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(halo);
+    painter.drawEllipse(c, 0.75 * s, 0.75 * s);
+    QRadialGradient tint(c, 0.8 * s);
+    tint.setColorAt(0, Qt::transparent);
+    tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
+    tint.setColorAt(0.78 / 0.8, Qt::transparent);
+    tint.setColorAt(1, Qt::transparent);
+    painter.setBrush(tint);
+    painter.drawEllipse(c, 0.8 * s, 0.8 * s);
+  }
+
+  // 2. The sphere: shadow, body, rim and inner shading.
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  {
+    QRadialGradient shadow(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
+    shadow.setColorAt(0, qt(palette.halo()));
+    shadow.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
+    shadow.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(shadow);
+    painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+
+    QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
+    body.setColorAt(0, qt(palette.orbLit()));
+    body.setColorAt(0.46, qt(palette.orbMid()));
+    body.setColorAt(0.76, qt(palette.orbShade()));
+    body.setColorAt(1, qt(palette.orbDeep()));
+    painter.setBrush(body);
+    painter.drawEllipse(sphere);
+    painter.save();
+    QPainterPath clip;
+    clip.addEllipse(sphere);
+    painter.setClipPath(clip, Qt::IntersectClip);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
+    painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
+    painter.restore();
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
+    painter.drawEllipse(sphere);
+  }
 }
 
 }  // namespace
@@ -226,26 +283,36 @@ void OrbView::animateSwap() {
 
 bool OrbView::step(double seconds) {
   const double t = now();
-  bool moving = false;
+  bool springs = false;
   for (Spring* spring : {&size_, &radial_, &swap_, &stretch_}) {
     spring->advance(seconds);
-    moving = moving || spring->isMoving();
+    springs = springs || spring->isMoving();
   }
   if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
-  moving = moving || swap_.isMoving();
+  springs = springs || swap_.isMoving();
+  bool controls = radial_.isMoving() || size_.isMoving();
   for (Orbit& orbit : orbits_) {
     if (t >= orbit.startAt) orbit.radius.setTarget(orbit.target);
     orbit.radius.advance(seconds);
-    moving = moving || orbit.radius.isMoving() || orbit.radius.target() != orbit.target;
+    const bool moving = orbit.radius.isMoving() || orbit.radius.target() != orbit.target;
+    controls = controls || moving;
   }
+  springs = springs || controls;
   std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
-  moving = moving || !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_;
+  const bool effects = !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_;
   const bool idle = availableMotion();
   if (idle) idlePhase_ += seconds;
-  ticker_.setInterval(moving ? fullRate : idleRate);
-  layoutControls();
-  update();
-  return moving || idle;
+  ticker_.setInterval(springs ? springRate : effects ? effectRate : idleRate);
+  if (controls) {
+    layoutControls();
+    update();
+  } else {
+    // Only the orb and what spreads from it changed: repaint that square, not the canvas.
+    const double reach = size_.value() * (ripples_.empty() ? 0.9 : 1.0) + 4;
+    update(QRectF(canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach)
+               .toAlignedRect());
+  }
+  return springs || effects || idle;
 }
 
 void OrbView::syncSatellites() {
@@ -265,6 +332,7 @@ void OrbView::syncSatellites() {
     QObject::connect(button, &QAbstractButton::clicked, this,
                      [this, button] { model_.select(button->quoteID()); });
     satellites_.push_back(button);
+    for (RingButton* ring : ringButtons_) ring->raise();
     Orbit orbit;
     orbit.radius.snap(factor);
     orbit.target = factor;
@@ -276,6 +344,8 @@ void OrbView::syncSatellites() {
     satellites_[i]->show(quotes[i], quotes[i].id == model_.activeID(), model_.masked(), expanded(),
                          palette);
     satellites_[i]->setVisible(!docked);
+    // Under the open ring menu the pearls must not swallow the buttons' clicks.
+    satellites_[i]->setAttribute(Qt::WA_TransparentForMouseEvents, windowModel_.radialOpen());
     satellites_[i]->setEnabled(!windowModel_.radialOpen());
   }
 }
@@ -301,107 +371,21 @@ void OrbView::layoutControls() {
 void OrbView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   paintBody(painter);
+  // For start-up measurements only: the wall-clock time of the first painted orb.
+  static bool reported = false;
+  if (!reported && qEnvironmentVariableIsSet("TIDEMARK_REPORT_FIRST_PAINT")) {
+    reported = true;
+    std::fprintf(stderr, "first paint at %lld ms\n",
+                 static_cast<long long>(QDateTime::currentMSecsSinceEpoch()));
+  }
 }
 
-void OrbView::paintBody(QPainter& painter) {
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setRenderHint(QPainter::TextAntialiasing);
+void OrbView::paintFace(QPainter& painter, QPointF c, double s, double swap) const {
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
   const Color trend = quoteColor(quote ? quote->changePct() : 0);
   const bool offline = model_.phase() == QuotePhase::offline;
-  const double s = size_.value();
-  const double t = now();
-
-  if (auto edge = windowModel_.dockEdge())
-    painter.setClipRect(toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})));
-
-  // Idle breathing and a slight drift, only while nothing else holds the orb still.
-  QPointF c(canvasCenter.x, canvasCenter.y);
-  double breath = 1;
-  if (availableMotion()) {
-    breath = 1 + 0.012 * std::sin(2 * pi * idlePhase_ / 4.2);
-    c += QPointF(1.5 * std::sin(2 * pi * idlePhase_ / 5.3),
-                 1.2 * std::cos(2 * pi * idlePhase_ / 6.1));
-  }
-
-  painter.save();
-  // A fast drag stretches the orb along its direction of travel.
-  const double stretch = stretch_.value();
-  painter.translate(c);
-  painter.rotate(windowModel_.dragAngle());
-  painter.scale(breath * (1 + stretch), breath * (1 - stretch * 0.5));
-  painter.rotate(-windowModel_.dragAngle());
-  painter.translate(-c);
-
-  // 1. Glow: the halo, then a tint of the quote's direction.
-  {
-    QRadialGradient halo(c, 0.75 * s);
-    halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
-    halo.setColorAt(0.72 / 0.75, Qt::transparent);
-    halo.setColorAt(1, Qt::transparent);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(halo);
-    painter.drawEllipse(c, 0.75 * s, 0.75 * s);
-    QRadialGradient tint(c, 0.8 * s);
-    tint.setColorAt(0, Qt::transparent);
-    tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
-    tint.setColorAt(0.78 / 0.8, Qt::transparent);
-    tint.setColorAt(1, Qt::transparent);
-    painter.setBrush(tint);
-    painter.drawEllipse(c, 0.8 * s, 0.8 * s);
-  }
-
-  // Ripples and the pulse of a fresh quote spread from the rim.
-  painter.setBrush(Qt::NoBrush);
-  for (double start : ripples_) {
-    const double f = easeOut((t - start) / rippleSeconds);
-    painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
-    painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
-  }
-  if (t - pulseStart_ < pulseSeconds) {
-    const double f = easeOut((t - pulseStart_) / pulseSeconds);
-    painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
-    painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
-  }
-
-  // 2. The sphere: shadow, body, rim and inner shading.
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
-  {
-    QRadialGradient shadow(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
-    shadow.setColorAt(0, qt(palette.halo()));
-    shadow.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
-    shadow.setColorAt(1, Qt::transparent);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(shadow);
-    painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
-
-    QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
-    body.setColorAt(0, qt(palette.orbLit()));
-    body.setColorAt(0.46, qt(palette.orbMid()));
-    body.setColorAt(0.76, qt(palette.orbShade()));
-    body.setColorAt(1, qt(palette.orbDeep()));
-    painter.setBrush(body);
-    painter.drawEllipse(sphere);
-    if (t < flashUntil_) {
-      const double left = flashUntil_ - t;
-      const double f = left > 0.2 ? std::min(1.0, (0.75 - left) / 0.22) : left / 0.2;
-      painter.setBrush(faded(palette.orbLit(), 0.22 * std::clamp(f, 0.0, 1.0)));
-      painter.drawEllipse(sphere);
-    }
-    painter.save();
-    QPainterPath clip;
-    clip.addEllipse(sphere);
-    painter.setClipPath(clip, Qt::IntersectClip);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
-    painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
-    painter.restore();
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
-    painter.drawEllipse(sphere);
-  }
-
   // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
   {
     painter.save();
@@ -426,7 +410,6 @@ void OrbView::paintBody(QPainter& painter) {
   // 4. The core: label, price and change; a new symbol springs into place.
   {
     painter.save();
-    const double swap = swap_.value();
     painter.setOpacity(1 - 0.6 * swap);
     painter.translate(0, 0.12 * s * swap);
     const QColor text = qt(palette.orbText());
@@ -472,14 +455,123 @@ void OrbView::paintBody(QPainter& painter) {
                QRectF(c.x() - side / 2, c.y() + 0.3 * s - side / 2, side, side),
                qt(palette.orbLit()));
   }
+}
+
+std::string OrbView::faceKey(double s) const {
+  // Everything the sphere and its face are drawn from, except the springing swap.
+  const QuoteSnapshot* q = model_.activeQuote();
+  std::string key = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
+                    "|" + std::to_string(devicePixelRatioF()) + "|" + badgeSymbol(model_) + "|" +
+                    std::to_string(model_.masked()) + std::to_string(model_.orbShowsName()) +
+                    std::to_string(static_cast<int>(model_.phase())) + "|" +
+                    std::to_string(swap_.value() == 0);
+  if (q)
+    key += "|" + q->id + "|" + q->name + "|" + std::to_string(q->price) + "|" +
+           std::to_string(q->prevClose) + "|" + std::to_string(q->high) + "|" +
+           std::to_string(q->low);
+  return key;
+}
+
+void OrbView::paintBody(QPainter& painter) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const bool offline = model_.phase() == QuotePhase::offline;
+  const double s = size_.value();
+  const double t = now();
+
+  if (auto edge = windowModel_.dockEdge())
+    painter.setClipRect(toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})));
+
+  // Idle breathing and a slight drift, only while nothing else holds the orb still.
+  QPointF c(canvasCenter.x, canvasCenter.y);
+  double breath = 1;
+  if (availableMotion()) {
+    breath = 1 + 0.012 * std::sin(2 * pi * idlePhase_ / 4.2);
+    c += QPointF(1.5 * std::sin(2 * pi * idlePhase_ / 5.3),
+                 1.2 * std::cos(2 * pi * idlePhase_ / 6.1));
+  }
+
+  painter.save();
+  // A fast drag stretches the orb along its direction of travel.
+  const double stretch = stretch_.value();
+  painter.translate(c);
+  painter.rotate(windowModel_.dragAngle());
+  painter.scale(breath * (1 + stretch), breath * (1 - stretch * 0.5));
+  painter.rotate(-windowModel_.dragAngle());
+  painter.translate(-c);
+
+  // The orb at rest changes only when the model does, so it is drawn once into an image and
+  // reused for every frame of the idle motion and the fades; a springing core is drawn live.
+  const double glowRadius = 0.86 * s + 2;
+  const QRectF frame(c.x() - glowRadius, c.y() - glowRadius, 2 * glowRadius, 2 * glowRadius);
+  const double swap = swap_.value();
+  std::string key = faceKey(s);
+  if (key != cacheKey_ || cache_.isNull()) {
+    cacheKey_ = std::move(key);
+    const double ratio = devicePixelRatioF();
+    const int side = static_cast<int>(std::ceil(2 * glowRadius * ratio));
+    cache_ = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
+    cache_.setDevicePixelRatio(ratio);
+    cache_.fill(Qt::transparent);
+    QPainter layer(&cache_);
+    layer.setRenderHint(QPainter::Antialiasing);
+    layer.setRenderHint(QPainter::TextAntialiasing);
+    const QPointF centre(glowRadius, glowRadius);
+    paintSphere(layer, centre, s, palette, trend, offline);
+    if (swap == 0) paintFace(layer, centre, s, 0);
+  }
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.drawImage(frame, cache_);
+  if (swap != 0) paintFace(painter, c, s, swap);
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  if (t < flashUntil_) {
+    const double left = flashUntil_ - t;
+    const double f = left > 0.2 ? std::min(1.0, (0.75 - left) / 0.22) : left / 0.2;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(faded(palette.orbLit(), 0.22 * std::clamp(f, 0.0, 1.0)));
+    painter.drawEllipse(sphere);
+  }
+
+  // Ripples and the pulse of a fresh quote spread from the rim.
+  painter.setBrush(Qt::NoBrush);
+  for (double start : ripples_) {
+    const double f = easeOut((t - start) / rippleSeconds);
+    painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
+    painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
+  }
+  if (t - pulseStart_ < pulseSeconds) {
+    const double f = easeOut((t - pulseStart_) / pulseSeconds);
+    painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
+    painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
+  }
+
   painter.restore();
 
-  // A transient hint below the orb, clear of the spread satellites.
+  // A transient hint below the orb, clear of the spread satellites; beside a docked half-disc,
+  // on its visible side.
   if (const auto& hint = windowModel_.hint()) {
     const QFont font = uiFont(11, QFont::DemiBold);
     const QString text = QString::fromStdString(*hint);
     const double w = QFontMetricsF(font).horizontalAdvance(text) + 24;
-    const QRectF capsule(c.x() - w / 2, c.y() + 1.35 * s - 12, w, 24);
+    QPointF at(c.x(), c.y() + 1.35 * s);
+    switch (windowModel_.dockEdge().value_or(DockEdge::bottom)) {
+      case DockEdge::left:
+        at = QPointF(c.x() + s / 2 + 12 + w / 2, c.y());
+        break;
+      case DockEdge::right:
+        at = QPointF(c.x() - s / 2 - 12 - w / 2, c.y());
+        break;
+      case DockEdge::top:
+        at = QPointF(c.x(), c.y() + s / 2 + 24);
+        break;
+      case DockEdge::bottom:
+        if (windowModel_.dockEdge()) at = QPointF(c.x(), c.y() - s / 2 - 24);
+        break;
+    }
+    const QRectF capsule(at.x() - w / 2, at.y() - 12, w, 24);
     painter.setPen(QPen(qt(palette.line()), 1));
     painter.setBrush(qt(palette.surface()));
     painter.drawRoundedRect(capsule, 12, 12);

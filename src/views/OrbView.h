@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include <QImage>
 #include <QWidget>
 
 #include "core/Clock.h"
@@ -82,6 +83,10 @@ class OrbView final : public QWidget {
   std::vector<double> ripples_;  // start times
   double idlePhase_ = 0;
 
+  void paintFace(QPainter& painter, QPointF c, double s, double swap) const;
+  std::string faceKey(double s) const;
+  std::string cacheKey_;
+  QImage cache_;
   bool refreshPending_ = false;
   Date seenUpdatedAt_;
   std::string seenActiveID_;
