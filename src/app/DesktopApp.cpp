@@ -1,5 +1,9 @@
 #include "app/DesktopApp.h"
 
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <iostream>
 
@@ -7,6 +11,7 @@
 #include <QCursor>
 #include <QDir>
 #include <QScreen>
+#include <QSocketNotifier>
 
 #include "app/AppInfo.h"
 #include "app/Environment.h"
@@ -33,6 +38,29 @@ std::vector<Screen> qtScreens() {
                        {double(v.x()), double(v.y()), double(v.width()), double(v.height())}});
   }
   return screens;
+}
+
+// SIGTERM (logging out) and SIGINT end the event loop normally, so the shell's teardown runs.
+// The handler only writes a byte to a pipe; the event loop reads it.
+int quitPipe[2] = {-1, -1};
+
+void requestQuit(int) {
+  const char byte = 1;
+  [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
+}
+
+std::unique_ptr<QSocketNotifier> quitOnSignals() {
+  if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0) return nullptr;
+  auto notifier = std::make_unique<QSocketNotifier>(quitPipe[0], QSocketNotifier::Read);
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
+                   [] { QCoreApplication::quit(); });
+  struct sigaction action {};
+  action.sa_handler = requestQuit;
+  sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &action, nullptr);
+  sigaction(SIGINT, &action, nullptr);
+  return notifier;
 }
 
 void setIdentity() {
@@ -102,6 +130,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
        }});
   delegate.onQuit = [] { QCoreApplication::quit(); };
   delegate.launch();
+  const auto signals = quitOnSignals();
   const int status = app.exec();
   delegate.terminate();
   return status;

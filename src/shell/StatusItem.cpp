@@ -33,15 +33,20 @@ void StatusItem::tryToShow() {
                      // A right click opens the menu through Qt; every other click toggles the orb.
                      if (reason != QSystemTrayIcon::Context && onActivate_) onActivate_();
                    });
-  if (!image_.isNull()) icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
   icon_->setToolTip(QString::fromStdString(toolTip_));
-  icon_->show();
+  // Shown once it has an image; an empty icon would leave a hole in the tray.
+  if (!image_.isNull()) {
+    icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
+    icon_->show();
+  }
 }
 
 void StatusItem::setImage(const QImage& image) {
   if (image == image_) return;
   image_ = image;
-  if (icon_) icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
+  if (!icon_) return;
+  icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
+  if (!icon_->isVisible()) icon_->show();
 }
 
 void StatusItem::setToolTip(const std::string& text) {
