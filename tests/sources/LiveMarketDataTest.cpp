@@ -51,6 +51,7 @@ TEST(FetchQuotes, OneBatchedRequestWithTheFeedsHeaders) {
   ASSERT_EQ(h.http.requests.size(), 1u);
   EXPECT_EQ(h.http.requests[0].url, url);
   EXPECT_EQ(h.http.requests[0].timeout, 8);
+  EXPECT_EQ(h.http.requests[0].maxBytes, 8388608u);
   EXPECT_EQ(h.http.requests[0].headers,
             (std::vector<std::pair<std::string, std::string>>{
                 {"Referer", "https://finance.qq.com/"}, {"User-Agent", "Mozilla/5.0"}}));
@@ -136,6 +137,7 @@ TEST(Manifest, OnlyA2xxBodyIsHandedOn) {
   }
   EXPECT_EQ(bodies, (std::vector<std::optional<std::string>>{"{}", std::nullopt, std::nullopt}));
   EXPECT_EQ(h.http.requests[0].timeout, 5);
+  EXPECT_EQ(h.http.requests[0].maxBytes, 262144u);
   EXPECT_EQ(h.http.requests[0].headers[0],
             (std::pair<std::string, std::string>{"Accept", "application/json"}));
 }
@@ -157,6 +159,7 @@ TEST(Bridge, QuoteRunWithItsArgumentsEnvironmentAndTexts) {
                                  R"(["600519","NVDA"])"}));
   EXPECT_EQ(run.workingDirectory, "/opt/tidemark/bridge");
   EXPECT_EQ(run.deadline, 22);
+  EXPECT_EQ(run.maxOutput, 33554432u);
   EXPECT_EQ(run.environment.at("NODE_PATH"), "/opt/tidemark/bridge/node_modules");
   EXPECT_EQ(run.environment.at("PATH"), "/bin:/usr/bin");
   EXPECT_EQ(run.environment.at("HOME"), "/home/u");
