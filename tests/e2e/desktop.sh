@@ -7,7 +7,7 @@ set -euo pipefail
 app=${1:?usage: desktop.sh TIDEMARK [SCREENSHOT_DIR]}
 shots=${2:-}
 [ -x "$app" ] || { echo "not executable: $app" >&2; exit 2; }
-for tool in Xvfb openbox xcompmgr xdotool xwininfo xrandr xev import convert; do
+for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xrandr xev import convert; do
   command -v "$tool" >/dev/null || { echo "missing $tool (scripts/setup installs it)" >&2; exit 2; }
 done
 [ -z "$shots" ] || mkdir -p "$shots"
@@ -73,6 +73,9 @@ openbox >"$tmp/openbox.log" 2>&1 &
 pids+=($!)
 xcompmgr >"$tmp/xcompmgr.log" 2>&1 &
 pids+=($!)
+# A system tray (XEmbed) at the top right, out of the way of the orb's checks.
+trayer --edge top --align right --widthtype pixel --width 80 --height 24 >"$tmp/trayer.log" 2>&1 &
+pids+=($!)
 
 # The window below the panel: xev reports every button press it gets.
 xev -geometry 1280x800+0+0 -name below -event button >"$tmp/below.log" 2>&1 &
@@ -129,6 +132,14 @@ else
   fail "panel $size at ($x,$y), expected 460x460 at (410,170)"
 fi
 shot 1-centred
+
+# The tray holds the app's icon: a window of class tidemark embedded in trayer's panel.
+tray_icon() {
+  local tray
+  tray=$(xwininfo -root -tree | awk '/"panel": \("panel" "trayer"\)/ { print $1; exit }')
+  [ -n "$tray" ] && xwininfo -tree -id "$tray" | grep -q '("tidemark" "tidemark")'
+}
+if wait_for 5 tray_icon; then ok "the tray shows the app's icon"; else fail "no icon of the app in the tray"; fi
 
 # 2. Only the orb takes clicks; the transparent rest of the panel passes them on.
 point_at 430 190
