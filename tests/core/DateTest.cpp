@@ -22,6 +22,8 @@ TEST(Date, ParsesInternetDateTimes) {
       {"2026-10-16 09:30:00Z", std::nullopt},
       {"2026-10-16T24:00:00Z", std::nullopt},
       {"2026-10-16T09:30:00+08:", std::nullopt},
+      {"2026-10-16T09:30:00+24:00", std::nullopt},
+      {"2026-10-16T09:30:00+23:59", 1792056660},
       {"2026-10-16T09:30:00Zjunk", std::nullopt},
       {"", std::nullopt},
   };
