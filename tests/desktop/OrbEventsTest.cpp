@@ -178,6 +178,47 @@ TEST(OrbKeys, EachKeyActs) {
   }
 }
 
+TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
+  Desktop d;
+  const Point core{640, 400}, corner{420, 180};
+  const std::tuple<const char*, Point, double, bool> steps[] = {
+      {"over the core", core, 0, false},
+      {"just left", corner, 0, false},
+      {"0.4 s later: still the grace time", corner, 0.4, false},
+      {"past it", corner, 0.01, true},
+      {"back on the core", core, 0, false},
+  };
+  for (const auto& [what, at, wait, through] : steps) {
+    d.mouse = at;
+    d.h.clock.advance(wait);
+    d.delegate->updatePointerMode();
+    EXPECT_EQ(d.windows.region.isEmpty(), through) << what;
+  }
+  d.delegate->toggleObserve();  // forced: nothing takes a click, whatever the pointer does
+  d.delegate->updatePointerMode();
+  EXPECT_TRUE(d.windows.region.isEmpty());
+  d.delegate->toggleObserve();
+  d.delegate->updatePointerMode();
+  EXPECT_TRUE(d.windows.region.contains(QPoint(230, 230)));
+  EXPECT_FALSE(d.windows.region.contains(QPoint(10, 10)));
+}
+
+TEST(Delegate, WindowsAreReusedButTheAlertEditorStartsAfresh) {
+  Desktop d;
+  d.delegate->openSettings("外观");
+  QWidget* settings = d.delegate->window("settings");
+  d.delegate->openSettings("圆形详情");
+  EXPECT_EQ(d.delegate->window("settings"), settings);
+  EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
+  EXPECT_EQ(settings->windowTitle(), QStringLiteral("设置 · 使用偏好"));
+  d.delegate->openWindow("alert");
+  QPointer<QWidget> first = d.delegate->window("alert");
+  d.delegate->openWindow("alert");
+  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(first.isNull());
+  EXPECT_NE(d.delegate->window("alert"), nullptr);
+}
+
 TEST(Delegate, HintsReplaceEachOtherAndLastTheirFullTime) {
   Desktop d;
   d.delegate->showHint("一");
