@@ -380,14 +380,14 @@ void OrbView::paintEvent(QPaintEvent*) {
   }
 }
 
-void OrbView::paintFace(QPainter& painter, QPointF c, double s, double swap) const {
+void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const {
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
   const Color trend = quoteColor(quote ? quote->changePct() : 0);
   const bool offline = model_.phase() == QuotePhase::offline;
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
   // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
-  {
+  if (!core) {
     painter.save();
     painter.setOpacity(offline ? 0.2 : 1);
     const double radius = s / 2 - 0.06 * s;
@@ -407,11 +407,9 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, double swap) con
     painter.restore();
   }
 
-  // 4. The core: label, price and change; a new symbol springs into place.
-  {
+  // 4. The core: label, price and change.
+  if (core) {
     painter.save();
-    painter.setOpacity(1 - 0.6 * swap);
-    painter.translate(0, 0.12 * s * swap);
     const QColor text = qt(palette.orbText());
     const bool masked = model_.masked();
     if (quote) {
@@ -449,7 +447,7 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, double swap) con
   }
 
   // 5. The state badge, low on the sphere where its light colour stands out.
-  {
+  if (!core) {
     const double side = 0.095 * s;
     drawSymbol(painter, badgeSymbol(model_),
                QRectF(c.x() - side / 2, c.y() + 0.3 * s - side / 2, side, side),
@@ -458,13 +456,12 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, double swap) con
 }
 
 std::string OrbView::faceKey(double s) const {
-  // Everything the sphere and its face are drawn from, except the springing swap.
+  // Everything the sphere and its face are drawn from.
   const QuoteSnapshot* q = model_.activeQuote();
   std::string key = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
                     "|" + std::to_string(devicePixelRatioF()) + "|" + badgeSymbol(model_) + "|" +
                     std::to_string(model_.masked()) + std::to_string(model_.orbShowsName()) +
-                    std::to_string(static_cast<int>(model_.phase())) + "|" +
-                    std::to_string(swap_.value() == 0);
+                    std::to_string(static_cast<int>(model_.phase()));
   if (q)
     key += "|" + q->id + "|" + q->name + "|" + std::to_string(q->price) + "|" +
            std::to_string(q->prevClose) + "|" + std::to_string(q->high) + "|" +
@@ -503,29 +500,35 @@ void OrbView::paintBody(QPainter& painter) {
   painter.rotate(-windowModel_.dragAngle());
   painter.translate(-c);
 
-  // The orb at rest changes only when the model does, so it is drawn once into an image and
-  // reused for every frame of the idle motion and the fades; a springing core is drawn live.
+  // The orb changes only when the model does, so it is drawn once into two images, the sphere
+  // with its ring and the core's texts, and reused for every frame of the idle motion, the fades
+  // and the core springing into place after a new symbol.
   const double glowRadius = 0.86 * s + 2;
   const QRectF frame(c.x() - glowRadius, c.y() - glowRadius, 2 * glowRadius, 2 * glowRadius);
-  const double swap = swap_.value();
   std::string key = faceKey(s);
-  if (key != cacheKey_ || cache_.isNull()) {
+  if (key != cacheKey_ || sphereCache_.isNull()) {
     cacheKey_ = std::move(key);
     const double ratio = devicePixelRatioF();
     const int side = static_cast<int>(std::ceil(2 * glowRadius * ratio));
-    cache_ = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
-    cache_.setDevicePixelRatio(ratio);
-    cache_.fill(Qt::transparent);
-    QPainter layer(&cache_);
-    layer.setRenderHint(QPainter::Antialiasing);
-    layer.setRenderHint(QPainter::TextAntialiasing);
     const QPointF centre(glowRadius, glowRadius);
-    paintSphere(layer, centre, s, palette, trend, offline);
-    if (swap == 0) paintFace(layer, centre, s, 0);
+    for (QImage* image : {&sphereCache_, &coreCache_}) {
+      *image = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
+      image->setDevicePixelRatio(ratio);
+      image->fill(Qt::transparent);
+      QPainter layer(image);
+      layer.setRenderHint(QPainter::Antialiasing);
+      layer.setRenderHint(QPainter::TextAntialiasing);
+      if (image == &sphereCache_) paintSphere(layer, centre, s, palette, trend, offline);
+      paintFace(layer, centre, s, image == &coreCache_);
+    }
   }
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
-  painter.drawImage(frame, cache_);
-  if (swap != 0) paintFace(painter, c, s, swap);
+  painter.drawImage(frame, sphereCache_);
+  const double swap = swap_.value();
+  painter.save();
+  painter.setOpacity(1 - 0.6 * swap);
+  painter.drawImage(frame.translated(0, 0.12 * s * swap), coreCache_);
+  painter.restore();
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
   if (t < flashUntil_) {
     const double left = flashUntil_ - t;

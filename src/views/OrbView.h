@@ -83,10 +83,11 @@ class OrbView final : public QWidget {
   std::vector<double> ripples_;  // start times
   double idlePhase_ = 0;
 
-  void paintFace(QPainter& painter, QPointF c, double s, double swap) const;
+  // The ring and the badge, or the core's texts.
+  void paintFace(QPainter& painter, QPointF c, double s, bool core) const;
   std::string faceKey(double s) const;
   std::string cacheKey_;
-  QImage cache_;
+  QImage sphereCache_, coreCache_;
   bool refreshPending_ = false;
   Date seenUpdatedAt_;
   std::string seenActiveID_;
