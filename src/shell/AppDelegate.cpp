@@ -72,6 +72,17 @@ void AppDelegate::launch() {
   content.onDragMove = [self](QPointF p) { self->moveDrag({p.x(), p.y()}); };
   content.onDragEnd = [self] { self->endDrag(); };
   panel_->onKey = [self](int key) { return self->handleKey(key); };
+  // While the pointer is over the orb the window system reports it leaving; only elsewhere
+  // must the pointer be looked for.
+  panel_->onPointerEntered = [self] {
+    if (self->windowModel_.forcedObserve()) return;
+    self->leaveDate_.reset();
+    self->setPassThrough(false);
+    self->hoverTimer_.stop();
+  };
+  panel_->onPointerLeft = [self] {
+    if (!self->hoverTimer_.isActive()) self->hoverTimer_.start();
+  };
 
   statusItem_ = std::make_unique<StatusItem>([self](QMenu& menu) { self->buildStatusMenu(menu); },
                                              [self] { self->toggleOrb(); });
@@ -353,6 +364,7 @@ void AppDelegate::updatePointerMode() {
   if (panel_->content().isInteractive(p) || windowModel_.dragging()) {
     leaveDate_.reset();
     setPassThrough(false);
+    hoverTimer_.setInterval(80);
     return;
   }
   const Date now = deps_.clock.now();
@@ -361,6 +373,11 @@ void AppDelegate::updatePointerMode() {
   } else if (now - *leaveDate_ > 0.4) {
     setPassThrough(true);
   }
+  // Each look at the pointer is a round trip to the display server. Far from the panel, where
+  // the pointer needs a while to reach the orb, looking half as often is enough.
+  const bool far =
+      p.x() < -120 || p.y() < -120 || p.x() > canvasSide + 120 || p.y() > canvasSide + 120;
+  hoverTimer_.setInterval(passThrough_ && far ? 160 : 80);
 }
 
 void AppDelegate::openSettings(const std::string& section) {

@@ -23,3 +23,17 @@ void OrbPanel::keyPressEvent(QKeyEvent* event) {
 }
 
 }  // namespace tidemark
+
+namespace tidemark {
+
+void OrbPanel::enterEvent(QEnterEvent* event) {
+  if (onPointerEntered) onPointerEntered();
+  QWidget::enterEvent(event);
+}
+
+void OrbPanel::leaveEvent(QEvent* event) {
+  if (onPointerLeft) onPointerLeft();
+  QWidget::leaveEvent(event);
+}
+
+}  // namespace tidemark

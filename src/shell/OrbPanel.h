@@ -20,9 +20,13 @@ class OrbPanel final : public QWidget {
   OrbContentView& content() { return *content_; }
   // The orb's keys; answers whether the key was handled.
   std::function<bool(int key)> onKey;
+  // The pointer came into or left the part of the panel that takes input.
+  std::function<void()> onPointerEntered, onPointerLeft;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
 
  private:
   OrbContentView* content_;

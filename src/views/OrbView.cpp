@@ -22,7 +22,7 @@ constexpr double rippleSeconds = 1.15;
 constexpr double pulseSeconds = 0.9;
 // Milliseconds between frames: springs need the full rate; fades and the slow idle breathing
 // look the same with fewer frames and cost far less.
-constexpr int springRate = 16, effectRate = 40, idleRate = 125;
+constexpr int springRate = 16, effectRate = 50, idleRate = 150;
 
 struct RingItem {
   const char* label;
@@ -284,12 +284,13 @@ void OrbView::animateSwap() {
 bool OrbView::step(double seconds) {
   const double t = now();
   bool springs = false;
-  for (Spring* spring : {&size_, &radial_, &swap_, &stretch_}) {
+  for (Spring* spring : {&size_, &radial_, &stretch_}) {
     spring->advance(seconds);
     springs = springs || spring->isMoving();
   }
+  // The core's texts slide back by a few points: the fades' frame rate is smooth enough.
+  swap_.advance(seconds);
   if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
-  springs = springs || swap_.isMoving();
   bool controls = radial_.isMoving() || size_.isMoving();
   for (Orbit& orbit : orbits_) {
     if (t >= orbit.startAt) orbit.radius.setTarget(orbit.target);
@@ -299,7 +300,8 @@ bool OrbView::step(double seconds) {
   }
   springs = springs || controls;
   std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
-  const bool effects = !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_;
+  const bool effects =
+      !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_ || swap_.isMoving();
   const bool idle = availableMotion();
   if (idle) idlePhase_ += seconds;
   ticker_.setInterval(springs ? springRate : effects ? effectRate : idleRate);
