@@ -514,8 +514,10 @@ void OrbView::paintBody(QPainter& painter) {
     const int side = static_cast<int>(std::ceil(2 * glowRadius * ratio));
     const QPointF centre(glowRadius, glowRadius);
     for (QImage* image : {&sphereCache_, &coreCache_}) {
-      *image = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
-      image->setDevicePixelRatio(ratio);
+      if (image->width() != side || image->devicePixelRatio() != ratio) {
+        *image = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
+        image->setDevicePixelRatio(ratio);
+      }
       image->fill(Qt::transparent);
       QPainter layer(image);
       layer.setRenderHint(QPainter::Antialiasing);
