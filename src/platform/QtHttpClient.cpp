@@ -1,5 +1,7 @@
 #include "platform/QtHttpClient.h"
 
+#include "platform/CappedBuffer.h"
+
 #include <cmath>
 
 #include <QNetworkReply>
@@ -56,28 +58,21 @@ void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpRespon
 
   // The body is moved out of Qt's buffer as it arrives, so no more than the cap is ever held.
   struct Transfer {
-    std::string body;
-    bool tooLarge = false;
+    explicit Transfer(size_t cap) : body(cap) {}
+    CappedBuffer body;
     bool expired = false;
   };
-  auto transfer = std::make_shared<Transfer>();
-  const size_t maxBytes = request.maxBytes;
-  const auto take = [reply, transfer, maxBytes] {
-    if (transfer->tooLarge || !reply->isOpen()) return;
-    const QByteArray chunk = reply->readAll();
-    if (transfer->body.size() + static_cast<size_t>(chunk.size()) > maxBytes) {
-      transfer->tooLarge = true;
-      transfer->body = std::string();
-      reply->abort();
-      return;
-    }
-    transfer->body.append(chunk.constData(), static_cast<size_t>(chunk.size()));
+  auto transfer = std::make_shared<Transfer>(request.maxBytes);
+  const auto take = [reply, transfer] {
+    if (transfer->body.overflowed() || !reply->isOpen()) return;
+    if (!transfer->body.append(reply->readAll())) reply->abort();
   };
   QObject::connect(reply, &QNetworkReply::readyRead, reply, take);
-  QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, transfer, maxBytes] {
+  QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, transfer] {
     const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
-    if (length.isValid() && length.toULongLong() > maxBytes && !transfer->tooLarge) {
-      transfer->tooLarge = true;
+    if (length.isValid() && length.toULongLong() > transfer->body.cap() &&
+        !transfer->body.overflowed()) {
+      transfer->body.overflow();
       reply->abort();
     }
   });
@@ -99,7 +94,7 @@ void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpRespon
             status.isValid())
           response.status = status.toInt();
         const QNetworkReply::NetworkError error = reply->error();
-        if (transfer->tooLarge) {
+        if (transfer->body.overflowed()) {
           response.error = "服务器返回的数据过大";
         } else if (transfer->expired) {
           response.error = "请求超时";
@@ -108,7 +103,7 @@ void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpRespon
           response.error = describeNetworkError(error, reply->errorString().toStdString());
         } else if (response.status) {
           // An HTTP answer, whatever its status; Qt calls 4xx and 5xx errors too.
-          response.body = std::move(transfer->body);
+          response.body = transfer->body.take();
         }
         completion(std::move(response));
       });

@@ -1,5 +1,7 @@
 #include "platform/QtProcessRunner.h"
 
+#include "platform/CappedBuffer.h"
+
 #include <cmath>
 #include <memory>
 
@@ -35,12 +37,12 @@ void QtProcessRunner::run(const ProcessRequest& request,
 
   struct State {
     std::function<void(ProcessResult)> completion;
-    std::string output;  // read as it comes, so the pipe never holds more than the cap
+    CappedBuffer output;  // read as it comes, so the pipe never holds more than the cap
     bool timedOut = false;
-    bool tooLarge = false;
     bool done = false;
   };
-  auto state = std::make_shared<State>(State{std::move(completion)});
+  auto state =
+      std::make_shared<State>(State{std::move(completion), CappedBuffer(request.maxOutput)});
   const auto finish = [process, state](ProcessResult result) {
     if (state->done) return;
     state->done = true;
@@ -48,18 +50,9 @@ void QtProcessRunner::run(const ProcessRequest& request,
     state->completion(std::move(result));
   };
 
-  QObject::connect(process, &QProcess::readyReadStandardOutput, process,
-                   [process, state, maxOutput = request.maxOutput] {
-                     if (state->tooLarge) return;
-                     const QByteArray chunk = process->readAllStandardOutput();
-                     if (state->output.size() + static_cast<size_t>(chunk.size()) > maxOutput) {
-                       state->tooLarge = true;
-                       state->output = std::string();
-                       process->kill();
-                       return;
-                     }
-                     state->output.append(chunk.constData(), static_cast<size_t>(chunk.size()));
-                   });
+  QObject::connect(process, &QProcess::readyReadStandardOutput, process, [process, state] {
+    if (!state->output.append(process->readAllStandardOutput())) process->kill();
+  });
 
   auto* deadline = new QTimer(process);
   deadline->setSingleShot(true);
@@ -83,14 +76,12 @@ void QtProcessRunner::run(const ProcessRequest& request,
                    [process, state, finish](int exitCode, QProcess::ExitStatus status) {
                      ProcessResult result;
                      result.exitCode = exitCode;
+                     const bool tooLarge = !state->output.append(process->readAllStandardOutput());
                      result.exitedNormally =
-                         status == QProcess::NormalExit && !state->timedOut && !state->tooLarge;
+                         status == QProcess::NormalExit && !state->timedOut && !tooLarge;
                      result.timedOut = state->timedOut;
-                     result.outputTooLarge = state->tooLarge;
-                     if (!state->tooLarge) {
-                       state->output += process->readAllStandardOutput().toStdString();
-                       result.standardOutput = std::move(state->output);
-                     }
+                     result.outputTooLarge = tooLarge;
+                     result.standardOutput = state->output.take();
                      finish(std::move(result));
                    });
   process->start();
