@@ -21,6 +21,7 @@
 #include "platform/SettingsStore.h"
 #include "shell/AppDelegate.h"
 #include "shell/NativeChecks.h"
+#include "views/SmallWindows.h"
 
 namespace tidemark {
 namespace {
@@ -123,8 +124,15 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                  std::nullopt, true, bundle);
   auto windowSystem = makeWindowSystem();
   auto hotKeys = makeGlobalHotKeys();
+  // The guide and the alert editor; the settings window follows with the other views.
+  const WindowContentFactory windows = [&model](AppDelegate& d, const std::string& key,
+                                                const std::string&) -> QWidget* {
+    if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
+    if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
+    return nullptr;
+  };
   AppDelegate delegate(
-      {model, *store, clock, scheduler, *windowSystem, *hotKeys, {}, qtScreens, [] {
+      {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens, [] {
          const QPoint p = QCursor::pos();
          return Point{double(p.x()), double(p.y())};
        }});

@@ -34,6 +34,13 @@ QRect toQRect(const Rect& r) {
   return QRectF(r.x, r.y, r.width, r.height).toAlignedRect();
 }
 
+// The theme's backdrop and text colours for an auxiliary window and what it holds.
+QPalette windowPalette(QPalette palette, const OrbPalette& theme) {
+  palette.setColor(QPalette::Window, qt(theme.background()));
+  palette.setColor(QPalette::WindowText, qt(theme.ink()));
+  return palette;
+}
+
 std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
 }
@@ -190,9 +197,7 @@ void AppDelegate::synchronize() {
   for (auto& [key, window] : windows_) {
     if (!window) continue;
     deps_.windowSystem.setExcludedFromCapture(*window, exclude);
-    QPalette palette = window->palette();
-    palette.setColor(QPalette::Window, qt(OrbPalette{m.theme()}.background()));
-    window->setPalette(palette);
+    window->setPalette(windowPalette(window->palette(), OrbPalette{m.theme()}));
   }
   applyInputRegion();
 }
@@ -416,9 +421,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   window->resize(spec->size);
   window->setMinimumSize(spec->minimum);
   if (!spec->resizable) window->setFixedSize(spec->size);
-  QPalette palette = window->palette();
-  palette.setColor(QPalette::Window, qt(OrbPalette{deps_.model.theme()}.background()));
-  window->setPalette(palette);
+  window->setPalette(windowPalette(window->palette(), OrbPalette{deps_.model.theme()}));
   window->setAutoFillBackground(true);
   // Masked windows are kept out of capture from their first frame.
   deps_.windowSystem.setExcludedFromCapture(*window, deps_.model.masked());

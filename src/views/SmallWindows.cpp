@@ -1,0 +1,178 @@
+#include "views/SmallWindows.h"
+
+#include <charconv>
+#include <cmath>
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "core/NumberText.h"
+#include "views/OrbPalette.h"
+#include "views/TextStyle.h"
+
+namespace tidemark {
+namespace {
+
+QLabel* label(const char* text, double size, QFont::Weight weight, const Color& colour,
+              QWidget* parent) {
+  auto* l = new QLabel(QString::fromUtf8(text), parent);
+  l->setFont(uiFont(size, weight));
+  l->setWordWrap(true);
+  QPalette palette = l->palette();
+  palette.setColor(QPalette::WindowText, qt(colour));
+  l->setPalette(palette);
+  return l;
+}
+
+// Plain text for the price field: no thousands separators, two decimals.
+QString editable(double price) {
+  return QString::number(price, 'f', 2);
+}
+
+}  // namespace
+
+std::optional<double> parseAlertPrice(std::string input) {
+  std::erase(input, ',');
+  std::string_view text(input);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  double value = 0;
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (!std::isfinite(value) || !(value > 0)) return std::nullopt;
+  return value;
+}
+
+AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, QWidget* parent)
+    : QWidget(parent), model_(model), close_(std::move(close)) {
+  const OrbPalette palette{model.theme()};
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(24, 8, 24, 24);
+  layout->setSpacing(12);
+  layout->addWidget(label("价格预警", 22, QFont::Bold, palette.ink(), this));
+  layout->addWidget(
+      label("行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。首次保存提醒时会请求通知权限。", 12,
+            QFont::Normal, palette.secondary(), this));
+
+  symbol_ = new QComboBox(this);
+  const std::string chosen = model.alertSymbolID().value_or(model.activeID());
+  for (const QuoteSnapshot& q : model.watchedQuotes()) {
+    symbol_->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
+    if (q.id == chosen) symbol_->setCurrentIndex(symbol_->count() - 1);
+  }
+  layout->addWidget(symbol_);
+  current_ = label("", 14, QFont::DemiBold, palette.ink(), this);
+  layout->addWidget(current_);
+  QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] { showCurrent(); });
+
+  direction_ = new QButtonGroup(this);
+  auto* directions = new QHBoxLayout;
+  for (const auto& [text, id] : {std::pair{"价格达到或高于", 1}, std::pair{"价格达到或低于", 0}}) {
+    auto* choice = new QRadioButton(QString::fromUtf8(text), this);
+    direction_->addButton(choice, id);
+    directions->addWidget(choice);
+  }
+  layout->addLayout(directions);
+  setAbove(model.alertAbove());
+
+  input_ = new QLineEdit(this);
+  if (model.masked()) {
+    input_->setPlaceholderText(QStringLiteral("目标价格已遮蔽"));
+  } else {
+    input_->setPlaceholderText(QStringLiteral("输入大于 0 的价格"));
+    if (auto price = model.alertPrice()) input_->setText(editable(*price));
+  }
+  layout->addWidget(input_);
+  message_ = label("", 12, QFont::Normal, quoteColor(1), this);
+  layout->addWidget(message_);
+  QObject::connect(input_, &QLineEdit::textChanged, this, [this](const QString& text) {
+    const bool wrong = !text.isEmpty() && !parseAlertPrice(text.toStdString());
+    message_->setText(wrong ? QStringLiteral("请输入有效且大于 0 的数字。") : QString());
+  });
+  QObject::connect(input_, &QLineEdit::returnPressed, this, [this] { save(); });
+
+  auto* buttons = new QHBoxLayout;
+  auto* clearButton = new QPushButton(QStringLiteral("清除提醒"), this);
+  auto* saveButton = new QPushButton(QStringLiteral("保存提醒"), this);
+  saveButton->setDefault(true);
+  QObject::connect(clearButton, &QPushButton::clicked, this, [this] { clear(); });
+  QObject::connect(saveButton, &QPushButton::clicked, this, [this] { save(); });
+  buttons->addWidget(clearButton);
+  buttons->addStretch();
+  buttons->addWidget(saveButton);
+  layout->addStretch();
+  layout->addLayout(buttons);
+  showCurrent();
+}
+
+void AlertEditorView::setAbove(bool above) {
+  direction_->button(above ? 1 : 0)->setChecked(true);
+}
+
+void AlertEditorView::showCurrent() {
+  const QuoteSnapshot* quote = model_.quote(symbol_->currentData().toString().toStdString());
+  if (model_.masked()) {
+    current_->setText(QStringLiteral("当前价格已遮蔽"));
+  } else {
+    current_->setText(
+        quote ? QStringLiteral("当前价格 ") +
+                    QString::fromStdString(quote->currency() + " " + priceText(quote->price))
+              : QString());
+  }
+}
+
+void AlertEditorView::save() {
+  const auto value = parseAlertPrice(input_->text().toStdString());
+  if (!value) return;
+  model_.setAlert(symbol_->currentData().toString().toStdString(), *value,
+                  direction_->checkedId() == 1);
+  if (close_) close_();
+}
+
+void AlertEditorView::clear() {
+  model_.clearAlert();
+  if (close_) close_();
+}
+
+OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWidget* parent)
+    : QWidget(parent) {
+  const OrbPalette palette{model.theme()};
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(32, 8, 32, 28);
+  layout->setSpacing(14);
+  layout->addWidget(label("欢迎来到岚舟", 26, QFont::Bold, palette.ink(), this));
+  layout->addWidget(label("让行情安静地浮在桌面，\n需要时，轻触一颗灵球。", 14, QFont::Normal,
+                          palette.secondary(), this));
+  struct Step {
+    const char* gesture;
+    const char* title;
+    const char* detail;
+  };
+  const Step steps[] = {
+      {"单击灵球", "展开自选股卫星", nullptr},
+      {"双击灵球", "查看圆形详情和标准分时", nullptr},
+      {"右键 · 设置", "打开自选管理", "添加、排序并保存自选股"},
+      {"拖动灵球", "拖到屏幕边缘", "磁吸为安静的半圆舷窗"},
+  };
+  for (const Step& step : steps) {
+    auto* row = new QVBoxLayout;
+    row->setSpacing(2);
+    row->addWidget(label(step.gesture, 11, QFont::DemiBold, palette.auroraA(), this));
+    row->addWidget(label(step.title, 15, QFont::Bold, palette.ink(), this));
+    if (step.detail) row->addWidget(label(step.detail, 12, QFont::Normal, palette.muted(), this));
+    layout->addLayout(row);
+  }
+  layout->addWidget(label("当前可使用本地快照，或在设置中切换腾讯 / 新浪公开行情。", 12,
+                          QFont::Normal, palette.muted(), this));
+  layout->addStretch();
+  auto* start = new QPushButton(QStringLiteral("开始探索"), this);
+  start->setDefault(true);
+  QObject::connect(start, &QPushButton::clicked, this, [&model, close = std::move(close)] {
+    model.setOnboardingSeen(true);
+    if (close) close();
+  });
+  layout->addWidget(start);
+}
+
+}  // namespace tidemark

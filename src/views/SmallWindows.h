@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QWidget>
+
+#include "model/AppModel.h"
+
+namespace tidemark {
+
+// The target price as typed: thousands separators allowed, otherwise a plain number from the
+// first character to the last, finite and above 0.
+std::optional<double> parseAlertPrice(std::string input);
+
+// Sets or clears the one price alert: which security, which direction, what price.
+class AlertEditorView final : public QWidget {
+ public:
+  AlertEditorView(AppModel& model, std::function<void()> close, QWidget* parent = nullptr);
+
+  QComboBox& symbol() { return *symbol_; }
+  QLineEdit& price() { return *input_; }
+  QLabel& message() { return *message_; }
+  QLabel& current() { return *current_; }
+  void setAbove(bool above);
+  void save();
+  void clear();
+
+ private:
+  void showCurrent();
+
+  AppModel& model_;
+  std::function<void()> close_;
+  QComboBox* symbol_;
+  QLabel* current_;
+  QButtonGroup* direction_;
+  QLineEdit* input_;
+  QLabel* message_;
+};
+
+// The first-run guide: what the orb's gestures do; "开始探索" records that it has been seen.
+class OnboardingView final : public QWidget {
+ public:
+  OnboardingView(AppModel& model, std::function<void()> close, QWidget* parent = nullptr);
+};
+
+}  // namespace tidemark
