@@ -29,7 +29,6 @@ TEST(Enums, CasesInDeclarationOrderWithRawValuesAndLabels) {
 TEST(Enums, RawValuesRoundTripAndUnknownOnesGiveNothing) {
   for (SourceMode mode : allCases<SourceMode>())
     EXPECT_EQ(fromRawValue<SourceMode>(rawValue(mode)), mode);
-  EXPECT_EQ(fromRawValue<SourceMode>("static"), SourceMode::staticJSON);
   EXPECT_EQ(fromRawValue<SourceMode>("staticJSON"), std::nullopt);
   EXPECT_EQ(fromRawValue<QuotePhase>("Live"), std::nullopt);
   EXPECT_EQ(fromRawValue<AppTheme>(""), std::nullopt);

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
-#include <limits>
 
 #include "core/NumberText.h"
 
@@ -11,15 +9,9 @@ namespace {
 
 TEST(NumberText, Prices) {
   const std::pair<double, const char*> cases[] = {
-      {1234.5, "1,234.50"},
-      {0.5, "0.50"},
-      {-3, "-3.00"},
-      {1.0234, "1.02"},
-      {1234567.891, "1,234,567.89"},
-      {999.999, "1,000.00"},
-      {-1234.5, "-1,234.50"},
-      {100, "100.00"},
-      {0, "0.00"},
+      {1234.5, "1,234.50"}, {0.5, "0.50"},         {-3, "-3.00"},
+      {1.0234, "1.02"},     {999.999, "1,000.00"}, {-1234.5, "-1,234.50"},
+      {100, "100.00"},      {0, "0.00"},           {1234567.891, "1,234,567.89"},
   };
   for (auto [value, text] : cases) EXPECT_EQ(priceText(value), text) << value;
 }
@@ -32,16 +24,14 @@ TEST(NumberText, Percentages) {
 }
 
 TEST(NumberText, Volumes) {
-  const std::pair<int64_t, const char*> cases[] = {
-      {0, "0"},
-      {9999, "9999"},
-      {10000, "1.0万"},
-      {12345, "1.2万"},
-      {99999999, "10000.0万"},
-      {100000000, "1.00亿"},
-      {250000000, "2.50亿"},
-      {-5, "-5"},
-  };
+  const std::pair<int64_t, const char*> cases[] = {{0, "0"},
+                                                   {9999, "9999"},
+                                                   {10000, "1.0万"},
+                                                   {12345, "1.2万"},
+                                                   {99999999, "10000.0万"},
+                                                   {100000000, "1.00亿"},
+                                                   {250000000, "2.50亿"},
+                                                   {-5, "-5"}};
   for (auto [value, text] : cases) EXPECT_EQ(volumeText(value), text) << value;
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 
 #include "core/QuoteSnapshot.h"
@@ -39,12 +38,10 @@ TEST(QuoteSnapshot, CurrencyByExactMarketLabel) {
 }
 
 TEST(QuoteSnapshot, TrendRunsFromPreviousCloseToPrice) {
+  // Its length, ends and repeatability are checked by the self-test.
   const QuoteSnapshot q = sample();
   const auto trend = q.trend();
   ASSERT_EQ(trend.size(), 60u);
-  EXPECT_EQ(trend.front(), q.prevClose);
-  EXPECT_NEAR(trend.back(), q.price, 1e-9 * q.price);
-  EXPECT_EQ(trend, q.trend());
   // Worked out by hand from the formula: seed 309 (the bytes of "600519"), amplitude
   // max(16.8 × 0.16, 1452 × 0.0015) = 2.688.
   const std::pair<int, double> points[] = {{1, 1452.3217910742378},

@@ -16,21 +16,18 @@ struct AlertHarness : ModelHarness {
   explicit AlertHarness(bool authorized = true, bool startTimers = true) {
     notifier.authorized = authorized;
     source.probeAnswers = {true};  // the start-up bootstrap loads at once
-    serve(1500, 480);
+    reload(1500, 480);
     model = make(startTimers);
     model->setRefreshInterval(0);
     model->setSourceMode(SourceMode::tencent);
   }
-  void serve(double moutai, double tencent) {
+  void reload(double moutai, double tencent) {
     source.answers[SourceMode::tencent] = {
         {QuoteSnapshot{"600519", "A股", "贵州茅台", moutai, 1450, moutai, moutai, 1, {}, "tencent"},
          QuoteSnapshot{
              "00700", "港股", "腾讯控股", tencent, 470, tencent, tencent, 1, {}, "tencent"}},
         std::nullopt};
-  }
-  void reload(double moutai, double tencent) {
-    serve(moutai, tencent);
-    model->loadSource(false);
+    if (model) model->loadSource(false);
   }
 };
 

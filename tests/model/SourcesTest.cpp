@@ -16,43 +16,38 @@ std::string manifest(int64_t revision, const std::string& tencentQuote = "https:
 }
 
 TEST(Bootstrap, StatusTextsForEveryEnd) {
-  struct Case {
-    const char* what;
-    std::vector<bool> probes;
-    std::optional<std::string> body;
-    bool withURL;
-    std::string status;
-    int64_t revision;
-  };
-  const Case cases[] = {
-      {"probe yes", {true}, std::nullopt, true, "行情地址可用 · r1", 1},
-      {"probe no, no URL", {false}, manifest(5), false, "远程更新不可用 · 使用缓存地址", 1},
-      {"probe no, no manifest", {false}, std::nullopt, true, "远程更新不可用 · 使用缓存地址", 1},
-      {"older manifest", {false}, manifest(0), true, "远程更新不可用 · 使用缓存地址", 1},
-      {"adopted, then yes", {false, true}, manifest(5), true, "远程地址已更新并验证 · r5", 5},
-      {"adopted, then no", {false, false}, manifest(5), true, "已更新地址 · 部分源仍不可用", 5},
-      {"equal revision adopted", {false, true}, manifest(1), true, "远程地址已更新并验证 · r1", 1},
-  };
-  for (const Case& c : cases) {
+  // The probes' answers, the manifest served, whether the app names the manifest's URL, then the
+  // status and revision. A second probe follows only an adopted manifest, which is stored.
+  const std::tuple<std::vector<bool>, std::optional<std::string>, bool, const char*, int64_t>
+      cases[] = {
+          {{true}, std::nullopt, true, "行情地址可用 · r1", 1},
+          {{false}, manifest(5), false, "远程更新不可用 · 使用缓存地址", 1},
+          {{false}, std::nullopt, true, "远程更新不可用 · 使用缓存地址", 1},
+          {{false}, manifest(0), true, "远程更新不可用 · 使用缓存地址", 1},  // older
+          {{false, true}, manifest(5), true, "远程地址已更新并验证 · r5", 5},
+          {{false, false}, manifest(5), true, "已更新地址 · 部分源仍不可用", 5},
+          {{false, true}, manifest(1), true, "远程地址已更新并验证 · r1", 1},  // equal: adopted
+      };
+  for (const auto& [probes, body, withURL, status, revision] : cases) {
+    SCOPED_TRACE(testing::Message() << status << " " << body.value_or("no manifest"));
     ModelHarness h;
-    if (c.withURL) h.bundle.info["StockDataSourceConfigURL"] = manifestURL;
-    h.source.probeAnswers = c.probes;
-    h.source.manifestBody = c.body;
+    if (withURL) h.bundle.info["StockDataSourceConfigURL"] = manifestURL;
+    h.source.probeAnswers = probes;
+    h.source.manifestBody = body;
     Preferences p;
     p.sourceMode = SourceMode::tencent;
     h.store.setData(AppModel::preferencesKey, toJson(p).dump());
     auto m = h.make(true);
     h.scheduler.runDue();
-    EXPECT_EQ(m->sourceConfigStatus(), c.status) << c.what;
-    EXPECT_EQ(m->sourceConfigRevision(), c.revision) << c.what;
-    EXPECT_FALSE(m->sourceBootstrapInFlight()) << c.what;
-    EXPECT_NE(m->phase(), QuotePhase::loading) << c.what;
-    EXPECT_FALSE(h.source.calls.empty())
-        << c.what << ": quotes are loaded whatever the probes said";
-    const bool adopted = c.revision == 5 || std::string(c.what) == "equal revision adopted";
-    EXPECT_EQ(h.store.data(AppModel::sourceManifestKey).has_value(), adopted) << c.what;
-    if (c.probes.size() == 2) {
-      EXPECT_EQ(h.source.probedWith[1], "https://m.gtimg.cn/q=") << c.what;
+    EXPECT_EQ(m->sourceConfigStatus(), status);
+    EXPECT_EQ(m->sourceConfigRevision(), revision);
+    EXPECT_FALSE(m->sourceBootstrapInFlight());
+    EXPECT_NE(m->phase(), QuotePhase::loading);
+    EXPECT_FALSE(h.source.calls.empty()) << "quotes are loaded whatever the probes said";
+    const bool adopted = probes.size() == 2;
+    EXPECT_EQ(h.store.data(AppModel::sourceManifestKey).has_value(), adopted);
+    if (adopted) {
+      EXPECT_EQ(h.source.probedWith[1], "https://m.gtimg.cn/q=");
     }
   }
 }

@@ -14,15 +14,12 @@ struct Harness {
   ManualScheduler scheduler{clock};
   test::FakeHttpClient http{scheduler};
   test::FakeProcessRunner processes{scheduler};
-  StockSDKBridge bridge{processes, clock, [] {
-                          BridgeSetup setup;
-                          setup.script = "/opt/tidemark/bridge/stock-sdk-bridge.mjs";
-                          setup.environment = {{"PATH", "/bin"}, {"HOME", "/home/u"}};
-                          setup.isExecutable = [](const std::string& p) {
-                            return p == "/usr/bin/node";
-                          };
-                          return setup;
-                        }()};
+  StockSDKBridge bridge{
+      processes,
+      clock,
+      {.script = "/opt/tidemark/bridge/stock-sdk-bridge.mjs",
+       .environment = {{"PATH", "/bin"}, {"HOME", "/home/u"}},
+       .isExecutable = [](const std::string& p) { return p == "/usr/bin/node"; }}};
   LiveMarketData data{http, bridge, clock};
   DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
 
@@ -144,12 +141,9 @@ TEST(Manifest, OnlyA2xxBodyIsHandedOn) {
 
 TEST(Bridge, QuoteRunWithItsArgumentsEnvironmentAndTexts) {
   Harness h;
-  h.processes.results = {
-      {{},
-       0,
-       true,
-       false,
-       R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])"}};
+  const std::string output =
+      R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])";
+  h.processes.results = {{{}, 0, true, false, output}};
   auto [ids, error] = h.fetch(SourceMode::stockSDK, {"600519", "NVDA"});
   EXPECT_EQ(ids, List{"600519"});
   EXPECT_EQ(error, std::nullopt);
@@ -166,17 +160,11 @@ TEST(Bridge, QuoteRunWithItsArgumentsEnvironmentAndTexts) {
   EXPECT_EQ(json::parse(run.environment.at("STOCK_DATA_SOURCE_CONFIG")),
             toJson(DataSourceEndpoints::bundled()));
 
-  const std::pair<ProcessResult, const char*> failures[] = {
-      {{"No such file or directory", -1, false, false, ""},
-       "stock-sdk 启动失败：No such file or directory"},
-      {{{}, 0, true, false, ""}, "stock-sdk 未返回有效报价"},
-      {{{}, -1, false, true, ""}, "stock-sdk 未返回有效报价"},
-  };
-  for (const auto& [result, text] : failures) {
-    Harness f;
-    f.processes.results = {result};
-    EXPECT_EQ(f.fetch(SourceMode::stockSDK, {"600519"}).second, text);
-  }
+  // RealBridge runs children that time out or print nothing.
+  Harness f;
+  f.processes.results = {{"No such file or directory", -1, false, false, ""}};
+  EXPECT_EQ(f.fetch(SourceMode::stockSDK, {"600519"}).second,
+            "stock-sdk 启动失败：No such file or directory");
 }
 
 TEST(Bridge, FindsNodeInOrderThenOnThePath) {

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,20 +29,34 @@ class FakeMarketDataSource final : public MarketDataSource {
   };
 
   void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
-                   const std::vector<std::string>& symbols, const QuoteMap& cached,
-                   QuotesCompletion completion) override;
+                   const std::vector<std::string>& symbols, const QuoteMap&,
+                   QuotesCompletion completion) override {
+    calls.push_back({source, symbols, endpoints.tencentQuote});
+    held.emplace_back(source, std::move(completion));
+    if (!holdAnswers) releaseNext(held.size() - 1);
+  }
   // Completes a held request (the oldest by default) with its configured answer.
-  void releaseNext(size_t index = 0);
+  void releaseNext(size_t index = 0) {
+    auto [source, completion] = std::move(held.at(index));
+    held.erase(held.begin() + static_cast<std::ptrdiff_t>(index));
+    completion(answers[source].quotes, answers[source].error);
+  }
   // Probes answer from `probeAnswers` in turn (false once they run out).
   void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
-                           std::function<void(bool)> completion) override;
-  void fetchManifest(const std::string& url,
-                     std::function<void(std::optional<std::string>)> completion) override;
+                           std::function<void(bool)> completion) override {
+    probedWith.push_back(endpoints.tencentQuote);
+    completion(probedWith.size() <= probeAnswers.size() && probeAnswers[probedWith.size() - 1]);
+  }
+  void fetchManifest(const std::string&,
+                     std::function<void(std::optional<std::string>)> completion) override {
+    completion(manifestBody);
+  }
   bool canFetchIntraday() const override { return intradayAvailable; }
   // Held until the test answers it from `intradayRequests`.
-  void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
-                     const std::string& market,
-                     std::function<void(std::optional<std::vector<double>>)> completion) override;
+  void fetchIntraday(const DataSourceEndpoints&, const std::string& id, const std::string&,
+                     std::function<void(std::optional<std::vector<double>>)> completion) override {
+    intradayRequests.emplace_back(id, std::move(completion));
+  }
 
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
@@ -53,18 +66,22 @@ class FakeMarketDataSource final : public MarketDataSource {
   std::vector<bool> probeAnswers;
   std::vector<std::string> probedWith;  // tencentQuote of each probe's endpoint set
   std::optional<std::string> manifestBody;
-  std::vector<std::string> manifestURLs;
   bool intradayAvailable = true;
   std::vector<std::pair<std::string, std::function<void(std::optional<std::vector<double>>)>>>
       intradayRequests;
 };
 
-// Answers each URL with the response the test configured for it (none: an unanswered request
-// held until the test answers it), always after get() has returned.
+// Answers each URL with the response the test configured for it, always after get() has
+// returned.
 class FakeHttpClient final : public HttpClient {
  public:
   explicit FakeHttpClient(Scheduler& scheduler) : scheduler_(scheduler) {}
-  void get(const HttpRequest& request, std::function<void(HttpResponse)> completion) override;
+  void get(const HttpRequest& request, std::function<void(HttpResponse)> completion) override {
+    requests.push_back(request);
+    auto it = responses.find(request.url);
+    HttpResponse response = it != responses.end() ? it->second : HttpResponse{404, "", {}};
+    scheduler_.post([completion = std::move(completion), response] { completion(response); });
+  }
 
   std::map<std::string, HttpResponse> responses;  // by URL; others get a 404
   std::vector<HttpRequest> requests;
@@ -77,7 +94,13 @@ class FakeHttpClient final : public HttpClient {
 class FakeProcessRunner final : public ProcessRunner {
  public:
   explicit FakeProcessRunner(Scheduler& scheduler) : scheduler_(scheduler) {}
-  void run(const ProcessRequest& request, std::function<void(ProcessResult)> completion) override;
+  void run(const ProcessRequest& request, std::function<void(ProcessResult)> completion) override {
+    requests.push_back(request);
+    ProcessResult result;
+    result.launchError = "no such program";
+    if (requests.size() <= results.size()) result = results[requests.size() - 1];
+    scheduler_.post([completion = std::move(completion), result] { completion(result); });
+  }
 
   std::vector<ProcessResult> results;  // in order; a launch error once they run out
   std::vector<ProcessRequest> requests;
@@ -88,10 +111,19 @@ class FakeProcessRunner final : public ProcessRunner {
 
 class RecordingNotifier final : public Notifier {
  public:
-  void queryAuthorization(std::function<void(bool)> completion) override;
-  void requestAuthorization(std::function<void(bool)> completion) override;
-  void add(const NotificationRequest& request, std::function<void()> completion) override;
-  void remove(const std::string& identifier) override;
+  void queryAuthorization(std::function<void(bool)> completion) override { completion(authorized); }
+  void requestAuthorization(std::function<void(bool)> completion) override {
+    ++authorizationRequests;
+    completion(authorized);
+  }
+  void add(const NotificationRequest& request, std::function<void()> completion) override {
+    added.push_back(request);
+    if (holdCompletions)
+      heldCompletions.push_back(std::move(completion));
+    else
+      completion();
+  }
+  void remove(const std::string& identifier) override { removed.push_back(identifier); }
 
   bool authorized = false;
   bool holdCompletions = false;  // keep add() completions for the test to run
