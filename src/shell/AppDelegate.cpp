@@ -346,13 +346,7 @@ void AppDelegate::applyInputRegion() {
     } else {
       region = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
     }
-    const auto add = [&region](const Rect& r) { region += toQRect(r); };
-    if (state.radialOpen) {
-      for (int k = 0; k < ringButtonCount; ++k) add(ringButtonHitRect(k, state.orbSize));
-    } else if (!state.dock) {
-      for (size_t i = 0; i < state.satellites; ++i)
-        add(satelliteHitRect(i, state.satellites, state.orbSize, state.expanded));
-    }
+    for (const Rect& r : controlRects(state)) region += toQRect(r);
   }
   deps_.windowSystem.setInputRegion(*panel_, region);
 }

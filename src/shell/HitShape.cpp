@@ -23,19 +23,22 @@ bool isCore(Point p, double orbSize, std::optional<DockEdge> dock) {
   return dockedCoreRect(orbSize, *dock).contains(p);
 }
 
-bool isInteractive(Point p, const OrbHitState& state) {
-  if (isCore(p, state.orbSize, state.dock)) return true;
+std::vector<Rect> controlRects(const OrbHitState& state) {
+  std::vector<Rect> rects;
   // The open ring menu hides the satellites, so only its buttons count.
   if (state.radialOpen) {
-    for (int k = 0; k < ringButtonCount; ++k)
-      if (ringButtonHitRect(k, state.orbSize).contains(p)) return true;
-    return false;
+    for (int k = 0; k < ringButtonCount; ++k) rects.push_back(ringButtonHitRect(k, state.orbSize));
+  } else if (!state.dock) {  // satellites are clipped away while docked
+    for (std::size_t i = 0; i < state.satellites; ++i)
+      rects.push_back(satelliteHitRect(i, state.satellites, state.orbSize, state.expanded));
   }
-  // Satellites are clipped away while docked.
-  if (state.dock) return false;
-  for (std::size_t i = 0; i < state.satellites; ++i)
-    if (satelliteHitRect(i, state.satellites, state.orbSize, state.expanded).contains(p))
-      return true;
+  return rects;
+}
+
+bool isInteractive(Point p, const OrbHitState& state) {
+  if (isCore(p, state.orbSize, state.dock)) return true;
+  for (const Rect& r : controlRects(state))
+    if (r.contains(p)) return true;
   return false;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "views/OrbLayout.h"
 
@@ -23,6 +24,10 @@ struct OrbHitState {
   bool radialOpen = false;
   std::size_t satellites = 0;
 };
+
+// The rectangles of the controls around the core that take input in this state: the ring
+// buttons while the menu is open, else the satellites of a free orb.
+std::vector<Rect> controlRects(const OrbHitState& state);
 
 // The core or a control drawn around it; everything else lets the event fall through to the
 // window below.
