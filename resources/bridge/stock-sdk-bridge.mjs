@@ -3,15 +3,17 @@
 //   node stock-sdk-bridge.mjs --quotes '["600519","00700","NVDA"]'   → [{id, name, price, ...}]
 //   node stock-sdk-bridge.mjs --health                              → exit 0 when the package works
 //   node stock-sdk-bridge.mjs --timeline '{"id":"600519","market":"A股"}' → {"values": [...]}
+//   node stock-sdk-bridge.mjs --search 茅台                          → the --quotes answer for
+//                                                                     the stocks and funds found
 //
 // The endpoint set comes as JSON in STOCK_DATA_SOURCE_CONFIG; its stockSDKTencentBase is the
 // package's base address. A base other than Tencent's own is taken as a mirror of all Tencent
-// hosts, so the intraday requests go there too.
+// hosts, so the intraday and search requests go there too.
 
 import { StockSDK, decodeGBK, parseResponse } from 'stock-sdk';
 
 const TENCENT_BASE = 'https://qt.gtimg.cn';
-const TENCENT_HOSTS = /^https:\/\/(web\.ifzq|ifzq|qt)\.gtimg\.cn/;
+const TENCENT_HOSTS = /^https:\/\/(web\.ifzq|ifzq|qt|smartbox)\.gtimg\.cn/;
 
 function tencentBase() {
   try {
@@ -118,6 +120,34 @@ async function timeline(request) {
   return { values: (answer?.data ?? []).map((point) => point.price) };
 }
 
+const SEARCH_MARKETS = new Set(['sh', 'sz', 'bj', 'hk', 'us']);
+const SEARCH_LIMIT = 12;
+
+// The watchlist symbol of a search hit: the package answers the market's prefix with the code
+// ("sh600519", "hk00700", "usnvda.oq"); US codes carry an exchange suffix the feeds do not want.
+function searchSymbol(hit) {
+  const market = String(hit?.market ?? '').toLowerCase();
+  if (!SEARCH_MARKETS.has(market)) return null;
+  if (hit.category !== 'stock' && hit.category !== 'fund') return null;
+  let code = String(hit.code ?? '').toLowerCase();
+  if (code.startsWith(market)) code = code.slice(market.length);
+  if (market === 'us') {
+    const ticker = code.toUpperCase().replace(/\.(OQ|N|AM|PS|OB|PK)$/, '');
+    return /^[A-Z]{1,5}([.-][A-Z]{1,2})?$/.test(ticker) ? ticker : null;
+  }
+  const digits = market === 'hk' ? 5 : 6;
+  return isDigits(code) && code.length === digits ? code : null;
+}
+
+async function search(text) {
+  const hits = await makeSDK().search(text);
+  const symbols = [...new Set(hits.map(searchSymbol).filter(Boolean))].slice(0, SEARCH_LIMIT);
+  const records = await quotes(symbols);
+  // Hits without a single quote mean the quote feed failed, not that nothing matched.
+  if (symbols.length > 0 && records.length === 0) fail('no quotes for the search hits');
+  return records;
+}
+
 function fail(message) {
   process.stderr.write(message + '\n');
   process.exit(1);
@@ -136,8 +166,11 @@ try {
     const request = JSON.parse(argument ?? '{}');
     if (typeof request?.id !== 'string') fail('--timeline takes {"id", "market"}');
     process.stdout.write(JSON.stringify(await timeline(request)) + '\n');
+  } else if (mode === '--search') {
+    if (!argument?.trim()) fail('--search takes the text to look up');
+    process.stdout.write(JSON.stringify(await search(argument.trim())) + '\n');
   } else {
-    fail('usage: stock-sdk-bridge.mjs --quotes JSON | --health | --timeline JSON');
+    fail('usage: stock-sdk-bridge.mjs --quotes JSON | --health | --timeline JSON | --search TEXT');
   }
 } catch (error) {
   fail(String(error?.message ?? error));

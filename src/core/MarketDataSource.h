@@ -41,6 +41,14 @@ class MarketDataSource {
   virtual void fetchIntraday(
       const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
       std::function<void(std::optional<std::vector<double>>)> completion) = 0;
+
+  // Securities whose code or name matches the text, with their quotes, best match first. No
+  // quotes and no error: nothing matched. An error: the search itself failed, which is all a
+  // source without a search can say.
+  virtual void searchSecurities(const DataSourceEndpoints& /*endpoints*/,
+                                const std::string& /*text*/, QuotesCompletion completion) {
+    completion({}, "数据源不支持搜索");
+  }
 };
 
 }  // namespace tidemark

@@ -162,6 +162,14 @@ class AppModel {
   void move(const std::string& symbol, int offset);
   void cycleActive();
   void restoreWatchlist();
+  // Looks the text up in the current source: the demonstration or static securities by code and
+  // name, or the live source's own search (falling back to the local securities when it fails).
+  // Sets isSearchingSource while it runs and ends with sourceSearchResults and
+  // sourceSearchMessage; a newer search supersedes an older one.
+  void searchSource(const std::string& text);
+  // Keeps the candidate's quote (unless the model holds a newer one) and adds its symbol to the
+  // watchlist.
+  void addSearchResult(const QuoteSnapshot& quote);
   std::optional<std::vector<std::string>> readWatchlist() const;
   void saveWatchlist();
   // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
@@ -222,6 +230,10 @@ class AppModel {
   void loadStatic();
   void attempt(const std::shared_ptr<LiveLoad>& load);
   void finish(const std::shared_ptr<LiveLoad>& load);
+  // The securities of the demonstration set or the shipped snapshot that match the text.
+  std::vector<QuoteSnapshot> localSearch(std::string_view text) const;
+  // Publishes the results; nothing found gets a message, worded by whether the source failed.
+  void endSearch(std::vector<QuoteSnapshot> results, bool sourceFailed);
   QuotePhase phaseForAge(Date dataTime) const;
 
   Dependencies deps_;
@@ -276,6 +288,8 @@ class AppModel {
   MockMarket mockMarket_;
   // The live load whose answers still count; an older one's answers are dropped.
   std::shared_ptr<LiveLoad> liveLoad_;
+  // Counts searchSource calls; an answer for an older one is dropped.
+  uint64_t searchGeneration_ = 0;
 };
 
 // Where the shown quotes come from, in words: the first tag found in the order offline snapshot,

@@ -115,4 +115,9 @@ void LiveMarketData::fetchIntraday(
   bridge_.fetchTimeline(endpoints, id, market, std::move(completion));
 }
 
+void LiveMarketData::searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
+                                      QuotesCompletion completion) {
+  bridge_.search(endpoints, text, std::move(completion));
+}
+
 }  // namespace tidemark

@@ -28,6 +28,9 @@ class LiveMarketData final : public MarketDataSource {
   void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
                      const std::string& market,
                      std::function<void(std::optional<std::vector<double>>)> completion) override;
+  // The text feeds have no search; the bridge asks the package's own.
+  void searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
+                        QuotesCompletion completion) override;
 
   // One web probe: the source's quote base followed by "sh600519", 3 s.
   void probeQuoteEndpoint(SourceMode source, const DataSourceEndpoints& endpoints,

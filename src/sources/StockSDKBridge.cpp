@@ -171,4 +171,22 @@ void StockSDKBridge::fetchTimeline(
               });
 }
 
+void StockSDKBridge::search(const DataSourceEndpoints& endpoints, const std::string& text,
+                            QuotesCompletion completion) {
+  if (!setup_.script) return completion({}, "stock-sdk 未随应用安装");
+  const auto node = nodePath();
+  if (!node) return completion({}, "未找到 Node.js，无法启动 stock-sdk");
+  runner_.run(request(*node, endpoints, {"--search", text}, setup_.searchDeadline),
+              [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
+                if (result.launchError)
+                  return completion({}, "stock-sdk 启动失败：" + *result.launchError);
+                // Only a clean exit with an array tells "nothing matched" from a failed search.
+                const bool clean =
+                    !result.outputTooLarge && result.exitedNormally && result.exitCode == 0;
+                const auto answer = clean ? json::parse(result.standardOutput) : std::nullopt;
+                if (!answer || !answer->is_array()) return completion({}, "stock-sdk 搜索失败");
+                completion(decodeSDKQuotes(result.standardOutput, clock.now()), std::nullopt);
+              });
+}
+
 }  // namespace tidemark

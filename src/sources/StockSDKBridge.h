@@ -28,6 +28,7 @@ struct BridgeSetup {
   double quoteDeadline = 22;
   double healthDeadline = 4;
   double timelineDeadline = 22;
+  double searchDeadline = 22;  // a search and a quote run, one after the other
 };
 
 // The process environment as a map.
@@ -62,6 +63,10 @@ class StockSDKBridge {
   void fetchTimeline(const DataSourceEndpoints& endpoints, const std::string& id,
                      const std::string& market,
                      std::function<void(std::optional<std::vector<double>>)> completion);
+  // The package's own search: the stocks and funds it finds, with their quotes. An empty answer
+  // is a search that matched nothing; an error text is a search that failed.
+  void search(const DataSourceEndpoints& endpoints, const std::string& text,
+              QuotesCompletion completion);
 
  private:
   ProcessRequest request(const std::string& node, const DataSourceEndpoints& endpoints,

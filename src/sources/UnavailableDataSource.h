@@ -23,6 +23,10 @@ class UnavailableDataSource final : public MarketDataSource {
                      std::function<void(std::optional<std::vector<double>>)> done) override {
     done(std::nullopt);
   }
+  void searchSecurities(const DataSourceEndpoints&, const std::string&,
+                        QuotesCompletion done) override {
+    done({}, "数据源搜索暂不可用");
+  }
 };
 
 }  // namespace tidemark

@@ -103,3 +103,14 @@ for i in range(500):
                            max(price, prev) * 1.01, min(price, prev) * 0.99,
                            market="1" if prefix == "sh60" else "51"))
 open("tencent-500.gbk", "wb").write("".join(rows).encode("gb18030"))
+
+# The package's search answer: market~code~name~pinyin~type hits joined by "^", names as \u
+# escapes. An index, an off-exchange fund and a convertible bond are among the hits; the bridge
+# keeps the exchange-listed stocks and funds only.
+hits = [("sh", "600519", "贵州茅台", "gzmt", "GP-A"), ("sh", "000001", "上证指数", "szzs", "ZS"),
+        ("hk", "00700", "腾讯控股", "txkg", "GP"), ("us", "nvda.oq", "英伟达", "ywd", "GP"),
+        ("jj", "161725", "招商中证白酒", "zszzbj", "KJ"), ("sz", "000858", "五粮液", "wly", "GP-A"),
+        ("sh", "113001", "中行转债", "zhzz", "ZQ")]
+escaped = lambda s: "".join(c if ord(c) < 128 else "\\u%04x" % ord(c) for c in s)
+hint = "^".join("~".join((m, c, escaped(n), p, t)) for m, c, n, p, t in hits)
+open("smartbox-search.txt", "w").write('v_hint="' + hint + '"\n')

@@ -109,5 +109,96 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
   EXPECT_EQ(m->watchlist(), (List{"00700", " NVDA "}));
 }
 
+List ids(const std::vector<QuoteSnapshot>& quotes) {
+  List list;
+  for (const QuoteSnapshot& q : quotes) list.push_back(q.id);
+  return list;
+}
+
+// Demonstration and static modes search their own securities; live ones ask the source and fall
+// back to the shipped securities when it fails.
+TEST(Search, ResultsAndMessagesByMode) {
+  std::vector<QuoteSnapshot> many;
+  for (int i = 0; i < 25; ++i) many.push_back(test::quote(std::to_string(601000 + i), 5));
+  List first20 = ids(many);
+  first20.resize(20);
+  const test::FakeMarketDataSource::Answer failed{{}, "stock-sdk 搜索失败"};
+  const std::optional<std::string> none, nothing = "没有找到匹配的标的";
+  const std::tuple<SourceMode, const char*, test::FakeMarketDataSource::Answer, List,
+                   std::optional<std::string>>
+      cases[] = {
+          {SourceMode::mock, " nvda\n", {}, {"NVDA"}, none},
+          {SourceMode::mock, "平安", {}, {"601318", "000001"}, none},
+          {SourceMode::mock, "etf", {}, {"510300", "159915", "QQQ", "SPY"}, none},
+          {SourceMode::mock, "30", {}, {"300750", "03033", "510300"}, none},  // prefixes first
+          {SourceMode::mock, "紫金矿业", {}, {}, nothing},
+          {SourceMode::mock, " \t\n", {}, {}, none},
+          {SourceMode::staticJSON, "腾讯", {}, {"00700"}, none},
+          {SourceMode::automatic, " 紫金\n", {{test::quote("601899", 18)}, {}}, {"601899"}, none},
+          {SourceMode::tencent, "紫金", {}, {}, nothing},
+          {SourceMode::sina, "紫金", failed, {}, "数据源搜索失败，请稍后重试"},
+          {SourceMode::stockSDK, "茅台", failed, {"600519"}, none},
+          {SourceMode::automatic, "60", {many, {}}, first20, none},
+      };
+  ModelHarness h;
+  auto m = h.make();
+  for (const auto& [mode, text, answer, found, message] : cases) {
+    m->setSourceMode(mode);
+    h.source.searchAnswer = answer;
+    const size_t asked = h.source.searches.size();
+    m->searchSource(text);
+    EXPECT_EQ(ids(m->sourceSearchResults()), found) << text;
+    EXPECT_EQ(m->sourceSearchMessage(), message) << text;
+    EXPECT_FALSE(m->isSearchingSource());
+    if (mode == SourceMode::mock || mode == SourceMode::staticJSON)
+      EXPECT_EQ(h.source.searches.size(), asked);
+    else
+      EXPECT_EQ(h.source.searches.at(asked).first, trimmedSymbol(text));
+  }
+  // Demonstration results carry the prices the orb shows.
+  m->setSourceMode(SourceMode::mock);
+  h.scheduler.advance(1);
+  m->searchSource("茅台");
+  EXPECT_EQ(m->sourceSearchResults(), std::vector<QuoteSnapshot>{*m->quote("600519")});
+}
+
+TEST(Search, TheNewestSearchWins) {
+  ModelHarness h;
+  h.source.holdSearches = true;
+  auto m = h.make();
+  m->setSourceMode(SourceMode::tencent);
+  m->searchSource("茅台");
+  m->searchSource("腾讯");
+  EXPECT_TRUE(m->isSearchingSource());
+  h.source.answerSearch(1, {{test::quote("00700", 485)}, {}});
+  h.source.answerSearch(0, {{test::quote("600519", 1468)}, {}});
+  EXPECT_EQ(ids(m->sourceSearchResults()), List{"00700"});
+  EXPECT_FALSE(m->isSearchingSource());
+
+  m->searchSource("英伟达");
+  m->searchSource(" ");  // clearing the box drops the search under way
+  h.source.answerSearch(2, {{test::quote("NVDA", 186)}, {}});
+  EXPECT_EQ(ids(m->sourceSearchResults()), List{});
+  EXPECT_EQ(m->sourceSearchMessage(), std::nullopt);
+  EXPECT_FALSE(m->isSearchingSource());
+
+  m->searchSource("苹果");
+  m.reset();
+  h.source.answerSearch(3, {{}, "late"});  // must not touch the destroyed model
+}
+
+TEST(Search, AddingAResultKeepsTheNewerQuoteAndTheSymbolOnce) {
+  ModelHarness h;
+  auto m = h.make();
+  m->addSearchResult(test::quote("601899", 18.2));
+  m->addSearchResult(test::quote("601899", 18.4));
+  m->addSearchResult(test::quote("601899", 17.0, 10, "tencent", Date{-1}));
+  m->addSearchResult(test::quote("600519", 1500, 10, "tencent", h.clock.now()));
+  EXPECT_EQ(m->watchlist(), (List{"600519", "00700", "NVDA", "03033", "000858", "601899"}));
+  EXPECT_EQ(m->quote("601899")->price, 18.4);
+  EXPECT_EQ(m->quote("600519")->price, 1500);
+  EXPECT_NE(h.store.data(AppModel::snapshotsKey)->find("601899"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace tidemark

@@ -31,19 +31,22 @@ struct Bridge {
           return setup;
         }()) {}
 
-  std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>> quotes(
-      const DataSourceEndpoints& endpoints, const std::vector<std::string>& symbols) {
-    std::optional<std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>> result;
+  using Answer = std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>;
+  Answer wait(const std::function<void(QuotesCompletion)>& start) {
+    std::optional<Answer> result;
     // A real event loop: qWaitFor sleeps between turns, which throttles reading a pipe.
     QEventLoop loop;
-    bridge.fetchQuotes(endpoints, symbols, [&](auto quotes, auto error) {
+    start([&](auto quotes, auto error) {
       result.emplace(quotes, error);
       loop.quit();
     });
     QTimer::singleShot(30000, &loop, &QEventLoop::quit);
     if (!result) loop.exec();
     EXPECT_TRUE(result.has_value());
-    return result ? *result : std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>{};
+    return result.value_or(Answer{});
+  }
+  Answer quotes(const DataSourceEndpoints& endpoints, const std::vector<std::string>& symbols) {
+    return wait([&](QuotesCompletion done) { bridge.fetchQuotes(endpoints, symbols, done); });
   }
 
   SystemClock clock;
@@ -92,6 +95,42 @@ TEST(RealBridge, QuotesAndTimelineFromAMirroredTencentFeed) {
   b.bridge.fetchTimeline(endpoints, "600519", "A股", [&](auto values) { series = values; });
   ASSERT_TRUE(QTest::qWaitFor([&] { return series.has_value(); }, 30000));
   EXPECT_EQ(*series, (std::vector<double>{1455.0, 1456.5, 1458.2}));
+}
+
+TEST(RealBridge, SearchThroughAMirroredSmartbox) {
+  using Reply = test::LoopbackServer::Reply;
+  const std::string hint = test::testData("smartbox-search.txt");
+  const std::string body = test::testData("tencent-basic.gbk");
+  const std::string failed = "stock-sdk 搜索失败";
+  const std::tuple<Reply, Reply, std::vector<std::string>, std::optional<std::string>> cases[] = {
+      {{200, hint}, {200, body}, {"600519", "00700", "NVDA", "000858"}, std::nullopt},
+      {{200, "v_hint=\"N\"\n"}, {200, body}, {}, std::nullopt},
+      {{500, ""}, {200, body}, {}, failed},
+      {{200, hint, test::LoopbackServer::Delivery::cut}, {200, body}, {}, failed},
+      {{200, hint}, {500, ""}, {}, failed},  // hits without quotes are no answer
+  };
+  for (const auto& [search, quote, ids, error] : cases) {
+    test::LoopbackServer server([&](const std::string& target) -> Reply {
+      if (target.starts_with("/s3/?")) return search;
+      if (target.starts_with("/?q=")) return quote;
+      return {404, ""};
+    });
+    DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+    endpoints.stockSDKTencentBase = server.base();
+    Bridge b;
+    auto [quotes, text] =
+        b.wait([&](QuotesCompletion done) { b.bridge.search(endpoints, "茅台", done); });
+    std::vector<std::string> found;
+    for (const QuoteSnapshot& q : quotes) found.push_back(q.id);
+    EXPECT_EQ(found, ids) << search.body;
+    EXPECT_EQ(text, error) << search.body;
+    ASSERT_FALSE(server.targets.empty());
+    EXPECT_EQ(server.targets[0], "/s3/?v=2&t=all&q=%E8%8C%85%E5%8F%B0");
+    // The index, the off-exchange fund and the bond among the hits are never asked for.
+    if (!ids.empty())
+      EXPECT_NE(std::find(server.targets.begin(), server.targets.end(), "/?q=sh600519%2Csz000858"),
+                server.targets.end());
+  }
 }
 
 TEST(RealBridge, FailuresEndInTheirTexts) {

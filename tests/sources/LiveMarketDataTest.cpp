@@ -167,6 +167,25 @@ TEST(Bridge, QuoteRunWithItsArgumentsEnvironmentAndTexts) {
             "stock-sdk 启动失败：No such file or directory");
 }
 
+// RealBridge covers found, nothing found and a failing script; these are the other endings.
+TEST(Bridge, ASearchWithoutAnArrayAnswerFails) {
+  const std::pair<ProcessResult, const char*> cases[] = {
+      {{{}, 0, true, false, "no quotes"}, "stock-sdk 搜索失败"},
+      {{{}, -1, false, true, "[]"}, "stock-sdk 搜索失败"},  // killed at the deadline
+      {{"No such file", -1, false, false, ""}, "stock-sdk 启动失败：No such file"},
+  };
+  for (const auto& [result, text] : cases) {
+    Harness h;
+    h.processes.results = {result};
+    std::optional<std::string> error;
+    h.data.searchSecurities(h.endpoints, "紫金", [&](auto, auto e) { error = e; });
+    h.scheduler.runDue();
+    EXPECT_EQ(error, text);
+    EXPECT_EQ(h.processes.requests.at(0).arguments,
+              (List{"/opt/tidemark/bridge/stock-sdk-bridge.mjs", "--search", "紫金"}));
+  }
+}
+
 TEST(Bridge, FindsNodeInOrderThenOnThePath) {
   ManualClock clock;
   ManualScheduler scheduler(clock);

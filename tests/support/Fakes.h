@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/HttpClient.h"
@@ -57,6 +58,15 @@ class FakeMarketDataSource final : public MarketDataSource {
                      std::function<void(std::optional<std::vector<double>>)> completion) override {
     intradayRequests.emplace_back(id, std::move(completion));
   }
+  // Answered from `searchAnswer` at once, or held until the test answers it.
+  void searchSecurities(const DataSourceEndpoints&, const std::string& text,
+                        QuotesCompletion completion) override {
+    searches.emplace_back(text, std::move(completion));
+    if (!holdSearches) answerSearch(searches.size() - 1, searchAnswer);
+  }
+  void answerSearch(size_t index, const Answer& answer) {
+    std::exchange(searches.at(index).second, nullptr)(answer.quotes, answer.error);
+  }
 
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
@@ -69,6 +79,9 @@ class FakeMarketDataSource final : public MarketDataSource {
   bool intradayAvailable = true;
   std::vector<std::pair<std::string, std::function<void(std::optional<std::vector<double>>)>>>
       intradayRequests;
+  Answer searchAnswer;
+  bool holdSearches = false;
+  std::vector<std::pair<std::string, QuotesCompletion>> searches;  // text, then completion
 };
 
 // Answers each URL with the response the test configured for it, always after get() has
