@@ -58,7 +58,20 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
       QStringLiteral("endpoints"),
       QStringLiteral("Take the feed addresses from this JSON file for this run."),
       QStringLiteral("FILE"));
-  parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints});
+  const QCommandLineOption previews(
+      QStringLiteral("render-previews"),
+      QStringLiteral("Render every view in every theme as PNG files into the directory given as "
+                     "the last argument; nothing stored is read or written."));
+  parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews});
+
+  // The directory is the last argument whatever comes before it, so this mode skips the parser.
+  if (arguments.contains(QStringLiteral("--render-previews"))) {
+    CommandLine line;
+    line.mode = CommandLine::Mode::previews;
+    line.previewDirectory = arguments.size() > 1 ? arguments.constLast().toStdString()
+                                                 : std::string("/tmp/tidemark-previews");
+    return line;
+  }
 
   if (!parser.parse(arguments)) return parser.errorText().toStdString();
   if (!parser.positionalArguments().isEmpty())

@@ -13,13 +13,14 @@
 namespace tidemark {
 
 struct CommandLine {
-  enum class Mode { desktop, quotes, selfTest, help, version };
+  enum class Mode { desktop, quotes, selfTest, previews, help, version };
   Mode mode = Mode::desktop;
   bool json = false;
   bool watch = false;
   std::optional<SourceMode> source;
   std::optional<std::vector<std::string>> symbols;
   std::optional<DataSourceEndpoints> endpoints;
+  std::string previewDirectory;
   std::string helpText;
 };
 

@@ -21,6 +21,7 @@
 #include "platform/SettingsStore.h"
 #include "shell/AppDelegate.h"
 #include "shell/NativeChecks.h"
+#include "views/SettingsView.h"
 #include "views/SmallWindows.h"
 
 namespace tidemark {
@@ -124,11 +125,17 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                  std::nullopt, true, bundle);
   auto windowSystem = makeWindowSystem();
   auto hotKeys = makeGlobalHotKeys();
-  // The guide and the alert editor; the settings window follows with the other views.
-  const WindowContentFactory windows = [&model](AppDelegate& d, const std::string& key,
-                                                const std::string&) -> QWidget* {
+  const WindowContentFactory windows = [&model, &clock](AppDelegate& d, const std::string& key,
+                                                        const std::string& section) -> QWidget* {
     if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
     if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
+    if (key == "settings") {
+      SettingsView::Actions actions;
+      actions.openGuide = [&d] { d.openWindow("guide"); };
+      actions.openAlert = [&d] { d.openWindow("alert"); };
+      actions.close = [&d] { d.closeWindow("settings"); };
+      return new SettingsView(model, clock, std::move(actions), section);
+    }
     return nullptr;
   };
   AppDelegate delegate(

@@ -5,6 +5,7 @@
 #include "app/AppInfo.h"
 #include "app/CommandLine.h"
 #include "app/DesktopApp.h"
+#include "app/Previews.h"
 #include "app/QuotesCommand.h"
 
 int main(int argc, char** argv) {
@@ -29,6 +30,8 @@ int main(int argc, char** argv) {
       return 0;
     case tidemark::CommandLine::Mode::selfTest:
       return tidemark::runSelfTest(argc, argv);
+    case tidemark::CommandLine::Mode::previews:
+      return tidemark::runRenderPreviews(argc, argv, line.previewDirectory);
     case tidemark::CommandLine::Mode::desktop:
       return tidemark::runDesktop(argc, argv, line);
     case tidemark::CommandLine::Mode::quotes: {

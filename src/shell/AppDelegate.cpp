@@ -11,6 +11,9 @@
 #include "core/NumberText.h"
 #include "views/MiniOrb.h"
 #include "views/OrbPalette.h"
+#include "views/SettingsView.h"
+#include "views/StatusTitle.h"
+#include "views/Theme.h"
 
 namespace tidemark {
 namespace {
@@ -32,13 +35,6 @@ constexpr WindowSpec windowSpecs[] = {
 
 QRect toQRect(const Rect& r) {
   return QRectF(r.x, r.y, r.width, r.height).toAlignedRect();
-}
-
-// The theme's backdrop and text colours for an auxiliary window and what it holds.
-QPalette windowPalette(QPalette palette, const OrbPalette& theme) {
-  palette.setColor(QPalette::Window, qt(theme.background()));
-  palette.setColor(QPalette::WindowText, qt(theme.ink()));
-  return palette;
 }
 
 std::string maskHint(bool masked) {
@@ -160,12 +156,7 @@ void AppDelegate::scheduleSynchronize() {
 }
 
 std::string AppDelegate::statusTitle() const {
-  const AppModel& m = deps_.model;
-  if (m.masked() || m.menuDensity() == 0) return "";
-  const QuoteSnapshot* quote = m.activeQuote();
-  if (!quote) return " 暂无自选";
-  if (m.menuDensity() == 1) return " " + percentText(quote->changePct());
-  return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
+  return statusTitleText(deps_.model, deps_.model.menuDensity());
 }
 
 std::string AppDelegate::tooltip() const {
@@ -197,8 +188,8 @@ void AppDelegate::synchronize() {
   for (auto& [key, window] : windows_) {
     if (!window) continue;
     deps_.windowSystem.setExcludedFromCapture(*window, exclude);
-    window->setPalette(windowPalette(window->palette(), OrbPalette{m.theme()}));
   }
+  applyTheme(m.theme());
   applyInputRegion();
 }
 
@@ -399,6 +390,8 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
     windows_.erase("alert");
   }
   if (QWidget* existing = window(key)) {
+    if (auto* settings = existing->findChild<SettingsView*>(); settings && !section.empty())
+      settings->showSection(section);
     existing->show();
     existing->raise();
     existing->activateWindow();
@@ -415,12 +408,12 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   window->resize(spec->size);
   window->setMinimumSize(spec->minimum);
   if (!spec->resizable) window->setFixedSize(spec->size);
-  window->setPalette(windowPalette(window->palette(), OrbPalette{deps_.model.theme()}));
+  applyTheme(deps_.model.theme());
   window->setAutoFillBackground(true);
   // Masked windows are kept out of capture from their first frame.
   deps_.windowSystem.setExcludedFromCapture(*window, deps_.model.masked());
   auto* layout = new QVBoxLayout(window);
-  layout->setContentsMargins(0, 28, 0, 0);
+  layout->setContentsMargins(0, 0, 0, 0);
   QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
   if (!root) root = new QLabel(QString::fromUtf8(spec->title));
   layout->addWidget(root);

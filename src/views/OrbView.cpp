@@ -82,11 +82,13 @@ QColor faded(const Color& color, double opacity) {
   return qt(withOpacity(color, color.opacity * opacity));
 }
 
+}  // namespace
+
 // The glow around the orb and the shaded sphere, centred at c.
-void paintSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
-                 bool offline) {
+void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                    bool offline, bool glow) {
   // 1. Glow: the halo, then a tint of the quote's direction.
-  {
+  if (glow) {
     QRadialGradient halo(c, 0.75 * s);
     halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
     halo.setColorAt(0.72 / 0.75, Qt::transparent);
@@ -134,8 +136,6 @@ void paintSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palet
     painter.drawEllipse(sphere);
   }
 }
-
-}  // namespace
 
 OrbView::OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
                  std::function<void(int)> onAction, QWidget* parent)
@@ -522,7 +522,7 @@ void OrbView::paintBody(QPainter& painter) {
       QPainter layer(image);
       layer.setRenderHint(QPainter::Antialiasing);
       layer.setRenderHint(QPainter::TextAntialiasing);
-      if (image == &sphereCache_) paintSphere(layer, centre, s, palette, trend, offline);
+      if (image == &sphereCache_) paintOrbSphere(layer, centre, s, palette, trend, offline);
       paintFace(layer, centre, s, image == &coreCache_);
     }
   }

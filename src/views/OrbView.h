@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QImage>
+#include <QPainter>
 #include <QWidget>
 
 #include "core/Clock.h"
@@ -16,6 +17,10 @@
 #include "views/Spring.h"
 
 namespace tidemark {
+
+// The glow around the orb (unless left out) and the shaded sphere of size s, centred at c.
+void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                    bool offline, bool glow = true);
 
 // The floating orb: the sphere with the active quote, its range ring and state badge, the
 // satellites of the watchlist and the ring menu. It fills the 460 × 460 panel canvas with the orb

@@ -11,20 +11,10 @@
 #include "core/NumberText.h"
 #include "views/OrbPalette.h"
 #include "views/TextStyle.h"
+#include "views/Theme.h"
 
 namespace tidemark {
 namespace {
-
-QLabel* label(const char* text, double size, QFont::Weight weight, const Color& colour,
-              QWidget* parent) {
-  auto* l = new QLabel(QString::fromUtf8(text), parent);
-  l->setFont(uiFont(size, weight));
-  l->setWordWrap(true);
-  QPalette palette = l->palette();
-  palette.setColor(QPalette::WindowText, qt(colour));
-  l->setPalette(palette);
-  return l;
-}
 
 // Plain text for the price field: no thousands separators, two decimals.
 QString editable(double price) {
@@ -46,14 +36,14 @@ std::optional<double> parseAlertPrice(std::string input) {
 
 AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, QWidget* parent)
     : QWidget(parent), model_(model), close_(std::move(close)) {
-  const OrbPalette palette{model.theme()};
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(24, 8, 24, 24);
   layout->setSpacing(12);
-  layout->addWidget(label("价格预警", 22, QFont::Bold, palette.ink(), this));
-  layout->addWidget(
-      label("行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。首次保存提醒时会请求通知权限。", 12,
-            QFont::Normal, palette.secondary(), this));
+  layout->addWidget(themedLabel(QString::fromUtf8("价格预警"), nullptr, 22, QFont::Bold, this));
+  layout->addWidget(themedLabel(
+      QString::fromUtf8(
+          "行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。首次保存提醒时会请求通知权限。"),
+      "secondary", 12, QFont::Normal, this));
 
   symbol_ = new QComboBox(this);
   const std::string chosen = model.alertSymbolID().value_or(model.activeID());
@@ -62,7 +52,7 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
     if (q.id == chosen) symbol_->setCurrentIndex(symbol_->count() - 1);
   }
   layout->addWidget(symbol_);
-  current_ = label("", 14, QFont::DemiBold, palette.ink(), this);
+  current_ = themedLabel(QString::fromUtf8(""), nullptr, 14, QFont::DemiBold, this);
   layout->addWidget(current_);
   QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] { showCurrent(); });
 
@@ -84,7 +74,7 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
     if (auto price = model.alertPrice()) input_->setText(editable(*price));
   }
   layout->addWidget(input_);
-  message_ = label("", 12, QFont::Normal, quoteColor(1), this);
+  message_ = themedLabel(QString::fromUtf8(""), "error", 12, QFont::Normal, this);
   layout->addWidget(message_);
   QObject::connect(input_, &QLineEdit::textChanged, this, [this](const QString& text) {
     const bool wrong = !text.isEmpty() && !parseAlertPrice(text.toStdString());
@@ -96,6 +86,7 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   auto* clearButton = new QPushButton(QStringLiteral("清除提醒"), this);
   auto* saveButton = new QPushButton(QStringLiteral("保存提醒"), this);
   saveButton->setDefault(true);
+  saveButton->setProperty("primary", true);
   QObject::connect(clearButton, &QPushButton::clicked, this, [this] { clear(); });
   QObject::connect(saveButton, &QPushButton::clicked, this, [this] { save(); });
   buttons->addWidget(clearButton);
@@ -137,13 +128,12 @@ void AlertEditorView::clear() {
 
 OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWidget* parent)
     : QWidget(parent) {
-  const OrbPalette palette{model.theme()};
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(32, 8, 32, 28);
   layout->setSpacing(14);
-  layout->addWidget(label("欢迎来到岚舟", 26, QFont::Bold, palette.ink(), this));
-  layout->addWidget(label("让行情安静地浮在桌面，\n需要时，轻触一颗灵球。", 14, QFont::Normal,
-                          palette.secondary(), this));
+  layout->addWidget(themedLabel(QString::fromUtf8("欢迎来到岚舟"), nullptr, 26, QFont::Bold, this));
+  layout->addWidget(themedLabel(QString::fromUtf8("让行情安静地浮在桌面，\n需要时，轻触一颗灵球。"),
+                                "secondary", 14, QFont::Normal, this));
   struct Step {
     const char* gesture;
     const char* title;
@@ -156,18 +146,24 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWi
       {"拖动灵球", "拖到屏幕边缘", "磁吸为安静的半圆舷窗"},
   };
   for (const Step& step : steps) {
-    auto* row = new QVBoxLayout;
+    auto* card = new QFrame(this);
+    card->setProperty("rowcard", true);
+    auto* row = new QVBoxLayout(card);
+    row->setContentsMargins(14, 8, 14, 10);
     row->setSpacing(2);
-    row->addWidget(label(step.gesture, 11, QFont::DemiBold, palette.auroraA(), this));
-    row->addWidget(label(step.title, 15, QFont::Bold, palette.ink(), this));
-    if (step.detail) row->addWidget(label(step.detail, 12, QFont::Normal, palette.muted(), this));
-    layout->addLayout(row);
+    row->addWidget(themedLabel(QString::fromUtf8(step.gesture), "accent", 11, QFont::DemiBold));
+    row->addWidget(themedLabel(QString::fromUtf8(step.title), nullptr, 15, QFont::Bold));
+    if (step.detail)
+      row->addWidget(themedLabel(QString::fromUtf8(step.detail), "muted", 12, QFont::Normal));
+    layout->addWidget(card);
   }
-  layout->addWidget(label("当前可使用本地快照，或在设置中切换腾讯 / 新浪公开行情。", 12,
-                          QFont::Normal, palette.muted(), this));
+  layout->addWidget(
+      themedLabel(QString::fromUtf8("当前可使用本地快照，或在设置中切换腾讯 / 新浪公开行情。"),
+                  "muted", 12, QFont::Normal, this));
   layout->addStretch();
   auto* start = new QPushButton(QStringLiteral("开始探索"), this);
   start->setDefault(true);
+  start->setProperty("primary", true);
   QObject::connect(start, &QPushButton::clicked, this, [&model, close = std::move(close)] {
     model.setOnboardingSeen(true);
     if (close) close();

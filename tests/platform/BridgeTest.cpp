@@ -127,9 +127,10 @@ TEST(RealBridge, SearchThroughAMirroredSmartbox) {
     ASSERT_FALSE(server.targets.empty());
     EXPECT_EQ(server.targets[0], "/s3/?v=2&t=all&q=%E8%8C%85%E5%8F%B0");
     // The index, the off-exchange fund and the bond among the hits are never asked for.
-    if (!ids.empty())
+    if (!ids.empty()) {
       EXPECT_NE(std::find(server.targets.begin(), server.targets.end(), "/?q=sh600519%2Csz000858"),
                 server.targets.end());
+    }
   }
 }
 

@@ -1,0 +1,167 @@
+#include "app/Previews.h"
+
+#include <unistd.h>
+
+#include <functional>
+#include <iostream>
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "app/DesktopApp.h"
+#include "app/Environment.h"
+#include "platform/QtScheduler.h"
+#include "platform/SettingsStore.h"
+#include "sources/UnavailableDataSource.h"
+#include "views/DetailView.h"
+#include "views/OrbView.h"
+#include "views/SettingsView.h"
+#include "views/SmallWindows.h"
+#include "views/Theme.h"
+#include "views/WatchlistView.h"
+
+namespace tidemark {
+namespace {
+
+constexpr QSize orbSize(460, 460), detailSize(980, 680), settingsSize(960, 740),
+    watchlistSize(940, 650), onboardingSize(480, 600), alertSize(420, 540);
+
+// Hosts the view in an off-screen window of the given size, lets queued work settle for 0.2 s
+// and writes what it shows.
+void render(QWidget* view, QSize size, const std::filesystem::path& file) {
+  std::unique_ptr<QWidget> window(new QWidget(nullptr, Qt::FramelessWindowHint));
+  window->setAttribute(Qt::WA_DontShowOnScreen);
+  window->setAutoFillBackground(true);
+  auto* layout = new QVBoxLayout(window.get());
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(view);
+  window->resize(size);
+  window->show();
+  QEventLoop settle;
+  QTimer::singleShot(200, &settle, &QEventLoop::quit);
+  settle.exec();
+  window->grab().save(QString::fromStdString(file.string()), "PNG");
+}
+
+// The orb over its theme's backdrop.
+class OrbPreview final : public QWidget {
+ public:
+  OrbPreview(AppModel& model, OrbWindowModel& windowModel, const Clock& clock)
+      : orb_(new OrbView(model, windowModel, clock, {}, this)) {
+    setAutoFillBackground(true);
+    orb_->resize(orbSize);
+  }
+
+ private:
+  OrbView* orb_;
+};
+
+}  // namespace
+
+std::vector<PreviewFile> previewFiles() {
+  std::vector<PreviewFile> files;
+  for (AppTheme theme : allCases<AppTheme>()) {
+    const std::string suffix(rawValue(theme));
+    files.push_back({"orb-" + suffix, orbSize.width(), orbSize.height()});
+    files.push_back({"detail-" + suffix, detailSize.width(), detailSize.height()});
+    files.push_back({"settings-" + suffix, settingsSize.width(), settingsSize.height()});
+    files.push_back({"watchlist-" + suffix, watchlistSize.width(), watchlistSize.height()});
+  }
+  files.push_back({"onboarding", onboardingSize.width(), onboardingSize.height()});
+  files.push_back({"alert", alertSize.width(), alertSize.height()});
+  files.push_back({"orb-collapsed", orbSize.width(), orbSize.height()});
+  files.push_back({"orb-radial", orbSize.width(), orbSize.height()});
+  for (DockEdge edge : allDockEdges())
+    files.push_back({"orb-dock-" + std::string(rawValue(edge)), orbSize.width(), orbSize.height()});
+  files.push_back({"alert-masked", alertSize.width(), alertSize.height()});
+  files.push_back({"detail-masked", detailSize.width(), detailSize.height()});
+  return files;
+}
+
+void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::path& directory) {
+  std::error_code ignored;
+  std::filesystem::create_directories(directory, ignored);
+  model.setRefreshInterval(0);
+  model.setReduceMotion(true);
+  model.setAutoRotate(false);
+  OrbWindowModel windowModel;
+  const auto file = [&](const std::string& name) { return directory / (name + ".png"); };
+  const auto orb = [&](const std::string& name) {
+    render(new OrbPreview(model, windowModel, clock), orbSize, file(name));
+  };
+  const auto detail = [&](const std::string& name) {
+    render(new DetailView(model, {}, {}), detailSize, file(name));
+  };
+  const auto alert = [&](const std::string& name) {
+    render(new AlertEditorView(model, {}), alertSize, file(name));
+  };
+
+  windowModel.setExpanded(true);
+  for (AppTheme theme : allCases<AppTheme>()) {
+    model.setTheme(theme);
+    applyTheme(theme);
+    const std::string suffix(rawValue(theme));
+    orb("orb-" + suffix);
+    detail("detail-" + suffix);
+    render(new SettingsView(model, clock, {}), settingsSize, file("settings-" + suffix));
+    render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
+  }
+  const AppTheme first = allCases<AppTheme>().front();
+  model.setTheme(first);
+  applyTheme(first);
+  render(new OnboardingView(model, {}), onboardingSize, file("onboarding"));
+  alert("alert");
+  windowModel.setExpanded(false);
+  orb("orb-collapsed");
+  windowModel.setRadialOpen(true);
+  orb("orb-radial");
+  windowModel.setRadialOpen(false);
+  for (DockEdge edge : allDockEdges()) {
+    windowModel.setDockEdge(edge);
+    orb("orb-dock-" + std::string(rawValue(edge)));
+  }
+  windowModel.setDockEdge(std::nullopt);
+  model.setMasked(true);
+  alert("alert-masked");
+  detail("detail-masked");
+}
+
+int runRenderPreviews(int& argc, char** argv, const std::filesystem::path& directory) {
+  if (!hasDisplay()) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  // The off-screen platform warns about every window it cannot size; nothing is wrong.
+  static const QtMessageHandler standard = qInstallMessageHandler(nullptr);
+  qInstallMessageHandler(
+      [](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (!text.contains(QLatin1String("propagateSizeHints"))) standard(type, context, text);
+      });
+  QApplication app(argc, argv);
+  QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
+  QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
+  const std::string pid = std::to_string(::getpid());
+  const std::string suiteName = "tidemark.preview." + pid;
+  auto store = SettingsStore::suite(suiteName);
+  if (!store) {
+    std::cerr << "tidemark: cannot create the preview settings " << suiteName << "\n";
+    return 1;
+  }
+  const std::filesystem::path watchlistFile = "/tmp/tidemark-preview-" + pid + "-watchlist.json";
+  {
+    SystemClock clock;
+    QtScheduler scheduler;
+    UnavailableDataSource source;
+    NullNotifier notifier;
+    AppModel model({*store, clock, scheduler, source, notifier, std::nullopt}, watchlistFile, false,
+                   applicationBundle());
+    renderPreviews(model, clock, directory);
+  }
+  store.reset();
+  SettingsStore::removeSuite(suiteName);
+  std::error_code ignored;
+  std::filesystem::remove(watchlistFile, ignored);
+  std::cout << "Rendered previews: " << directory.string() << "\n";
+  return 0;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,268 @@
+#include "views/DetailView.h"
+
+#include <QDateTime>
+#include <QPainter>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "core/NumberText.h"
+#include "views/OrbView.h"
+#include "views/Symbols.h"
+#include "views/TextStyle.h"
+#include "views/Theme.h"
+
+namespace tidemark {
+namespace {
+
+const QString hidden = QStringLiteral("••••");
+
+QString timeText(Date date) {
+  if (date.sinceReference == 0) return QStringLiteral("—");
+  return QDateTime::fromMSecsSinceEpoch(qint64(date.unixSeconds() * 1000))
+      .toString(QStringLiteral("MM-dd HH:mm:ss"));
+}
+
+}  // namespace
+
+SymbolButton::SymbolButton(const char* symbol, const QString& toolTip, QWidget* parent)
+    : QPushButton(parent), symbol_(symbol) {
+  setToolTip(toolTip);
+  setAccessibleName(toolTip);
+  setFixedSize(30, 30);
+  setCursor(Qt::PointingHandCursor);
+  setFlat(true);
+}
+
+void SymbolButton::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  QColor colour = palette().color(QPalette::WindowText);
+  colour.setAlphaF(underMouse() ? 0.95f : 0.6f);
+  drawSymbol(painter, symbol_, QRectF(rect()).adjusted(3, 3, -3, -3), colour);
+}
+
+DetailOrb::DetailOrb(AppModel& model, std::function<void()> close, QWidget* parent)
+    : QWidget(parent), model_(model), close_(std::move(close)) {
+  setMinimumSize(300, 300);
+  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  policy.setHeightForWidth(true);
+  setSizePolicy(policy);
+  QObject::connect(&animation_, &QVariantAnimation::valueChanged, this, [this](const QVariant& v) {
+    presence_ = v.toDouble();
+    update();
+  });
+}
+
+void DetailOrb::animateTo(double target, int milliseconds, QEasingCurve curve) {
+  animation_.stop();
+  if (!motionAllowed() || !isVisible()) {
+    presence_ = target;
+    update();
+    return;
+  }
+  animation_.setStartValue(presence_);
+  animation_.setEndValue(target);
+  animation_.setDuration(milliseconds);
+  animation_.setEasingCurve(curve);
+  animation_.start();
+}
+
+void DetailOrb::showEvent(QShowEvent*) {
+  closing_ = false;
+  appeared_ = true;
+  animateTo(1, 420, QEasingCurve::OutBack);
+}
+
+void DetailOrb::hideEvent(QHideEvent*) {
+  // The next opening grows the orb in again.
+  animation_.stop();
+  appeared_ = false;
+  presence_ = 0;
+}
+
+void DetailOrb::animateClose() {
+  closing_ = true;
+  if (!motionAllowed()) {
+    if (close_) close_();
+    return;
+  }
+  appeared_ = false;
+  animateTo(0, 200, QEasingCurve::InCubic);
+  QTimer::singleShot(200, this, [this] {
+    if (close_) close_();
+  });
+}
+
+QString DetailOrb::priceDisplay() const {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  if (model_.masked()) return QStringLiteral("••••••");
+  return quote ? QString::fromStdString(priceText(quote->price)) : QStringLiteral("--");
+}
+
+QString DetailOrb::changeDisplay() const {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  if (model_.masked()) return QStringLiteral("••••%");
+  return quote ? QString::fromStdString(percentText(quote->changePct())) : QString();
+}
+
+QString DetailOrb::chartLabel() const {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  return QString::fromStdString((quote ? quote->name : std::string()) + "极坐标分时图");
+}
+
+void DetailOrb::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const double change = quote ? quote->changePct() : 0;
+  const Color trend = quoteColor(change);
+
+  const double side = std::min(width(), height());
+  const QPointF c(width() / 2.0, height() / 2.0);
+  painter.setOpacity(std::clamp(presence_, 0.0, 1.0));
+  painter.translate(c);
+  painter.scale(0.3 + 0.7 * presence_, 0.3 + 0.7 * presence_);
+  painter.translate(-c);
+
+  // The sphere fills most of the frame; the chart's outer ticks reach just inside its rim.
+  const double sphere = side * 0.86;
+  {
+    // The orb's own glow reaches past this frame; a softer one fits inside it.
+    QRadialGradient halo(c, side / 2);
+    halo.setColorAt(0.8, qt(palette.halo()));
+    halo.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(halo);
+    painter.drawEllipse(c, side / 2, side / 2);
+  }
+  paintOrbSphere(painter, c, sphere, palette, trend, false, false);
+  const QRectF face(c.x() - side / 2, c.y() - side / 2, side, side);
+  const std::vector<double> values = quote ? model_.priceSeries(*quote) : std::vector<double>{};
+  paintPolarQuoteChart(painter, face, values, qt(trend), palette);
+
+  painter.setPen(qt(trend));
+  QFont big = uiFont(44 * side / 480, QFont::Black);
+  big.setStyleHint(QFont::Monospace);
+  big.setLetterSpacing(QFont::AbsoluteSpacing, -1.5 * side / 480);
+  painter.setFont(big);
+  const double line = 54 * side / 480;
+  painter.drawText(QRectF(face.left(), c.y() - line * 0.8, face.width(), line), Qt::AlignCenter,
+                   priceDisplay());
+  painter.setFont(uiFont(18 * side / 480, QFont::DemiBold));
+  painter.drawText(QRectF(face.left(), c.y() + line * 0.25, face.width(), line * 0.6),
+                   Qt::AlignCenter, changeDisplay());
+  painter.setPen(qt(palette.orbText()));
+  painter.setFont(uiFont(12 * side / 480, QFont::Medium));
+  painter.drawText(QRectF(face.left(), c.y() - side * 0.3, face.width(), 20 * side / 480),
+                   Qt::AlignCenter, chartLabel());
+}
+
+DetailView::DetailView(AppModel& model, std::function<void()> close, std::function<void()> onAlert,
+                       QWidget* parent)
+    : QWidget(parent), model_(model) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(24, 20, 24, 20);
+  layout->setSpacing(14);
+  auto* heading = new ProductHeading(QStringLiteral("圆形详情 · 螺旋分时"),
+                                     QStringLiteral("时间绕圆心铺开，价格沿半径起伏。"), this);
+  orb_ = new DetailOrb(model, std::move(close), this);
+  auto* closeButton = new SymbolButton("xmark.circle.fill", QStringLiteral("关闭"), heading);
+  QObject::connect(closeButton, &QPushButton::clicked, this, [this] { orb_->animateClose(); });
+  heading->addTrailing(closeButton);
+  layout->addWidget(heading);
+
+  auto* body = new QHBoxLayout;
+  body->setSpacing(18);
+  body->addWidget(orb_, 3);
+  auto* side = new QVBoxLayout;
+  side->setSpacing(12);
+  auto* chartCard = new ProductCard(QString(), this);
+  chart_ = new LinearQuoteChart(chartCard);
+  chartCard->content().addWidget(chart_);
+  side->addWidget(chartCard, 3);
+
+  auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), this);
+  name_ = themedLabel(QString(), nullptr, 15, QFont::Bold, figuresCard);
+  figuresCard->content().addWidget(name_);
+  figures_ = new QGridLayout;
+  figures_->setHorizontalSpacing(12);
+  figures_->setVerticalSpacing(6);
+  const char* names[] = {"开盘", "昨收", "最高", "最低", "成交量", "更新时间", "数据源"};
+  int row = 0;
+  for (const char* name : names) {
+    figures_->addWidget(themedLabel(QString::fromUtf8(name), "muted", 12.5), row / 2, row % 2 * 2);
+    auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
+    value->setWordWrap(false);
+    values_.push_back(value);
+    figures_->addWidget(value, row / 2, row % 2 * 2 + 1);
+    ++row;
+  }
+  figuresCard->content().addLayout(figures_);
+  auto* alert = new QPushButton(QStringLiteral("设置价格预警"), figuresCard);
+  alert->setProperty("primary", true);
+  QObject::connect(alert, &QPushButton::clicked, this, [onAlert = std::move(onAlert)] {
+    if (onAlert) onAlert();
+  });
+  figuresCard->content().addWidget(alert);
+  side->addWidget(figuresCard, 2);
+  body->addLayout(side, 2);
+  layout->addLayout(body, 1);
+
+  subscription_ = model.subscribe([this] {
+    if (refreshPending_) return;
+    refreshPending_ = true;
+    QTimer::singleShot(0, this, [this] {
+      refreshPending_ = false;
+      refresh();
+    });
+  });
+  refresh();
+}
+
+void DetailView::showEvent(QShowEvent*) {
+  requestedFor_.clear();
+  refresh();
+}
+
+QStringList DetailView::figureTexts() const {
+  QStringList texts{name_->text()};
+  for (const QLabel* value : values_) texts << value->text();
+  return texts;
+}
+
+void DetailView::refresh() {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const OrbPalette palette{model_.theme()};
+  const bool masked = model_.masked();
+  if (quote && isVisible() && requestedFor_ != quote->id) {
+    requestedFor_ = quote->id;
+    model_.fetchIntraday(*quote);
+    quote = model_.activeQuote();  // a synchronous answer may have replaced the quotes
+  }
+  if (!quote) {
+    name_->setText(QStringLiteral("暂无自选"));
+    for (QLabel* value : values_) value->setText(QStringLiteral("—"));
+    chart_->show({}, {}, false, masked, palette);
+    orb_->update();
+    return;
+  }
+  const bool real = model_.hasRealIntraday(*quote);
+  std::vector<double> series = model_.priceSeries(*quote);
+  name_->setText(QString::fromStdString(quote->name + "  " + quote->id + " · " + quote->market));
+  const auto figure = [&](double value) {
+    return masked ? hidden : QString::fromStdString(priceText(value));
+  };
+  values_[0]->setText(real && !series.empty() ? figure(series.front()) : QStringLiteral("—"));
+  values_[1]->setText(figure(quote->prevClose));
+  values_[2]->setText(figure(quote->high));
+  values_[3]->setText(figure(quote->low));
+  values_[4]->setText(masked ? hidden : QString::fromStdString(volumeText(quote->volume)));
+  values_[5]->setText(masked ? hidden : timeText(quote->updatedAt));
+  values_[6]->setText(QString::fromStdString(sourceLabel({*quote}, model_.sourceMode())));
+  chart_->show(*quote, std::move(series), real, masked, palette);
+  orb_->update();
+}
+
+}  // namespace tidemark

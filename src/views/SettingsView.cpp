@@ -1,0 +1,446 @@
+#include "views/SettingsView.h"
+
+#include <system_error>
+
+#include <QButtonGroup>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "core/NumberText.h"
+#include "views/DetailView.h"
+#include "views/OrbView.h"
+#include "views/StatusTitle.h"
+#include "views/TextStyle.h"
+#include "views/WatchlistView.h"
+
+namespace tidemark {
+namespace {
+
+QString q(std::string_view s) {
+  return QString::fromUtf8(s.data(), qsizetype(s.size()));
+}
+
+// One theme as a small orb over its own backdrop, with its name; the chosen one is ringed.
+class ThemeSwatch final : public QPushButton {
+ public:
+  ThemeSwatch(AppTheme theme, QWidget* parent) : QPushButton(parent), theme_(theme) {
+    setCheckable(true);
+    setFixedSize(78, 96);
+    setCursor(Qt::PointingHandCursor);
+    setToolTip(q(label(theme)));
+    setAccessibleName(q(label(theme)));
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const OrbPalette own{theme_};
+    const QRectF tile = QRectF(rect()).adjusted(2, 2, -2, -24);
+    painter.setPen(isChecked() ? QPen(qt(own.auroraB()), 2.5) : QPen(qt(own.line()), 1));
+    painter.setBrush(qt(own.background()));
+    painter.drawRoundedRect(tile, 14, 14);
+    paintOrbSphere(painter, tile.center(), 38, own, own.auroraA(), false);
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setFont(uiFont(12, isChecked() ? QFont::DemiBold : QFont::Normal));
+    painter.drawText(QRectF(0, height() - 22, width(), 22), Qt::AlignCenter, q(label(theme_)));
+  }
+
+ private:
+  AppTheme theme_;
+};
+
+QWidget* scrollPage(QWidget* content) {
+  auto* area = new QScrollArea;
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  area->setWidget(content);
+  return area;
+}
+
+// A row of pills, one per choice; the checked one follows `current`.
+struct PillRow {
+  QHBoxLayout* layout;
+  std::vector<ProductPill*> pills;
+};
+
+}  // namespace
+
+const std::vector<std::string>& SettingsView::sections() {
+  static const std::vector<std::string> names{"外观", "圆形详情", "自选管理", "数据源",
+                                              "预警与隐私"};
+  return names;
+}
+
+SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
+                           const std::string& initialSection, QWidget* parent)
+    : QWidget(parent), model_(model), actions_(std::move(actions)) {
+  if (!actions_.confirmReset)
+    actions_.confirmReset = [this] {
+      return QMessageBox::question(this, QStringLiteral("恢复默认设置"),
+                                   QStringLiteral("恢复所有使用偏好的默认值？自选股不受影响。")) ==
+             QMessageBox::Yes;
+    };
+  if (!actions_.chooseFile)
+    actions_.chooseFile = [this](bool save) {
+      const QString filter = QStringLiteral("自选文件 (*.json)");
+      return save ? QFileDialog::getSaveFileName(this, QStringLiteral("导出自选"),
+                                                 QStringLiteral("tidemark-watchlist.json"), filter)
+                  : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"), QString(),
+                                                 filter);
+    };
+
+  auto* layout = new QHBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+
+  auto* side = new QFrame(this);
+  side->setProperty("card", true);
+  side->setFixedWidth(196);
+  auto* sideLayout = new QVBoxLayout(side);
+  sideLayout->setContentsMargins(12, 20, 12, 16);
+  sideLayout->setSpacing(6);
+  sideLayout->addWidget(themedLabel(QStringLiteral("使用偏好"), nullptr, 18, QFont::Bold, side));
+  sideLayout->addWidget(
+      themedLabel(QStringLiteral("潮汐栏 · 岚舟"), "muted", 11.5, QFont::Normal, side));
+  sideLayout->addSpacing(8);
+  list_ = new QListWidget(side);
+  list_->setFont(uiFont(14));
+  for (const std::string& name : sections()) list_->addItem(q(name));
+  sideLayout->addWidget(list_, 1);
+  auto* guide = new QPushButton(QStringLiteral("重新查看引导"), side);
+  QObject::connect(guide, &QPushButton::clicked, this, [this] {
+    if (actions_.openGuide) actions_.openGuide();
+  });
+  auto* reset = new QPushButton(QStringLiteral("恢复默认设置"), side);
+  QObject::connect(reset, &QPushButton::clicked, this, [this] { resetPreferences(); });
+  sideLayout->addWidget(guide);
+  sideLayout->addWidget(reset);
+  layout->addWidget(side);
+
+  stack_ = new QStackedWidget(this);
+  stack_->addWidget(scrollPage(appearancePage()));
+  detail_ = new DetailView(model, actions_.close, actions_.openAlert);
+  stack_->addWidget(detail_);
+  watchlist_ = new WatchlistView(model, clock);
+  stack_->addWidget(watchlist_);
+  stack_->addWidget(scrollPage(sourcePage()));
+  stack_->addWidget(scrollPage(alertPage()));
+  layout->addWidget(stack_, 1);
+  QObject::connect(list_, &QListWidget::currentRowChanged, stack_,
+                   &QStackedWidget::setCurrentIndex);
+
+  showSection(initialSection);
+  subscription_ = model.subscribe([this] {
+    if (syncPending_) return;
+    syncPending_ = true;
+    QTimer::singleShot(0, this, [this] {
+      syncPending_ = false;
+      sync();
+    });
+  });
+  sync();
+}
+
+void SettingsView::showSection(const std::string& section) {
+  const auto& names = sections();
+  const auto it = std::find(names.begin(), names.end(), section);
+  list_->setCurrentRow(it == names.end() ? 0 : int(it - names.begin()));
+}
+
+std::string SettingsView::currentSection() const {
+  return sections()[size_t(std::max(0, list_->currentRow()))];
+}
+
+QWidget* SettingsView::page(const std::string& section) const {
+  const auto& names = sections();
+  const auto it = std::find(names.begin(), names.end(), section);
+  return it == names.end() ? nullptr : stack_->widget(int(it - names.begin()));
+}
+
+void SettingsView::sync() {
+  for (const auto& syncer : syncers_) syncer();
+}
+
+QWidget* SettingsView::appearancePage() {
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(28, 24, 28, 24);
+  layout->setSpacing(16);
+  layout->addWidget(new ProductHeading(
+      QStringLiteral("外观"), QStringLiteral("主题、灵球和托盘文字，改动立即生效。"), page));
+
+  auto* themes = new ProductCard(QStringLiteral("主题"), page);
+  auto* swatches = new QHBoxLayout;
+  swatches->setSpacing(10);
+  std::vector<std::pair<AppTheme, ThemeSwatch*>> all;
+  for (AppTheme theme : allCases<AppTheme>()) {
+    auto* swatch = new ThemeSwatch(theme, themes);
+    QObject::connect(swatch, &QPushButton::clicked, this,
+                     [this, theme] { model_.setTheme(theme); });
+    swatches->addWidget(swatch);
+    all.emplace_back(theme, swatch);
+  }
+  swatches->addStretch();
+  themes->content().addLayout(swatches);
+  syncers_.push_back([this, all] {
+    for (auto [theme, swatch] : all) swatch->setChecked(model_.theme() == theme);
+  });
+  layout->addWidget(themes);
+
+  // Pills for a setting with a few fixed values.
+  const auto pills = [this](ProductCard* card, const QString& title,
+                            std::vector<std::pair<QString, std::function<void()>>> choices,
+                            std::function<int()> current) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    auto* name = themedLabel(title, "secondary", 13, QFont::Normal, card);
+    name->setFixedWidth(96);
+    row->addWidget(name);
+    std::vector<ProductPill*> made;
+    for (auto& [text, action] : choices) {
+      auto* pill = new ProductPill(text, card);
+      QObject::connect(pill, &QPushButton::clicked, this, action);
+      row->addWidget(pill);
+      made.push_back(pill);
+    }
+    row->addStretch();
+    card->content().addLayout(row);
+    syncers_.push_back([made, current] {
+      for (size_t i = 0; i < made.size(); ++i) made[i]->setSelected(int(i) == current());
+    });
+    return made;
+  };
+
+  auto* orb = new ProductCard(QStringLiteral("灵球"), page);
+  pills(orb, QStringLiteral("尺寸"),
+        {{QStringLiteral("小 72"), [this] { model_.setOrbSize(72); }},
+         {QStringLiteral("中 96"), [this] { model_.setOrbSize(96); }},
+         {QStringLiteral("大 132"), [this] { model_.setOrbSize(132); }}},
+        [this] { return model_.orbSize() == 72   ? 0
+                        : model_.orbSize() == 96 ? 1
+                                                 : 2; });
+  pills(orb, QStringLiteral("球面显示"),
+        {{QStringLiteral("代码"), [this] { model_.setOrbShowsName(false); }},
+         {QStringLiteral("名称"), [this] { model_.setOrbShowsName(true); }}},
+        [this] { return model_.orbShowsName() ? 1 : 0; });
+  const auto check = [this](ProductCard* card, const QString& text, std::function<bool()> get,
+                            std::function<void(bool)> set) {
+    auto* box = new QCheckBox(text, card);
+    box->setFont(uiFont(13));
+    QObject::connect(box, &QCheckBox::toggled, this, [set](bool on) { set(on); });
+    card->content().addWidget(box);
+    syncers_.push_back([box, get] {
+      const QSignalBlocker quiet(box);
+      box->setChecked(get());
+    });
+    return box;
+  };
+  check(
+      orb, QStringLiteral("减少动态效果"), [this] { return model_.reduceMotion(); },
+      [this](bool on) { model_.setReduceMotion(on); });
+  check(
+      orb, QStringLiteral("自动轮播自选标的"), [this] { return model_.autoRotate(); },
+      [this](bool on) { model_.setAutoRotate(on); });
+  layout->addWidget(orb);
+
+  auto* tray = new ProductCard(QStringLiteral("托盘文字"), page);
+  const auto example = [this](int64_t density) {
+    const std::string title = statusTitleText(model_, density);
+    return title.empty() ? QStringLiteral("仅图标") : QString::fromStdString(title).trimmed();
+  };
+  const auto made = pills(tray, QStringLiteral("显示密度"),
+                          {{QString(), [this] { model_.setMenuDensity(0); }},
+                           {QString(), [this] { model_.setMenuDensity(1); }},
+                           {QString(), [this] { model_.setMenuDensity(2); }}},
+                          [this] { return int(model_.menuDensity()); });
+  syncers_.push_back([made, example] {
+    for (size_t i = 0; i < made.size(); ++i) made[i]->setText(example(int64_t(i)));
+  });
+  tray->content().addWidget(themedLabel(
+      QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"), "muted", 12));
+  layout->addWidget(tray);
+  layout->addStretch();
+  return page;
+}
+
+QWidget* SettingsView::sourcePage() {
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(28, 24, 28, 24);
+  layout->setSpacing(16);
+  layout->addWidget(new ProductHeading(QStringLiteral("数据源"),
+                                       QStringLiteral("行情从哪里来、多久刷新一次。"), page));
+
+  auto* card = new ProductCard(QStringLiteral("行情来源"), page);
+  auto* mode = new QComboBox(card);
+  for (SourceMode m : allCases<SourceMode>()) mode->addItem(q(label(m)), int(m));
+  QObject::connect(mode, &QComboBox::activated, this, [this, mode](int index) {
+    model_.setSourceMode(SourceMode(mode->itemData(index).toInt()));
+  });
+  card->content().addWidget(mode);
+  auto* hint = themedLabel(QString(), "muted", 12, QFont::Normal, card);
+  card->content().addWidget(hint);
+  auto* interval = new QHBoxLayout;
+  interval->addWidget(themedLabel(QStringLiteral("自动刷新"), "secondary", 13));
+  std::vector<std::pair<double, ProductPill*>> intervals;
+  for (auto [seconds, text] : {std::pair{0.0, "关闭"}, {2.6, "2.6 秒"}, {5.0, "5 秒"}}) {
+    auto* pill = new ProductPill(QString::fromUtf8(text), card);
+    QObject::connect(pill, &QPushButton::clicked, this,
+                     [this, seconds] { model_.setRefreshInterval(seconds); });
+    interval->addWidget(pill);
+    intervals.emplace_back(seconds, pill);
+  }
+  interval->addStretch();
+  card->content().addLayout(interval);
+  layout->addWidget(card);
+
+  auto* status = new ProductCard(QStringLiteral("状态"), page);
+  auto* lines = themedLabel(QString(), nullptr, 13, QFont::Normal, status);
+  lines->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  status->content().addWidget(lines);
+  auto* refresh = new QPushButton(QStringLiteral("立即刷新"), status);
+  refresh->setProperty("primary", true);
+  QObject::connect(refresh, &QPushButton::clicked, this, [this] { model_.refresh(); });
+  auto* row = new QHBoxLayout;
+  row->addWidget(refresh);
+  row->addStretch();
+  status->content().addLayout(row);
+  layout->addWidget(status);
+
+  auto* files = new ProductCard(QStringLiteral("导入与导出"), page);
+  auto* buttons = new QHBoxLayout;
+  auto* exportButton = new QPushButton(QStringLiteral("导出自选…"), files);
+  auto* importButton = new QPushButton(QStringLiteral("导入自选…"), files);
+  QObject::connect(exportButton, &QPushButton::clicked, this, [this] { exportWatchlist(); });
+  QObject::connect(importButton, &QPushButton::clicked, this, [this] { importWatchlist(); });
+  buttons->addWidget(exportButton);
+  buttons->addWidget(importButton);
+  buttons->addStretch();
+  files->content().addLayout(buttons);
+  transfer_ = themedLabel(QString(), "muted", 12, QFont::Normal, files);
+  files->content().addWidget(transfer_);
+  layout->addWidget(files);
+  layout->addStretch();
+
+  syncers_.push_back([this, mode, hint, intervals, lines] {
+    {
+      const QSignalBlocker quiet(mode);
+      mode->setCurrentIndex(mode->findData(int(model_.sourceMode())));
+    }
+    hint->setText(QStringLiteral("当前来源：") + QString::fromStdString(model_.sourceLabel()) +
+                  (model_.sourceMode() == SourceMode::automatic
+                       ? QStringLiteral("\n失败时按顺序切换 stock-sdk、腾讯和新浪行情")
+                       : QString()));
+    for (auto [seconds, pill] : intervals) pill->setSelected(model_.refreshInterval() == seconds);
+    const Date updated = model_.updatedAt();
+    const QString when = updated.sinceReference == 0
+                             ? QStringLiteral("—")
+                             : QDateTime::fromMSecsSinceEpoch(qint64(updated.unixSeconds() * 1000))
+                                   .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    lines->setText(QStringLiteral("地址：%1\n状态：%2\n错误：%3\n延迟：%4 ms\n更新：%5")
+                       .arg(QString::fromStdString(model_.sourceConfigStatus()),
+                            q(model_.phaseLabel()),
+                            model_.lastError() ? QString::fromStdString(*model_.lastError())
+                                               : QStringLiteral("无"),
+                            QString::number(model_.latencyMS()), when));
+  });
+  return page;
+}
+
+QWidget* SettingsView::alertPage() {
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(28, 24, 28, 24);
+  layout->setSpacing(16);
+  layout->addWidget(new ProductHeading(QStringLiteral("预警与隐私"),
+                                       QStringLiteral("价格提醒和共享屏幕时的遮蔽。"), page));
+
+  auto* alert = new ProductCard(QStringLiteral("价格预警"), page);
+  auto* current = themedLabel(QString(), nullptr, 14, QFont::Medium, alert);
+  alert->content().addWidget(current);
+  auto* edit = new QPushButton(QStringLiteral("编辑预警…"), alert);
+  QObject::connect(edit, &QPushButton::clicked, this, [this] {
+    if (actions_.openAlert) actions_.openAlert();
+  });
+  auto* row = new QHBoxLayout;
+  row->addWidget(edit);
+  row->addStretch();
+  alert->content().addLayout(row);
+  layout->addWidget(alert);
+
+  auto* privacy = new ProductCard(QStringLiteral("隐私"), page);
+  auto* mask = new QCheckBox(QStringLiteral("遮蔽所有行情数字"), privacy);
+  mask->setFont(uiFont(13));
+  QObject::connect(mask, &QCheckBox::toggled, this, [this](bool on) { model_.setMasked(on); });
+  privacy->content().addWidget(mask);
+  privacy->content().addWidget(themedLabel(
+      QStringLiteral(
+          "在 Linux 桌面上，遮蔽会隐藏窗口里的数字，但无法阻止窗口被录屏或屏幕共享捕获。"),
+      "muted", 12));
+  privacy->content().addWidget(
+      themedLabel(QStringLiteral("快捷键 Ctrl+Alt+M 随时切换遮蔽。"), "muted", 12));
+  layout->addWidget(privacy);
+  layout->addStretch();
+
+  syncers_.push_back([this, current, mask] {
+    {
+      const QSignalBlocker quiet(mask);
+      mask->setChecked(model_.masked());
+    }
+    const auto price = model_.alertPrice();
+    if (!price) {
+      current->setText(QStringLiteral("尚未设置价格预警"));
+      return;
+    }
+    const QuoteSnapshot* quote = model_.alertQuote();
+    const std::string who =
+        model_.alertSymbolID().value_or("") + (quote ? "  " + quote->name : std::string());
+    const QString direction =
+        model_.alertAbove() ? QStringLiteral("价格达到或高于") : QStringLiteral("价格达到或低于");
+    current->setText(QString::fromStdString(who) + QStringLiteral("\n") + direction +
+                     QStringLiteral(" ") +
+                     (model_.masked() ? QStringLiteral("目标价格已遮蔽")
+                                      : QString::fromStdString(priceText(*price))) +
+                     (model_.alertTriggered() ? QStringLiteral(" · 已触发") : QString()));
+  });
+  return page;
+}
+
+void SettingsView::resetPreferences() {
+  if (actions_.confirmReset && actions_.confirmReset()) model_.resetPreferences();
+}
+
+void SettingsView::exportWatchlist() {
+  const QString path = actions_.chooseFile(true);
+  if (path.isEmpty()) return;
+  try {
+    model_.exportWatchlist(path.toStdString());
+    transfer_->setText(QStringLiteral("已导出到 ") + path);
+  } catch (const std::system_error&) {
+    transfer_->setText(QStringLiteral("导出失败：无法写入 ") + path);
+  } catch (const std::exception& error) {
+    transfer_->setText(QStringLiteral("导出失败：") + QString::fromUtf8(error.what()));
+  }
+}
+
+void SettingsView::importWatchlist() {
+  const QString path = actions_.chooseFile(false);
+  if (path.isEmpty()) return;
+  try {
+    model_.importWatchlist(path.toStdString());
+    transfer_->setText(QStringLiteral("已导入 %1 个标的").arg(model_.watchlist().size()));
+  } catch (const std::system_error&) {
+    transfer_->setText(QStringLiteral("导入失败：无法读取 ") + path);
+  } catch (const std::exception& error) {
+    transfer_->setText(QStringLiteral("导入失败：") + QString::fromUtf8(error.what()));
+  }
+}
+
+}  // namespace tidemark

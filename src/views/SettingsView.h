@@ -1,0 +1,74 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QStackedWidget>
+#include <QWidget>
+
+#include "core/ChangeSignal.h"
+#include "core/Clock.h"
+#include "model/AppModel.h"
+#include "views/Theme.h"
+
+namespace tidemark {
+
+class DetailView;
+class WatchlistView;
+
+// The settings window: a list of sections beside the chosen one. Every control writes through
+// the model's setters, so the orb and the tray follow at once.
+class SettingsView final : public QWidget {
+ public:
+  struct Actions {
+    std::function<void()> openGuide;
+    std::function<void()> openAlert;
+    std::function<void()> close;
+    // Asked before the preferences are reset; a dialog unless replaced.
+    std::function<bool()> confirmReset;
+    // The file to export to (save) or import from; empty when the user cancels. Dialogs unless
+    // replaced.
+    std::function<QString(bool save)> chooseFile;
+  };
+
+  static const std::vector<std::string>& sections();
+
+  SettingsView(AppModel& model, const Clock& clock, Actions actions,
+               const std::string& initialSection = "外观", QWidget* parent = nullptr);
+
+  void showSection(const std::string& section);
+  std::string currentSection() const;
+  QWidget* page(const std::string& section) const;
+  DetailView& detail() { return *detail_; }
+  WatchlistView& watchlist() { return *watchlist_; }
+
+  void resetPreferences();
+  void exportWatchlist();
+  void importWatchlist();
+  // The outcome of the last import or export, in words.
+  QString transferMessage() const { return transfer_->text(); }
+
+ private:
+  QWidget* appearancePage();
+  QWidget* sourcePage();
+  QWidget* alertPage();
+  void sync();
+
+  AppModel& model_;
+  Actions actions_;
+  QListWidget* list_;
+  QStackedWidget* stack_;
+  DetailView* detail_;
+  WatchlistView* watchlist_;
+  std::vector<std::function<void()>> syncers_;
+  QLabel* transfer_ = nullptr;
+  ChangeSignal::Subscription subscription_;
+  bool syncPending_ = false;
+};
+
+}  // namespace tidemark

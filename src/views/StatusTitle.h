@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/NumberText.h"
+#include "model/AppModel.h"
+
+namespace tidemark {
+
+// The text beside the tray icon at a menu density: nothing at 0 or when masked, the active
+// percentage at 1, code, price and percentage at 2.
+inline std::string statusTitleText(const AppModel& model, int64_t density) {
+  if (model.masked() || density == 0) return "";
+  const QuoteSnapshot* quote = model.activeQuote();
+  if (!quote) return " 暂无自选";
+  if (density == 1) return " " + percentText(quote->changePct());
+  return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
+}
+
+}  // namespace tidemark

@@ -1,0 +1,170 @@
+#include "views/Theme.h"
+
+#include <optional>
+
+#include <QApplication>
+#include <QStyle>
+
+#include "views/TextStyle.h"
+
+namespace tidemark {
+namespace {
+
+QString css(const Color& c) {
+  return QStringLiteral("rgba(%1, %2, %3, %4)")
+      .arg(qRound(c.red * 255))
+      .arg(qRound(c.green * 255))
+      .arg(qRound(c.blue * 255))
+      .arg(c.opacity, 0, 'f', 3);
+}
+
+}  // namespace
+
+QPalette themePalette(const OrbPalette& p) {
+  QPalette palette;
+  const QColor background = qt(p.background()), raised = qt(p.elevated()), ink = qt(p.ink());
+  for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+    palette.setColor(group, QPalette::Window, background);
+    palette.setColor(group, QPalette::WindowText, ink);
+    palette.setColor(group, QPalette::Base, raised);
+    palette.setColor(group, QPalette::AlternateBase, background);
+    palette.setColor(group, QPalette::Text, ink);
+    palette.setColor(group, QPalette::Button, raised);
+    palette.setColor(group, QPalette::ButtonText, ink);
+    palette.setColor(group, QPalette::BrightText, qt(p.auroraA()));
+    palette.setColor(group, QPalette::Highlight, qt(p.auroraB()));
+    palette.setColor(group, QPalette::HighlightedText, QColor(Qt::white));
+    palette.setColor(group, QPalette::PlaceholderText, qt(p.muted()));
+    palette.setColor(group, QPalette::ToolTipBase, raised);
+    palette.setColor(group, QPalette::ToolTipText, ink);
+    palette.setColor(group, QPalette::Link, qt(p.auroraB()));
+    palette.setColor(group, QPalette::Light, qt(p.line()));
+    palette.setColor(group, QPalette::Mid, qt(p.line()));
+    palette.setColor(group, QPalette::Dark, background);
+  }
+  palette.setColor(QPalette::Disabled, QPalette::WindowText, qt(p.muted()));
+  palette.setColor(QPalette::Disabled, QPalette::Text, qt(p.muted()));
+  palette.setColor(QPalette::Disabled, QPalette::ButtonText, qt(p.muted()));
+  palette.setColor(QPalette::Disabled, QPalette::Window, background);
+  palette.setColor(QPalette::Disabled, QPalette::Base, background);
+  palette.setColor(QPalette::Disabled, QPalette::Button, background);
+  return palette;
+}
+
+QString themeStyleSheet(const OrbPalette& p) {
+  const bool dark = isDark(p.theme);
+  // Text on the accent gradient stays dark in every theme: the aurora colours are light.
+  const QString onAccent = QStringLiteral("#10131f");
+  QString sheet = QStringLiteral(R"(
+QLabel[role="secondary"] { color: %2; }
+QLabel[role="muted"] { color: %3; }
+QLabel[role="accent"] { color: %6; }
+QLabel[role="warning"] { color: %11; }
+QLabel[role="error"] { color: %12; }
+QFrame[card="true"] { background: %4; border: 1px solid %5; border-radius: 14px; }
+QFrame[card="true"] QLabel { background: transparent; }
+QFrame[rowcard="true"] { background: %9; border: 1px solid %5; border-radius: 10px; }
+QPushButton { background: %4; color: %1; border: 1px solid %5; border-radius: 8px;
+  padding: 6px 14px; }
+QPushButton:hover { border-color: %7; }
+QPushButton:pressed { background: %9; }
+QPushButton:disabled { color: %3; }
+QPushButton[primary="true"] { background: qlineargradient(x1:0, y1:0, x2:1, y2:1,
+  stop:0 %6, stop:1 %7); color: %10; border: none; font-weight: 600; }
+QPushButton[pill="true"] { border-radius: 13px; padding: 4px 14px; }
+QPushButton[pill="true"][selected="true"] { background: %8; border-color: %7; }
+QPushButton[flat="true"] { background: transparent; border: none; padding: 3px 7px;
+  font-size: 13px; }
+QPushButton[flat="true"]:hover { background: %9; }
+QLineEdit { background: %9; color: %1; border: 1px solid %5;
+  border-radius: 8px; padding: 5px 8px; selection-background-color: %7; }
+QLineEdit:focus { border-color: %7; }
+QComboBox { min-height: 24px; }
+QComboBox QAbstractItemView { background: %4; color: %1; border: 1px solid %5;
+  selection-background-color: %8; selection-color: %1; outline: none; }
+QListWidget { background: transparent; border: none; outline: none; }
+QListWidget::item { color: %2; padding: 8px 12px; border-radius: 9px; }
+QListWidget::item:selected { background: %8; color: %1; }
+QListWidget::item:hover:!selected { background: %9; }
+QScrollArea { background: transparent; border: none; }
+QScrollBar:vertical { background: transparent; width: 8px; margin: 2px; }
+QScrollBar:horizontal { background: transparent; height: 8px; margin: 2px; }
+QScrollBar::handle { background: %5; border-radius: 3px; min-height: 24px; min-width: 24px; }
+QScrollBar::handle:hover { background: %3; }
+QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
+QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
+QScrollArea > QWidget > QWidget { background: transparent; }
+QCheckBox, QRadioButton { color: %1; spacing: 8px; }
+QToolTip { background: %4; color: %1; border: 1px solid %5; padding: 4px; }
+QProgressBar { background: %9; border: none; border-radius: 3px; max-height: 6px; }
+QProgressBar::chunk { background: %7; border-radius: 3px; }
+)");
+  return sheet.arg(css(p.ink()), css(p.secondary()), css(p.muted()), css(p.elevated()),
+                   css(p.line()), css(p.auroraA()), css(p.auroraB()),
+                   css(withOpacity(p.auroraB(), 0.24)),
+                   css(dark ? Color::hex(0xFFFFFF, 0.05) : Color::hex(0x14183C, 0.04)), onAccent,
+                   css(colorFromHex(dark ? 0xFFB35C : 0xB25E00)), css(quoteColor(1)));
+}
+
+void applyTheme(AppTheme theme) {
+  static std::optional<AppTheme> applied;
+  if (applied == theme) return;
+  applied = theme;
+  const OrbPalette palette{theme};
+  QApplication::setPalette(themePalette(palette));
+  qApp->setStyleSheet(themeStyleSheet(palette));
+}
+
+QLabel* themedLabel(const QString& text, const char* role, double size, QFont::Weight weight,
+                    QWidget* parent) {
+  auto* label = new QLabel(text, parent);
+  label->setFont(uiFont(size, weight));
+  label->setWordWrap(true);
+  if (role) label->setProperty("role", QString::fromLatin1(role));
+  return label;
+}
+
+ProductHeading::ProductHeading(const QString& title, const QString& subtitle, QWidget* parent)
+    : QWidget(parent) {
+  row_ = new QHBoxLayout(this);
+  row_->setContentsMargins(0, 0, 0, 0);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(4);
+  title_ = themedLabel(title, nullptr, 22, QFont::Bold, this);
+  subtitle_ = themedLabel(subtitle, "muted", 12.5, QFont::Normal, this);
+  texts->addWidget(title_);
+  texts->addWidget(subtitle_);
+  row_->addLayout(texts, 1);
+}
+
+void ProductHeading::addTrailing(QWidget* widget) {
+  row_->addWidget(widget, 0, Qt::AlignTop);
+}
+
+ProductCard::ProductCard(const QString& title, QWidget* parent) : QFrame(parent) {
+  setProperty("card", true);
+  content_ = new QVBoxLayout(this);
+  content_->setContentsMargins(16, 14, 16, 16);
+  content_->setSpacing(10);
+  if (!title.isEmpty()) content_->addWidget(themedLabel(title, "secondary", 12, QFont::DemiBold));
+}
+
+ProductPill::ProductPill(const QString& text, QWidget* parent) : QPushButton(text, parent) {
+  setProperty("pill", true);
+  setProperty("selected", false);
+  setCursor(Qt::PointingHandCursor);
+}
+
+void ProductPill::setSelected(bool selected) {
+  if (isSelected() == selected) return;
+  setProperty("selected", selected);
+  repolish(this);
+}
+
+void repolish(QWidget* widget) {
+  widget->style()->unpolish(widget);
+  widget->style()->polish(widget);
+  widget->update();
+}
+
+}  // namespace tidemark

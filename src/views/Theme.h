@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include "core/Enums.h"
+#include "views/OrbPalette.h"
+
+namespace tidemark {
+
+// The standard controls' colours for a theme: window, text, fields, buttons and selection.
+QPalette themePalette(const OrbPalette& palette);
+// Rounded fields and buttons, cards, pills and the text roles ("secondary", "muted", "accent",
+// "warning") in the theme's colours.
+QString themeStyleSheet(const OrbPalette& palette);
+// Gives the whole application the theme, so every open window recolours at once. Does nothing
+// when the theme is already applied.
+void applyTheme(AppTheme theme);
+
+// A label in one of the text roles of the style sheet, at a size in logical pixels.
+QLabel* themedLabel(const QString& text, const char* role, double size,
+                    QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
+
+// A window's heading: the title over a muted subtitle, with room on the right for a button.
+class ProductHeading final : public QWidget {
+ public:
+  ProductHeading(const QString& title, const QString& subtitle, QWidget* parent = nullptr);
+  void addTrailing(QWidget* widget);
+  QLabel& title() { return *title_; }
+  QLabel& subtitle() { return *subtitle_; }
+
+ private:
+  QLabel* title_;
+  QLabel* subtitle_;
+  QHBoxLayout* row_;
+};
+
+// A titled card on the raised surface; its content goes into content().
+class ProductCard final : public QFrame {
+ public:
+  explicit ProductCard(const QString& title, QWidget* parent = nullptr);
+  QVBoxLayout& content() { return *content_; }
+
+ private:
+  QVBoxLayout* content_;
+};
+
+// A pill-shaped button; the selected one carries the accent.
+class ProductPill final : public QPushButton {
+ public:
+  explicit ProductPill(const QString& text, QWidget* parent = nullptr);
+  void setSelected(bool selected);
+  bool isSelected() const { return property("selected").toBool(); }
+};
+
+// Re-reads the style sheet for a widget after one of its style properties changed.
+void repolish(QWidget* widget);
+
+}  // namespace tidemark

@@ -1,0 +1,112 @@
+#include "views/WatchlistRules.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include <QCollator>
+#include <QString>
+
+namespace tidemark {
+namespace {
+
+QString trimmed(const std::string& text) {
+  return QString::fromStdString(text).trimmed();
+}
+
+bool contains(const std::string& haystack, const QString& needle) {
+  return QString::fromStdString(haystack).contains(needle, Qt::CaseInsensitive);
+}
+
+}  // namespace
+
+const std::vector<std::string>& watchlistMarkets() {
+  static const std::vector<std::string> v{"全部",    "A股",      "港股",    "美股",
+                                          "A股基金", "港股基金", "美股基金"};
+  return v;
+}
+const std::vector<std::string>& watchlistStatuses() {
+  static const std::vector<std::string> v{"全部", "正常", "已过期", "暂无行情"};
+  return v;
+}
+const std::vector<std::string>& watchlistChanges() {
+  static const std::vector<std::string> v{"全部", "上涨", "下跌", "平盘"};
+  return v;
+}
+const std::vector<std::string>& watchlistSortOrders() {
+  static const std::vector<std::string> v{"自选顺序", "涨幅从高到低", "涨幅从低到高", "名称"};
+  return v;
+}
+
+std::string marketOfSymbol(const std::string& symbol) {
+  const bool digits = !symbol.empty() && std::all_of(symbol.begin(), symbol.end(),
+                                                     [](char c) { return c >= '0' && c <= '9'; });
+  if (digits && symbol.size() == 6) {
+    const bool fund = symbol.starts_with("01") || symbol.starts_with("02") ||
+                      symbol.starts_with("5") || symbol.starts_with("15") ||
+                      symbol.starts_with("16");
+    return fund ? "A股基金" : "A股";
+  }
+  if (digits && symbol.size() == 5) return "港股";
+  return "美股";
+}
+
+std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock) {
+  if (!quote) return "暂无行情";
+  // Fund net values are published once a day.
+  const double allowed = quote->market == "A股基金" ? 129600 : 300;
+  return statusClock - quote->updatedAt > allowed ? "已过期" : "正常";
+}
+
+bool matchesChange(const std::string& changeFilter, const QuoteSnapshot* quote) {
+  if (changeFilter == "全部") return true;
+  if (!quote) return false;
+  const double pct = quote->changePct();
+  const char* category = pct > 0.0001 ? "上涨" : pct < -0.0001 ? "下跌" : "平盘";
+  return changeFilter == category;
+}
+
+bool matchesSearch(const std::string& search, const std::string& symbol, const std::string& market,
+                   const QuoteSnapshot* quote) {
+  const QString text = trimmed(search);
+  if (text.isEmpty()) return true;
+  return contains(symbol, text) || contains(market, text) || (quote && contains(quote->name, text));
+}
+
+std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watchlist,
+                                           const std::vector<QuoteSnapshot>& quotes,
+                                           const WatchlistFilters& filters, Date statusClock) {
+  std::unordered_map<std::string, const QuoteSnapshot*> byID;
+  for (const QuoteSnapshot& q : quotes) byID.try_emplace(q.id, &q);
+  std::vector<WatchlistEntry> rows;
+  for (const std::string& symbol : watchlist) {
+    auto it = byID.find(symbol);
+    const QuoteSnapshot* quote = it == byID.end() ? nullptr : it->second;
+    WatchlistEntry entry{symbol, quote ? quote->market : marketOfSymbol(symbol),
+                         quote ? std::optional(*quote) : std::nullopt};
+    if (filters.market != "全部" && filters.market != entry.market) continue;
+    if (filters.status != "全部" && filters.status != quoteStatus(quote, statusClock)) continue;
+    if (!matchesSearch(filters.search, entry.symbol, entry.market, quote)) continue;
+    if (!matchesChange(filters.change, quote)) continue;
+    rows.push_back(std::move(entry));
+  }
+  if (filters.sortOrder == "名称") {
+    QCollator collator;
+    collator.setNumericMode(true);
+    const auto key = [](const WatchlistEntry& e) {
+      return QString::fromStdString(e.quote ? e.quote->name : e.symbol);
+    };
+    std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
+      return collator.compare(key(a), key(b)) < 0;
+    });
+  } else if (filters.sortOrder == "涨幅从高到低" || filters.sortOrder == "涨幅从低到高") {
+    const bool descending = filters.sortOrder == "涨幅从高到低";
+    std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
+      if (!a.quote || !b.quote) return a.quote && !b.quote;
+      const double x = a.quote->changePct(), y = b.quote->changePct();
+      return descending ? x > y : x < y;
+    });
+  }
+  return rows;
+}
+
+}  // namespace tidemark

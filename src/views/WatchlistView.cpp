@@ -1,0 +1,341 @@
+#include "views/WatchlistView.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QScrollArea>
+
+#include "core/NumberText.h"
+#include "views/TextStyle.h"
+#include "views/Theme.h"
+
+namespace tidemark {
+namespace {
+
+QString q(const std::string& s) {
+  return QString::fromStdString(s);
+}
+
+QPushButton* flatButton(const QString& text, const QString& tip, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setProperty("flat", true);
+  button->setToolTip(tip);
+  button->setCursor(Qt::PointingHandCursor);
+  return button;
+}
+
+void clearLayout(QLayout* layout) {
+  while (QLayoutItem* item = layout->takeAt(0)) {
+    if (QWidget* w = item->widget()) w->deleteLater();
+    delete item;
+  }
+}
+
+QScrollArea* scrolling(QWidget* content, QWidget* parent) {
+  auto* area = new QScrollArea(parent);
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  area->setWidget(content);
+  return area;
+}
+
+void collectTexts(const QWidget* root, QStringList& out) {
+  for (const QObject* child : root->children()) {
+    const auto* widget = qobject_cast<const QWidget*>(child);
+    if (!widget || widget->isHidden()) continue;
+    if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+      if (!label->text().isEmpty()) out << label->text();
+    } else if (const auto* button = qobject_cast<const QPushButton*>(widget)) {
+      if (!button->text().isEmpty()) out << button->text();
+    } else if (const auto* edit = qobject_cast<const QLineEdit*>(widget)) {
+      if (!edit->text().isEmpty()) out << edit->text();
+    } else if (const auto* box = qobject_cast<const QComboBox*>(widget)) {
+      out << box->currentText();
+    }
+    collectTexts(widget, out);
+  }
+}
+
+}  // namespace
+
+WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* parent)
+    : QWidget(parent), model_(model), clock_(clock), statusClock_(clock.now()) {
+  auto* layout = new QHBoxLayout(this);
+  layout->setContentsMargins(24, 20, 24, 20);
+  layout->setSpacing(18);
+
+  // The user's list.
+  auto* left = new QVBoxLayout;
+  left->setSpacing(10);
+  auto* top = new QHBoxLayout;
+  heading_ = themedLabel(QString(), nullptr, 17, QFont::Bold, this);
+  top->addWidget(heading_, 1);
+  auto* restore = new QPushButton(QStringLiteral("恢复默认自选"), this);
+  QObject::connect(restore, &QPushButton::clicked, this, [this] { model_.restoreWatchlist(); });
+  top->addWidget(restore);
+  left->addLayout(top);
+
+  auto* pickers = new QGridLayout;
+  pickers->setSpacing(8);
+  const std::vector<std::string>* options[] = {&watchlistMarkets(), &watchlistStatuses(),
+                                               &watchlistChanges(), &watchlistSortOrders()};
+  const char* captions[] = {"市场", "状态", "涨跌", "排序"};
+  for (const auto* list : options) {
+    auto* box = new QComboBox(this);
+    box->setAccessibleName(QString::fromUtf8(captions[pickers_.size()]));
+    for (const std::string& option : *list) box->addItem(q(option));
+    QObject::connect(box, &QComboBox::currentTextChanged, this, [this, box](const QString& text) {
+      const size_t index =
+          size_t(std::find(pickers_.begin(), pickers_.end(), box) - pickers_.begin());
+      std::string* fields[] = {&filters_.market, &filters_.status, &filters_.change,
+                               &filters_.sortOrder};
+      *fields[index] = text.toStdString();
+      refresh();
+    });
+    auto* cell = new QHBoxLayout;
+    cell->addWidget(themedLabel(QString::fromUtf8(captions[pickers_.size()]), "muted", 12.5));
+    cell->addWidget(box, 1);
+    pickers->addLayout(cell, int(pickers_.size() / 2), int(pickers_.size() % 2));
+    pickers_.push_back(box);
+  }
+  left->addLayout(pickers);
+
+  rowsHost_ = new QWidget;
+  rowsLayout_ = new QVBoxLayout(rowsHost_);
+  rowsLayout_->setContentsMargins(0, 0, 6, 0);
+  rowsLayout_->setSpacing(6);
+  rowsLayout_->addStretch();
+  left->addWidget(scrolling(rowsHost_, this), 1);
+  emptyTitle_ = themedLabel(QString(), nullptr, 15, QFont::DemiBold, this);
+  emptyHint_ = themedLabel(QString(), "muted", 12.5, QFont::Normal, this);
+  emptyTitle_->setAlignment(Qt::AlignCenter);
+  emptyHint_->setAlignment(Qt::AlignCenter);
+  left->addWidget(emptyTitle_);
+  left->addWidget(emptyHint_);
+  left->addStretch(0);
+  layout->addLayout(left, 3);
+
+  // Adding: a search of the data source, then the quotes already at hand.
+  auto* card = new ProductCard(QStringLiteral("添加标的"), this);
+  card->setMinimumWidth(260);
+  auto* searchRow = new QHBoxLayout;
+  search_ = new QLineEdit(card);
+  search_->setPlaceholderText(QStringLiteral("搜索名称、代码或市场"));
+  search_->setClearButtonEnabled(true);
+  QObject::connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+    filters_.search = text.toStdString();
+    refresh();
+  });
+  QObject::connect(search_, &QLineEdit::returnPressed, this, [this] { submitSearch(); });
+  auto* go = new QPushButton(QStringLiteral("搜索"), card);
+  go->setToolTip(QStringLiteral("从当前数据源搜索"));
+  go->setProperty("primary", true);
+  QObject::connect(go, &QPushButton::clicked, this, [this] { submitSearch(); });
+  searchRow->addWidget(search_, 1);
+  searchRow->addWidget(go);
+  card->content().addLayout(searchRow);
+  auto* busyRow = new QHBoxLayout;
+  busy_ = new QProgressBar(card);
+  busy_->setRange(0, 0);
+  busy_->setTextVisible(false);
+  busy_->setFixedWidth(60);
+  busyText_ = themedLabel(QStringLiteral("正在查询数据源…"), "muted", 12, QFont::Normal, card);
+  busyRow->addWidget(busy_);
+  busyRow->addWidget(busyText_, 1);
+  card->content().addLayout(busyRow);
+  searchMessage_ = themedLabel(QString(), "warning", 12, QFont::Normal, card);
+  card->content().addWidget(searchMessage_);
+
+  auto* lists = new QWidget;
+  auto* listsLayout = new QVBoxLayout(lists);
+  listsLayout->setContentsMargins(0, 0, 6, 0);
+  listsLayout->setSpacing(6);
+  resultsLayout_ = new QVBoxLayout;
+  resultsLayout_->setSpacing(6);
+  listsLayout->addLayout(resultsLayout_);
+  listsLayout->addWidget(
+      themedLabel(QStringLiteral("加入后即可显示在灵球卫星环中。"), "muted", 12, QFont::Normal));
+  noCandidates_ = themedLabel(QStringLiteral("暂无可选行情"), "secondary", 13, QFont::Normal);
+  listsLayout->addWidget(noCandidates_);
+  candidatesLayout_ = new QVBoxLayout;
+  candidatesLayout_->setSpacing(6);
+  listsLayout->addLayout(candidatesLayout_);
+  listsLayout->addStretch();
+  card->content().addWidget(scrolling(lists, card), 1);
+  layout->addWidget(card, 2);
+
+  clockTimer_.setInterval(1000);
+  QObject::connect(&clockTimer_, &QTimer::timeout, this, [this] {
+    statusClock_ = clock_.now();
+    refresh();
+  });
+  subscription_ = model.subscribe([this] { scheduleRefresh(); });
+  refresh();
+}
+
+void WatchlistView::choose(const std::string& picker, const std::string& option) {
+  const char* names[] = {"market", "status", "change", "sort"};
+  for (size_t i = 0; i < pickers_.size(); ++i)
+    if (picker == names[i]) pickers_[i]->setCurrentText(q(option));
+}
+
+void WatchlistView::setSearch(const std::string& text) {
+  search_->setText(q(text));
+}
+
+void WatchlistView::submitSearch() {
+  model_.searchSource(search_->text().toStdString());
+}
+
+void WatchlistView::showEvent(QShowEvent*) {
+  statusClock_ = clock_.now();
+  clockTimer_.start();
+  refresh();
+}
+
+void WatchlistView::hideEvent(QHideEvent*) {
+  clockTimer_.stop();
+}
+
+void WatchlistView::scheduleRefresh() {
+  if (refreshPending_) return;
+  refreshPending_ = true;
+  QTimer::singleShot(0, this, [this] {
+    refreshPending_ = false;
+    refresh();
+  });
+}
+
+void WatchlistView::refresh() {
+  fillRows();
+  fillCandidates();
+}
+
+QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
+  const bool masked = model_.masked();
+  auto* row = new QFrame;
+  row->setProperty("rowcard", true);
+  auto* line = new QHBoxLayout(row);
+  line->setContentsMargins(12, 8, 8, 8);
+  line->setSpacing(10);
+  auto* names = new QVBoxLayout;
+  names->setSpacing(1);
+  auto* title = themedLabel(q(entry.symbol + "  " + (entry.quote ? entry.quote->name : "")),
+                            active ? "accent" : nullptr, 14, QFont::DemiBold, row);
+  title->setWordWrap(false);
+  names->addWidget(title);
+  names->addWidget(themedLabel(
+      q(entry.market + " · " + quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_)),
+      "muted", 11.5, QFont::Normal, row));
+  line->addLayout(names, 1);
+  if (entry.quote) {
+    auto* figures = new QVBoxLayout;
+    figures->setSpacing(1);
+    auto* price = themedLabel(masked ? QStringLiteral("••••") : q(priceText(entry.quote->price)),
+                              nullptr, 14, QFont::DemiBold, row);
+    auto* pct =
+        themedLabel(masked ? QStringLiteral("••••") : q(percentText(entry.quote->changePct())),
+                    nullptr, 12, QFont::Medium, row);
+    QPalette colours = pct->palette();
+    colours.setColor(QPalette::WindowText, qt(quoteColor(entry.quote->changePct())));
+    pct->setPalette(colours);
+    price->setAlignment(Qt::AlignRight);
+    pct->setAlignment(Qt::AlignRight);
+    figures->addWidget(price);
+    figures->addWidget(pct);
+    line->addLayout(figures);
+  }
+  const std::string symbol = entry.symbol;
+  auto* select = flatButton(active ? QStringLiteral("当前") : QStringLiteral("设为当前标的"),
+                            QStringLiteral("设为当前标的"), row);
+  select->setEnabled(!active);
+  QObject::connect(select, &QPushButton::clicked, this, [this, symbol] { model_.select(symbol); });
+  auto* up = flatButton(QStringLiteral("↑"), QStringLiteral("上移"), row);
+  QObject::connect(up, &QPushButton::clicked, this, [this, symbol] { model_.move(symbol, -1); });
+  auto* down = flatButton(QStringLiteral("↓"), QStringLiteral("下移"), row);
+  QObject::connect(down, &QPushButton::clicked, this, [this, symbol] { model_.move(symbol, 1); });
+  auto* remove = flatButton(QStringLiteral("移除"), QStringLiteral("从自选中移除"), row);
+  QObject::connect(remove, &QPushButton::clicked, this, [this, symbol] { model_.remove(symbol); });
+  for (QPushButton* b : {select, up, down, remove}) line->addWidget(b);
+  return row;
+}
+
+void WatchlistView::fillRows() {
+  rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_);
+  heading_->setText(QStringLiteral("我的自选 · %1").arg(model_.watchlist().size()));
+  clearLayout(rowsLayout_);
+  for (const WatchlistEntry& entry : rows_)
+    rowsLayout_->addWidget(rowFor(entry, entry.symbol == model_.activeID()));
+  rowsLayout_->addStretch();
+
+  QString title, hint;
+  if (model_.watchlist().empty()) {
+    title = QStringLiteral("当前没有自选股");
+    hint = QStringLiteral("从右侧添加，开始构建你的星系。");
+  } else if (rows_.empty()) {
+    WatchlistFilters marketOnly;
+    marketOnly.market = filters_.market;
+    const bool marketEmpty =
+        filters_.market != "全部" &&
+        visibleEntries(model_.watchlist(), model_.quotes(), marketOnly, statusClock_).empty();
+    title = marketEmpty ? QStringLiteral("当前市场还没有自选股") : QStringLiteral("没有匹配的标的");
+  }
+  emptyTitle_->setText(title);
+  emptyHint_->setText(hint);
+  emptyTitle_->setVisible(!title.isEmpty());
+  emptyHint_->setVisible(!hint.isEmpty());
+}
+
+QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch) {
+  auto* row = new QFrame;
+  row->setProperty("rowcard", true);
+  auto* line = new QHBoxLayout(row);
+  line->setContentsMargins(10, 6, 6, 6);
+  auto* text = themedLabel(q(quote.id + "  " + quote.name), nullptr, 13, QFont::Medium, row);
+  text->setWordWrap(false);
+  line->addWidget(text, 1);
+  line->addWidget(themedLabel(q(quote.market), "muted", 11.5, QFont::Normal, row));
+  auto* add = flatButton(QStringLiteral("加入"), QStringLiteral("加入自选"), row);
+  add->setProperty("pill", true);
+  QObject::connect(add, &QPushButton::clicked, this, [this, quote, fromSearch] {
+    if (fromSearch)
+      model_.addSearchResult(quote);
+    else
+      model_.add(quote.id);
+  });
+  line->addWidget(add);
+  return row;
+}
+
+void WatchlistView::fillCandidates() {
+  const bool searching = model_.isSearchingSource();
+  busy_->setVisible(searching);
+  busyText_->setVisible(searching);
+  const auto& message = model_.sourceSearchMessage();
+  searchMessage_->setText(message ? q(*message) : QString());
+  searchMessage_->setVisible(message.has_value());
+
+  const auto watched = [this](const std::string& id) {
+    const auto& list = model_.watchlist();
+    return std::find(list.begin(), list.end(), id) != list.end();
+  };
+  clearLayout(resultsLayout_);
+  for (const QuoteSnapshot& quote : model_.sourceSearchResults())
+    if (!watched(quote.id)) resultsLayout_->addWidget(candidateFor(quote, true));
+  clearLayout(candidatesLayout_);
+  int count = 0;
+  for (const QuoteSnapshot& quote : model_.quotes()) {
+    if (watched(quote.id)) continue;
+    candidatesLayout_->addWidget(candidateFor(quote, false));
+    ++count;
+  }
+  noCandidates_->setVisible(count == 0);
+}
+
+QStringList WatchlistView::shownTexts() const {
+  QStringList texts;
+  collectTexts(this, texts);
+  return texts;
+}
+
+}  // namespace tidemark

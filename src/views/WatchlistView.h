@@ -1,0 +1,74 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include "core/ChangeSignal.h"
+#include "core/Clock.h"
+#include "model/AppModel.h"
+#include "views/WatchlistRules.h"
+
+namespace tidemark {
+
+// The watchlist manager: the user's list with filters, sorts and row actions on one side; the
+// quotes not yet watched and a search of the current data source on the other. Every change goes
+// through the model, which saves it at once.
+class WatchlistView final : public QWidget {
+ public:
+  WatchlistView(AppModel& model, const Clock& clock, QWidget* parent = nullptr);
+
+  const WatchlistFilters& filters() const { return filters_; }
+  // Chooses an option of a picker by its text ("market", "status", "change", "sort").
+  void choose(const std::string& picker, const std::string& option);
+  void setSearch(const std::string& text);
+  void submitSearch();
+  Date statusClock() const { return statusClock_; }
+  const std::vector<WatchlistEntry>& rows() const { return rows_; }
+
+  // Every text the view shows, in order, for checks of what a user sees.
+  QStringList shownTexts() const;
+
+ protected:
+  void showEvent(QShowEvent*) override;
+  void hideEvent(QHideEvent*) override;
+
+ private:
+  void scheduleRefresh();
+  void refresh();
+  void fillRows();
+  void fillCandidates();
+  QWidget* rowFor(const WatchlistEntry& entry, bool active);
+  QWidget* candidateFor(const QuoteSnapshot& quote, bool fromSearch);
+
+  AppModel& model_;
+  const Clock& clock_;
+  WatchlistFilters filters_;
+  Date statusClock_;
+  std::vector<WatchlistEntry> rows_;
+  QLabel* heading_;
+  std::vector<QComboBox*> pickers_;
+  QVBoxLayout* rowsLayout_;
+  QWidget* rowsHost_;
+  QLabel* emptyTitle_;
+  QLabel* emptyHint_;
+  QLineEdit* search_;
+  QProgressBar* busy_;
+  QLabel* busyText_;
+  QLabel* searchMessage_;
+  QVBoxLayout* resultsLayout_;
+  QVBoxLayout* candidatesLayout_;
+  QLabel* noCandidates_;
+  QTimer clockTimer_;
+  ChangeSignal::Subscription subscription_;
+  bool refreshPending_ = false;
+};
+
+}  // namespace tidemark
