@@ -390,8 +390,10 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
     windows_.erase("alert");
   }
   if (QWidget* existing = window(key)) {
-    if (auto* settings = existing->findChild<SettingsView*>(); settings && !section.empty())
-      settings->showSection(section);
+    // The views carry no meta-object of their own, so a cast, not findChild, tells them apart.
+    for (QWidget* child : existing->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+      if (auto* settings = dynamic_cast<SettingsView*>(child); settings && !section.empty())
+        settings->showSection(section);
     existing->show();
     existing->raise();
     existing->activateWindow();

@@ -190,8 +190,9 @@ TEST(Search, TheNewestSearchWins) {
 TEST(Search, AddingAResultKeepsTheNewerQuoteAndTheSymbolOnce) {
   ModelHarness h;
   auto m = h.make();
-  m->addSearchResult(test::quote("601899", 18.2));
-  m->addSearchResult(test::quote("601899", 18.4));
+  // The demonstration source answers a newly watched symbol at once, stamped now.
+  m->addSearchResult(test::quote("601899", 18.2, 10, "tencent", h.clock.now() + 1));
+  m->addSearchResult(test::quote("601899", 18.4, 10, "tencent", h.clock.now() + 2));
   m->addSearchResult(test::quote("601899", 17.0, 10, "tencent", Date{-1}));
   m->addSearchResult(test::quote("600519", 1500, 10, "tencent", h.clock.now()));
   EXPECT_EQ(m->watchlist(), (List{"600519", "00700", "NVDA", "03033", "000858", "601899"}));
