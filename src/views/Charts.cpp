@@ -18,7 +18,7 @@ QString text(std::string_view s) {
   return QString::fromUtf8(s.data(), qsizetype(s.size()));
 }
 
-constexpr double headerHeight = 30, axisHeight = 24;
+constexpr double headerHeight = 44, axisHeight = 24;
 
 }  // namespace
 
@@ -95,20 +95,19 @@ void LinearQuoteChart::paintEvent(QPaintEvent*) {
   const QColor ink = qt(palette_.ink()), muted = qt(palette_.muted());
   const QColor trend = qt(quoteColor(quote_.changePct()));
 
+  // Title over the source caption on the left, the read-out on the right.
   painter.setFont(uiFont(14, QFont::Bold));
   painter.setPen(ink);
-  const QString title = QStringLiteral("标准分时辅助");
-  painter.drawText(QRectF(0, 0, width(), headerHeight - 8), Qt::AlignLeft | Qt::AlignVCenter,
-                   title);
-  const double titleWidth = painter.fontMetrics().horizontalAdvance(title);
+  painter.drawText(QRectF(0, 0, width(), 20), Qt::AlignLeft | Qt::AlignVCenter,
+                   QStringLiteral("标准分时辅助"));
   painter.setFont(uiFont(11.5));
   painter.setPen(muted);
-  painter.drawText(QRectF(titleWidth + 10, 0, width(), headerHeight - 8),
-                   Qt::AlignLeft | Qt::AlignVCenter, captionText());
+  painter.drawText(QRectF(0, 20, width(), 16), Qt::AlignLeft | Qt::AlignVCenter, captionText());
   const QString readout = readoutText();
   painter.setPen(readout.isEmpty() ? muted : trend);
-  painter.setFont(uiFont(12, readout.isEmpty() ? QFont::Normal : QFont::DemiBold));
-  painter.drawText(QRectF(0, 0, width(), headerHeight - 8), Qt::AlignRight | Qt::AlignVCenter,
+  painter.setFont(
+      uiFont(readout.isEmpty() ? 12 : 15, readout.isEmpty() ? QFont::Normal : QFont::Bold));
+  painter.drawText(QRectF(0, 0, width(), 20), Qt::AlignRight | Qt::AlignVCenter,
                    readout.isEmpty() ? volumeReadout() : readout);
 
   // Quarter lines, then the line with a soft fill in the trend colour.

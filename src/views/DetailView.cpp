@@ -127,17 +127,32 @@ void DetailOrb::paintEvent(QPaintEvent*) {
   painter.translate(-c);
 
   // The sphere fills most of the frame; the chart's outer ticks reach just inside its rim.
-  const double sphere = side * 0.86;
-  {
+  // The glow and the sphere change only with the size, the theme and the trend's colour.
+  const qreal ratio = devicePixelRatioF();
+  const QString key = QStringLiteral("%1/%2/%3/%4")
+                          .arg(side)
+                          .arg(int(model_.theme()))
+                          .arg(qt(trend).rgba())
+                          .arg(ratio);
+  if (key != sphereKey_) {
+    sphereKey_ = key;
+    sphere_ = QImage(QSize(int(std::ceil(side * ratio)), int(std::ceil(side * ratio))),
+                     QImage::Format_ARGB32_Premultiplied);
+    sphere_.setDevicePixelRatio(ratio);
+    sphere_.fill(Qt::transparent);
+    QPainter layer(&sphere_);
+    layer.setRenderHint(QPainter::Antialiasing);
+    const QPointF mid(side / 2, side / 2);
     // The orb's own glow reaches past this frame; a softer one fits inside it.
-    QRadialGradient halo(c, side / 2);
+    QRadialGradient halo(mid, side / 2);
     halo.setColorAt(0.8, qt(palette.halo()));
     halo.setColorAt(1, Qt::transparent);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(halo);
-    painter.drawEllipse(c, side / 2, side / 2);
+    layer.setPen(Qt::NoPen);
+    layer.setBrush(halo);
+    layer.drawEllipse(mid, side / 2, side / 2);
+    paintOrbSphere(layer, mid, side * 0.86, palette, trend, false, false);
   }
-  paintOrbSphere(painter, c, sphere, palette, trend, false, false);
+  painter.drawImage(QPointF(c.x() - side / 2, c.y() - side / 2), sphere_);
   const QRectF face(c.x() - side / 2, c.y() - side / 2, side, side);
   const std::vector<double> values = quote ? model_.priceSeries(*quote) : std::vector<double>{};
   paintPolarQuoteChart(painter, face, values, qt(trend), palette);
@@ -184,6 +199,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   side->addWidget(chartCard, 3);
 
   auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), this);
+  figuresCard->setMinimumWidth(300);
   name_ = themedLabel(QString(), nullptr, 15, QFont::Bold, figuresCard);
   figuresCard->content().addWidget(name_);
   figures_ = new QGridLayout;
@@ -192,7 +208,9 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   const char* names[] = {"开盘", "昨收", "最高", "最低", "成交量", "更新时间", "数据源"};
   int row = 0;
   for (const char* name : names) {
-    figures_->addWidget(themedLabel(QString::fromUtf8(name), "muted", 12.5), row / 2, row % 2 * 2);
+    auto* caption = themedLabel(QString::fromUtf8(name), "muted", 12.5);
+    caption->setWordWrap(false);
+    figures_->addWidget(caption, row / 2, row % 2 * 2);
     auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
     value->setWordWrap(false);
     values_.push_back(value);
@@ -236,8 +254,10 @@ void DetailView::refresh() {
   const QuoteSnapshot* quote = model_.activeQuote();
   const OrbPalette palette{model_.theme()};
   const bool masked = model_.masked();
-  if (quote && isVisible() && requestedFor_ != quote->id) {
-    requestedFor_ = quote->id;
+  // Asked again when the source changes: only live sources have intraday series.
+  if (quote && isVisible() &&
+      requestedFor_ != quote->id + std::string(rawValue(model_.sourceMode()))) {
+    requestedFor_ = quote->id + std::string(rawValue(model_.sourceMode()));
     model_.fetchIntraday(*quote);
     quote = model_.activeQuote();  // a synchronous answer may have replaced the quotes
   }

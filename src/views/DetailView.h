@@ -3,6 +3,7 @@
 #include <functional>
 
 #include <QGridLayout>
+#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QVariantAnimation>
@@ -65,6 +66,8 @@ class DetailOrb final : public QWidget {
   bool closing_ = false;
   double presence_ = 0;
   QVariantAnimation animation_;
+  QImage sphere_;
+  QString sphereKey_;
 };
 
 // The detail window's content: heading with close button, the detail orb, the linear chart and

@@ -232,8 +232,7 @@ QWidget* SettingsView::appearancePage() {
         [this] { return model_.orbShowsName() ? 1 : 0; });
   const auto check = [this](ProductCard* card, const QString& text, std::function<bool()> get,
                             std::function<void(bool)> set) {
-    auto* box = new QCheckBox(text, card);
-    box->setFont(uiFont(13));
+    auto* box = new ProductSwitch(text, card);
     QObject::connect(box, &QCheckBox::toggled, this, [set](bool on) { set(on); });
     card->content().addWidget(box);
     syncers_.push_back([box, get] {
@@ -376,8 +375,7 @@ QWidget* SettingsView::alertPage() {
   layout->addWidget(alert);
 
   auto* privacy = new ProductCard(QStringLiteral("隐私"), page);
-  auto* mask = new QCheckBox(QStringLiteral("遮蔽所有行情数字"), privacy);
-  mask->setFont(uiFont(13));
+  auto* mask = new ProductSwitch(QStringLiteral("遮蔽所有行情数字"), privacy);
   QObject::connect(mask, &QCheckBox::toggled, this, [this](bool on) { model_.setMasked(on); });
   privacy->content().addWidget(mask);
   privacy->content().addWidget(themedLabel(

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include <QApplication>
+#include <QPainter>
 #include <QStyle>
 
 #include "views/TextStyle.h"
@@ -18,11 +19,20 @@ QString css(const Color& c) {
       .arg(c.opacity, 0, 'f', 3);
 }
 
+// Cards, fields and buttons: on dark themes a lift of the theme's own backdrop, so each theme
+// keeps its tint; on the light theme plain white.
+Color raisedSurface(const OrbPalette& p) {
+  if (!isDark(p.theme)) return p.elevated();
+  const Color b = p.background();
+  const auto lift = [](double c) { return c + (1 - c) * 0.075; };
+  return Color{lift(b.red), lift(b.green), lift(b.blue), 1};
+}
+
 }  // namespace
 
 QPalette themePalette(const OrbPalette& p) {
   QPalette palette;
-  const QColor background = qt(p.background()), raised = qt(p.elevated()), ink = qt(p.ink());
+  const QColor background = qt(p.background()), raised = qt(raisedSurface(p)), ink = qt(p.ink());
   for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
     palette.setColor(group, QPalette::Window, background);
     palette.setColor(group, QPalette::WindowText, ink);
@@ -99,7 +109,7 @@ QToolTip { background: %4; color: %1; border: 1px solid %5; padding: 4px; }
 QProgressBar { background: %9; border: none; border-radius: 3px; max-height: 6px; }
 QProgressBar::chunk { background: %7; border-radius: 3px; }
 )");
-  return sheet.arg(css(p.ink()), css(p.secondary()), css(p.muted()), css(p.elevated()),
+  return sheet.arg(css(p.ink()), css(p.secondary()), css(p.muted()), css(raisedSurface(p)),
                    css(p.line()), css(p.auroraA()), css(p.auroraB()),
                    css(withOpacity(p.auroraB(), 0.24)),
                    css(dark ? Color::hex(0xFFFFFF, 0.05) : Color::hex(0x14183C, 0.04)), onAccent,
@@ -159,6 +169,38 @@ void ProductPill::setSelected(bool selected) {
   if (isSelected() == selected) return;
   setProperty("selected", selected);
   repolish(this);
+}
+
+ProductSwitch::ProductSwitch(const QString& text, QWidget* parent) : QCheckBox(text, parent) {
+  setFont(uiFont(13));
+  setCursor(Qt::PointingHandCursor);
+}
+
+QSize ProductSwitch::sizeHint() const {
+  return {46 + fontMetrics().horizontalAdvance(text()), std::max(24, fontMetrics().height() + 4)};
+}
+
+void ProductSwitch::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const QPalette& colours = palette();
+  const QRectF track(1, (height() - 20) / 2.0, 36, 20);
+  painter.setPen(Qt::NoPen);
+  QColor off = colours.color(QPalette::WindowText);
+  off.setAlphaF(0.22f);
+  painter.setBrush(isChecked() ? colours.color(QPalette::Highlight) : off);
+  painter.drawRoundedRect(track, 10, 10);
+  const double x = isChecked() ? track.right() - 18 : track.left() + 2;
+  painter.setBrush(QColor(Qt::white));
+  painter.drawEllipse(QRectF(x, track.top() + 2, 16, 16));
+  if (hasFocus()) {
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colours.color(QPalette::Highlight), 1));
+    painter.drawRoundedRect(track.adjusted(-1.5, -1.5, 1.5, 1.5), 11, 11);
+  }
+  painter.setPen(
+      colours.color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
+  painter.drawText(QRectF(46, 0, width() - 46, height()), Qt::AlignLeft | Qt::AlignVCenter, text());
 }
 
 void repolish(QWidget* widget) {

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include <QCheckBox>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
@@ -57,6 +58,17 @@ class ProductPill final : public QPushButton {
   explicit ProductPill(const QString& text, QWidget* parent = nullptr);
   void setSelected(bool selected);
   bool isSelected() const { return property("selected").toBool(); }
+};
+
+// An on/off switch with its label: a rounded track, the accent when on.
+class ProductSwitch final : public QCheckBox {
+ public:
+  explicit ProductSwitch(const QString& text, QWidget* parent = nullptr);
+  QSize sizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+  bool hitButton(const QPoint& pos) const override { return rect().contains(pos); }
 };
 
 // Re-reads the style sheet for a widget after one of its style properties changed.

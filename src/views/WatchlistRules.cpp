@@ -17,6 +17,36 @@ bool contains(const std::string& haystack, const QString& needle) {
   return QString::fromStdString(haystack).contains(needle, Qt::CaseInsensitive);
 }
 
+// Orders embedded numbers by value ("ETF9" before "ETF10") and the rest by the locale's
+// collation, ignoring case: the system's standard comparison of names shown to people.
+int standardCompare(const QCollator& collator, const QString& a, const QString& b) {
+  qsizetype i = 0, j = 0;
+  while (i < a.size() && j < b.size()) {
+    const bool digitA = a[i].isDigit(), digitB = b[j].isDigit();
+    qsizetype endA = i, endB = j;
+    while (endA < a.size() && a[endA].isDigit() == digitA) ++endA;
+    while (endB < b.size() && b[endB].isDigit() == digitB) ++endB;
+    const QStringView chunkA = QStringView(a).mid(i, endA - i);
+    const QStringView chunkB = QStringView(b).mid(j, endB - j);
+    int order = 0;
+    if (digitA && digitB) {
+      const auto significant = [](QStringView digits) {
+        qsizetype k = 0;
+        while (k + 1 < digits.size() && digits[k] == u'0') ++k;
+        return digits.mid(k);
+      };
+      const QStringView x = significant(chunkA), y = significant(chunkB);
+      order = x.size() != y.size() ? (x.size() < y.size() ? -1 : 1) : x.compare(y);
+    } else {
+      order = collator.compare(chunkA, chunkB);
+    }
+    if (order != 0) return order;
+    i = endA;
+    j = endB;
+  }
+  return (a.size() - i > 0) - (b.size() - j > 0);
+}
+
 }  // namespace
 
 const std::vector<std::string>& watchlistMarkets() {
@@ -91,12 +121,12 @@ std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watch
   }
   if (filters.sortOrder == "名称") {
     QCollator collator;
-    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
     const auto key = [](const WatchlistEntry& e) {
       return QString::fromStdString(e.quote ? e.quote->name : e.symbol);
     };
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
-      return collator.compare(key(a), key(b)) < 0;
+      return standardCompare(collator, key(a), key(b)) < 0;
     });
   } else if (filters.sortOrder == "涨幅从高到低" || filters.sortOrder == "涨幅从低到高") {
     const bool descending = filters.sortOrder == "涨幅从高到低";

@@ -71,7 +71,8 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   heading_ = themedLabel(QString(), nullptr, 17, QFont::Bold, this);
   top->addWidget(heading_, 1);
   auto* restore = new QPushButton(QStringLiteral("恢复默认自选"), this);
-  QObject::connect(restore, &QPushButton::clicked, this, [this] { model_.restoreWatchlist(); });
+  QObject::connect(restore, &QPushButton::clicked, this,
+                   [this] { model_.setWatchlist(AppModel::defaultWatchlist()); });
   top->addWidget(restore);
   left->addLayout(top);
 

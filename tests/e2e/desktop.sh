@@ -159,6 +159,22 @@ else
   fail "a click on the orb's core at (640,400) went through to the window below"
 fi
 
+# A double click on the orb opens the settings window on the circular detail; Alt+F4 closes it.
+settings_window() { xdotool search --name '^设置 · 使用偏好$' | head -1; }
+settings_shown() { [ -n "$(settings_window)" ]; }
+settings_gone() { ! settings_shown; }
+point_at 640 400
+xdotool click --repeat 2 --delay 90 1
+if wait_for 5 settings_shown; then
+  sleep 0.8
+  shot 2-detail
+  ok "a double click on the orb opened the settings window"
+  xdotool windowactivate --sync "$(settings_window)" key alt+F4
+  wait_for 5 settings_gone || fail "Alt+F4 did not close the settings window"
+else
+  fail "a double click on the orb at (640,400) opened no settings window within 5 s"
+fi
+
 # 3. A drag moves the panel with the pointer; the place outlives a restart.
 drag 640 400 840 500
 read -r x y <<<"$(origin)"

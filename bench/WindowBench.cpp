@@ -1,0 +1,122 @@
+// Opening each window (create, lay out, first paint) and repainting the detail view with a full
+// day's 240-point series.
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+
+#include <QApplication>
+#include <QImage>
+
+#include "core/KeyValueStore.h"
+#include "core/ManualScheduler.h"
+#include "model/DemoMarket.h"
+#include "views/DetailView.h"
+#include "views/SettingsView.h"
+#include "views/SmallWindows.h"
+#include "views/Theme.h"
+#include "views/WatchlistView.h"
+
+namespace tidemark {
+namespace {
+
+// Answers at once: the embedded quotes, and a 240-minute series for any symbol.
+class InstantSource final : public MarketDataSource {
+ public:
+  void fetchQuotes(SourceMode, const DataSourceEndpoints&, const std::vector<std::string>&,
+                   const QuoteMap&, QuotesCompletion completion) override {
+    completion(embeddedQuotes(Date{816'832'800}, "tencent"), std::nullopt);
+  }
+  void probeQuoteEndpoints(const DataSourceEndpoints&, std::function<void(bool)> done) override {
+    done(true);
+  }
+  void fetchManifest(const std::string&,
+                     std::function<void(std::optional<std::string>)> done) override {
+    done(std::nullopt);
+  }
+  bool canFetchIntraday() const override { return true; }
+  void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
+                     std::function<void(std::optional<std::vector<double>>)> done) override {
+    std::vector<double> values;
+    for (int i = 0; i < 240; ++i) values.push_back(1450 + 20 * std::sin(i / 17.0) + i * 0.05);
+    done(values);
+  }
+};
+
+struct Windows {
+  Windows() {
+    model.setSourceMode(SourceMode::tencent);
+    applyTheme(AppTheme::dark);
+  }
+  // Creates the view, lays it out at its window size and paints it once.
+  template <class Make>
+  void open(QSize size, Make make) {
+    std::unique_ptr<QWidget> view(make());
+    view->setAttribute(Qt::WA_DontShowOnScreen);
+    view->resize(size);
+    view->show();
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    view->render(&image);
+    benchmark::DoNotOptimize(image.constBits());
+  }
+  MemoryKeyValueStore store;
+  ManualClock clock{Date{816'832'800}};
+  ManualScheduler scheduler{clock};
+  InstantSource source;
+  NullNotifier notifier;
+  AppModel model{
+      {store, clock, scheduler, source, notifier, std::nullopt}, std::nullopt, false, Bundle{}};
+};
+
+void openWindow(benchmark::State& state) {
+  Windows w;
+  const auto which = state.range(0);
+  state.SetLabel(std::array{"settings", "detail", "watchlist", "alert", "guide"}[size_t(which)]);
+  for (auto _ : state) {
+    switch (which) {
+      case 0:
+        w.open({960, 740}, [&] { return new SettingsView(w.model, w.clock, {}); });
+        break;
+      case 1:
+        w.open({980, 680}, [&] { return new DetailView(w.model, {}, {}); });
+        break;
+      case 2:
+        w.open({940, 650}, [&] { return new WatchlistView(w.model, w.clock); });
+        break;
+      case 3:
+        w.open({420, 540}, [&] { return new AlertEditorView(w.model, {}); });
+        break;
+      default:
+        w.open({480, 600}, [&] { return new OnboardingView(w.model, {}); });
+        break;
+    }
+  }
+}
+BENCHMARK(openWindow)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
+
+void repaintDetail(benchmark::State& state) {
+  Windows w;
+  DetailView view(w.model, {}, {});
+  view.setAttribute(Qt::WA_DontShowOnScreen);
+  view.resize(980, 680);
+  view.show();
+  QApplication::processEvents();
+  if (!w.model.hasRealIntraday(*w.model.activeQuote())) state.SkipWithError("no real series");
+  QImage image(980, 680, QImage::Format_ARGB32_Premultiplied);
+  for (auto _ : state) {
+    view.render(&image);
+    benchmark::DoNotOptimize(image.constBits());
+  }
+}
+BENCHMARK(repaintDetail)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace tidemark
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

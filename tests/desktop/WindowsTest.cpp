@@ -1,0 +1,317 @@
+// The settings, detail and watchlist windows: their rules, their controls and masking.
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+
+#include "core/FileIO.h"
+#include "support/ModelHarness.h"
+#include "views/ChartGeometry.h"
+#include "views/DetailView.h"
+#include "views/SettingsView.h"
+#include "views/WatchlistView.h"
+
+namespace tidemark {
+namespace {
+
+using Strings = std::vector<std::string>;
+const Date now{800000000};
+
+QuoteSnapshot quoteAt(std::string id, std::string market, std::string name, double price,
+                      double prevClose, double age = 0) {
+  return {std::move(id), std::move(market), std::move(name), price, prevClose, price, price, 1,
+          now + (-age),  "tencent"};
+}
+
+TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
+  const QuoteSnapshot fund = quoteAt("161725", "A股基金", "白酒基金", 1, 1, 30 * 3600);
+  struct Case {
+    std::optional<QuoteSnapshot> quote;
+    const char* status;
+    const char* category;  // the one change filter besides 全部 that matches, if any
+  } cases[] = {
+      {fund, "正常", "平盘"},
+      {quoteAt("161725", "A股基金", "f", 1, 1, 129600), "正常", "平盘"},
+      {quoteAt("161725", "A股基金", "f", 1, 1, 129601), "已过期", "平盘"},
+      {quoteAt("600519", "A股", "a", 100.0002, 100, 300), "正常", "上涨"},
+      {quoteAt("600519", "A股", "a", 99.9998, 100, 301), "已过期", "下跌"},
+      {quoteAt("600519", "A股", "a", 100.00005, 100), "正常", "平盘"},
+      {std::nullopt, "暂无行情", nullptr},
+  };
+  for (const auto& c : cases) {
+    const QuoteSnapshot* q = c.quote ? &*c.quote : nullptr;
+    EXPECT_EQ(quoteStatus(q, now), c.status);
+    EXPECT_TRUE(matchesChange("全部", q));
+    for (const char* filter : {"上涨", "下跌", "平盘"})
+      EXPECT_EQ(matchesChange(filter, q), c.category && std::string(c.category) == filter)
+          << c.status << " " << filter;
+  }
+  const std::pair<const char*, bool> searches[] = {
+      {"", true},      {"  \n ", true},     {" 白酒 ", true}, {"1617", true},
+      {"a股基", true}, {"A股基金\t", true}, {"茅台", false},
+  };
+  for (const auto& [text, matches] : searches)
+    EXPECT_EQ(matchesSearch(text, fund.id, fund.market, &fund), matches) << text;
+  EXPECT_FALSE(matchesSearch("白酒", "161725", "A股基金", nullptr));
+}
+
+TEST(WatchlistRules, FiltersThenStableSorts) {
+  const std::vector<QuoteSnapshot> quotes{
+      quoteAt("A1", "美股", "ETF10", 11, 10),  // +10 %
+      quoteAt("A2", "美股", "ETF9", 11, 10),   // +10 %
+      quoteAt("A3", "美股", "ETF100", 9, 10),  // -10 %
+      quoteAt("00700", "港股", "腾讯", 10, 10, 600),
+  };
+  const Strings watchlist{"A1", "ETF50", "A2", "A3", "00700"};
+  const auto order = [&](WatchlistFilters f) {
+    Strings ids;
+    for (const WatchlistEntry& e : visibleEntries(watchlist, quotes, f, now))
+      ids.push_back(e.symbol);
+    return ids;
+  };
+  const auto sorted = [](const char* s) {
+    WatchlistFilters f;
+    f.sortOrder = s;
+    return f;
+  };
+  EXPECT_EQ(order({}), watchlist);
+  EXPECT_EQ(order(sorted("名称")), (Strings{"A2", "A1", "ETF50", "A3", "00700"}));
+  EXPECT_EQ(order(sorted("涨幅从高到低")), (Strings{"A1", "A2", "00700", "A3", "ETF50"}));
+  EXPECT_EQ(order(sorted("涨幅从低到高")), (Strings{"A3", "00700", "A1", "A2", "ETF50"}));
+  EXPECT_EQ(order({"美股"}), (Strings{"A1", "ETF50", "A2", "A3"}));  // no quote: by its symbol
+  EXPECT_EQ(order({"全部", "已过期"}), (Strings{"00700"}));
+  EXPECT_EQ(order({"全部", "暂无行情"}), (Strings{"ETF50"}));
+  EXPECT_EQ(order({"全部", "全部", "上涨"}), (Strings{"A1", "A2"}));
+  EXPECT_EQ(order({"全部", "全部", "全部", "自选顺序", " etf1 "}), (Strings{"A1", "A3"}));
+}
+
+TEST(Charts, PolarGeometryAndAxisLabels) {
+  const auto small = polarChartGeometry({1, 2, 3, 4}, 240, 240);
+  EXPECT_EQ(small.ringRadii, (std::array<double, 3>{44, 66, 88}));
+  EXPECT_EQ(polarChartGeometry({}, 480, 300).ringRadii, (std::array<double, 3>{88, 132, 176}));
+  const auto near = [](Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y) < 1e-9; };
+  EXPECT_TRUE(near(small.ticks[0].inner, {120, 28}));  // a quarter mark, from 92
+  EXPECT_TRUE(
+      near(small.ticks[1].inner, {120 + 96 * std::sin(M_PI / 12), 120 - 96 * std::cos(M_PI / 12)}));
+  EXPECT_TRUE(near(small.ticks[6].outer, {220, 120}));
+  const Point expected[] = {
+      {120, 74}, {120 + 46 + 44.0 / 3, 120}, {120, 120 + 46 + 88.0 / 3}, {30, 120}};
+  ASSERT_EQ(small.points.size(), 4u);
+  for (size_t i = 0; i < 4; ++i) EXPECT_TRUE(near(small.points[i], expected[i])) << i;
+  EXPECT_TRUE(polarChartGeometry({7}, 240, 240).points.empty());
+  for (Point p : polarChartGeometry({5, 5, 5}, 480, 480).points)
+    EXPECT_NEAR(std::hypot(p.x - 240, p.y - 240), 92, 1e-9);
+
+  const std::pair<const char*, std::array<std::string_view, 3>> axes[] = {
+      {"A股", {"09:30", "11:30 / 13:00", "15:00"}},
+      {"港股", {"09:30", "12:00 / 13:00", "16:00"}},
+      {"美股", {"09:30", "12:45", "16:00 ET"}},
+  };
+  for (const auto& [market, labels] : axes) EXPECT_EQ(marketTimes(market), labels) << market;
+}
+
+struct Windows : ::testing::Test {
+  test::ModelHarness h;
+  std::unique_ptr<AppModel> model = h.make();
+  QString chosen;
+  bool confirm = false;
+  int guides = 0, alerts = 0, closes = 0;
+
+  std::unique_ptr<SettingsView> settings(const std::string& section = "外观") {
+    SettingsView::Actions a;
+    a.openGuide = [this] { ++guides; };
+    a.openAlert = [this] { ++alerts; };
+    a.close = [this] { ++closes; };
+    a.confirmReset = [this] { return confirm; };
+    a.chooseFile = [this](bool) { return chosen; };
+    return std::make_unique<SettingsView>(*model, h.clock, std::move(a), section);
+  }
+  template <class W>
+  static W* named(QWidget& root, const QString& text) {
+    for (W* w : root.findChildren<W*>())
+      if (w->text() == text || w->accessibleName() == text) return w;
+    ADD_FAILURE() << text.toStdString();
+    return nullptr;
+  }
+};
+
+TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
+  auto view = settings("圆形详情");
+  EXPECT_EQ(view->currentSection(), "圆形详情");
+  named<QPushButton>(*view, QStringLiteral("极光"))->click();
+  named<QPushButton>(*view, QStringLiteral("大 132"))->click();
+  named<QPushButton>(*view, QStringLiteral("名称"))->click();
+  named<QCheckBox>(*view, QStringLiteral("减少动态效果"))->click();
+  named<QCheckBox>(*view, QStringLiteral("遮蔽所有行情数字"))->click();
+  named<QPushButton>(*view, QStringLiteral("5 秒"))->click();
+  named<QPushButton>(*view, QStringLiteral("重新查看引导"))->click();
+  named<QPushButton>(*view, QStringLiteral("编辑预警…"))->click();
+  const auto restored = h.make();
+  EXPECT_EQ(restored->theme(), AppTheme::aurora);
+  EXPECT_EQ(restored->orbSize(), 132);
+  EXPECT_TRUE(restored->orbShowsName());
+  EXPECT_TRUE(restored->reduceMotion());
+  EXPECT_TRUE(restored->masked());
+  EXPECT_EQ(restored->refreshInterval(), 5);
+  EXPECT_EQ(std::pair(guides, alerts), std::pair(1, 1));
+
+  // The tray examples follow the model: nothing to show while masked.
+  QTest::qWait(1);
+  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("仅图标")));
+  model->setMasked(false);
+  QTest::qWait(1);
+  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("+1.16%")));
+  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("600519  1,468.80  +1.16%")));
+
+  view->resetPreferences();  // declined
+  EXPECT_EQ(model->theme(), AppTheme::aurora);
+  confirm = true;
+  view->resetPreferences();
+  EXPECT_EQ(model->theme(), AppTheme::dark);
+  EXPECT_EQ(model->watchlist().size(), 5u);
+}
+
+TEST_F(Windows, ImportAndExportReportInWords) {
+  auto view = settings("数据源");
+  const auto path = h.folder.path() / "list.json";
+  const std::pair<std::string, std::string> bad[] = {
+      {"{", "导入失败：文件不是有效的 JSON"},
+      {R"({"symbols": []})", "导入失败：没有可识别的股票代码"},
+  };
+  chosen = QString();
+  view->importWatchlist();  // cancelled
+  EXPECT_EQ(view->transferMessage(), QString());
+  chosen = QString::fromStdString(path.string());
+  view->importWatchlist();
+  EXPECT_EQ(view->transferMessage(), QStringLiteral("导入失败：无法读取 ") + chosen);
+  view->exportWatchlist();
+  EXPECT_EQ(view->transferMessage(), QStringLiteral("已导出到 ") + chosen);
+  model->remove("NVDA");
+  view->importWatchlist();
+  EXPECT_EQ(view->transferMessage(), QStringLiteral("已导入 5 个标的"));
+  for (const auto& [body, message] : bad) {
+    ASSERT_FALSE(writeFileAtomically(path, body));
+    view->importWatchlist();
+    EXPECT_EQ(view->transferMessage().toStdString(), message);
+    EXPECT_EQ(model->watchlist().size(), 5u);
+  }
+  chosen = QStringLiteral("/proc/no/such/folder/list.json");
+  view->exportWatchlist();
+  EXPECT_EQ(view->transferMessage(), QStringLiteral("导出失败：无法写入 ") + chosen);
+}
+
+TEST_F(Windows, DetailFiguresHoverAndClosing) {
+  int closed = 0, alerted = 0;
+  DetailView detail(
+      *model, [&] { ++closed; }, [&] { ++alerted; });
+  detail.resize(980, 680);
+  detail.show();
+  QTest::qWait(20);
+  EXPECT_EQ(detail.orb().priceDisplay(), QStringLiteral("1,468.80"));
+  EXPECT_EQ(detail.orb().changeDisplay(), QStringLiteral("+1.16%"));
+  EXPECT_EQ(detail.orb().chartLabel(), QStringLiteral("贵州茅台极坐标分时图"));
+  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("示意走势 · 1 日"));
+  EXPECT_EQ(detail.figureTexts(),
+            (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
+                         detail.figureTexts()[6], "模拟源"}));
+  // Live sources are asked for the day's series; a real one replaces the sketch.
+  EXPECT_TRUE(h.source.intradayRequests.empty());
+  model->setSourceMode(SourceMode::tencent);
+  QTest::qWait(1);
+  ASSERT_EQ(h.source.intradayRequests.size(), 1u);
+  EXPECT_EQ(h.source.intradayRequests[0].first, "600519");
+  h.source.intradayRequests[0].second(std::vector<double>{1460, 1470.5, 1468.8});
+  QTest::qWait(1);
+  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("实时分时 · 1 日"));
+  EXPECT_EQ(detail.figureTexts()[1], QStringLiteral("1,460.00"));
+
+  LinearQuoteChart& chart = detail.chart();
+  const QRectF plot = chart.plotRect();
+  const auto series = model->priceSeries(*model->activeQuote());
+  QTest::mouseMove(&chart, QPoint(int(plot.right()) - 1, int(plot.center().y())));
+  ASSERT_EQ(chart.hoveredIndex(), series.size() - 1);
+  EXPECT_EQ(chart.readoutText(), QString::fromStdString(priceText(series.back())));
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&chart, &leave);
+  EXPECT_EQ(chart.hoveredIndex(), std::nullopt);
+
+  named<QPushButton>(detail, QStringLiteral("设置价格预警"))->click();
+  EXPECT_EQ(alerted, 1);
+  detail.orb().animateClose();  // with motion: shrinks away first
+  EXPECT_TRUE(detail.orb().closing());
+  EXPECT_EQ(closed, 0);
+  QTest::qWait(300);
+  EXPECT_EQ(closed, 1);
+  model->setReduceMotion(true);
+  detail.orb().animateClose();
+  EXPECT_EQ(closed, 2);
+}
+
+TEST_F(Windows, MaskingHidesEveryFigure) {
+  model->setAlert("600519", 1500, true);
+  model->setMasked(true);
+  DetailView detail(*model, {}, {});
+  detail.resize(980, 680);
+  detail.show();
+  QTest::mouseMove(&detail.chart(), detail.chart().plotRect().center().toPoint());
+  const QStringList shown = detail.figureTexts();
+  EXPECT_EQ(shown.mid(1, 6), (QStringList{"—", "••••", "••••", "••••", "••••", "••••"}));
+  EXPECT_EQ(detail.orb().priceDisplay(), QStringLiteral("••••••"));
+  EXPECT_EQ(detail.orb().changeDisplay(), QStringLiteral("••••%"));
+  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("••••"));
+  EXPECT_EQ(detail.chart().readoutText(), QStringLiteral("••••"));
+  EXPECT_EQ(detail.chart().volumeReadout(), QStringLiteral("成交量 ••••"));
+
+  WatchlistView list(*model, h.clock);
+  auto view = settings("预警与隐私");
+  QStringList texts = list.shownTexts();
+  for (const QLabel* label : view->findChildren<QLabel*>()) texts << label->text();
+  EXPECT_TRUE(texts.contains(QStringLiteral("600519  贵州茅台\n价格达到或高于 目标价格已遮蔽")));
+  const QRegularExpression figure(QStringLiteral("[0-9][,.][0-9]|%"));
+  for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
+  EXPECT_EQ(list.shownTexts().count(QStringLiteral("••••")), 10);
+}
+
+TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
+  WatchlistView view(*model, h.clock);
+  const auto rows = [&] {
+    Strings ids;
+    for (const auto& e : view.rows()) ids.push_back(e.symbol);
+    return ids;
+  };
+  const auto shows = [&](const char* text) {
+    return view.shownTexts().contains(QString::fromUtf8(text));
+  };
+  EXPECT_TRUE(shows("我的自选 · 5"));
+  view.choose("sort", "涨幅从低到高");
+  EXPECT_EQ(rows(), (Strings{"000858", "03033", "600519", "00700", "NVDA"}));
+  view.choose("sort", "自选顺序");
+  view.choose("market", "美股基金");
+  EXPECT_TRUE(shows("当前市场还没有自选股"));
+  view.choose("market", "全部");
+  view.setSearch("zzz");
+  EXPECT_TRUE(shows("没有匹配的标的"));
+  view.setSearch("五粮");
+  EXPECT_EQ(rows(), (Strings{"000858"}));
+  view.submitSearch();
+  ASSERT_EQ(model->sourceSearchResults().size(), 1u);
+  view.setSearch("");
+
+  named<QPushButton>(view, QStringLiteral("加入"))->click();  // the first quote not yet watched
+  EXPECT_EQ(model->watchlist().size(), 6u);
+  QTest::qWait(1);
+  named<QPushButton>(view, QStringLiteral("设为当前标的"))->click();  // the first row not active
+  EXPECT_EQ(model->activeID(), "00700");
+  model->setWatchlist({});
+  QTest::qWait(1);
+  EXPECT_TRUE(shows("当前没有自选股"));
+  EXPECT_TRUE(shows("从右侧添加，开始构建你的星系。"));
+  named<QPushButton>(view, QStringLiteral("恢复默认自选"))->click();
+  EXPECT_EQ(model->watchlist().size(), 5u);
+}
+
+}  // namespace
+}  // namespace tidemark

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# `tidemark --render-previews DIR` without a display: every image at its size and not blank, the
+# promised last line, and nothing written to the user's settings or data folders.
+set -uo pipefail
+app="$1"
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/home" "$work/config" "$work/data"
+passed=0 failed=0
+ok() { passed=$((passed + 1)); }
+fail() { failed=$((failed + 1)); echo "FAIL: $*"; }
+
+out="$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM HOME="$work/home" \
+  XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data" "$app" --render-previews "$work/p")"
+[[ "$out" == "Rendered previews: $work/p" ]] && ok || fail "printed '$out'"
+
+expected=()
+for theme in dark light aurora amber rose ocean; do
+  expected+=("orb-$theme 460 460" "detail-$theme 980 680" "settings-$theme 960 740"
+    "watchlist-$theme 940 650")
+done
+expected+=("onboarding 480 600" "alert 420 540" "orb-collapsed 460 460" "orb-radial 460 460"
+  "orb-dock-left 460 460" "orb-dock-right 460 460" "orb-dock-top 460 460"
+  "orb-dock-bottom 460 460" "alert-masked 420 540" "detail-masked 980 680")
+for entry in "${expected[@]}"; do
+  read -r name width height <<<"$entry"
+  file="$work/p/$name.png"
+  # Width, height, PNG, and how many colours: a blank or single-colour image has one.
+  read -r w h format colours < <(identify -format '%w %h %m %k\n' "$file" 2>/dev/null) || true
+  if [[ "${format:-}" != PNG || "${w:-}" != "$width" || "${h:-}" != "$height" ]]; then
+    fail "$name.png is ${w:-?}×${h:-?} ${format:-missing}, not a ${width}×${height} PNG"
+  elif ((colours < 200)); then
+    fail "$name.png has only $colours colours"
+  else
+    ok
+  fi
+done
+count=$(find "$work/p" -type f | wc -l)
+((count == ${#expected[@]})) && ok || fail "$count files written, ${#expected[@]} expected"
+leftover="$(find "$work/home" "$work/config" "$work/data" -type f; ls /tmp/tidemark-preview-* 2>/dev/null)"
+[[ -z "$leftover" ]] && ok || fail "left behind: $leftover"
+
+echo "$passed passed, $failed failed"
