@@ -260,5 +260,19 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
   }
 }
 
+TEST(Delegate, AThemeChangeRecoloursEveryWindow) {
+  Desktop d;
+  d.delegate->openSettings("外观");
+  d.delegate->openWindow("guide");
+  for (AppTheme theme : {AppTheme::light, AppTheme::amber}) {
+    d.model->setTheme(theme);
+    d.h.scheduler.runDue();
+    for (const char* key : {"settings", "guide"})
+      EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window),
+                qt(OrbPalette{theme}.background()))
+          << key;
+  }
+}
+
 }  // namespace
 }  // namespace tidemark
