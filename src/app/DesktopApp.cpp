@@ -142,7 +142,8 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
       {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens, [] {
          const QPoint p = QCursor::pos();
          return Point{double(p.x()), double(p.y())};
-       }});
+       },
+       makeStatusNotifier});
   delegate.onQuit = [] { QCoreApplication::quit(); };
   delegate.launch();
   const auto signals = quitOnSignals();

@@ -87,8 +87,10 @@ void AppDelegate::launch() {
     if (!self->hoverTimer_.isActive()) self->hoverTimer_.start();
   };
 
-  statusItem_ = std::make_unique<StatusItem>([self](QMenu& menu) { self->buildStatusMenu(menu); },
-                                             [self] { self->toggleOrb(); });
+  statusItem_ = std::make_unique<StatusItem>(
+      [self](QMenu& menu) { self->buildStatusMenu(menu); }, [self] { self->toggleOrb(); },
+      deps_.statusNotifier ? deps_.statusNotifier() : nullptr,
+      [self] { self->deps_.model.cycleActive(); });
 
   deps_.windowSystem.showOnAllDesktops(*panel_);
   restorePosition();
@@ -179,8 +181,11 @@ void AppDelegate::synchronize() {
   if (statusItem_) {
     statusItem_->setTitle(statusTitle());
     const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
-    statusItem_->setImage(
-        miniOrb(m.activeQuote(), OrbPalette{m.theme()}, m.masked() || m.menuDensity() == 1, ratio));
+    const bool bare = m.masked() || m.menuDensity() == 1;
+    const OrbPalette palette{m.theme()};
+    statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio),
+                          miniOrb(m.activeQuote(), palette, bare, 1, 22),
+                          miniOrb(m.activeQuote(), palette, bare, 1, 44));
     statusItem_->setToolTip(tooltip());
   }
   const bool exclude = m.masked();

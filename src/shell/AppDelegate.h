@@ -45,6 +45,8 @@ class AppDelegate {
     // What the screens look like; the real one reads QGuiApplication's screens.
     std::function<std::vector<Screen>()> screens;
     std::function<Point()> mouseLocation;
+    // The tray item exported over D-Bus, where there is a session bus; none in tests.
+    std::function<std::unique_ptr<StatusNotifier>()> statusNotifier = {};
   };
 
   static constexpr const char* positionKey = "tidemark.orb.position.v2";

@@ -3,6 +3,9 @@
 #include <functional>
 #include <memory>
 
+#include <QImage>
+#include <QMenu>
+#include <QPoint>
 #include <QRegion>
 #include <QWidget>
 
@@ -33,8 +36,33 @@ class GlobalHotKeys {
   virtual int install(std::function<void(int id)> pressed) = 0;
 };
 
+// A tray item the application exports itself where the desktop has a host for one
+// (StatusNotifierItem over D-Bus): unlike the system tray icon it can carry a text beside the
+// icon. Every value is sent to the host only when it really changed.
+class StatusNotifier {
+ public:
+  struct Handlers {
+    std::function<void()> activate;           // a click on the icon
+    std::function<void(QPoint)> contextMenu;  // the host wants our menu at this point
+    std::function<void()> scroll;             // one step of the wheel over the icon
+    std::function<void(QMenu&)> buildMenu;    // fills the exported menu afresh
+    std::function<void()> availabilityChanged;
+  };
+  virtual ~StatusNotifier() = default;
+  virtual void start(Handlers handlers) = 0;
+  // Registered with a watcher that has a host to show the item.
+  virtual bool isAvailable() const = 0;
+  // The icon at 22 and 44 pixels.
+  virtual void setIcon(const QImage& small, const QImage& large) = 0;
+  virtual void setToolTip(const std::string& text) = 0;
+  // The text beside the icon; empty for none.
+  virtual void setLabel(const std::string& text) = 0;
+};
+
 // The best seams for the platform the application runs on (X11 or none).
 std::unique_ptr<WindowSystem> makeWindowSystem();
 std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys();
+// None without a session bus.
+std::unique_ptr<StatusNotifier> makeStatusNotifier();
 
 }  // namespace tidemark

@@ -4,18 +4,48 @@
 
 namespace tidemark {
 
-StatusItem::StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate)
-    : buildMenu_(std::move(buildMenu)), onActivate_(std::move(onActivate)) {
+StatusItem::StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate,
+                       std::unique_ptr<StatusNotifier> notifier, std::function<void()> onScroll)
+    : buildMenu_(std::move(buildMenu)),
+      onActivate_(std::move(onActivate)),
+      notifier_(std::move(notifier)) {
   QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
     menu_.clear();
     buildMenu_(menu_);
   });
   retry_.setInterval(5000);
   QObject::connect(&retry_, &QTimer::timeout, &retry_, [this] { tryToShow(); });
+  if (notifier_) {
+    notifier_->start({.activate =
+                          [this] {
+                            if (onActivate_) onActivate_();
+                          },
+                      .contextMenu = [this](QPoint at) { menu_.popup(at); },
+                      .scroll = std::move(onScroll),
+                      .buildMenu = [this](QMenu& menu) { buildMenu_(menu); },
+                      .availabilityChanged =
+                          [this] {
+                            retriesLeft_ = 12;
+                            tryToShow();
+                          }});
+  }
   tryToShow();
 }
 
+StatusItem::~StatusItem() = default;
+
+void StatusItem::setTitle(const std::string& text) {
+  title_ = text;
+  if (notifier_) notifier_->setLabel(text);
+}
+
 void StatusItem::tryToShow() {
+  if (usesNotifier()) {
+    // Our own item is shown; a second icon through the system tray would be a duplicate.
+    icon_.reset();
+    retry_.stop();
+    return;
+  }
   if (icon_) return;
   if (!QSystemTrayIcon::isSystemTrayAvailable()) {
     if (retriesLeft_-- > 0) {
@@ -41,7 +71,8 @@ void StatusItem::tryToShow() {
   }
 }
 
-void StatusItem::setImage(const QImage& image) {
+void StatusItem::setImage(const QImage& image, const QImage& small, const QImage& large) {
+  if (notifier_ && !small.isNull()) notifier_->setIcon(small, large);
   if (image == image_) return;
   image_ = image;
   if (!icon_) return;
@@ -52,6 +83,7 @@ void StatusItem::setImage(const QImage& image) {
 void StatusItem::setToolTip(const std::string& text) {
   if (text == toolTip_) return;
   toolTip_ = text;
+  if (notifier_) notifier_->setToolTip(text);
   if (icon_) icon_->setToolTip(QString::fromStdString(text));
 }
 

@@ -9,23 +9,32 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
+#include "shell/DesktopSeams.h"
+
 namespace tidemark {
 
 // The tray item: the mini orb, its tooltip and the status menu, which is built afresh every time
-// it opens. A desktop whose tray starts after us is asked again every few seconds for a minute;
-// meanwhile, and without any tray, the orb and the global keys do everything.
+// it opens. Where the desktop hosts StatusNotifierItems the item is our own, with the title as a
+// label beside the icon; otherwise the system tray icon. A desktop whose tray starts after us is
+// asked again every few seconds for a minute; meanwhile, and without any tray, the orb and the
+// global keys do everything.
 class StatusItem {
  public:
-  StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate);
+  StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate,
+             std::unique_ptr<StatusNotifier> notifier = nullptr,
+             std::function<void()> onScroll = {});
+  ~StatusItem();
 
-  void setImage(const QImage& image);
+  // The tray's image, and the exported item's at 22 and 44 pixels.
+  void setImage(const QImage& image, const QImage& small = {}, const QImage& large = {});
   void setToolTip(const std::string& text);
   // The text beside the icon where the desktop can show one.
-  void setTitle(const std::string& text) { title_ = text; }
+  void setTitle(const std::string& text);
   const std::string& title() const { return title_; }
   const QImage& image() const { return image_; }
   std::string toolTip() const;
-  bool isShown() const { return icon_ && icon_->isVisible(); }
+  bool isShown() const { return (icon_ && icon_->isVisible()) || usesNotifier(); }
+  bool usesNotifier() const { return notifier_ && notifier_->isAvailable(); }
   QMenu& menu() { return menu_; }
 
  private:
@@ -33,6 +42,7 @@ class StatusItem {
 
   std::function<void(QMenu&)> buildMenu_;
   std::function<void()> onActivate_;
+  std::unique_ptr<StatusNotifier> notifier_;
   std::unique_ptr<QSystemTrayIcon> icon_;
   QMenu menu_;
   QTimer retry_;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -111,6 +113,13 @@ TEST(Charts, PolarGeometryAndAxisLabels) {
       {"美股", {"09:30", "12:45", "16:00 ET"}},
   };
   for (const auto& [market, labels] : axes) EXPECT_EQ(marketTimes(market), labels) << market;
+}
+
+// A move of the pointer delivered straight to the widget: the test cursor may already stand there.
+void hover(QWidget& widget, QPointF at) {
+  QMouseEvent move(QEvent::MouseMove, at, widget.mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                   Qt::NoModifier);
+  QApplication::sendEvent(&widget, &move);
 }
 
 struct Windows : ::testing::Test {
@@ -231,7 +240,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   LinearQuoteChart& chart = detail.chart();
   const QRectF plot = chart.plotRect();
   const auto series = model->priceSeries(*model->activeQuote());
-  QTest::mouseMove(&chart, QPoint(int(plot.right()) - 1, int(plot.center().y())));
+  hover(chart, QPointF(plot.right() - 1, plot.center().y()));
   ASSERT_EQ(chart.hoveredIndex(), series.size() - 1);
   EXPECT_EQ(chart.readoutText(), QString::fromStdString(priceText(series.back())));
   QEvent leave(QEvent::Leave);
@@ -256,7 +265,7 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   DetailView detail(*model, {}, {});
   detail.resize(980, 680);
   detail.show();
-  QTest::mouseMove(&detail.chart(), detail.chart().plotRect().center().toPoint());
+  hover(detail.chart(), detail.chart().plotRect().center());
   const QStringList shown = detail.figureTexts();
   EXPECT_EQ(shown.mid(1, 6), (QStringList{"—", "••••", "••••", "••••", "••••", "••••"}));
   EXPECT_EQ(detail.orb().priceDisplay(), QStringLiteral("••••••"));

@@ -1,0 +1,456 @@
+#include "platform/StatusNotifierItem.h"
+
+#include <unistd.h>
+
+#include <QAction>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVirtualObject>
+#include <QMenu>
+#include <QTimer>
+
+namespace tidemark {
+namespace {
+
+const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+// Mnemonics: Qt marks them with "&", dbusmenu with "_".
+QString menuLabel(QString text) {
+  text.replace(u'_', QStringLiteral("__"));
+  QString label;
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    if (text[i] == u'&' && i + 1 < text.size()) {
+      ++i;
+      label += text[i] == u'&' ? QStringLiteral("&") : QStringLiteral("_") + text[i];
+    } else {
+      label += text[i];
+    }
+  }
+  return label;
+}
+
+const sni::MenuLayoutItem* findItem(const sni::MenuLayoutItem& root, int id) {
+  if (root.id == id) return &root;
+  for (const auto& child : root.children)
+    if (const auto* found = findItem(child, id)) return found;
+  return nullptr;
+}
+
+sni::MenuLayoutItem limited(const sni::MenuLayoutItem& item, int depth, const QStringList& names) {
+  sni::MenuLayoutItem copy{item.id, {}, {}};
+  for (auto it = item.properties.begin(); it != item.properties.end(); ++it)
+    if (names.isEmpty() || names.contains(it.key())) copy.properties.insert(it.key(), it.value());
+  if (depth != 0)
+    for (const auto& child : item.children)
+      copy.children.push_back(limited(child, depth - 1, names));
+  return copy;
+}
+
+QVariant variantArgument(const QVariant& value) {
+  return QVariant::fromValue(QDBusVariant(value));
+}
+
+}  // namespace
+
+// Receives the watcher's "a host registered" signal, which QtDBus delivers only to slots.
+class StatusNotifierItem::Listener : public QObject {
+  Q_OBJECT
+ public:
+  explicit Listener(StatusNotifierItem& owner) : owner_(owner) {}
+ public Q_SLOTS:
+  void hostRegistered() {
+    if (!owner_.available_) owner_.registerWithWatcher();
+  }
+
+ private:
+  StatusNotifierItem& owner_;
+};
+
+class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
+ public:
+  explicit ItemObject(StatusNotifierItem& owner) : owner_(owner) {}
+
+  QString introspect(const QString&) const override {
+    return QStringLiteral(R"xml(<interface name="org.kde.StatusNotifierItem">
+<property name="Category" type="s" access="read"/><property name="Id" type="s" access="read"/>
+<property name="Title" type="s" access="read"/><property name="Status" type="s" access="read"/>
+<property name="WindowId" type="i" access="read"/>
+<property name="IconName" type="s" access="read"/>
+<property name="IconPixmap" type="a(iiay)" access="read"/>
+<property name="OverlayIconName" type="s" access="read"/>
+<property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
+<property name="AttentionIconName" type="s" access="read"/>
+<property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
+<property name="AttentionMovieName" type="s" access="read"/>
+<property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
+<property name="ItemIsMenu" type="b" access="read"/>
+<property name="Menu" type="o" access="read"/>
+<property name="XAyatanaLabel" type="s" access="read"/>
+<property name="XAyatanaLabelGuide" type="s" access="read"/>
+<property name="XAyatanaOrderingIndex" type="u" access="read"/>
+<method name="Activate"><arg name="x" type="i" direction="in"/><arg name="y" type="i" direction="in"/></method>
+<method name="SecondaryActivate"><arg name="x" type="i" direction="in"/><arg name="y" type="i" direction="in"/></method>
+<method name="ContextMenu"><arg name="x" type="i" direction="in"/><arg name="y" type="i" direction="in"/></method>
+<method name="Scroll"><arg name="delta" type="i" direction="in"/><arg name="orientation" type="s" direction="in"/></method>
+<signal name="NewTitle"/><signal name="NewIcon"/><signal name="NewAttentionIcon"/>
+<signal name="NewOverlayIcon"/><signal name="NewToolTip"/>
+<signal name="NewStatus"><arg name="status" type="s"/></signal>
+<signal name="XAyatanaNewLabel"><arg name="label" type="s"/><arg name="guide" type="s"/></signal>
+</interface>
+)xml");
+  }
+
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+    const QVariantList args = message.arguments();
+    const QString member = message.member();
+    if (message.interface() == propertiesInterface) {
+      const QVariantMap all = owner_.itemProperties();
+      if (member == QLatin1String("GetAll")) return reply(message, connection, {all});
+      if (member == QLatin1String("Get") && args.size() == 2 && all.contains(args[1].toString()))
+        return reply(message, connection, {variantArgument(all.value(args[1].toString()))});
+      return error(message, connection, QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    }
+    const Handlers& h = owner_.handlers_;
+    if (member == QLatin1String("Activate") || member == QLatin1String("SecondaryActivate")) {
+      later([&h] {
+        if (h.activate) h.activate();
+      });
+    } else if (member == QLatin1String("ContextMenu") && args.size() == 2) {
+      const QPoint at(args[0].toInt(), args[1].toInt());
+      later([&h, at] {
+        if (h.contextMenu) h.contextMenu(at);
+      });
+    } else if (member == QLatin1String("Scroll") && args.size() == 2) {
+      if (args[0].toInt() != 0)
+        later([&h] {
+          if (h.scroll) h.scroll();
+        });
+    } else if (member != QLatin1String("ProvideXdgActivationToken") &&
+               member != QLatin1String("XAyatanaSecondaryActivate")) {
+      return error(message, connection, QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+    }
+    return reply(message, connection, {});
+  }
+
+  static bool reply(const QDBusMessage& message, const QDBusConnection& connection,
+                    const QVariantList& values) {
+    if (!message.isReplyRequired()) return true;
+    connection.send(message.createReply(values));
+    return true;
+  }
+  static bool error(const QDBusMessage& message, const QDBusConnection& connection,
+                    const QString& name) {
+    connection.send(message.createErrorReply(name, message.member()));
+    return true;
+  }
+  // The handlers run on the next turn, after the caller has its reply.
+  template <class F>
+  void later(F work) {
+    QTimer::singleShot(0, this, std::move(work));
+  }
+
+ private:
+  StatusNotifierItem& owner_;
+};
+
+class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
+ public:
+  explicit MenuObject(StatusNotifierItem& owner) : owner_(owner) {}
+
+  QString introspect(const QString&) const override {
+    return QStringLiteral(R"xml(<interface name="com.canonical.dbusmenu">
+<property name="Version" type="u" access="read"/><property name="TextDirection" type="s" access="read"/>
+<property name="Status" type="s" access="read"/><property name="IconThemePath" type="as" access="read"/>
+<method name="GetLayout"><arg type="i" name="parentId" direction="in"/><arg type="i" name="recursionDepth" direction="in"/><arg type="as" name="propertyNames" direction="in"/><arg type="u" name="revision" direction="out"/><arg type="(ia{sv}av)" name="layout" direction="out"/></method>
+<method name="GetGroupProperties"><arg type="ai" name="ids" direction="in"/><arg type="as" name="propertyNames" direction="in"/><arg type="a(ia{sv})" name="properties" direction="out"/></method>
+<method name="GetProperty"><arg type="i" name="id" direction="in"/><arg type="s" name="name" direction="in"/><arg type="v" name="value" direction="out"/></method>
+<method name="Event"><arg type="i" name="id" direction="in"/><arg type="s" name="eventId" direction="in"/><arg type="v" name="data" direction="in"/><arg type="u" name="timestamp" direction="in"/></method>
+<method name="EventGroup"><arg type="a(isvu)" name="events" direction="in"/><arg type="ai" name="idErrors" direction="out"/></method>
+<method name="AboutToShow"><arg type="i" name="id" direction="in"/><arg type="b" name="needUpdate" direction="out"/></method>
+<method name="AboutToShowGroup"><arg type="ai" name="ids" direction="in"/><arg type="ai" name="updatesNeeded" direction="out"/><arg type="ai" name="idErrors" direction="out"/></method>
+<signal name="ItemsPropertiesUpdated"><arg type="a(ia{sv})" name="updatedProps"/><arg type="a(ias)" name="removedProps"/></signal>
+<signal name="LayoutUpdated"><arg type="u" name="revision"/><arg type="i" name="parent"/></signal>
+<signal name="ItemActivationRequested"><arg type="i" name="id"/><arg type="u" name="timestamp"/></signal>
+</interface>
+)xml");
+  }
+
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+    const QVariantList args = message.arguments();
+    const QString member = message.member();
+    if (message.interface() == propertiesInterface) {
+      const QVariantMap all{{QStringLiteral("Version"), QVariant::fromValue(uint(3))},
+                            {QStringLiteral("TextDirection"), QStringLiteral("ltr")},
+                            {QStringLiteral("Status"), QStringLiteral("normal")},
+                            {QStringLiteral("IconThemePath"), QStringList()}};
+      if (member == QLatin1String("GetAll")) return ItemObject::reply(message, connection, {all});
+      if (member == QLatin1String("Get") && args.size() == 2 && all.contains(args[1].toString()))
+        return ItemObject::reply(message, connection,
+                                 {variantArgument(all.value(args[1].toString()))});
+      return ItemObject::error(message, connection,
+                               QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    }
+    if (member == QLatin1String("GetLayout") && args.size() == 3) {
+      const auto* item = findItem(owner_.layout_, args[0].toInt());
+      if (!item) return invalidId(message, connection);
+      const QStringList names = qdbus_cast<QStringList>(args[2]);
+      return ItemObject::reply(message, connection,
+                               {QVariant::fromValue(owner_.revision_),
+                                QVariant::fromValue(limited(*item, args[1].toInt(), names))});
+    }
+    if (member == QLatin1String("GetGroupProperties") && args.size() == 2) {
+      const auto ids = qdbus_cast<QList<int>>(args[0]);
+      const QStringList names = qdbus_cast<QStringList>(args[1]);
+      sni::MenuItemPropertiesList found;
+      for (int id : ids)
+        if (const auto* item = findItem(owner_.layout_, id))
+          found.append({id, limited(*item, 0, names).properties});
+      return ItemObject::reply(message, connection, {QVariant::fromValue(found)});
+    }
+    if (member == QLatin1String("GetProperty") && args.size() == 2) {
+      const auto* item = findItem(owner_.layout_, args[0].toInt());
+      if (!item || !item->properties.contains(args[1].toString()))
+        return invalidId(message, connection);
+      return ItemObject::reply(message, connection,
+                               {variantArgument(item->properties.value(args[1].toString()))});
+    }
+    if (member == QLatin1String("Event") && args.size() == 4) {
+      event(args[0].toInt(), args[1].toString());
+      return ItemObject::reply(message, connection, {});
+    }
+    if (member == QLatin1String("EventGroup") && args.size() == 1) {
+      QList<int> errors;
+      for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
+        if (!event(e.id, e.eventId)) errors << e.id;
+      return ItemObject::reply(message, connection, {QVariant::fromValue(errors)});
+    }
+    if (member == QLatin1String("AboutToShow") && args.size() == 1) {
+      const bool root = args[0].toInt() == 0;
+      if (root) owner_.rebuildMenu();
+      return ItemObject::reply(message, connection, {root});
+    }
+    if (member == QLatin1String("AboutToShowGroup") && args.size() == 1) {
+      const auto ids = qdbus_cast<QList<int>>(args[0]);
+      QList<int> updates, errors;
+      if (ids.contains(0)) {
+        owner_.rebuildMenu();
+        updates << 0;
+      }
+      for (int id : ids)
+        if (!findItem(owner_.layout_, id)) errors << id;
+      return ItemObject::reply(message, connection,
+                               {QVariant::fromValue(updates), QVariant::fromValue(errors)});
+    }
+    return ItemObject::error(message, connection,
+                             QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+  }
+
+ private:
+  // A click triggers the item's action on the next turn; other events need nothing.
+  bool event(int id, const QString& name) {
+    const auto it = owner_.actions_.find(id);
+    if (it == owner_.actions_.end() && id != 0) return false;
+    if (name == QLatin1String("clicked") && it != owner_.actions_.end() && it->second) {
+      QPointer<QAction> action = it->second;
+      QTimer::singleShot(0, this, [action] {
+        if (action && action->isEnabled()) action->trigger();
+      });
+    }
+    return true;
+  }
+  static bool invalidId(const QDBusMessage& message, const QDBusConnection& connection) {
+    return ItemObject::error(message, connection,
+                             QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+  }
+
+  StatusNotifierItem& owner_;
+};
+
+StatusNotifierItem::StatusNotifierItem(QDBusConnection bus)
+    : bus_(std::move(bus)),
+      serviceName_(QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(::getpid())),
+      item_(std::make_unique<ItemObject>(*this)),
+      menu_(std::make_unique<MenuObject>(*this)),
+      listener_(std::make_unique<Listener>(*this)) {
+  sni::registerTypes();
+}
+
+StatusNotifierItem::~StatusNotifierItem() {
+  bus_.disconnect(watcherService, watcherPath, watcherService,
+                  QStringLiteral("StatusNotifierHostRegistered"), listener_.get(),
+                  SLOT(hostRegistered()));
+  bus_.unregisterObject(QLatin1String(itemPath));
+  bus_.unregisterObject(QLatin1String(menuPath));
+  bus_.unregisterService(serviceName_);
+}
+
+void StatusNotifierItem::start(Handlers handlers) {
+  handlers_ = std::move(handlers);
+  rebuildMenu();
+  bus_.registerVirtualObject(QLatin1String(itemPath), item_.get());
+  bus_.registerVirtualObject(QLatin1String(menuPath), menu_.get());
+  bus_.registerService(serviceName_);
+  watcher_.setConnection(bus_);
+  watcher_.addWatchedService(watcherService);
+  watcher_.setWatchMode(QDBusServiceWatcher::WatchForRegistration |
+                        QDBusServiceWatcher::WatchForUnregistration);
+  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_,
+                   [this] { registerWithWatcher(); });
+  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, &watcher_,
+                   [this] { setAvailable(false); });
+  bus_.connect(watcherService, watcherPath, watcherService,
+               QStringLiteral("StatusNotifierHostRegistered"), listener_.get(),
+               SLOT(hostRegistered()));
+  registerWithWatcher();
+}
+
+void StatusNotifierItem::registerWithWatcher() {
+  if (!bus_.interface() || !bus_.interface()->isServiceRegistered(watcherService)) {
+    setAvailable(false);
+    return;
+  }
+  QDBusMessage call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
+                                                     QStringLiteral("RegisterStatusNotifierItem"));
+  call << serviceName_;
+  // The watcher answers at once without calling back, so a blocking call cannot deadlock.
+  if (bus_.call(call, QDBus::Block, 2000).type() != QDBusMessage::ReplyMessage) {
+    setAvailable(false);
+    return;
+  }
+  QDBusMessage host = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                     propertiesInterface, QStringLiteral("Get"));
+  host << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+  const QDBusMessage answer = bus_.call(host, QDBus::Block, 2000);
+  setAvailable(answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty() &&
+               answer.arguments()[0].value<QDBusVariant>().variant().toBool());
+}
+
+void StatusNotifierItem::setAvailable(bool available) {
+  if (available == available_) return;
+  available_ = available;
+  if (handlers_.availabilityChanged) handlers_.availabilityChanged();
+}
+
+QVariantMap StatusNotifierItem::itemProperties() const {
+  const QString none;
+  const QVariant noPixmaps = QVariant::fromValue(sni::IconPixmapList());
+  return {
+      {QStringLiteral("Category"), QStringLiteral("ApplicationStatus")},
+      {QStringLiteral("Id"), QStringLiteral("tidemark")},
+      {QStringLiteral("Title"), QStringLiteral("潮汐栏")},
+      {QStringLiteral("Status"), QStringLiteral("Active")},
+      {QStringLiteral("WindowId"), 0},
+      {QStringLiteral("IconName"), none},
+      {QStringLiteral("IconPixmap"), QVariant::fromValue(icon_)},
+      {QStringLiteral("OverlayIconName"), none},
+      {QStringLiteral("OverlayIconPixmap"), noPixmaps},
+      {QStringLiteral("AttentionIconName"), none},
+      {QStringLiteral("AttentionIconPixmap"), noPixmaps},
+      {QStringLiteral("AttentionMovieName"), none},
+      {QStringLiteral("ToolTip"),
+       QVariant::fromValue(sni::ToolTip{none, icon_, QStringLiteral("潮汐栏"), toolTip_})},
+      {QStringLiteral("ItemIsMenu"), false},
+      {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(QLatin1String(menuPath)))},
+      {QStringLiteral("XAyatanaLabel"), label_},
+      {QStringLiteral("XAyatanaLabelGuide"), guide_},
+      {QStringLiteral("XAyatanaOrderingIndex"), QVariant::fromValue(uint(0))},
+  };
+}
+
+void StatusNotifierItem::emitSignal(const char* path, const char* interface, const char* name,
+                                    const QVariantList& arguments) {
+  QDBusMessage signal = QDBusMessage::createSignal(QLatin1String(path), QLatin1String(interface),
+                                                   QLatin1String(name));
+  signal.setArguments(arguments);
+  bus_.send(signal);
+}
+
+void StatusNotifierItem::setIcon(const QImage& small, const QImage& large) {
+  const sni::IconPixmapList icon{sni::iconPixmap(small), sni::iconPixmap(large)};
+  if (icon == icon_) return;
+  icon_ = icon;
+  emitSignal(itemPath, "org.kde.StatusNotifierItem", "NewIcon");
+}
+
+void StatusNotifierItem::setToolTip(const std::string& text) {
+  const QString tip = QString::fromStdString(text);
+  if (tip == toolTip_) return;
+  toolTip_ = tip;
+  emitSignal(itemPath, "org.kde.StatusNotifierItem", "NewToolTip");
+}
+
+void StatusNotifierItem::setLabel(const std::string& text) {
+  const QString label = QString::fromStdString(text).trimmed();
+  if (label == label_) return;
+  label_ = label;
+  guide_ = labelGuide(label);
+  emitSignal(itemPath, "org.kde.StatusNotifierItem", "XAyatanaNewLabel", {label_, guide_});
+}
+
+QString StatusNotifierItem::labelGuide(const QString& label) {
+  QString guide;
+  for (qsizetype i = 0; i < label.size(); ++i) {
+    const QChar c = label[i];
+    // "+1.23%" may become "+12.34%": give a percentage two digits before its point.
+    if ((c == u'+' || c == u'-') && i + 2 < label.size() && label[i + 1].isDigit() &&
+        label[i + 2] == u'.')
+      guide += c + QStringLiteral("8");
+    else
+      guide += c.isDigit() ? QChar(u'8') : c;
+  }
+  return guide;
+}
+
+void StatusNotifierItem::rebuildMenu() {
+  exported_ = std::make_unique<QMenu>();
+  if (handlers_.buildMenu) handlers_.buildMenu(*exported_);
+  actions_.clear();
+  int next = 1;
+  // Depth-first numbering: the same menu gets the same ids every time it is rebuilt.
+  const std::function<sni::MenuLayoutItem(QMenu&, int)> walk = [&](QMenu& menu, int id) {
+    sni::MenuLayoutItem node{
+        id, {{QStringLiteral("children-display"), QStringLiteral("submenu")}}, {}};
+    for (QAction* action : menu.actions()) {
+      const int childID = next++;
+      actions_[childID] = action;
+      sni::MenuLayoutItem child;
+      if (QMenu* sub = action->menu()) {
+        child = walk(*sub, childID);
+      } else {
+        child.id = childID;
+      }
+      if (action->isSeparator()) {
+        child.properties.insert(QStringLiteral("type"), QStringLiteral("separator"));
+      } else {
+        child.properties.insert(QStringLiteral("label"), menuLabel(action->text()));
+        if (!action->isEnabled()) child.properties.insert(QStringLiteral("enabled"), false);
+        if (action->isCheckable()) {
+          child.properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
+          child.properties.insert(QStringLiteral("toggle-state"), action->isChecked() ? 1 : 0);
+        }
+      }
+      if (!action->isVisible()) child.properties.insert(QStringLiteral("visible"), false);
+      node.children.push_back(std::move(child));
+    }
+    return node;
+  };
+  layout_ = walk(*exported_, 0);
+  ++revision_;
+  emitSignal(menuPath, "com.canonical.dbusmenu", "LayoutUpdated",
+             {QVariant::fromValue(revision_), 0});
+}
+
+std::unique_ptr<StatusNotifier> makeStatusNotifier() {
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return nullptr;
+  return std::make_unique<StatusNotifierItem>(bus);
+}
+
+}  // namespace tidemark
+
+#include "StatusNotifierItem.moc"

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QPointer>
+
+#include "platform/StatusNotifierTypes.h"
+#include "shell/DesktopSeams.h"
+
+class QAction;
+
+namespace tidemark {
+
+// The tray item exported over D-Bus: org.kde.StatusNotifierItem at /StatusNotifierItem with the
+// Ayatana label beside the icon, and its menu as com.canonical.dbusmenu at /MenuBar. It registers
+// with org.kde.StatusNotifierWatcher, again whenever a watcher appears or a host registers.
+class StatusNotifierItem final : public StatusNotifier {
+ public:
+  static constexpr const char* itemPath = "/StatusNotifierItem";
+  static constexpr const char* menuPath = "/MenuBar";
+
+  explicit StatusNotifierItem(QDBusConnection bus);
+  ~StatusNotifierItem() override;
+
+  void start(Handlers handlers) override;
+  bool isAvailable() const override { return available_; }
+  void setIcon(const QImage& small, const QImage& large) override;
+  void setToolTip(const std::string& text) override;
+  void setLabel(const std::string& text) override;
+  const QString& serviceName() const { return serviceName_; }
+
+  // The longest text the label is likely to show in its present form, so the panel keeps its
+  // width while the price moves: every digit as the widest one, and a two-digit percentage.
+  static QString labelGuide(const QString& label);
+
+ private:
+  class ItemObject;
+  class MenuObject;
+  class Listener;
+  friend class ItemObject;
+  friend class MenuObject;
+  friend class Listener;
+
+  void registerWithWatcher();
+  void setAvailable(bool available);
+  void rebuildMenu();
+  QVariantMap itemProperties() const;
+  void emitSignal(const char* path, const char* interface, const char* name,
+                  const QVariantList& arguments = {});
+
+  QDBusConnection bus_;
+  QString serviceName_;
+  Handlers handlers_;
+  bool available_ = false;
+  std::unique_ptr<ItemObject> item_;
+  std::unique_ptr<MenuObject> menu_;
+  std::unique_ptr<Listener> listener_;
+  QDBusServiceWatcher watcher_;
+
+  sni::IconPixmapList icon_;
+  QString toolTip_, label_, guide_;
+
+  std::unique_ptr<QMenu> exported_;
+  std::map<int, QPointer<QAction>> actions_;
+  sni::MenuLayoutItem layout_;
+  uint revision_ = 0;
+};
+
+}  // namespace tidemark

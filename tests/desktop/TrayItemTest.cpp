@@ -1,0 +1,197 @@
+// The tray item exported over D-Bus, read by a host written here, with the real
+// status-notifier-watcher on a private session bus (the test runs under dbus-run-session).
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QProcess>
+#include <QTest>
+
+#include "desktop/DesktopFixture.h"
+#include "platform/StatusNotifierItem.h"
+
+namespace tidemark {
+namespace {
+
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+
+// Collects the item's label signals; QtDBus hands signals only to slots.
+class LabelLog : public QObject {
+  Q_OBJECT
+ public:
+  QStringList labels;
+ public Q_SLOTS:
+  void label(const QString& text, const QString&) { labels << text; }
+};
+
+// A StatusNotifierHost on a connection of its own, so every call really crosses the bus.
+struct Host {
+  QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "host");
+  QString name =
+      QStringLiteral("org.kde.StatusNotifierHost-%1").arg(QCoreApplication::applicationPid());
+
+  QDBusMessage call(const QString& service, const QString& path, const QString& interface,
+                    const QString& method, const QVariantList& args = {}) {
+    QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(args);
+    QDBusPendingCall pending = bus.asyncCall(message, 5000);
+    // The item answers from this thread's event loop.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pending.isFinished(); }, 6000))
+        << method.toStdString();
+    return pending.reply();
+  }
+  QVariant property(const QString& service, const QString& path, const QString& interface,
+                    const QString& name) {
+    const QDBusMessage reply =
+        call(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+             QStringLiteral("Get"), {interface, name});
+    return reply.arguments().value(0).value<QDBusVariant>().variant();
+  }
+  bool registerWithWatcher() {
+    bus.registerService(name);
+    return call(watcherName, QStringLiteral("/StatusNotifierWatcher"), watcherName,
+                QStringLiteral("RegisterStatusNotifierHost"), {name})
+               .type() == QDBusMessage::ReplyMessage;
+  }
+  QStringList registeredItems() {
+    return property(watcherName, QStringLiteral("/StatusNotifierWatcher"), watcherName,
+                    QStringLiteral("RegisteredStatusNotifierItems"))
+        .toStringList();
+  }
+};
+
+struct Watcher {
+  QProcess process;
+  void start(Host& host) {
+    process.start(QStringLiteral("status-notifier-watcher"), {});
+    ASSERT_TRUE(process.waitForStarted()) << "status-notifier-watcher is not installed";
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return host.bus.interface()->isServiceRegistered(watcherName).value(); }, 5000));
+    ASSERT_TRUE(host.registerWithWatcher());
+  }
+  void stop() {
+    process.terminate();
+    process.waitForFinished();
+  }
+  ~Watcher() { stop(); }
+};
+
+const sni::MenuLayoutItem* findLabel(const sni::MenuLayoutItem& item, const QString& label) {
+  if (item.properties.value(QStringLiteral("label")).toString() == label) return &item;
+  for (const auto& child : item.children)
+    if (const auto* found = findLabel(child, label)) return found;
+  return nullptr;
+}
+
+TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
+  Host host;
+  Watcher watcher;
+  watcher.start(host);
+  StatusNotifierItem* item = nullptr;
+  test::Desktop d([&]() -> std::unique_ptr<StatusNotifier> {
+    auto made = std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus());
+    item = made.get();
+    return made;
+  });
+  ASSERT_TRUE(item);
+  const QString service = item->serviceName(), path = QStringLiteral("/StatusNotifierItem");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 3000));
+  EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
+
+  // Every property, as a host reads them.
+  const QDBusMessage all =
+      host.call(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                QStringLiteral("GetAll"), {itemInterface});
+  const QVariantMap p = qdbus_cast<QVariantMap>(all.arguments().value(0));
+  const std::pair<const char*, QVariant> plain[] = {
+      {"Category", QStringLiteral("ApplicationStatus")},
+      {"Id", QStringLiteral("tidemark")},
+      {"Title", QStringLiteral("潮汐栏")},
+      {"Status", QStringLiteral("Active")},
+      {"ItemIsMenu", false},
+      {"XAyatanaLabel", QStringLiteral("600519  1,468.80  +1.16%")},
+      {"XAyatanaLabelGuide", QStringLiteral("888888  8,888.88  +88.88%")},
+  };
+  for (const auto& [name, value] : plain) EXPECT_EQ(p.value(QLatin1String(name)), value) << name;
+  EXPECT_EQ(qdbus_cast<QDBusObjectPath>(p.value(QStringLiteral("Menu"))).path(),
+            QStringLiteral("/MenuBar"));
+  const auto icons = qdbus_cast<sni::IconPixmapList>(p.value(QStringLiteral("IconPixmap")));
+  ASSERT_EQ(icons.size(), 2);
+  EXPECT_EQ(std::tuple(icons[0].width, icons[0].height, icons[0].bytes.size()),
+            std::tuple(22, 22, 22 * 22 * 4));
+  EXPECT_EQ(std::tuple(icons[1].width, icons[1].height, icons[1].bytes.size()),
+            std::tuple(44, 44, 44 * 44 * 4));
+  EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
+  const auto tip = qdbus_cast<sni::ToolTip>(p.value(QStringLiteral("ToolTip")));
+  EXPECT_EQ(tip.title, QStringLiteral("潮汐栏"));
+  EXPECT_EQ(tip.text.toStdString(), d.delegate->tooltip());
+
+  // The label follows the price, and is empty while masked.
+  LabelLog log;
+  ASSERT_TRUE(host.bus.connect(service, path, itemInterface, QStringLiteral("XAyatanaNewLabel"),
+                               &log, SLOT(label(QString, QString))));
+  d.model->refresh();
+  d.h.scheduler.advance(1);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.isEmpty(); }, 3000));
+  EXPECT_EQ(log.labels.last().toStdString(), d.delegate->statusTitle().substr(1));
+  EXPECT_NE(log.labels.last(), QStringLiteral("600519  1,468.80  +1.16%"));
+  d.model->setMasked(true);
+  d.h.scheduler.runDue();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return log.labels.last().isEmpty(); }, 3000));
+
+  // Activate hides the orb; a wheel step moves to the next symbol.
+  host.call(service, path, itemInterface, QStringLiteral("Activate"), {0, 0});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, 3000));
+  host.call(service, path, itemInterface, QStringLiteral("Scroll"),
+            {120, QStringLiteral("vertical")});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->activeID() == "00700"; }, 3000));
+
+  // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
+  const QString menu = QStringLiteral("/MenuBar");
+  EXPECT_TRUE(host.call(service, menu, menuInterface, QStringLiteral("AboutToShow"), {0})
+                  .arguments()
+                  .value(0)
+                  .toBool());
+  const QDBusMessage layout =
+      host.call(service, menu, menuInterface, QStringLiteral("GetLayout"), {0, -1, QStringList()});
+  const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
+  const auto* mask = findLabel(root, QStringLiteral("屏幕共享遮蔽"));
+  ASSERT_TRUE(mask);
+  EXPECT_EQ(mask->properties.value(QStringLiteral("toggle-state")), 1);
+  ASSERT_TRUE(findLabel(root, QStringLiteral("灵球尺寸")));
+  EXPECT_EQ(findLabel(root, QStringLiteral("灵球尺寸"))->children.size(), 3u);
+  const auto* refresh = findLabel(root, QStringLiteral("立即刷新"));
+  ASSERT_TRUE(refresh);
+  EXPECT_FALSE(d.model->hasPendingRefresh());
+  host.call(service, menu, menuInterface, QStringLiteral("Event"),
+            {refresh->id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0u});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->hasPendingRefresh(); }, 3000));
+
+  // A restarted watcher knows the item again once its host is back.
+  watcher.stop();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->statusItem().usesNotifier(); }, 3000));
+  watcher.start(host);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 5000));
+  EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
+}
+
+TEST(TrayItem, TheGuideKeepsTheLabelsWidestShape) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"+1.16%", "+88.88%"},
+      {"600519  1,468.80  -12.50%", "888888  8,888.88  -88.88%"},
+      {"暂无自选", "暂无自选"},
+      {"", ""},
+  };
+  for (const auto& [label, guide] : cases)
+    EXPECT_EQ(StatusNotifierItem::labelGuide(QString::fromUtf8(label)), QString::fromUtf8(guide));
+}
+
+}  // namespace
+}  // namespace tidemark
+
+#include "TrayItemTest.moc"
