@@ -16,6 +16,7 @@
 #include "app/AppInfo.h"
 #include "app/Environment.h"
 #include "app/LiveSources.h"
+#include "app/SingleInstance.h"
 #include "platform/DBusNotifier.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
@@ -113,6 +114,11 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   setIdentity();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
+  SingleInstance instance;
+  if (!instance.claim()) {
+    std::cerr << "tidemark: already running; its orb is shown\n";
+    return 0;
+  }
 
   const Bundle bundle = applicationBundle();
   SystemClock clock;
@@ -145,6 +151,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
        },
        makeStatusNotifier});
   delegate.onQuit = [] { QCoreApplication::quit(); };
+  instance.onShowRequested = [&delegate] { delegate.showOrb(); };
   delegate.launch();
   const auto signals = quitOnSignals();
   const int status = app.exec();

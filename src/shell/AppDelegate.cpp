@@ -207,6 +207,13 @@ void AppDelegate::showHint(const std::string& text) {
   });
 }
 
+void AppDelegate::showOrb() {
+  if (!panel_) return;
+  if (!panel_->isVisible()) return toggleOrb();
+  panel_->raise();
+  showHint(usageHint);
+}
+
 void AppDelegate::toggleOrb() {
   if (!panel_) return;
   if (panel_->isVisible()) {

@@ -66,6 +66,8 @@ class AppDelegate {
 
   void showHint(const std::string& text);
   void toggleOrb();
+  // Brings a hidden orb back (as toggleOrb does), or a shown one to the front.
+  void showOrb();
   void toggleMask();
   void toggleObserve();
   void toggleBloom();

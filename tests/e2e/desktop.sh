@@ -239,6 +239,17 @@ else
   fail "Ctrl+Alt+Space again: panel $(map_state) at ($(origin)), expected shown at (-230,270)"
 fi
 
+# One app per user: a second start shows the first one's hidden orb and exits 0.
+xdotool key ctrl+alt+space
+wait_for 3 mapped_as IsUnMapped || fail "Ctrl+Alt+Space did not hide the panel a second time"
+second=0
+timeout 10 "$app" >>"$tmp/second.log" 2>&1 || second=$?
+if [ "$second" = 0 ] && wait_for 3 mapped_as IsViewable && running "$app_pid"; then
+  ok "a second start exited 0 and the running app showed its orb"
+else
+  fail "a second start: status $second, panel $(map_state); $(cat "$tmp/second.log")"
+fi
+
 # 6. A screen that shrinks under a right-docked orb keeps it on the new right edge.
 drag 20 500 1275 500
 if origin_is 1050 270; then
