@@ -75,6 +75,24 @@ void setIdentity() {
 
 }  // namespace
 
+PlatformChoice choosePlatform(const std::function<const char*(const char*)>& environment) {
+  const auto set = [&](const char* name) {
+    const char* value = environment(name);
+    return value && *value;
+  };
+  const char* session = environment("XDG_SESSION_TYPE");
+  const bool wayland = set("WAYLAND_DISPLAY") || (session && std::string(session) == "wayland");
+  if (set("QT_QPA_PLATFORM") || !wayland) return {};
+  if (set("DISPLAY"))
+    return {"xcb",
+            "tidemark: Wayland session: running on X11 through XWayland, so the orb can stay "
+            "above other windows, dock at a screen edge and take the global keys"};
+  return {"",
+          "tidemark: Wayland session without XWayland: the orb cannot keep itself above other "
+          "windows or dock at a screen edge, and Ctrl+Alt+Space and Ctrl+Alt+M do not work; "
+          "install XWayland (Debian package xwayland) for all of it"};
+}
+
 bool hasDisplay() {
   return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
 }
@@ -105,6 +123,9 @@ int runSelfTest(int& argc, char** argv) {
 }
 
 int runDesktop(int& argc, char** argv, const CommandLine& line) {
+  const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
+  if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);
+  if (!choice.message.empty()) std::cerr << choice.message << "\n";
   if (!hasDisplay()) {
     std::cerr << "tidemark: no display to show the orb on; tidemark --quotes prints the "
                  "watchlist's quotes instead\n";
@@ -144,12 +165,13 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     }
     return nullptr;
   };
-  AppDelegate delegate(
-      {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens, [] {
-         const QPoint p = QCursor::pos();
-         return Point{double(p.x()), double(p.y())};
-       },
-       makeStatusNotifier});
+  AppDelegate delegate({model, *store, clock, scheduler, *windowSystem, *hotKeys, windows,
+                        qtScreens,
+                        [] {
+                          const QPoint p = QCursor::pos();
+                          return Point{double(p.x()), double(p.y())};
+                        },
+                        makeStatusNotifier});
   delegate.onQuit = [] { QCoreApplication::quit(); };
   instance.onShowRequested = [&delegate] { delegate.showOrb(); };
   delegate.launch();

@@ -1,8 +1,21 @@
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "app/CommandLine.h"
 
 namespace tidemark {
+
+// Which Qt platform the desktop app should ask for, and what to say about it once. The orb
+// positions and stacks itself, which Wayland does not let a client do: in a Wayland session with
+// XWayland it runs on X11; without XWayland it says what will not work. A platform the user
+// chose is kept.
+struct PlatformChoice {
+  std::string platform;  // empty: Qt's own choice
+  std::string message;   // empty: nothing to say
+};
+PlatformChoice choosePlatform(const std::function<const char*(const char*)>& environment);
 
 // Whether a display server can be reached (or the offscreen platform was asked for).
 bool hasDisplay();

@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTest>
 
+#include "app/DesktopApp.h"
 #include "core/DataSourceEndpoints.h"
 #include "core/FileIO.h"
 #include "core/Json.h"
@@ -241,6 +242,32 @@ TEST_F(CommandLine, WatchPrintsEachNewLoad) {
   ASSERT_TRUE(first && second) << lines.toStdString();
   EXPECT_NE((*first)["updatedAt"], (*second)["updatedAt"]);
   EXPECT_NE((*first)["quotes"][0]["price"], (*second)["quotes"][0]["price"]);  // mock data moves
+}
+
+TEST(Platform, WaylandSessionsRunThroughXWaylandUnlessTheUserChose) {
+  struct Case {
+    std::map<std::string, std::string> environment;
+    std::string platform;
+    std::string says;  // a word of the message, or nothing at all
+  } cases[] = {
+      {{{"DISPLAY", ":0"}}, "", ""},
+      {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}}, "xcb", "XWayland"},
+      {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", ":1"}}, "xcb", "XWayland"},
+      {{{"WAYLAND_DISPLAY", "wayland-0"}}, "", "do not work"},
+      {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}, {"QT_QPA_PLATFORM", "wayland"}},
+       "",
+       ""},
+      {{{"XDG_SESSION_TYPE", "x11"}, {"DISPLAY", ":0"}}, "", ""},
+  };
+  for (const Case& c : cases) {
+    const PlatformChoice choice = choosePlatform([&](const char* name) -> const char* {
+      const auto it = c.environment.find(name);
+      return it == c.environment.end() ? nullptr : it->second.c_str();
+    });
+    EXPECT_EQ(choice.platform, c.platform);
+    EXPECT_EQ(choice.message.empty(), c.says.empty()) << choice.message;
+    EXPECT_NE(choice.message.find(c.says), std::string::npos) << choice.message;
+  }
 }
 
 }  // namespace
