@@ -17,6 +17,7 @@
 #include "app/Environment.h"
 #include "app/LiveSources.h"
 #include "app/SingleInstance.h"
+#include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
@@ -161,6 +162,10 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
       actions.openGuide = [&d] { d.openWindow("guide"); };
       actions.openAlert = [&d] { d.openWindow("alert"); };
       actions.close = [&d] { d.closeWindow("settings"); };
+      actions.autostartEnabled = [] { return Autostart::isEnabled(); };
+      actions.setAutostart = [](bool on) {
+        return Autostart::setEnabled(on, QCoreApplication::applicationFilePath());
+      };
       return new SettingsView(model, clock, std::move(actions), section);
     }
     return nullptr;

@@ -105,7 +105,11 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
     const std::string suffix(rawValue(theme));
     orb("orb-" + suffix);
     detail("detail-" + suffix);
-    render(new SettingsView(model, clock, {}), settingsSize, file("settings-" + suffix));
+    SettingsView::Actions actions;
+    actions.autostartEnabled = [] { return false; };
+    actions.setAutostart = [](bool) { return std::nullopt; };
+    render(new SettingsView(model, clock, std::move(actions)), settingsSize,
+           file("settings-" + suffix));
     render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
   }
   const AppTheme first = allCases<AppTheme>().front();

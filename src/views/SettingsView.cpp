@@ -265,8 +265,35 @@ QWidget* SettingsView::appearancePage() {
   tray->content().addWidget(themedLabel(
       QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"), "muted", 12));
   layout->addWidget(tray);
+
+  if (actions_.autostartEnabled && actions_.setAutostart) {
+    auto* start = new ProductCard(QStringLiteral("启动"), page);
+    auto* login = new ProductSwitch(QStringLiteral("登录时启动"), start);
+    auto* problem = themedLabel(QString(), "error", 12, QFont::Normal, start);
+    problem->hide();
+    start->content().addWidget(login);
+    start->content().addWidget(problem);
+    QObject::connect(login, &QCheckBox::toggled, this, [this, login, problem](bool on) {
+      const auto failure = actions_.setAutostart(on);
+      problem->setText(failure ? QString::fromStdString(*failure) : QString());
+      problem->setVisible(failure.has_value());
+      const QSignalBlocker quiet(login);
+      login->setChecked(actions_.autostartEnabled());
+    });
+    // The entry is the user's file: what it says when the window opens is what the switch shows.
+    readAutostart_ = [this, login] {
+      const QSignalBlocker quiet(login);
+      login->setChecked(actions_.autostartEnabled());
+    };
+    readAutostart_();
+    layout->addWidget(start);
+  }
   layout->addStretch();
   return page;
+}
+
+void SettingsView::showEvent(QShowEvent*) {
+  if (readAutostart_) readAutostart_();
 }
 
 QWidget* SettingsView::sourcePage() {

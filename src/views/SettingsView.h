@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ class SettingsView final : public QWidget {
     // The file to export to (save) or import from; empty when the user cancels. Dialogs unless
     // replaced.
     std::function<QString(bool save)> chooseFile;
+    // Starting at login; without these the switch is not offered.
+    std::function<bool()> autostartEnabled;
+    std::function<std::optional<std::string>(bool on)> setAutostart;
   };
 
   static const std::vector<std::string>& sections();
@@ -58,6 +62,7 @@ class SettingsView final : public QWidget {
   QWidget* sourcePage();
   QWidget* alertPage();
   void sync();
+  void showEvent(QShowEvent*) override;
 
   AppModel& model_;
   Actions actions_;
@@ -67,6 +72,7 @@ class SettingsView final : public QWidget {
   WatchlistView* watchlist_;
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
+  std::function<void()> readAutostart_;
   ChangeSignal::Subscription subscription_;
   bool syncPending_ = false;
 };

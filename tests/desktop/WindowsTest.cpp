@@ -128,6 +128,8 @@ struct Windows : ::testing::Test {
   QString chosen;
   bool confirm = false;
   int guides = 0, alerts = 0, closes = 0;
+  bool autostart = false;
+  std::optional<std::string> autostartFailure;
 
   std::unique_ptr<SettingsView> settings(const std::string& section = "外观") {
     SettingsView::Actions a;
@@ -136,6 +138,11 @@ struct Windows : ::testing::Test {
     a.close = [this] { ++closes; };
     a.confirmReset = [this] { return confirm; };
     a.chooseFile = [this](bool) { return chosen; };
+    a.autostartEnabled = [this] { return autostart; };
+    a.setAutostart = [this](bool on) {
+      if (!autostartFailure) autostart = on;
+      return autostartFailure;
+    };
     return std::make_unique<SettingsView>(*model, h.clock, std::move(a), section);
   }
   template <class W>
@@ -174,6 +181,15 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   QTest::qWait(1);
   EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("+1.16%")));
   EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("600519  1,468.80  +1.16%")));
+
+  // Starting at login: the switch shows the entry's presence, also after a refusal.
+  auto* login = named<QCheckBox>(*view, QStringLiteral("登录时启动"));
+  login->click();
+  EXPECT_TRUE(autostart);
+  autostartFailure = "无法删除自启动项 /x";
+  login->click();
+  EXPECT_TRUE(login->isChecked());
+  EXPECT_TRUE(named<QLabel>(*view, QStringLiteral("无法删除自启动项 /x")));
 
   view->resetPreferences();  // declined
   EXPECT_EQ(model->theme(), AppTheme::aurora);
