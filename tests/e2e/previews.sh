@@ -10,9 +10,11 @@ passed=0 failed=0
 ok() { passed=$((passed + 1)); }
 fail() { failed=$((failed + 1)); echo "FAIL: $*"; }
 
+status=0
 out="$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM HOME="$work/home" \
-  XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data" "$app" --render-previews "$work/p")"
-[[ "$out" == "Rendered previews: $work/p" ]] && ok || fail "printed '$out'"
+  XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data" "$app" --render-previews "$work/p")" ||
+  status=$?
+[[ "$out" == "Rendered previews: $work/p" && $status == 0 ]] && ok || fail "status $status, printed '$out'"
 
 expected=()
 for theme in dark light aurora amber rose ocean; do
