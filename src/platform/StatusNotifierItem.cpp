@@ -55,6 +55,28 @@ QVariant variantArgument(const QVariant& value) {
   return QVariant::fromValue(QDBusVariant(value));
 }
 
+bool send(const QDBusMessage& message, const QDBusConnection& connection,
+          const QVariantList& values) {
+  if (message.isReplyRequired()) connection.send(message.createReply(values));
+  return true;
+}
+
+bool refuse(const QDBusMessage& message, const QDBusConnection& connection, const char* error) {
+  connection.send(message.createErrorReply(QLatin1String(error), message.member()));
+  return true;
+}
+
+// org.freedesktop.DBus.Properties for read-only values.
+bool answerProperties(const QDBusMessage& message, const QDBusConnection& connection,
+                      const QVariantMap& all) {
+  const QVariantList args = message.arguments();
+  if (message.member() == QLatin1String("GetAll")) return send(message, connection, {all});
+  if (message.member() == QLatin1String("Get") && args.size() == 2 &&
+      all.contains(args[1].toString()))
+    return send(message, connection, {variantArgument(all.value(args[1].toString()))});
+  return refuse(message, connection, "org.freedesktop.DBus.Error.InvalidArgs");
+}
+
 }  // namespace
 
 // Receives the watcher's "a host registered" signal, which QtDBus delivers only to slots.
@@ -108,13 +130,8 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     const QVariantList args = message.arguments();
     const QString member = message.member();
-    if (message.interface() == propertiesInterface) {
-      const QVariantMap all = owner_.itemProperties();
-      if (member == QLatin1String("GetAll")) return reply(message, connection, {all});
-      if (member == QLatin1String("Get") && args.size() == 2 && all.contains(args[1].toString()))
-        return reply(message, connection, {variantArgument(all.value(args[1].toString()))});
-      return error(message, connection, QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
-    }
+    if (message.interface() == propertiesInterface)
+      return answerProperties(message, connection, owner_.itemProperties());
     const Handlers& h = owner_.handlers_;
     if (member == QLatin1String("Activate") || member == QLatin1String("SecondaryActivate")) {
       later([&h] {
@@ -132,22 +149,11 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
         });
     } else if (member != QLatin1String("ProvideXdgActivationToken") &&
                member != QLatin1String("XAyatanaSecondaryActivate")) {
-      return error(message, connection, QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+      return refuse(message, connection, "org.freedesktop.DBus.Error.UnknownMethod");
     }
-    return reply(message, connection, {});
+    return send(message, connection, {});
   }
 
-  static bool reply(const QDBusMessage& message, const QDBusConnection& connection,
-                    const QVariantList& values) {
-    if (!message.isReplyRequired()) return true;
-    connection.send(message.createReply(values));
-    return true;
-  }
-  static bool error(const QDBusMessage& message, const QDBusConnection& connection,
-                    const QString& name) {
-    connection.send(message.createErrorReply(name, message.member()));
-    return true;
-  }
   // The handlers run on the next turn, after the caller has its reply.
   template <class F>
   void later(F work) {
@@ -183,25 +189,19 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     const QVariantList args = message.arguments();
     const QString member = message.member();
-    if (message.interface() == propertiesInterface) {
-      const QVariantMap all{{QStringLiteral("Version"), QVariant::fromValue(uint(3))},
-                            {QStringLiteral("TextDirection"), QStringLiteral("ltr")},
-                            {QStringLiteral("Status"), QStringLiteral("normal")},
-                            {QStringLiteral("IconThemePath"), QStringList()}};
-      if (member == QLatin1String("GetAll")) return ItemObject::reply(message, connection, {all});
-      if (member == QLatin1String("Get") && args.size() == 2 && all.contains(args[1].toString()))
-        return ItemObject::reply(message, connection,
-                                 {variantArgument(all.value(args[1].toString()))});
-      return ItemObject::error(message, connection,
-                               QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
-    }
+    if (message.interface() == propertiesInterface)
+      return answerProperties(message, connection,
+                              {{QStringLiteral("Version"), QVariant::fromValue(uint(3))},
+                               {QStringLiteral("TextDirection"), QStringLiteral("ltr")},
+                               {QStringLiteral("Status"), QStringLiteral("normal")},
+                               {QStringLiteral("IconThemePath"), QStringList()}});
     if (member == QLatin1String("GetLayout") && args.size() == 3) {
       const auto* item = findItem(owner_.layout_, args[0].toInt());
       if (!item) return invalidId(message, connection);
       const QStringList names = qdbus_cast<QStringList>(args[2]);
-      return ItemObject::reply(message, connection,
-                               {QVariant::fromValue(owner_.revision_),
-                                QVariant::fromValue(limited(*item, args[1].toInt(), names))});
+      return send(message, connection,
+                  {QVariant::fromValue(owner_.revision_),
+                   QVariant::fromValue(limited(*item, args[1].toInt(), names))});
     }
     if (member == QLatin1String("GetGroupProperties") && args.size() == 2) {
       const auto ids = qdbus_cast<QList<int>>(args[0]);
@@ -210,29 +210,29 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
       for (int id : ids)
         if (const auto* item = findItem(owner_.layout_, id))
           found.append({id, limited(*item, 0, names).properties});
-      return ItemObject::reply(message, connection, {QVariant::fromValue(found)});
+      return send(message, connection, {QVariant::fromValue(found)});
     }
     if (member == QLatin1String("GetProperty") && args.size() == 2) {
       const auto* item = findItem(owner_.layout_, args[0].toInt());
       if (!item || !item->properties.contains(args[1].toString()))
         return invalidId(message, connection);
-      return ItemObject::reply(message, connection,
-                               {variantArgument(item->properties.value(args[1].toString()))});
+      return send(message, connection,
+                  {variantArgument(item->properties.value(args[1].toString()))});
     }
     if (member == QLatin1String("Event") && args.size() == 4) {
       event(args[0].toInt(), args[1].toString());
-      return ItemObject::reply(message, connection, {});
+      return send(message, connection, {});
     }
     if (member == QLatin1String("EventGroup") && args.size() == 1) {
       QList<int> errors;
       for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
         if (!event(e.id, e.eventId)) errors << e.id;
-      return ItemObject::reply(message, connection, {QVariant::fromValue(errors)});
+      return send(message, connection, {QVariant::fromValue(errors)});
     }
     if (member == QLatin1String("AboutToShow") && args.size() == 1) {
       const bool root = args[0].toInt() == 0;
       if (root) owner_.rebuildMenu();
-      return ItemObject::reply(message, connection, {root});
+      return send(message, connection, {root});
     }
     if (member == QLatin1String("AboutToShowGroup") && args.size() == 1) {
       const auto ids = qdbus_cast<QList<int>>(args[0]);
@@ -243,11 +243,9 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
       }
       for (int id : ids)
         if (!findItem(owner_.layout_, id)) errors << id;
-      return ItemObject::reply(message, connection,
-                               {QVariant::fromValue(updates), QVariant::fromValue(errors)});
+      return send(message, connection, {QVariant::fromValue(updates), QVariant::fromValue(errors)});
     }
-    return ItemObject::error(message, connection,
-                             QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+    return refuse(message, connection, "org.freedesktop.DBus.Error.UnknownMethod");
   }
 
  private:
@@ -264,8 +262,7 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
     return true;
   }
   static bool invalidId(const QDBusMessage& message, const QDBusConnection& connection) {
-    return ItemObject::error(message, connection,
-                             QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    return refuse(message, connection, "org.freedesktop.DBus.Error.InvalidArgs");
   }
 
   StatusNotifierItem& owner_;
@@ -299,8 +296,10 @@ void StatusNotifierItem::start(Handlers handlers) {
   watcher_.addWatchedService(watcherService);
   watcher_.setWatchMode(QDBusServiceWatcher::WatchForRegistration |
                         QDBusServiceWatcher::WatchForUnregistration);
-  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_,
-                   [this] { registerWithWatcher(); });
+  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_, [this] {
+    retriesLeft_ = 5;
+    registerWithWatcher();
+  });
   QObject::connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, &watcher_,
                    [this] { setAvailable(false); });
   bus_.connect(watcherService, watcherPath, watcherService,
@@ -320,6 +319,8 @@ void StatusNotifierItem::registerWithWatcher() {
   // The watcher answers at once without calling back, so a blocking call cannot deadlock.
   if (bus_.call(call, QDBus::Block, 2000).type() != QDBusMessage::ReplyMessage) {
     setAvailable(false);
+    // A watcher that has just taken its name may not serve its object yet: ask again shortly.
+    if (retriesLeft_-- > 0) QTimer::singleShot(400, &watcher_, [this] { registerWithWatcher(); });
     return;
   }
   QDBusMessage host = QDBusMessage::createMethodCall(watcherService, watcherPath,

@@ -56,6 +56,7 @@ class StatusNotifierItem final : public StatusNotifier {
   QString serviceName_;
   Handlers handlers_;
   bool available_ = false;
+  int retriesLeft_ = 5;
   std::unique_ptr<ItemObject> item_;
   std::unique_ptr<MenuObject> menu_;
   std::unique_ptr<Listener> listener_;

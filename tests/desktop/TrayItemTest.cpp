@@ -72,7 +72,8 @@ struct Watcher {
     ASSERT_TRUE(process.waitForStarted()) << "status-notifier-watcher is not installed";
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return host.bus.interface()->isServiceRegistered(watcherName).value(); }, 5000));
-    ASSERT_TRUE(host.registerWithWatcher());
+    // A watcher that has just taken its name may not serve its object yet.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return host.registerWithWatcher(); }, 5000));
   }
   void stop() {
     process.terminate();
