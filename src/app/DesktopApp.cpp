@@ -71,7 +71,7 @@ void setIdentity() {
   QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
   QCoreApplication::setApplicationVersion(QStringLiteral(TIDEMARK_VERSION));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("潮汐栏"));
-  QGuiApplication::setDesktopFileName(QStringLiteral("tidemark"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.tidemark.Tidemark"));
 }
 
 }  // namespace
@@ -137,9 +137,16 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
   SingleInstance instance;
-  if (!instance.claim()) {
-    std::cerr << "tidemark: already running; its orb is shown\n";
-    return 0;
+  switch (instance.claim()) {
+    case SingleInstance::Claim::first:
+      break;
+    case SingleInstance::Claim::forwarded:
+      std::cerr << "tidemark: already running; its orb is shown\n";
+      return 0;
+    case SingleInstance::Claim::unresponsive:
+      std::cerr << "tidemark: another tidemark of yours is running but does not answer; end it "
+                   "(pkill -x tidemark) and start again\n";
+      return 1;
   }
 
   const Bundle bundle = applicationBundle();

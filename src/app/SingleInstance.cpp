@@ -1,7 +1,9 @@
 #include "app/SingleInstance.h"
 
+#include <QDeadlineTimer>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace tidemark {
 namespace {
@@ -16,24 +18,40 @@ QString SingleInstance::defaultPath() {
          QStringLiteral("/tidemark.socket");
 }
 
-SingleInstance::SingleInstance(QString path) : path_(std::move(path)) {}
+SingleInstance::SingleInstance(QString path, int answerMilliseconds)
+    : path_(std::move(path)),
+      answerMilliseconds_(answerMilliseconds),
+      lock_(path_ + QStringLiteral(".lock")) {
+  // Only a holder that no longer runs makes the lock stale, never its age.
+  lock_.setStaleLockTime(0);
+}
 
-bool SingleInstance::claim() {
-  {
-    QLocalSocket running;
-    running.connectToServer(path_);
-    if (running.waitForConnected(1000)) {
-      running.write(showRequest);
-      running.waitForBytesWritten(1000);
-      // The answer says the running app is alive and took the request, not a dying one.
-      if (running.waitForReadyRead(2000) && running.readAll() == acknowledged) return false;
-    }
+bool SingleInstance::askRunning() {
+  QLocalSocket running;
+  running.connectToServer(path_);
+  if (!running.waitForConnected(500)) return false;
+  running.write(showRequest);
+  running.waitForBytesWritten(500);
+  QByteArray answer;
+  while (!answer.endsWith('\n') && running.waitForReadyRead(500)) answer += running.readAll();
+  return answer == acknowledged;
+}
+
+SingleInstance::Claim SingleInstance::claim() {
+  if (!lock_.tryLock(0)) {
+    if (lock_.error() != QLockFile::LockFailedError) return Claim::first;  // no runtime folder
+    // The holder may still be starting: it listens early but answers from its event loop.
+    const QDeadlineTimer deadline(answerMilliseconds_);
+    do {
+      if (askRunning()) return Claim::forwarded;
+      QThread::msleep(100);
+    } while (!deadline.hasExpired());
+    return Claim::unresponsive;
   }
-  // Nobody answers: a socket left by a process that was killed goes.
+  // The lock is ours: a socket left behind by a holder that died goes.
   QLocalServer::removeServer(path_);
   server_.setSocketOptions(QLocalServer::UserAccessOption);
-  // A socket we cannot create leaves the app running alone, as before.
-  if (!server_.listen(path_)) return true;
+  if (!server_.listen(path_)) return Claim::first;  // the app still runs, alone
   QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] {
     while (QLocalSocket* socket = server_.nextPendingConnection()) {
       QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
@@ -48,7 +66,7 @@ bool SingleInstance::claim() {
       });
     }
   });
-  return true;
+  return Claim::first;
 }
 
 }  // namespace tidemark

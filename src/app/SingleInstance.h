@@ -1,28 +1,40 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include <QLocalServer>
+#include <QLockFile>
 #include <QString>
 
 namespace tidemark {
 
-// One desktop app per user. The first start listens on a socket in the user's runtime folder; a
-// second start finds it there, asks it to show its orb and steps aside.
+// One desktop app per user. The first start holds a lock file and listens on a socket beside it
+// in the user's runtime folder; a later start asks it over the socket to show its orb and steps
+// aside. A lock left by a process that died is taken over.
 class SingleInstance {
  public:
-  // The socket: "tidemark.socket" in $XDG_RUNTIME_DIR (Qt's runtime location).
+  enum class Claim {
+    first,        // this process runs the app
+    forwarded,    // the running app took the request
+    unresponsive  // another process holds the lock but does not answer
+  };
+
+  // "tidemark.socket" in $XDG_RUNTIME_DIR (Qt's runtime location); the lock is "<it>.lock".
   static QString defaultPath();
 
-  explicit SingleInstance(QString path = defaultPath());
+  explicit SingleInstance(QString path = defaultPath(), int answerMilliseconds = 5000);
 
-  // True when this process is the one to run; false when a running one took the request.
-  bool claim();
+  Claim claim();
   // Called in the running process for every later start.
   std::function<void()> onShowRequested;
 
  private:
+  bool askRunning();
+
   QString path_;
+  int answerMilliseconds_;
+  QLockFile lock_;
   QLocalServer server_;
 };
 

@@ -35,7 +35,14 @@ QString Autostart::entryPath() {
 }
 
 bool Autostart::isEnabled() {
-  return QFile::exists(entryPath());
+  QFile file(entryPath());
+  if (!file.open(QIODevice::ReadOnly)) return false;
+  // Session tools switch an entry off by marking it rather than removing it.
+  while (!file.atEnd()) {
+    const QByteArray line = file.readLine().trimmed();
+    if (line == "Hidden=true" || line == "X-GNOME-Autostart-enabled=false") return false;
+  }
+  return true;
 }
 
 QByteArray Autostart::entry(const QString& executable) {
@@ -44,7 +51,8 @@ QByteArray Autostart::entry(const QString& executable) {
                          "Name=Tidemark\n"
                          "Name[zh_CN]=潮汐栏\n"
                          "Comment=A floating orb with your watchlist\n"
-                         "Exec=") +
+                         "TryExec=") +
+          QString(executable).replace(u'\\', QStringLiteral("\\\\")) + QStringLiteral("\nExec=") +
           execArgument(executable) +
           QStringLiteral("\n"
                          "Icon=org.tidemark.Tidemark\n"

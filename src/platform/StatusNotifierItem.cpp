@@ -6,6 +6,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
 #include <QDBusVirtualObject>
 #include <QMenu>
 #include <QTimer>
@@ -18,6 +19,7 @@ const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString introspectableInterface = QStringLiteral("org.freedesktop.DBus.Introspectable");
 
 // Mnemonics: Qt marks them with "&", dbusmenu with "_".
 QString menuLabel(QString text) {
@@ -130,6 +132,8 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     const QVariantList args = message.arguments();
     const QString member = message.member();
+    if (message.interface() == introspectableInterface)
+      return false;  // Qt answers from introspect()
     if (message.interface() == propertiesInterface)
       return answerProperties(message, connection, owner_.itemProperties());
     const Handlers& h = owner_.handlers_;
@@ -189,6 +193,7 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     const QVariantList args = message.arguments();
     const QString member = message.member();
+    if (message.interface() == introspectableInterface) return false;
     if (message.interface() == propertiesInterface)
       return answerProperties(message, connection,
                               {{QStringLiteral("Version"), QVariant::fromValue(uint(3))},
@@ -294,14 +299,17 @@ void StatusNotifierItem::start(Handlers handlers) {
   bus_.registerService(serviceName_);
   watcher_.setConnection(bus_);
   watcher_.addWatchedService(watcherService);
-  watcher_.setWatchMode(QDBusServiceWatcher::WatchForRegistration |
-                        QDBusServiceWatcher::WatchForUnregistration);
-  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_, [this] {
-    retriesLeft_ = 5;
-    registerWithWatcher();
-  });
-  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, &watcher_,
-                   [this] { setAvailable(false); });
+  // Owner changes include a watcher replaced without a gap, which the plain registration and
+  // unregistration signals miss.
+  watcher_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &watcher_,
+                   [this](const QString&, const QString&, const QString& owner) {
+                     retriesLeft_ = 5;
+                     if (owner.isEmpty())
+                       settle(false);
+                     else
+                       registerWithWatcher();
+                   });
   bus_.connect(watcherService, watcherPath, watcherService,
                QStringLiteral("StatusNotifierHostRegistered"), listener_.get(),
                SLOT(hostRegistered()));
@@ -309,32 +317,54 @@ void StatusNotifierItem::start(Handlers handlers) {
 }
 
 void StatusNotifierItem::registerWithWatcher() {
+  const uint64_t attempt = ++attempts_;
   if (!bus_.interface() || !bus_.interface()->isServiceRegistered(watcherService)) {
-    setAvailable(false);
+    settle(false);
     return;
   }
+  // Asked without blocking: a watcher may answer only once its desktop has finished starting.
+  // Until it does the item is pending, and the tray shows no second icon in its place.
+  pending_ = true;
   QDBusMessage call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
                                                      QStringLiteral("RegisterStatusNotifierItem"));
   call << serviceName_;
-  // The watcher answers at once without calling back, so a blocking call cannot deadlock.
-  if (bus_.call(call, QDBus::Block, 2000).type() != QDBusMessage::ReplyMessage) {
-    setAvailable(false);
-    // A watcher that has just taken its name may not serve its object yet: ask again shortly.
-    if (retriesLeft_-- > 0) QTimer::singleShot(400, &watcher_, [this] { registerWithWatcher(); });
-    return;
-  }
-  QDBusMessage host = QDBusMessage::createMethodCall(watcherService, watcherPath,
-                                                     propertiesInterface, QStringLiteral("Get"));
-  host << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
-  const QDBusMessage answer = bus_.call(host, QDBus::Block, 2000);
-  setAvailable(answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty() &&
-               answer.arguments()[0].value<QDBusVariant>().variant().toBool());
+  const auto answered = [this, attempt](const std::function<void(const QDBusMessage&)>& next) {
+    return [this, attempt, next](QDBusPendingCallWatcher* w) {
+      w->deleteLater();
+      if (attempt == attempts_) next(w->reply());
+    };
+  };
+  auto* registered = new QDBusPendingCallWatcher(bus_.asyncCall(call, 60000), &watcher_);
+  QObject::connect(registered, &QDBusPendingCallWatcher::finished, &watcher_,
+                   answered([this, answered](const QDBusMessage& reply) {
+                     if (reply.type() != QDBusMessage::ReplyMessage) {
+                       // A watcher that has just taken its name may not serve its object yet.
+                       if (retriesLeft_-- > 0) {
+                         QTimer::singleShot(400, &watcher_, [this] { registerWithWatcher(); });
+                         return;
+                       }
+                       settle(false);
+                       return;
+                     }
+                     QDBusMessage host = QDBusMessage::createMethodCall(
+                         watcherService, watcherPath, propertiesInterface, QStringLiteral("Get"));
+                     host << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+                     auto* asked = new QDBusPendingCallWatcher(bus_.asyncCall(host), &watcher_);
+                     QObject::connect(
+                         asked, &QDBusPendingCallWatcher::finished, &watcher_,
+                         answered([this](const QDBusMessage& answer) {
+                           settle(answer.type() == QDBusMessage::ReplyMessage &&
+                                  !answer.arguments().isEmpty() &&
+                                  answer.arguments()[0].value<QDBusVariant>().variant().toBool());
+                         }));
+                   }));
 }
 
-void StatusNotifierItem::setAvailable(bool available) {
-  if (available == available_) return;
+void StatusNotifierItem::settle(bool available) {
+  const bool changed = pending_ || available != available_;
+  pending_ = false;
   available_ = available;
-  if (handlers_.availabilityChanged) handlers_.availabilityChanged();
+  if (changed && handlers_.availabilityChanged) handlers_.availabilityChanged();
 }
 
 QVariantMap StatusNotifierItem::itemProperties() const {

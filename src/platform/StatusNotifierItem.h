@@ -28,6 +28,7 @@ class StatusNotifierItem final : public StatusNotifier {
 
   void start(Handlers handlers) override;
   bool isAvailable() const override { return available_; }
+  bool isPending() const override { return pending_; }
   void setIcon(const QImage& small, const QImage& large) override;
   void setToolTip(const std::string& text) override;
   void setLabel(const std::string& text) override;
@@ -46,7 +47,8 @@ class StatusNotifierItem final : public StatusNotifier {
   friend class Listener;
 
   void registerWithWatcher();
-  void setAvailable(bool available);
+  // The registration's outcome: shown by a host or not.
+  void settle(bool available);
   void rebuildMenu();
   QVariantMap itemProperties() const;
   void emitSignal(const char* path, const char* interface, const char* name,
@@ -56,7 +58,9 @@ class StatusNotifierItem final : public StatusNotifier {
   QString serviceName_;
   Handlers handlers_;
   bool available_ = false;
+  bool pending_ = false;
   int retriesLeft_ = 5;
+  uint64_t attempts_ = 0;  // only the newest registration's answers count
   std::unique_ptr<ItemObject> item_;
   std::unique_ptr<MenuObject> menu_;
   std::unique_ptr<Listener> listener_;

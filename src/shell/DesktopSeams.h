@@ -52,6 +52,8 @@ class StatusNotifier {
   virtual void start(Handlers handlers) = 0;
   // Registered with a watcher that has a host to show the item.
   virtual bool isAvailable() const = 0;
+  // A watcher is there and has not answered yet; availabilityChanged follows its answer.
+  virtual bool isPending() const = 0;
   // The icon at 22 and 44 pixels.
   virtual void setIcon(const QImage& small, const QImage& large) = 0;
   virtual void setToolTip(const std::string& text) = 0;

@@ -40,8 +40,9 @@ void StatusItem::setTitle(const std::string& text) {
 }
 
 void StatusItem::tryToShow() {
-  if (usesNotifier()) {
-    // Our own item is shown; a second icon through the system tray would be a duplicate.
+  if (usesNotifier() || (notifier_ && notifier_->isPending())) {
+    // Our own item is shown, or will be once the watcher answers: an icon through the system
+    // tray would be a second one.
     icon_.reset();
     retry_.stop();
     return;

@@ -146,6 +146,7 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   ASSERT_TRUE(QTest::qWaitFor([&] { return log.labels.last().isEmpty(); }, 3000));
 
   // Activate hides the orb; a wheel step moves to the next symbol.
+  ASSERT_TRUE(d.delegate->panel().isVisible());
   host.call(service, path, itemInterface, QStringLiteral("Activate"), {0, 0});
   EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, 3000));
   host.call(service, path, itemInterface, QStringLiteral("Scroll"),
@@ -173,12 +174,55 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
             {refresh->id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0u});
   EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->hasPendingRefresh(); }, 3000));
 
+  // The wire types hosts rely on, as signatures.
+  const std::tuple<QString, QString, QVariantList, QString> signatures[] = {
+      {menu, QStringLiteral("GetLayout"), {0, -1, QStringList()}, QStringLiteral("u(ia{sv}av)")},
+      {menu,
+       QStringLiteral("GetGroupProperties"),
+       {QVariant::fromValue(QList<int>{refresh->id}), QStringList()},
+       QStringLiteral("a(ia{sv})")},
+      {menu,
+       QStringLiteral("GetProperty"),
+       {refresh->id, QStringLiteral("label")},
+       QStringLiteral("v")},
+      {menu,
+       QStringLiteral("AboutToShowGroup"),
+       {QVariant::fromValue(QList<int>{0, 999})},
+       QStringLiteral("aiai")},
+      {menu,
+       QStringLiteral("EventGroup"),
+       {QVariant::fromValue(sni::MenuEventList{})},
+       QStringLiteral("ai")},
+  };
+  for (const auto& [object, method, args, signature] : signatures)
+    EXPECT_EQ(host.call(service, object, menuInterface, method, args).signature(), signature)
+        << method.toStdString();
+  EXPECT_EQ(all.signature(), QStringLiteral("a{sv}"));
+  const QDBusMessage xml =
+      host.call(service, path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
+                QStringLiteral("Introspect"));
+  EXPECT_TRUE(xml.arguments().value(0).toString().contains(QStringLiteral("XAyatanaNewLabel")));
+
   // A restarted watcher knows the item again once its host is back.
   watcher.stop();
   EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->statusItem().usesNotifier(); }, 3000));
   watcher.start(host);
   EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 5000));
   EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
+}
+
+TEST(TrayItem, IconPixelsGoOutAsAlphaRedGreenBlue) {
+  const std::pair<QRgb, QByteArray> cases[] = {
+      {qRgba(0x11, 0x22, 0x33, 0xff), QByteArray("\xff\x11\x22\x33", 4)},
+      {qRgba(0x11, 0x22, 0x33, 0x80), QByteArray("\x80\x11\x22\x33", 4)},
+      {qRgba(0, 0, 0, 0), QByteArray(4, 0)},
+  };
+  for (const auto& [pixel, bytes] : cases) {
+    QImage image(1, 1, QImage::Format_ARGB32);
+    image.setPixel(0, 0, pixel);
+    const sni::IconPixmap icon = sni::iconPixmap(image);
+    EXPECT_EQ(std::tuple(icon.width, icon.height, icon.bytes), std::tuple(1, 1, bytes));
+  }
 }
 
 TEST(TrayItem, TheGuideKeepsTheLabelsWidestShape) {

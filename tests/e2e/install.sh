@@ -19,9 +19,10 @@ unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 app="$work/prefix/bin/tidemark"
 check "the installed --self-test passes" bash -c "'$app' --self-test | grep -qx 'All model and native checks passed'"
-# The static source reads the snapshot from the installed resources, not the built-in one.
+# The static source reads the snapshot from the installed resources: a price changed there shows.
+sed -i 's/1468.8/1357.9/' "$work/prefix/share/tidemark/tidemark-quotes.json"
 check "the installed --quotes reads the installed snapshot" \
-  bash -c "'$app' --quotes --source static --symbols 600519 | grep -q '行情源：静态 JSON'"
+  bash -c "'$app' --quotes --source static --symbols 600519 | grep -q '1,357.90'"
 for f in share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
   share/applications/org.tidemark.Tidemark.desktop share/metainfo/org.tidemark.Tidemark.metainfo.xml \
   share/icons/hicolor/scalable/apps/org.tidemark.Tidemark.svg share/doc/tidemark/copyright; do

@@ -52,26 +52,37 @@ import -window root "$tmp/before.png"
 
 "$app" >"$tmp/app.log" 2>&1 &
 pids+=($!)
+app_pid=$!
+items() {
+  dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
+    org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
+    string:RegisteredStatusNotifierItems | grep -c 'string "' || true
+}
+item="org.kde.StatusNotifierItem-$app_pid-1"
 registered() {
   dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
     org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
-    string:RegisteredStatusNotifierItems | grep -q 'org.kde.StatusNotifierItem-'
+    string:RegisteredStatusNotifierItems | grep -q "$item"
 }
-if wait_for 10 registered; then ok "the app's item registered with the watcher"; else
-  fail "no item registered within 10 s: $(cat "$tmp/app.log")"; fi
-item=$(dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.ListNames |
-  grep -o 'org.kde.StatusNotifierItem-[0-9-]*' | head -1)
+# Exactly one item, the app's own: no second one from the system tray icon.
+if wait_for 10 registered && sleep 1 && [ "$(items)" = 1 ]; then
+  ok "the app's own item registered with the watcher, and only it"
+else
+  fail "items registered: $(items), $item among them: $(registered && echo yes || echo no)"
+fi
 label=$(dbus-send --session --print-reply --dest="$item" /StatusNotifierItem \
   org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierItem string:XAyatanaLabel |
   sed -n 's/.*string "\(.*\)"/\1/p')
 if [ "$label" = "600519  1,468.80  +1.16%" ]; then ok "the label reads '$label'"; else
   fail "the label reads '$label'"; fi
 # The host draws the icon at the top left: its pixels there change from the bare bar.
-sleep 2
-import -window root "$tmp/after.png"
-[ -z "$shot" ] || cp "$tmp/after.png" "$shot"
-changed=$(compare -metric AE -extract 40x30+0+0 "$tmp/before.png" "$tmp/after.png" null: 2>&1 || true)
-if [ "${changed%% *}" -gt 100 ] 2>/dev/null; then ok "the host drew the icon ($changed pixels changed)"; else
+drawn() {
+  import -window root "$tmp/after.png"
+  changed=$(compare -metric AE -extract 40x30+0+0 "$tmp/before.png" "$tmp/after.png" null: 2>&1)
+  [ "${changed%% *}" -gt 100 ] 2>/dev/null
+}
+if wait_for 10 drawn; then ok "the host drew the icon ($changed pixels changed)"; else
   fail "the tray's corner did not change ($changed pixels)"; fi
+[ -z "$shot" ] || cp "$tmp/after.png" "$shot"
 
 echo "$passed passed, $failed failed"

@@ -11,30 +11,52 @@
 namespace tidemark {
 namespace {
 
+struct ConfigHome {
+  explicit ConfigHome(const std::filesystem::path& path) {
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(path.string()));
+  }
+  ~ConfigHome() { qputenv("XDG_CONFIG_HOME", saved); }
+  QByteArray saved = qgetenv("XDG_CONFIG_HOME");
+};
+
+TEST(Autostart, ExecQuotesOnlyWhatNeedsIt) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"/usr/bin/tidemark", "Exec=/usr/bin/tidemark"},
+      {"/opt/潮汐栏/tidemark", "Exec=/opt/潮汐栏/tidemark"},
+      {"/opt/My Apps/tidemark", R"(Exec="/opt/My Apps/tidemark")"},
+      {"/opt/$HOME/`x`/tidemark", R"(Exec="/opt/\\$HOME/\\`x\\`/tidemark")"},
+      {R"(/opt/a\b "c"/50%/tidemark)", R"(Exec="/opt/a\\\\b \\"c\\"/50%%/tidemark")"},
+  };
+  for (const auto& [path, exec] : cases)
+    EXPECT_EQ(Autostart::entry(QString::fromUtf8(path)).split('\n')[6].toStdString(), exec) << path;
+}
+
 TEST(Autostart, OnWritesTheEntryOffRemovesItAndFailuresAreWords) {
   test::TemporaryFolder folder;
-  const QByteArray saved = qgetenv("XDG_CONFIG_HOME");
-  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.path().string()));
+  ConfigHome home(folder.path());
   const QString path = Autostart::entryPath();
   EXPECT_EQ(path.toStdString(),
             (folder.path() / "autostart/org.tidemark.Tidemark.desktop").string());
   EXPECT_FALSE(Autostart::isEnabled());
 
-  EXPECT_EQ(Autostart::setEnabled(true, QStringLiteral("/opt/My \"Apps\"/50%/tidemark")),
-            std::nullopt);
+  EXPECT_EQ(Autostart::setEnabled(true, QStringLiteral("/usr/bin/tidemark")), std::nullopt);
   EXPECT_TRUE(Autostart::isEnabled());
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_EQ(file.readAll().toStdString(),
             "[Desktop Entry]\nType=Application\nName=Tidemark\nName[zh_CN]=潮汐栏\n"
-            "Comment=A floating orb with your watchlist\n"
-            "Exec=\"/opt/My \\\\\"Apps\\\\\"/50%%/tidemark\"\n"
-            "Icon=org.tidemark.Tidemark\nTerminal=false\nX-GNOME-Autostart-enabled=true\n");
-  EXPECT_EQ(Autostart::entry(QStringLiteral("/usr/bin/tidemark")).split('\n')[5],
-            "Exec=/usr/bin/tidemark");
+            "Comment=A floating orb with your watchlist\nTryExec=/usr/bin/tidemark\n"
+            "Exec=/usr/bin/tidemark\nIcon=org.tidemark.Tidemark\nTerminal=false\n"
+            "X-GNOME-Autostart-enabled=true\n");
+  file.close();
+  // Switched off by a session tool, the entry stays but starts nothing.
+  for (const char* mark : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"}) {
+    ASSERT_FALSE(writeFileAtomically(path.toStdString(), std::string("[Desktop Entry]\n") + mark));
+    EXPECT_FALSE(Autostart::isEnabled()) << mark;
+  }
 
   EXPECT_EQ(Autostart::setEnabled(false, {}), std::nullopt);
-  EXPECT_FALSE(Autostart::isEnabled());
+  EXPECT_FALSE(QFile::exists(path));
   EXPECT_EQ(Autostart::setEnabled(false, {}), std::nullopt);  // already off
 
   // A file where the folder should be.
@@ -43,7 +65,6 @@ TEST(Autostart, OnWritesTheEntryOffRemovesItAndFailuresAreWords) {
   EXPECT_EQ(Autostart::setEnabled(true, QStringLiteral("/usr/bin/tidemark")),
             "无法创建自启动目录 " + (folder.path() / "autostart").string());
   EXPECT_FALSE(Autostart::isEnabled());
-  qputenv("XDG_CONFIG_HOME", saved);
 }
 
 }  // namespace
