@@ -6,8 +6,7 @@
 #include <QImage>
 #include <QPainter>
 
-#include "core/KeyValueStore.h"
-#include "core/ManualScheduler.h"
+#include "BenchModel.h"
 #include "shell/OrbContentView.h"
 #include "sources/UnavailableDataSource.h"
 
@@ -15,7 +14,7 @@ namespace tidemark {
 namespace {
 
 // A throw-away model and the orb over it, spread out, with its five satellites.
-struct Orb {
+struct Orb : BenchModel<UnavailableDataSource> {
   explicit Orb(double size) {
     model.setReduceMotion(true);
     model.setOrbSize(size);
@@ -27,13 +26,6 @@ struct Orb {
     view.render(&image);
     benchmark::DoNotOptimize(image.constBits());
   }
-  MemoryKeyValueStore store;
-  ManualClock clock{Date{816'832'800}};
-  ManualScheduler scheduler{clock};
-  UnavailableDataSource source;
-  NullNotifier notifier;
-  AppModel model{
-      {store, clock, scheduler, source, notifier, std::nullopt}, std::nullopt, false, Bundle{}};
   OrbWindowModel window;
   OrbContentView view{model, window, clock, {}};
   QImage image{460, 460, QImage::Format_ARGB32_Premultiplied};

@@ -8,8 +8,7 @@
 #include <QApplication>
 #include <QImage>
 
-#include "core/KeyValueStore.h"
-#include "core/ManualScheduler.h"
+#include "BenchModel.h"
 #include "model/DemoMarket.h"
 #include "views/DetailView.h"
 #include "views/SettingsView.h"
@@ -43,7 +42,7 @@ class InstantSource final : public MarketDataSource {
   }
 };
 
-struct Windows {
+struct Windows : BenchModel<InstantSource> {
   Windows() {
     model.setSourceMode(SourceMode::tencent);
     applyTheme(AppTheme::dark);
@@ -59,13 +58,6 @@ struct Windows {
     view->render(&image);
     benchmark::DoNotOptimize(image.constBits());
   }
-  MemoryKeyValueStore store;
-  ManualClock clock{Date{816'832'800}};
-  ManualScheduler scheduler{clock};
-  InstantSource source;
-  NullNotifier notifier;
-  AppModel model{
-      {store, clock, scheduler, source, notifier, std::nullopt}, std::nullopt, false, Bundle{}};
 };
 
 void openWindow(benchmark::State& state) {
