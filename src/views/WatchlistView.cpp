@@ -199,7 +199,8 @@ void WatchlistView::hideEvent(QHideEvent*) {
 }
 
 void WatchlistView::scheduleRefresh() {
-  if (refreshPending_) return;
+  // A closed window is kept; it catches up when it is shown again.
+  if (refreshPending_ || !isVisible()) return;
   refreshPending_ = true;
   QTimer::singleShot(0, this, [this] {
     refreshPending_ = false;
@@ -264,10 +265,23 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
 void WatchlistView::fillRows() {
   rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_);
   heading_->setText(QStringLiteral("我的自选 · %1").arg(model_.watchlist().size()));
-  clearLayout(rowsLayout_);
-  for (const WatchlistEntry& entry : rows_)
-    rowsLayout_->addWidget(rowFor(entry, entry.symbol == model_.activeID()));
-  rowsLayout_->addStretch();
+  // The rows are built anew only when something they show changed: the clock's tick every
+  // second rarely changes a status.
+  std::string shown = model_.masked() ? "masked|" : "|";
+  for (const WatchlistEntry& e : rows_) {
+    shown += e.symbol + (e.symbol == model_.activeID() ? "*" : "") + e.market +
+             quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_) + "|";
+    if (e.quote)
+      shown += e.quote->name + std::to_string(e.quote->price) + "/" +
+               std::to_string(e.quote->prevClose) + "|";
+  }
+  if (shown != shownRows_) {
+    shownRows_ = std::move(shown);
+    clearLayout(rowsLayout_);
+    for (const WatchlistEntry& entry : rows_)
+      rowsLayout_->addWidget(rowFor(entry, entry.symbol == model_.activeID()));
+    rowsLayout_->addStretch();
+  }
 
   QString title, hint;
   if (model_.watchlist().empty()) {
@@ -320,17 +334,25 @@ void WatchlistView::fillCandidates() {
     const auto& list = model_.watchlist();
     return std::find(list.begin(), list.end(), id) != list.end();
   };
-  clearLayout(resultsLayout_);
+  // The candidates show codes, names and markets only; new prices leave them as they are.
+  std::vector<const QuoteSnapshot*> results, candidates;
+  std::string shown;
   for (const QuoteSnapshot& quote : model_.sourceSearchResults())
-    if (!watched(quote.id)) resultsLayout_->addWidget(candidateFor(quote, true));
-  clearLayout(candidatesLayout_);
-  int count = 0;
-  for (const QuoteSnapshot& quote : model_.quotes()) {
-    if (watched(quote.id)) continue;
-    candidatesLayout_->addWidget(candidateFor(quote, false));
-    ++count;
+    if (!watched(quote.id)) results.push_back(&quote);
+  for (const QuoteSnapshot& quote : model_.quotes())
+    if (!watched(quote.id)) candidates.push_back(&quote);
+  for (const auto* list : {&results, &candidates}) {
+    for (const QuoteSnapshot* quote : *list) shown += quote->id + quote->name + quote->market + "|";
+    shown += "#";
   }
-  noCandidates_->setVisible(count == 0);
+  noCandidates_->setVisible(candidates.empty());
+  if (shown == shownCandidates_) return;
+  shownCandidates_ = std::move(shown);
+  clearLayout(resultsLayout_);
+  for (const QuoteSnapshot* quote : results) resultsLayout_->addWidget(candidateFor(*quote, true));
+  clearLayout(candidatesLayout_);
+  for (const QuoteSnapshot* quote : candidates)
+    candidatesLayout_->addWidget(candidateFor(*quote, false));
 }
 
 QStringList WatchlistView::shownTexts() const {

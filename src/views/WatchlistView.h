@@ -69,6 +69,7 @@ class WatchlistView final : public QWidget {
   QTimer clockTimer_;
   ChangeSignal::Subscription subscription_;
   bool refreshPending_ = false;
+  std::string shownRows_, shownCandidates_;
 };
 
 }  // namespace tidemark

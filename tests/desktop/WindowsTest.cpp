@@ -302,6 +302,7 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
 
 TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   WatchlistView view(*model, h.clock);
+  view.show();
   const auto rows = [&] {
     Strings ids;
     for (const auto& e : view.rows()) ids.push_back(e.symbol);
