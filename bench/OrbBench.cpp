@@ -50,11 +50,3 @@ BENCHMARK(paintOrbAfresh)->Arg(72)->Arg(96)->Arg(132)->Unit(benchmark::kMicrosec
 
 }  // namespace
 }  // namespace tidemark
-
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
-}

@@ -104,11 +104,3 @@ BENCHMARK(repaintDetail)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tidemark
-
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
-}
