@@ -12,65 +12,13 @@ for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xrandr xev import conv
 done
 [ -z "$shots" ] || mkdir -p "$shots"
 
-tmp=$(mktemp -d)
-pids=()
-app_pid=
-# A child that has exited stays a zombie until waited for; kill -0 would still find it.
-running() { local state; state=$(ps -o stat= -p "$1" 2>/dev/null) && [[ $state != Z* ]]; }
-cleanup() {
-  local pid left i
-  # The app first and the X server last.
-  for pid in $app_pid $(printf '%s\n' "${pids[@]}" | tac); do kill "$pid" 2>/dev/null || true; done
-  for ((i = 0; i < 20; i++)); do
-    left=
-    for pid in $app_pid "${pids[@]}"; do running "$pid" && left=1; done
-    [ -n "$left" ] || break
-    sleep 0.1
-  done
-  for pid in $app_pid "${pids[@]}"; do kill -KILL "$pid" 2>/dev/null || true; done
-  rm -rf "$tmp"
-}
-trap cleanup EXIT
-trap 'exit 130' INT TERM
+source "$(dirname "$0")/lib.sh"
 
-passed=0 failed=0
-ok() { passed=$((passed + 1)); echo "ok   - $*"; }
-fail() { failed=$((failed + 1)); echo "FAIL - $*"; }
-die() { echo "FAIL - $*"; echo "$passed passed, $((failed + 1)) failed (stopped early)"; exit 1; }
-
-# Runs "$@" every 0.1 s until it succeeds or $1 seconds have passed.
-wait_for() {
-  local tries=$(($1 * 10))
-  shift
-  until "$@"; do
-    tries=$((tries - 1))
-    [ "$tries" -gt 0 ] || return 1
-    sleep 0.1
-  done
-}
-
-mkdir -p "$tmp/home" "$tmp/config/Tidemark" "$tmp/data" "$tmp/runtime"
-chmod 700 "$tmp/runtime"
-export HOME="$tmp/home" XDG_CONFIG_HOME="$tmp/config" XDG_DATA_HOME="$tmp/data"
-export XDG_RUNTIME_DIR="$tmp/runtime" LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb
+quiet_home 0
 # A bus that does not exist: no autolaunched daemon outlives the test.
 export DBUS_SESSION_BUS_ADDRESS="unix:path=$tmp/runtime/no-bus"
-unset WAYLAND_DISPLAY QT_SCALE_FACTOR QT_SCREEN_SCALE_FACTORS QT_AUTO_SCREEN_SCALE_FACTOR \
-  QT_ENABLE_HIGHDPI_SCALING
 
-# Guide already seen, no motion and no refreshes, so geometry and pixels hold still.
-cat >"$XDG_CONFIG_HOME/Tidemark/Tidemark.conf" <<'EOF'
-[General]
-tidemark.native.preferences.v2="@ByteArray({\"activeID\":\"600519\",\"theme\":\"dark\",\"reduceMotion\":true,\"refreshInterval\":0,\"sourceMode\":\"mock\",\"masked\":false,\"orbSize\":96,\"autoRotate\":false,\"menuDensity\":0,\"phase\":\"live\",\"latencyMS\":86,\"updatedAt\":0,\"onboardingSeen\":true,\"alertAbove\":true,\"alertTriggered\":false})"
-EOF
-
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$tmp/display" 2>"$tmp/xvfb.log" &
-pids+=($!)
-wait_for 10 test -s "$tmp/display" || die "Xvfb did not start: $(cat "$tmp/xvfb.log")"
-DISPLAY=":$(cat "$tmp/display")"
-export DISPLAY
-openbox >"$tmp/openbox.log" 2>&1 &
-pids+=($!)
+start_x 1280x800x24
 xcompmgr >"$tmp/xcompmgr.log" 2>&1 &
 pids+=($!)
 # A system tray (XEmbed) at the top right, out of the way of the orb's checks.

@@ -8,38 +8,10 @@ shot=${2:-}
 if [ -z "${TIDEMARK_SNI_INSIDE:-}" ]; then
   TIDEMARK_SNI_INSIDE=1 exec dbus-run-session -- bash "$0" "$@" 2> >(grep -v '^dbus-daemon' >&2)
 fi
-tmp=$(mktemp -d)
-pids=()
-cleanup() {
-  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null; done
-  wait 2>/dev/null
-  rm -rf "$tmp"
-}
-trap cleanup EXIT
-passed=0 failed=0
-ok() { passed=$((passed + 1)); echo "ok   - $1"; }
-fail() { failed=$((failed + 1)); echo "FAIL - $1"; }
-wait_for() {
-  local seconds=$1
-  shift
-  for _ in $(seq $((seconds * 10))); do "$@" && return 0; sleep 0.1; done
-  return 1
-}
-export HOME="$tmp/home" XDG_CONFIG_HOME="$tmp/config" XDG_DATA_HOME="$tmp/data"
-export XDG_RUNTIME_DIR="$tmp/runtime" LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$XDG_CONFIG_HOME/Tidemark"
-chmod 700 "$XDG_RUNTIME_DIR"
-cat >"$XDG_CONFIG_HOME/Tidemark/Tidemark.conf" <<'CONF'
-[General]
-tidemark.native.preferences.v2="@ByteArray({\"activeID\":\"600519\",\"theme\":\"dark\",\"reduceMotion\":true,\"refreshInterval\":0,\"sourceMode\":\"mock\",\"masked\":false,\"orbSize\":96,\"autoRotate\":false,\"menuDensity\":2,\"phase\":\"live\",\"latencyMS\":86,\"updatedAt\":0,\"onboardingSeen\":true,\"alertAbove\":true,\"alertTriggered\":false})"
-CONF
+source "$(dirname "$0")/lib.sh"
+quiet_home 2
 
-Xvfb -displayfd 3 -screen 0 800x200x24 -nolisten tcp 3>"$tmp/display" 2>/dev/null &
-pids+=($!)
-wait_for 10 test -s "$tmp/display" || { echo "Xvfb did not start"; exit 1; }
-export DISPLAY=":$(cat "$tmp/display")"
-openbox >/dev/null 2>&1 &
-pids+=($!)
+start_x 800x200x24
 status-notifier-watcher >/dev/null 2>&1 &
 pids+=($!)
 watcher_up() { dbus-send --session --print-reply --dest=org.freedesktop.DBus / \
@@ -51,7 +23,6 @@ sleep 2
 import -window root "$tmp/before.png"
 
 "$app" >"$tmp/app.log" 2>&1 &
-pids+=($!)
 app_pid=$!
 items() {
   dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
