@@ -183,9 +183,13 @@ void AppDelegate::synchronize() {
     const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
     const bool bare = m.masked() || m.menuDensity() == 1;
     const OrbPalette palette{m.theme()};
-    statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio),
-                          miniOrb(m.activeQuote(), palette, bare, 1, 22),
-                          miniOrb(m.activeQuote(), palette, bare, 1, 44));
+    if (statusItem_->exportsItem()) {
+      statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio),
+                            miniOrb(m.activeQuote(), palette, bare, 1, 22),
+                            miniOrb(m.activeQuote(), palette, bare, 1, 44));
+    } else {
+      statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio));
+    }
     statusItem_->setToolTip(tooltip());
   }
   const bool exclude = m.masked();

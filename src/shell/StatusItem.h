@@ -35,6 +35,8 @@ class StatusItem {
   std::string toolTip() const;
   bool isShown() const { return (icon_ && icon_->isVisible()) || usesNotifier(); }
   bool usesNotifier() const { return notifier_ && notifier_->isAvailable(); }
+  // Whether the exported item's icon sizes are wanted at all.
+  bool exportsItem() const { return notifier_ != nullptr; }
   QMenu& menu() { return menu_; }
 
  private:
