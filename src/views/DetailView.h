@@ -34,6 +34,7 @@ class DetailOrb final : public QWidget {
   DetailOrb(AppModel& model, std::function<void()> close, QWidget* parent = nullptr);
 
   void setSystemReduceMotion(bool on) { systemReduceMotion_ = on; }
+  bool systemReduceMotion() const { return systemReduceMotion_; }
   bool appeared() const { return appeared_; }
   bool closing() const { return closing_; }
   // Shrinks the orb away, then closes; at once when motion is reduced.

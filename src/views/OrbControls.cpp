@@ -13,40 +13,12 @@
 
 namespace tidemark {
 
-SatelliteButton::SatelliteButton(QWidget* parent) : QAbstractButton(parent) {
-  setCursor(Qt::PointingHandCursor);
-  setFocusPolicy(Qt::NoFocus);
-}
-
-void SatelliteButton::show(const QuoteSnapshot& quote, bool selected, bool masked, bool showLabel,
-                           const OrbPalette& palette) {
-  quote_ = quote;
-  selected_ = selected;
-  masked_ = masked;
-  showLabel_ = showLabel;
-  palette_ = palette;
-  setToolTip(QString::fromStdString(quote.name));
-  setAccessibleName(QString::fromStdString(quote.id + " " + quote.name));
-  update();
-}
-
-void SatelliteButton::enterEvent(QEnterEvent*) {
-  hovered_ = true;
-  update();
-}
-
-void SatelliteButton::leaveEvent(QEvent*) {
-  hovered_ = false;
-  update();
-}
-
-void SatelliteButton::paintEvent(QPaintEvent*) {
-  QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  const QColor colour = qt(quoteColor(quote_.changePct()));
-  const QPointF dot(width() / 2.0, height() / 2.0 - 12);
-  const double scale = hovered_ ? 1.4 : selected_ ? 1.2 : 1.0;
-  const double radius = satelliteDotDiameter(quote_.changePct()) / 2 * scale;
+void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
+                    const SatelliteLook& look, const OrbPalette& palette) {
+  painter.save();
+  const QColor colour = qt(quoteColor(quote.changePct()));
+  const double scale = look.hovered ? 1.4 : look.selected ? 1.2 : 1.0;
+  const double radius = satelliteDotDiameter(quote.changePct()) / 2 * scale;
 
   QRadialGradient glow(dot, radius * 2.2);
   QColor glowColour = colour;
@@ -58,34 +30,37 @@ void SatelliteButton::paintEvent(QPaintEvent*) {
   painter.drawEllipse(dot, radius * 2.2, radius * 2.2);
   painter.setBrush(colour);
   painter.drawEllipse(dot, radius, radius);
-  if (selected_) {
+  if (look.selected) {
     QColor ring = colour;
     ring.setAlphaF(0.65f);
     painter.setPen(QPen(ring, 3));
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(dot, radius + 2 + 1.5, radius + 2 + 1.5);
   }
-  if (!showLabel_) return;
-
-  const QString code = QString::fromStdString(quote_.id);
-  const QString change = QString::fromStdString(masked_ ? "••••" : percentText(quote_.changePct()));
-  const QFont codeFont = uiFont(9, QFont::Bold), changeFont = uiFont(9, QFont::DemiBold);
-  const double codeWidth = QFontMetricsF(codeFont).horizontalAdvance(code);
-  const double changeWidth = QFontMetricsF(changeFont).horizontalAdvance(change);
-  const double textWidth = codeWidth + 4 + changeWidth;
-  const QRectF capsule(width() / 2.0 - textWidth / 2 - 8, dot.y() + 10, textWidth + 16, 18);
-  painter.setPen(QPen(qt(palette_.line()), 1));
-  painter.setBrush(qt(palette_.surface()));
-  painter.drawRoundedRect(capsule, 9, 9);
-  painter.setFont(codeFont);
-  painter.setPen(qt(palette_.ink()));
-  painter.drawText(QRectF(capsule.x() + 8, capsule.y(), codeWidth, capsule.height()),
-                   Qt::AlignVCenter | Qt::AlignLeft, code);
-  painter.setFont(changeFont);
-  painter.setPen(masked_ ? qt(palette_.secondary()) : colour);
-  painter.drawText(
-      QRectF(capsule.x() + 8 + codeWidth + 4, capsule.y(), changeWidth + 1, capsule.height()),
-      Qt::AlignVCenter | Qt::AlignLeft, change);
+  if (look.captionOpacity > 0.001) {
+    painter.setOpacity(painter.opacity() * look.captionOpacity);
+    const QString code = QString::fromStdString(quote.id);
+    const QString change =
+        QString::fromStdString(look.masked ? "••••" : percentText(quote.changePct()));
+    const QFont codeFont = uiFont(9, QFont::Bold), changeFont = uiFont(9, QFont::DemiBold);
+    const double codeWidth = QFontMetricsF(codeFont).horizontalAdvance(code);
+    const double changeWidth = QFontMetricsF(changeFont).horizontalAdvance(change);
+    const double textWidth = codeWidth + 4 + changeWidth;
+    const QRectF capsule(dot.x() - textWidth / 2 - 8, dot.y() + 10, textWidth + 16, 18);
+    painter.setPen(QPen(qt(palette.line()), 1));
+    painter.setBrush(qt(palette.surface()));
+    painter.drawRoundedRect(capsule, 9, 9);
+    painter.setFont(codeFont);
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(QRectF(capsule.x() + 8, capsule.y(), codeWidth + 1, capsule.height()),
+                     Qt::AlignVCenter | Qt::AlignLeft, code);
+    painter.setFont(changeFont);
+    painter.setPen(look.masked ? qt(palette.secondary()) : colour);
+    painter.drawText(
+        QRectF(capsule.x() + 8 + codeWidth + 4, capsule.y(), changeWidth + 1, capsule.height()),
+        Qt::AlignVCenter | Qt::AlignLeft, change);
+  }
+  painter.restore();
 }
 
 RingButton::RingButton(QWidget* parent, std::string label, std::string symbol)

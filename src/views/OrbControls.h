@@ -4,37 +4,22 @@
 #include <string>
 
 #include <QAbstractButton>
+#include <QPainter>
 
 #include "core/QuoteSnapshot.h"
 #include "views/OrbPalette.h"
 
 namespace tidemark {
 
-// One watchlist entry around the orb: a dot in the quote's colour and, when spread out, a caption
-// with the code and the change. Its geometry is the satellite's hit rectangle; the dot sits 12
-// above the rectangle's centre.
-class SatelliteButton final : public QAbstractButton {
- public:
-  explicit SatelliteButton(QWidget* parent);
-  void show(const QuoteSnapshot& quote, bool selected, bool masked, bool showLabel,
-            const OrbPalette& palette);
-  const std::string& quoteID() const { return quote_.id; }
-  // Points the button leaves to the widget below it (the orb's core).
-  std::function<bool(QPoint)> yieldsAt;
-
- protected:
-  void paintEvent(QPaintEvent*) override;
-  bool hitButton(const QPoint& p) const override {
-    return !(yieldsAt && yieldsAt(p)) && rect().contains(p);
-  }
-  void enterEvent(QEnterEvent*) override;
-  void leaveEvent(QEvent*) override;
-
- private:
-  QuoteSnapshot quote_;
-  bool selected_ = false, masked_ = false, showLabel_ = false, hovered_ = false;
-  OrbPalette palette_;
+// One watchlist entry around the orb, painted at `dot` (its orbit point): a dot in the quote's
+// colour, a ring when it is the active one, and under it a caption with the code and the change
+// at `captionOpacity`. `scale` grows the dot under the pointer (1.4) or when selected (1.2).
+struct SatelliteLook {
+  bool selected = false, masked = false, hovered = false;
+  double captionOpacity = 0;
 };
+void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
+                    const SatelliteLook& look, const OrbPalette& palette);
 
 // One of the five ring-menu items: a round button with a symbol over its label; `appearance`
 // (0…1) scales it up from 0.2 and fades it in.

@@ -47,6 +47,23 @@ Rect satelliteHitRect(std::size_t i, std::size_t n, double orbSize, bool expande
   return centeredRect({c.x, c.y + 12}, 120, 44);
 }
 
+std::size_t satelliteCapacity(double orbSize) {
+  // Dots grow to 13.2 points and to 1.4 times that under the pointer: 24 points apart.
+  const double circumference = 2 * std::numbers::pi * orbSize * 1.06;
+  return std::max<std::size_t>(1, static_cast<std::size_t>(circumference / 24));
+}
+
+SatellitePage satellitePage(std::size_t total, std::optional<std::size_t> active, double orbSize) {
+  const std::size_t capacity = satelliteCapacity(orbSize);
+  if (total <= capacity) return {0, total};
+  const std::size_t first = (active && *active < total ? *active : 0) / capacity * capacity;
+  return {first, std::min(capacity, total - first)};
+}
+
+double captionOpacity(double radiusFactor) {
+  return std::clamp((radiusFactor - 0.6) / (1.06 - 0.6), 0.0, 1.0);
+}
+
 Point ringButtonCenter(int k, double orbSize) {
   // 200°, 252°, ... measured clockwise on screen: the fan opens over the top of the orb.
   const double angle = (200.0 + 52.0 * k) * std::numbers::pi / 180;

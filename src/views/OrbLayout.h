@@ -32,6 +32,24 @@ Point orbitPoint(std::size_t i, std::size_t n, double radius);
 // The label hangs under the dot, so the target sits 12 below the orbit point.
 Rect satelliteHitRect(std::size_t i, std::size_t n, double orbSize, bool expanded);
 
+// How many satellites fit round the spread orbit without their dots touching.
+std::size_t satelliteCapacity(double orbSize);
+// The satellites that stand round the orb: all of a watchlist that fits, else the page of
+// `satelliteCapacity` entries that holds the active one (the first page without one).
+struct SatellitePage {
+  std::size_t first = 0, count = 0;
+  bool operator==(const SatellitePage&) const = default;
+};
+SatellitePage satellitePage(std::size_t total, std::optional<std::size_t> active, double orbSize);
+
+// A spread satellite's caption shows as far as it has travelled from the collapsed orbit (0.6 of
+// the orb's size) to the spread one (1.06): 0 to 1.
+double captionOpacity(double radiusFactor);
+// Collapsed satellites, and ones still near the collapsed orbit, are drawn behind the sphere.
+inline bool drawnBehindSphere(double radiusFactor) {
+  return radiusFactor < 0.83;
+}
+
 // Ring menu button k (0...4), fanned over the orb from the left round to the lower right.
 inline constexpr int ringButtonCount = 5;
 Point ringButtonCenter(int k, double orbSize);

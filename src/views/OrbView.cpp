@@ -6,10 +6,13 @@
 #include <numbers>
 
 #include <QDateTime>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QToolTip>
 
 #include "core/NumberText.h"
+#include "views/Easing.h"
 #include "views/OrbLayout.h"
 #include "views/Symbols.h"
 #include "views/TextStyle.h"
@@ -19,7 +22,6 @@ namespace {
 
 constexpr double pi = std::numbers::pi;
 constexpr double rippleSeconds = 1.15;
-constexpr double pulseSeconds = 0.9;
 // Milliseconds between frames: springs need the full rate; fades and the slow idle breathing
 // look the same with fewer frames and cost far less.
 constexpr int springRate = 16, effectRate = 50, idleRate = 150;
@@ -70,12 +72,6 @@ const char* edgeWord(DockEdge edge) {
       return "下";
   }
   return "";
-}
-
-// Ease-out of a 0…1 fraction.
-double easeOut(double t) {
-  t = std::clamp(t, 0.0, 1.0);
-  return 1 - (1 - t) * (1 - t);
 }
 
 QColor faded(const Color& color, double opacity) {
@@ -162,6 +158,7 @@ OrbView::OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& cloc
   seenActiveID_ = model.activeID();
   seenExpanded_ = expanded();
   radial_.snap(windowModel.radialOpen() ? 1 : 0);
+  setMouseTracking(true);
   modelSubscription_ = model.subscribe([this] { scheduleRefresh(); });
   windowSubscription_ = windowModel.subscribe([this] { windowModelChanged(); });
   syncSatellites();
@@ -175,8 +172,14 @@ bool OrbView::expanded() const {
 }
 
 bool OrbView::motionAllowed() const {
-  // Qt exposes no system-wide "reduce motion" setting; the model's own switch stands for both.
-  return !model_.reduceMotion();
+  return !model_.reduceMotion() && !systemCalm_;
+}
+
+void OrbView::setSystemCalm(bool calm) {
+  if (systemCalm_ == calm) return;
+  systemCalm_ = calm;
+  scheduleRefresh();
+  windowModelChanged();
 }
 
 bool OrbView::availableMotion() const {
@@ -203,6 +206,7 @@ void OrbView::ripple() {
 
 void OrbView::scheduleRefresh() {
   // The model notifies once per property; one refresh per event-loop turn reads them all.
+  satellitesStale_ = true;
   if (refreshPending_) return;
   refreshPending_ = true;
   QMetaObject::invokeMethod(
@@ -236,13 +240,13 @@ void OrbView::windowModelChanged() {
   if (spread != seenExpanded_) {
     seenExpanded_ = spread;
     const double factor = spread ? 1.06 : 0.6;
-    for (size_t i = 0; i < orbits_.size(); ++i) {
-      Orbit& orbit = orbits_[i];
-      orbit.target = factor;
+    for (size_t i = 0; i < satellites_.size(); ++i) {
+      Satellite& satellite = satellites_[i];
+      satellite.target = factor;
       if (motionAllowed()) {
-        orbit.startAt = now() + static_cast<double>(i) * 0.045;  // the ring unfolds one by one
+        satellite.startAt = now() + static_cast<double>(i) * 0.045;  // one by one
       } else {
-        orbit.radius.snap(factor);
+        satellite.radius.snap(factor);
       }
     }
   }
@@ -259,6 +263,7 @@ void OrbView::windowModelChanged() {
   } else {
     radial_.snap(radial);
     stretch_.snap(stretch);
+    for (Satellite& satellite : satellites_) satellite.radius.snap(satellite.target);
   }
   syncSatellites();
   layoutControls();
@@ -270,7 +275,7 @@ void OrbView::animateTick() {
   if (!motionAllowed()) return;
   ++pulseCount_;
   pulseStart_ = now();
-  flashUntil_ = now() + 0.55 + 0.2;
+  flashStart_ = now();
   ticker_.wake();
 }
 
@@ -292,16 +297,17 @@ bool OrbView::step(double seconds) {
   swap_.advance(seconds);
   if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
   bool controls = radial_.isMoving() || size_.isMoving();
-  for (Orbit& orbit : orbits_) {
-    if (t >= orbit.startAt) orbit.radius.setTarget(orbit.target);
-    orbit.radius.advance(seconds);
-    const bool moving = orbit.radius.isMoving() || orbit.radius.target() != orbit.target;
+  for (Satellite& satellite : satellites_) {
+    if (t >= satellite.startAt) satellite.radius.setTarget(satellite.target);
+    satellite.radius.advance(seconds);
+    const bool moving =
+        satellite.radius.isMoving() || satellite.radius.target() != satellite.target;
     controls = controls || moving;
   }
   springs = springs || controls;
   std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
-  const bool effects =
-      !ripples_.empty() || t - pulseStart_ < pulseSeconds || t < flashUntil_ || swap_.isMoving();
+  const bool effects = !ripples_.empty() || t - pulseStart_ < pulseSeconds ||
+                       t - flashStart_ < flashSeconds || swap_.isMoving();
   const bool idle = availableMotion();
   if (idle) idlePhase_ += seconds;
   ticker_.setInterval(springs ? springRate : effects ? effectRate : idleRate);
@@ -317,49 +323,129 @@ bool OrbView::step(double seconds) {
   return springs || effects || idle;
 }
 
+SatellitePage OrbView::satellitePage() {
+  if (satellitesStale_) syncSatellites();
+  return page_;
+}
+
 void OrbView::syncSatellites() {
-  const auto quotes = model_.watchedQuotes();
-  const size_t n = quotes.size();
+  satellitesStale_ = false;
+  const std::vector<QuoteSnapshot> quotes = model_.watchedQuotes();
+  std::optional<size_t> active;
+  for (size_t i = 0; i < quotes.size() && !active; ++i)
+    if (quotes[i].id == model_.activeID()) active = i;
+  const SatellitePage page = tidemark::satellitePage(quotes.size(), active, model_.orbSize());
   const double factor = expanded() ? 1.06 : 0.6;
-  while (satellites_.size() > n) {
-    satellites_.back()->deleteLater();
-    satellites_.pop_back();
-    orbits_.pop_back();
+  if (page != page_) {
+    // Another page is a new ring: it stands at once where the current one stands.
+    page_ = page;
+    satellites_.assign(page.count, Satellite{});
+    for (Satellite& satellite : satellites_) {
+      satellite.radius.snap(factor);
+      satellite.target = factor;
+    }
+    hovered_.reset();
+    pressed_.reset();
   }
-  while (satellites_.size() < n) {
-    auto* button = new SatelliteButton(this);
-    button->yieldsAt = [this, button](QPoint p) {
-      return coreTest_ && coreTest_(button->mapTo(this, QPointF(p)));
-    };
-    QObject::connect(button, &QAbstractButton::clicked, this,
-                     [this, button] { model_.select(button->quoteID()); });
-    satellites_.push_back(button);
-    for (RingButton* ring : ringButtons_) ring->raise();
-    Orbit orbit;
-    orbit.radius.snap(factor);
-    orbit.target = factor;
-    orbits_.push_back(orbit);
-  }
-  const OrbPalette palette{model_.theme()};
-  const bool docked = windowModel_.dockEdge().has_value();
+  for (size_t i = 0; i < page.count; ++i) satellites_[i].quote = quotes[page.first + i];
+}
+
+std::vector<std::string> OrbView::satelliteIDs() const {
+  std::vector<std::string> ids;
+  for (const Satellite& satellite : satellites_) ids.push_back(satellite.quote.id);
+  return ids;
+}
+
+QPointF OrbView::satelliteDot(size_t i) const {
+  const Point p = orbitPoint(i, satellites_.size(), size_.value() * satellites_[i].radius.value());
+  return {p.x, p.y};
+}
+
+double OrbView::satelliteCaptionOpacity(size_t i) const {
+  return captionOpacity(satellites_[i].radius.value());
+}
+
+std::optional<size_t> OrbView::satelliteAt(QPointF p) const {
+  // Docked or under the open ring menu the satellites take nothing.
+  if (windowModel_.dockEdge() || windowModel_.radialOpen()) return std::nullopt;
+  if (coreTest_ && coreTest_(p)) return std::nullopt;
+  const size_t n = satellites_.size();
+  std::optional<size_t> best;
+  double bestDistance = 0;
   for (size_t i = 0; i < n; ++i) {
-    satellites_[i]->show(quotes[i], quotes[i].id == model_.activeID(), model_.masked(), expanded(),
-                         palette);
-    satellites_[i]->setVisible(!docked);
-    // Under the open ring menu the pearls must not swallow the buttons' clicks.
-    satellites_[i]->setAttribute(Qt::WA_TransparentForMouseEvents, windowModel_.radialOpen());
-    satellites_[i]->setEnabled(!windowModel_.radialOpen());
+    if (!satelliteHitRect(i, n, model_.orbSize(), expanded()).contains({p.x(), p.y()})) continue;
+    const Point dot = satelliteCenter(i, n, model_.orbSize(), expanded());
+    const double d = std::hypot(dot.x - p.x(), dot.y - p.y());
+    if (!best || d < bestDistance) best = i, bestDistance = d;
   }
+  return best;
+}
+
+double OrbView::pulse() const {
+  const double elapsed = now() - pulseStart_;
+  return elapsed >= 0 && elapsed < pulseSeconds ? pulseProgress(elapsed) : 0;
+}
+
+double OrbView::flash() const {
+  return flashLevel(now() - flashStart_);
+}
+
+void OrbView::setHovered(std::optional<size_t> index) {
+  if (hovered_ == index) return;
+  hovered_ = index;
+  if (index) {
+    setCursor(Qt::PointingHandCursor);
+  } else {
+    unsetCursor();
+  }
+  update();
+}
+
+void OrbView::mousePressEvent(QMouseEvent* event) {
+  // Only a satellite's press stays here; the core's and the empty canvas's go to the parent.
+  pressed_.reset();
+  if (event->button() == Qt::LeftButton) pressed_ = satelliteAt(event->position());
+  if (!pressed_) return event->ignore();
+  event->accept();
+}
+
+void OrbView::mouseMoveEvent(QMouseEvent* event) {
+  setHovered(satelliteAt(event->position()));
+  if (!pressed_) return event->ignore();
+  event->accept();
+}
+
+void OrbView::mouseReleaseEvent(QMouseEvent* event) {
+  if (!pressed_) return event->ignore();
+  const auto released = satelliteAt(event->position());
+  const auto pressed = std::exchange(pressed_, std::nullopt);
+  event->accept();
+  if (released == pressed && *pressed < satellites_.size())
+    model_.select(satellites_[*pressed].quote.id);
+}
+
+void OrbView::leaveEvent(QEvent* event) {
+  setHovered(std::nullopt);
+  QWidget::leaveEvent(event);
+}
+
+bool OrbView::event(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    auto* help = static_cast<QHelpEvent*>(event);
+    if (const auto i = satelliteAt(help->pos())) {
+      QToolTip::showText(help->globalPos(), QString::fromStdString(satellites_[*i].quote.name),
+                         this);
+    } else {
+      QToolTip::hideText();
+      event->ignore();
+    }
+    return true;
+  }
+  return QWidget::event(event);
 }
 
 void OrbView::layoutControls() {
   const double s = size_.value();
-  const size_t n = satellites_.size();
-  for (size_t i = 0; i < n; ++i) {
-    const Point centre = orbitPoint(i, n, s * orbits_[i].radius.value());
-    satellites_[i]->setGeometry(static_cast<int>(std::lround(centre.x - 60)),
-                                static_cast<int>(std::lround(centre.y + 12 - 22)), 120, 44);
-  }
   const OrbPalette palette{model_.theme()};
   for (int k = 0; k < ringButtonCount; ++k) {
     const Rect r = ringButtonHitRect(k, s);
@@ -367,6 +453,20 @@ void OrbView::layoutControls() {
                                  static_cast<int>(std::lround(r.y)), static_cast<int>(r.width),
                                  static_cast<int>(r.height));
     ringButtons_[k]->setLook(palette, radial_.value());
+  }
+}
+
+void OrbView::paintSatellites(QPainter& painter, bool behind) const {
+  const OrbPalette palette{model_.theme()};
+  for (size_t i = 0; i < satellites_.size(); ++i) {
+    const Satellite& satellite = satellites_[i];
+    if (drawnBehindSphere(satellite.radius.value()) != behind) continue;
+    SatelliteLook look;
+    look.selected = satellite.quote.id == model_.activeID();
+    look.masked = model_.masked();
+    look.hovered = hovered_ == i;
+    look.captionOpacity = captionOpacity(satellite.radius.value());
+    paintSatellite(painter, satelliteDot(i), satellite.quote, look, palette);
   }
 }
 
@@ -432,19 +532,18 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
     painter.setPen(quote && !masked ? qt(trend) : text);
     painter.drawText(QRectF(sphere.x(), c.y() - 0.13 * s, s, 0.24 * s), Qt::AlignCenter,
                      priceString);
-    if (quote || masked) {
-      const QString percent =
-          QString::fromStdString(masked ? "••••" : percentText(quote->changePct()));
-      const QFont percentFont = uiFont(0.095 * s, QFont::Bold);
-      const double w = QFontMetricsF(percentFont).horizontalAdvance(percent) + 0.08 * s;
-      const QRectF capsule(c.x() - w / 2, c.y() + 0.12 * s, w, 0.13 * s);
-      painter.setPen(Qt::NoPen);
-      painter.setBrush(faded(trend, 0.15));
-      painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
-      painter.setFont(percentFont);
-      painter.setPen(masked ? text : qt(trend));
-      painter.drawText(capsule, Qt::AlignCenter, percent);
-    }
+    // Masking hides the number, not its direction; without a quote the change reads as none.
+    const QString percent =
+        QString::fromStdString(masked ? "••••" : percentText(quote ? quote->changePct() : 0));
+    const QFont percentFont = uiFont(0.095 * s, QFont::Bold);
+    const double w = QFontMetricsF(percentFont).horizontalAdvance(percent) + 0.08 * s;
+    const QRectF capsule(c.x() - w / 2, c.y() + 0.12 * s, w, 0.13 * s);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(faded(trend, 0.15));
+    painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
+    painter.setFont(percentFont);
+    painter.setPen(qt(trend));
+    painter.drawText(capsule, Qt::AlignCenter, percent);
     painter.restore();
   }
 
@@ -453,7 +552,7 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
     const double side = 0.095 * s;
     drawSymbol(painter, badgeSymbol(model_),
                QRectF(c.x() - side / 2, c.y() + 0.3 * s - side / 2, side, side),
-               qt(palette.orbLit()));
+               qt(palette.orbLit()), true);
   }
 }
 
@@ -526,6 +625,7 @@ void OrbView::paintBody(QPainter& painter) {
       paintFace(layer, centre, s, image == &coreCache_);
     }
   }
+  paintSatellites(painter, true);
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   painter.drawImage(frame, sphereCache_);
   const double swap = swap_.value();
@@ -534,11 +634,9 @@ void OrbView::paintBody(QPainter& painter) {
   painter.drawImage(frame.translated(0, 0.12 * s * swap), coreCache_);
   painter.restore();
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
-  if (t < flashUntil_) {
-    const double left = flashUntil_ - t;
-    const double f = left > 0.2 ? std::min(1.0, (0.75 - left) / 0.22) : left / 0.2;
+  if (const double f = flash(); f > 0) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(faded(palette.orbLit(), 0.22 * std::clamp(f, 0.0, 1.0)));
+    painter.setBrush(faded(palette.orbLit(), 0.22 * f));
     painter.drawEllipse(sphere);
   }
 
@@ -549,13 +647,13 @@ void OrbView::paintBody(QPainter& painter) {
     painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
     painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
   }
-  if (t - pulseStart_ < pulseSeconds) {
-    const double f = easeOut((t - pulseStart_) / pulseSeconds);
+  if (const double f = pulse(); f > 0) {
     painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
     painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
   }
 
   painter.restore();
+  paintSatellites(painter, false);
 
   // A transient hint below the orb, clear of the spread satellites; beside a docked half-disc,
   // on its visible side.
@@ -589,8 +687,9 @@ void OrbView::paintBody(QPainter& painter) {
 
   // Where the orb would dock if released now.
   if (auto edge = windowModel_.previewEdge()) {
-    QPen dashed(qt(palette.auroraA()), 2);
-    dashed.setDashPattern({2, 1.5});  // 4 on, 3 off at width 2
+    // 4 on, 3 off: the pattern counts in pen widths, and only flat caps keep it so.
+    QPen dashed(qt(palette.auroraA()), 2, Qt::CustomDashLine, Qt::FlatCap);
+    dashed.setDashPattern({2, 1.5});
     painter.setPen(dashed);
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(c, s / 2 + 6, s / 2 + 6);

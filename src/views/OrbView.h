@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include <QImage>
@@ -34,7 +36,11 @@ class OrbView final : public QWidget {
   bool expanded() const;
   // Idle breathing and drift run only then.
   bool availableMotion() const;
+  // Neither the model's switch nor the desktop's asks for calm.
   bool motionAllowed() const;
+  // The desktop's own reduce-motion setting.
+  void setSystemCalm(bool calm);
+  bool systemCalm() const { return systemCalm_; }
   // The text a screen reader speaks for the orb.
   std::string accessibilityText() const;
   // Presses at points where this answers true belong to the orb's core, not to the controls
@@ -45,11 +51,29 @@ class OrbView final : public QWidget {
   // Whether any animation still needs frames (tests and the idle-cost check read it).
   bool isAnimating() const { return ticker_.isRunning(); }
   FrameTicker& ticker() { return ticker_; }
-  const std::vector<SatelliteButton*>& satellites() const { return satellites_; }
   const std::vector<RingButton*>& ringButtons() const { return ringButtons_; }
+
+  // The satellites standing round the orb now: the page of the watchlist that fits.
+  SatellitePage satellitePage();
+  std::vector<std::string> satelliteIDs() const;
+  // Where satellite i of the page is drawn at this frame (its dot), in this view's coordinates.
+  QPointF satelliteDot(std::size_t i) const;
+  double satelliteCaptionOpacity(std::size_t i) const;
+  // The satellite whose target holds p, the nearest dot first; none where the core takes p.
+  std::optional<std::size_t> satelliteAt(QPointF p) const;
+  // The short effects of a fresh quote and of a new active symbol at this moment.
+  double pulse() const;  // 0...1 while the ring leaves the rim, else 0
+  double flash() const;
+  double swapOffset() const { return swap_.value(); }
+  int pulseCount() const { return pulseCount_; }
 
  protected:
   void paintEvent(QPaintEvent*) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
 
  private:
   void modelChanged();
@@ -61,6 +85,8 @@ class OrbView final : public QWidget {
   void syncSatellites();
   void scheduleRefresh();
   void paintBody(QPainter& painter);
+  void paintSatellites(QPainter& painter, bool behind) const;
+  void setHovered(std::optional<std::size_t> index);
   double now() const { return clock_.now().sinceReference; }
 
   AppModel& model_;
@@ -74,17 +100,21 @@ class OrbView final : public QWidget {
   Spring radial_{0.45, 0.75};
   Spring swap_{0.5, 0.65};
   Spring stretch_{0.5, 0.7};
-  struct Orbit {
-    Spring radius{0.55, 0.68};
-    double startAt = 0;  // when this satellite starts moving to its new radius
+  struct Satellite {
+    QuoteSnapshot quote;
+    Spring radius{0.55, 0.68};  // as a factor of the orb's size
+    double startAt = 0;         // when it starts moving to its new radius
     double target = 0;
   };
-  std::vector<Orbit> orbits_;
-  std::vector<SatelliteButton*> satellites_;
+  std::vector<Satellite> satellites_;
+  SatellitePage page_;
+  bool satellitesStale_ = false;  // the model changed since the page was taken
+  std::optional<std::size_t> hovered_, pressed_;
   std::vector<RingButton*> ringButtons_;
+  bool systemCalm_ = false;
 
   int pulseCount_ = 0;
-  double pulseStart_ = -1e9, flashUntil_ = -1e9, swapAt_ = -1e9;
+  double pulseStart_ = -1e9, flashStart_ = -1e9, swapAt_ = -1e9;
   std::vector<double> ripples_;  // start times
   double idlePhase_ = 0;
 

@@ -66,7 +66,8 @@ const std::initializer_list<std::string_view>& symbolNames() {
   return names;
 }
 
-bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, const QColor& color) {
+bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, const QColor& color,
+                bool bold) {
   QPainterPath stroked, filled;
   double width = 2;
   if (name == "lock.fill" || name == "lock") {
@@ -110,8 +111,10 @@ bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, con
     stroked.moveTo(4, 4);
     stroked.lineTo(20, 20);
   } else if (name == "arrow.clockwise") {
-    stroked.addPath(arc(QPointF(12, 12.5), 7.5, 80, -300));
-    stroked.addPath(arrowHead(QPointF(13.3, 5.1), 0));
+    // From the upper right, clockwise round the bottom and over the top, where the head sits at
+    // 80° and points along the arc's clockwise tangent (10° below the horizontal).
+    stroked.addPath(arc(QPointF(12, 12.5), 7.5, 20, -300));
+    stroked.addPath(arrowHead(QPointF(12 + 7.5 * 0.17365, 12.5 - 7.5 * 0.98481), 10));
   } else if (name == "circle.lefthalf.filled") {
     stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
     filled.moveTo(12, 3.5);
@@ -142,7 +145,8 @@ bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, con
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(box.center().x() - side / 2, box.center().y() - side / 2);
   painter.scale(side / 24, side / 24);
-  painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.setPen(
+      QPen(color, bold ? width * 1.4 : width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.setBrush(Qt::NoBrush);
   painter.drawPath(stroked);
   painter.setPen(Qt::NoPen);

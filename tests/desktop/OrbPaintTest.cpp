@@ -1,6 +1,10 @@
-// What the orb and the tray icon look like, checked at a few pixels.
+// What the orb and the tray icon look like, checked at a few pixels, and how the orb moves.
 
 #include <gtest/gtest.h>
+
+#include <numbers>
+
+#include <QTest>
 
 #include "core/ManualScheduler.h"
 #include "shell/OrbContentView.h"
@@ -10,22 +14,73 @@
 namespace tidemark {
 namespace {
 
-bool near(QColor a, QColor b) {
-  return std::abs(a.red() - b.red()) < 40 && std::abs(a.green() - b.green()) < 40 &&
-         std::abs(a.blue() - b.blue()) < 40 && a.alpha() > 200;
+const QColor red(0xFF, 0x45, 0x3A), green(0x32, 0xD7, 0x4B), grey(0x8E, 0x8E, 0x93);
+
+bool near(QColor a, QColor b, int tolerance = 40) {
+  return std::abs(a.red() - b.red()) < tolerance && std::abs(a.green() - b.green()) < tolerance &&
+         std::abs(a.blue() - b.blue()) < tolerance && a.alpha() > 200;
 }
 
 // Pixels of `area` that have the colour.
-int count(const QImage& image, QRect area, QColor colour) {
+int count(const QImage& image, QRect area, QColor colour, int tolerance = 40) {
   int n = 0;
   for (int y = area.top(); y <= area.bottom(); ++y)
-    for (int x = area.left(); x <= area.right(); ++x) n += near(image.pixelColor(x, y), colour);
+    for (int x = area.left(); x <= area.right(); ++x)
+      n += near(image.pixelColor(x, y), colour, tolerance);
   return n;
 }
 
+std::string hex(const Color& c) {
+  char text[16];
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", int(std::lround(c.red * 255)),
+                int(std::lround(c.green * 255)), int(std::lround(c.blue * 255)));
+  return c.opacity == 1 ? text : std::string(text) + "@" + QString::number(c.opacity).toStdString();
+}
+
+TEST(OrbPalette, EveryRoleInEveryTheme) {
+  using Roles = std::array<const char*, 10>;
+  // orbLit, orbMid, orbShade, orbDeep, orbText, auroraA, auroraB, auroraC, halo, background
+  const std::pair<AppTheme, Roles> themes[] = {
+      {AppTheme::dark,
+       {"#F7F8FF", "#C8CFEE", "#8189BD", "#39406B", "#232842", "#6EF2D8", "#7AA8FF", "#B18CFF",
+        "#7AA8FF@0.3", "#0B0D1C"}},
+      {AppTheme::light,
+       {"#FFFFFF", "#F0F2FB", "#C3C9E4", "#98A0C8", "#2A2F4D", "#0FB898", "#2F6BFF", "#7B4DFF",
+        "#2F6BFF@0.3", "#EEF0F8"}},
+      {AppTheme::aurora,
+       {"#EAFFF8", "#B9F3DF", "#66C9AD", "#2B806F", "#17483F", "#71F0C5", "#52B8F2", "#8C91FF",
+        "#52B8F2@0.3", "#081A1A"}},
+      {AppTheme::amber,
+       {"#FFF8E7", "#F7D99C", "#D59A4E", "#936027", "#513512", "#FFD36B", "#FF995C", "#F17A9B",
+        "#FF995C@0.3", "#20170D"}},
+      {AppTheme::rose,
+       {"#FFF1F8", "#F6C5DF", "#D989B5", "#995677", "#52213F", "#FFA1D0", "#D08CFF", "#FF7D9E",
+        "#D08CFF@0.3", "#1E101C"}},
+      {AppTheme::ocean,
+       {"#F0F8FF", "#C0DDF7", "#77AFE0", "#416F9F", "#1C3E61", "#6FE2ED", "#65AAFF", "#9A91FF",
+        "#65AAFF@0.3", "#0A1422"}},
+  };
+  for (const auto& [theme, roles] : themes) {
+    const OrbPalette p{theme};
+    const std::string got[] = {hex(p.orbLit()),    hex(p.orbMid()),  hex(p.orbShade()),
+                               hex(p.orbDeep()),   hex(p.orbText()), hex(p.auroraA()),
+                               hex(p.auroraB()),   hex(p.auroraC()), hex(p.halo()),
+                               hex(p.background())};
+    for (size_t i = 0; i < roles.size(); ++i) EXPECT_EQ(got[i], roles[i]) << rawValue(theme) << i;
+    // ink, secondary, muted, surface, elevated, line: one set for the dark themes, one for light.
+    const std::string text[] = {hex(p.ink()),     hex(p.secondary()), hex(p.muted()),
+                                hex(p.surface()), hex(p.elevated()),  hex(p.line())};
+    const std::string dark[] = {"#F2F4FC",      "#B9C0DC", "#929BBC",
+                                "#141628@0.88", "#1D2036", "#FFFFFF@0.13"};
+    const std::string light[] = {"#1A1D2E",      "#4A4F6B", "#666E8C",
+                                 "#FFFFFF@0.88", "#FFFFFF", "#14183C@0.14"};
+    for (size_t i = 0; i < 6; ++i)
+      EXPECT_EQ(text[i], (theme == AppTheme::light ? light : dark)[i]) << rawValue(theme) << i;
+  }
+}
+
 TEST(MiniOrb, ArcDotAndBareDot) {
-  const QColor red = qt(Color::hex(0xFF453A)), green = qt(Color::hex(0x32D74B));
-  const QColor dot = qt(OrbPalette{AppTheme::dark}.auroraA());
+  const QColor dot(0x6E, 0xF2, 0xD8);  // the dark theme's auroraA
   // Price, low, high, prev close; then which of top, right, bottom, left the arc reaches.
   struct Case {
     double price, low, high, prevClose;
@@ -46,51 +101,155 @@ TEST(MiniOrb, ArcDotAndBareDot) {
     const QPoint ends[] = {{23, 6}, {40, 23}, {23, 40}, {6, 23}};  // on the ring, device pixels
     for (int i = 0; i < 4; ++i)
       EXPECT_EQ(near(image.pixelColor(ends[i]), c.colour), c.reaches[i]) << c.price << " " << i;
-    EXPECT_TRUE(near(image.pixelColor(23, 23), dot));
+    EXPECT_TRUE(near(image.pixelColor(23, 23), dot, 3));
     EXPECT_EQ(image.pixelColor(1, 1).alpha(), 0);
   }
 }
 
 struct Orb {
-  Orb() {
+  explicit Orb(bool motion = false) {
     model = h.make();
-    model->setReduceMotion(true);
+    model->setReduceMotion(!motion);
+    view = std::make_unique<OrbContentView>(*model, window, h.clock, nullptr);
   }
   QImage paint() {
-    OrbContentView view(*model, window, h.clock, {});
-    view.setAttribute(Qt::WA_TranslucentBackground);  // as in the panel
-    return view.grab().toImage();
+    QCoreApplication::processEvents();  // the view's queued refresh after a model change
+    view->setAttribute(Qt::WA_TranslucentBackground);  // as in the panel
+    return view->grab().toImage();
+  }
+  OrbView& orb() { return view->orbView(); }
+  // Advances the clock in frames, as the view's ticker would.
+  void run(double seconds) {
+    for (double t = 0; t < seconds - 1e-9; t += 1.0 / 60) {
+      h.clock.advance(1.0 / 60);
+      orb().ticker().tick();
+    }
+  }
+  double radius(size_t i) {
+    const QPointF d = orb().satelliteDot(i) - QPointF(230, 230);
+    return std::hypot(d.x(), d.y()) / 96;
   }
   test::ModelHarness h;
   std::unique_ptr<AppModel> model;
   OrbWindowModel window;
+  std::unique_ptr<OrbContentView> view;
 };
 
-TEST(OrbPaint, DockedHalfMaskedFiguresAndNoQuote) {
-  const QColor red = qt(Color::hex(0xFF453A));  // 600519 rose in the demonstration data
-  const QRect price(195, 215, 70, 22);
-  {
+TEST(OrbPaint, FiguresMaskedAndMissing) {
+  const QRect price(195, 215, 70, 22), percent(208, 243, 44, 10);
+  const QColor orbText(0x23, 0x28, 0x42);
+  struct Case {
+    const char* what;
+    std::function<void(AppModel&)> setup;
+    int redPrice, textPrice;  // at least so many pixels; 0 means none
+    QColor percentColour;
+  };
+  const Case cases[] = {
+      {"a rising quote", [](AppModel&) {}, 40, 0, red},
+      // Bullets in the sphere's text colour; the change keeps its direction's colour.
+      {"masked", [](AppModel& m) { m.setMasked(true); }, 0, 15, red},
+      // "—", and a change of none: 0.00% in grey.
+      {"no quote", [](AppModel& m) { m.setWatchlist({}); }, 0, 8, grey},
+  };
+  for (const Case& k : cases) {
     Orb orb;
+    k.setup(*orb.model);
     const QImage image = orb.paint();
-    EXPECT_GT(count(image, price, red), 40);
-    orb.window.setDockEdge(DockEdge::left);
-    const QImage docked = orb.paint();
-    EXPECT_EQ(docked.pixelColor(200, 230).alpha(), 0);  // the hidden half
-    EXPECT_GT(docked.pixelColor(260, 230).alpha(), 200);
-    orb.window.setDockEdge(DockEdge::top);
-    EXPECT_EQ(orb.paint().pixelColor(230, 200).alpha(), 0);
+    const int redPrice = count(image, price, red), textPrice = count(image, price, orbText);
+    EXPECT_EQ(redPrice > 0, k.redPrice > 0) << k.what << " " << redPrice;
+    EXPECT_GE(redPrice, k.redPrice) << k.what;
+    EXPECT_GE(textPrice, k.textPrice) << k.what;
+    if (k.textPrice == 0) EXPECT_LT(textPrice, 5) << k.what;
+    EXPECT_GT(count(image, percent, k.percentColour, 30), 5) << k.what;
   }
-  {
-    Orb orb;
-    orb.model->setMasked(true);
-    EXPECT_EQ(count(orb.paint(), price, red), 0);
+  Orb empty;
+  empty.model->setWatchlist({});
+  empty.paint();
+  EXPECT_EQ(empty.orb().accessibilityText(), "暂无自选股，请打开自选管理添加");
+  EXPECT_TRUE(empty.orb().satelliteIDs().empty());
+}
+
+// Collapsed, the satellites sit behind the sphere whether the orb is free or docked; docked, only
+// the visible half shows. 00700 (rising) stands right of the top, 000858 (falling) left.
+TEST(OrbPaint, DockedHalfAndTheSatellitesBehindIt) {
+  const QPoint right(285, 212), left(175, 212);
+  Orb orb;
+  const QImage free = orb.paint();
+  EXPECT_TRUE(near(free.pixelColor(right), red)) << "free, right pearl";
+  EXPECT_TRUE(near(free.pixelColor(left), green)) << "free, left pearl";
+  orb.window.setDockEdge(DockEdge::left);
+  const QImage docked = orb.paint();
+  EXPECT_TRUE(near(docked.pixelColor(right), red)) << "docked, right pearl";
+  EXPECT_EQ(docked.pixelColor(left).alpha(), 0) << "docked, hidden half";
+  EXPECT_EQ(docked.pixelColor(200, 230).alpha(), 0);
+  EXPECT_GT(docked.pixelColor(260, 230).alpha(), 200);
+  orb.window.setDockEdge(DockEdge::top);
+  EXPECT_EQ(orb.paint().pixelColor(230, 200).alpha(), 0);
+}
+
+// The dock preview's dashes are 4 on, 3 off: 4/7 of the circle is drawn. The antialiased ends of
+// each dash fall under the colour test, so the share measured is a little lower (0.46 here; 6 on,
+// 1 off reads 0.69).
+TEST(OrbPaint, TheDockPreviewCircleIsDashedFourOnThreeOff) {
+  Orb orb;
+  orb.model->setWatchlist({"600519"});
+  orb.window.setPreviewEdge(DockEdge::left);
+  const QImage image = orb.paint();
+  const QColor auroraA(0x6E, 0xF2, 0xD8);
+  int lit = 0;
+  const int samples = 3600;
+  for (int i = 0; i < samples; ++i) {
+    const double a = 2 * std::numbers::pi * i / samples;
+    lit += near(image.pixelColor(QPointF(230 + 54 * std::cos(a), 230 + 54 * std::sin(a)).toPoint()),
+                auroraA, 60);
   }
-  {
-    Orb orb;
-    orb.model->setWatchlist({});
-    OrbContentView view(*orb.model, orb.window, orb.h.clock, {});
-    EXPECT_EQ(view.orbView().accessibilityText(), "暂无自选股，请打开自选管理添加");
-    EXPECT_TRUE(view.orbView().satellites().empty());
+  EXPECT_NEAR(double(lit) / samples, 0.47, 0.1);
+}
+
+// With motion: the satellites unfold one by one on their springs, their captions fading in with
+// them; a fresh quote pulses and flashes, a new symbol springs the core's texts back. Without
+// motion everything stands still.
+TEST(OrbMotion, SatellitesUnfoldAndFreshQuotesPulseOnlyWithMotion) {
+  for (bool motion : {true, false}) {
+    Orb orb(motion);
+    orb.paint();
+    orb.window.setExpanded(true);
+    orb.run(2.0 / 60);
+    if (motion) {
+      EXPECT_GT(orb.radius(0), 0.6) << "the first has left";
+      EXPECT_DOUBLE_EQ(orb.radius(1), 0.6) << "the second waits 0.045 s";
+      EXPECT_DOUBLE_EQ(orb.orb().satelliteCaptionOpacity(1), 0);
+    } else {
+      EXPECT_DOUBLE_EQ(orb.radius(1), 1.06);
+    }
+    orb.run(1.5);
+    for (size_t i = 0; i < 5; ++i) {
+      EXPECT_NEAR(orb.radius(i), 1.06, 1e-3) << i;
+      EXPECT_NEAR(orb.orb().satelliteCaptionOpacity(i), 1, 1e-2) << i;
+    }
+
+    orb.model->refresh();
+    orb.h.scheduler.advance(0.2);  // the load lands: a new updatedAt
+    orb.paint();
+    EXPECT_EQ(orb.orb().pulseCount(), motion ? 1 : 0);
+    // Seconds after the quote, pulse and flash.
+    const std::tuple<double, double, double> curve[] = {
+        {0.09, 0.6846, 0.3465}, {0.11, 0.7954, 0.5}, {0.4, 0, 1}, {0.65, 0, 0.3154}, {0.8, 0, 0}};
+    double elapsed = 0;
+    for (const auto& [at, pulse, flash] : curve) {
+      orb.h.clock.advance(at - elapsed);
+      elapsed = at;
+      EXPECT_NEAR(orb.orb().pulse(), motion ? pulse : 0, 1e-3) << at;
+      EXPECT_NEAR(orb.orb().flash(), motion ? flash : 0, 1e-3) << at;
+    }
+
+    orb.model->select("00700");
+    orb.paint();
+    EXPECT_EQ(orb.orb().swapOffset(), motion ? 1 : 0);
+    orb.run(0.1);
+    if (motion) EXPECT_LT(orb.orb().swapOffset(), 1);
+    orb.run(2);
+    EXPECT_NEAR(orb.orb().swapOffset(), 0, 1e-3);
   }
 }
 
