@@ -12,8 +12,14 @@ double clampLowThenHigh(double v, double low, double high) {
   return std::min(std::max(v, low), high);
 }
 
-std::optional<Point> clampedCenter(const std::vector<Screen>& screens, Point c, double margin) {
-  const auto s = nearestScreen(screens, c);
+std::optional<std::size_t> screenOf(const std::vector<Screen>& screens, Point c,
+                                    std::optional<DockEdge> dockedOn) {
+  return dockedOn ? dockedScreen(screens, c, *dockedOn) : nearestScreen(screens, c);
+}
+
+std::optional<Point> clampedCenter(const std::vector<Screen>& screens, Point c, double margin,
+                                   std::optional<DockEdge> dockedOn = std::nullopt) {
+  const auto s = screenOf(screens, c, dockedOn);
   if (!s) return std::nullopt;
   const Rect& f = screens[*s].frame;
   const double m = std::min(margin, std::min(f.width, f.height) / 2);
@@ -24,8 +30,10 @@ std::optional<Point> clampedCenter(const std::vector<Screen>& screens, Point c, 
 }  // namespace
 
 std::optional<std::size_t> nearestScreen(const std::vector<Screen>& screens, Point p) {
-  for (std::size_t i = 0; i < screens.size(); ++i)
-    if (screens[i].frame.contains(p)) return i;
+  for (std::size_t i = 0; i < screens.size(); ++i) {
+    const Rect& f = screens[i].frame;
+    if (p.x >= f.minX() && p.x < f.maxX() && p.y >= f.minY() && p.y < f.maxY()) return i;
+  }
   std::optional<std::size_t> best;
   double bestDistance = 0;
   for (std::size_t i = 0; i < screens.size(); ++i) {
@@ -35,8 +43,19 @@ std::optional<std::size_t> nearestScreen(const std::vector<Screen>& screens, Poi
   return best;
 }
 
-Point clampedOrigin(const std::vector<Screen>& screens, Point origin, double margin) {
-  const auto c = clampedCenter(screens, centerOfOrigin(origin), margin);
+std::optional<std::size_t> dockedScreen(const std::vector<Screen>& screens, Point center,
+                                        DockEdge edge) {
+  // Half a point into the visible half: inside the screen whose edge the centre sits on.
+  const Vector in = edge == DockEdge::left    ? Vector{0.5, 0}
+                    : edge == DockEdge::right ? Vector{-0.5, 0}
+                    : edge == DockEdge::top   ? Vector{0, 0.5}
+                                              : Vector{0, -0.5};
+  return nearestScreen(screens, center + in);
+}
+
+Point clampedOrigin(const std::vector<Screen>& screens, Point origin, double margin,
+                    std::optional<DockEdge> dockedOn) {
+  const auto c = clampedCenter(screens, centerOfOrigin(origin), margin, dockedOn);
   return c ? originOfCenter(*c) : origin;
 }
 
@@ -58,7 +77,7 @@ std::optional<DockEdge> nearestEdge(const std::vector<Screen>& screens, Point ce
 
 Settlement settle(const std::vector<Screen>& screens, Point center, double orbSize,
                   std::optional<DockEdge> forced) {
-  const auto s = nearestScreen(screens, center);
+  const auto s = screenOf(screens, center, forced);
   if (!s) return {std::nullopt, center};
   const auto edge = forced ? forced : nearestEdge(screens, center, orbSize);
   if (!edge) return {std::nullopt, *clampedCenter(screens, center, orbSize / 2 + 6)};

@@ -25,13 +25,21 @@ inline Point originOfCenter(Point center) {
   return {center.x - canvasSide / 2, center.y - canvasSide / 2};
 }
 
-// The first screen containing p; otherwise the one whose visible centre is closest (the earlier
-// on a tie); none without screens.
+// The first screen containing p, its left and top edges in and its right and bottom edges out,
+// so a border two screens share belongs to the one right of or below it; otherwise the one whose
+// visible centre is closest (the earlier on a tie); none without screens.
 std::optional<std::size_t> nearestScreen(const std::vector<Screen>& screens, Point p);
 
-// Moves the panel origin so the orb's centre stays `margin` inside the nearest screen's frame.
-// The margin shrinks to half the screen's smaller side; unchanged without screens.
-Point clampedOrigin(const std::vector<Screen>& screens, Point origin, double margin);
+// The screen a docked orb belongs to. Its centre lies on its screen's edge, which a neighbouring
+// screen may share: the side where its visible half shows decides.
+std::optional<std::size_t> dockedScreen(const std::vector<Screen>& screens, Point center,
+                                        DockEdge edge);
+
+// Moves the panel origin so the orb's centre stays `margin` inside the nearest screen's frame
+// (for an orb still docked on `dockedOn`, its own screen's). The margin shrinks to half the
+// screen's smaller side; unchanged without screens.
+Point clampedOrigin(const std::vector<Screen>& screens, Point origin, double margin,
+                    std::optional<DockEdge> dockedOn = std::nullopt);
 
 // The edge of the nearest screen the orb would dock to from `center`, if within reach.
 std::optional<DockEdge> nearestEdge(const std::vector<Screen>& screens, Point center,

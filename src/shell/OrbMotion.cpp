@@ -86,9 +86,11 @@ void AppDelegate::settle(std::optional<DockEdge> forced) {
 }
 
 Point AppDelegate::undock(double margin) {
+  // Off the edge of its own screen, not onto the neighbour that shares the edge.
+  const auto edge = windowModel_.dockEdge();
   windowModel_.setDockEdge(std::nullopt);
   lastDockedSize_.reset();
-  moveOrigin(clampedOrigin(screens(), origin(), margin));
+  moveOrigin(clampedOrigin(screens(), origin(), margin, edge));
   return centerOfOrigin(origin());
 }
 

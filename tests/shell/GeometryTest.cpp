@@ -4,6 +4,7 @@
 
 #include "shell/DockGeometry.h"
 #include "shell/HitShape.h"
+#include "shell/WindowPlacement.h"
 
 namespace tidemark {
 
@@ -105,12 +106,89 @@ const std::vector<Screen> two{mainScreen, sideScreen}, noScreens;
 TEST(DockGeometry, NearestScreen) {
   const Screen a{{200, 0, 100, 100}, {200, 0, 100, 100}}, b{{0, 0, 100, 100}, {0, 0, 100, 100}};
   EXPECT_EQ(nearestScreen(two, {100, 100}), 0u);
-  EXPECT_EQ(nearestScreen(two, {1920, 500}), 0u);   // shared border: the first
+  EXPECT_EQ(nearestScreen(two, {1919.9, 500}), 0u);
+  EXPECT_EQ(nearestScreen(two, {1920, 500}), 1u);   // a shared border belongs to the right one
   EXPECT_EQ(nearestScreen(two, {2500, 900}), 1u);   // below the side screen
   EXPECT_EQ(nearestScreen({a, b}, {150, 50}), 0u);  // equally far: the earlier
   const Screen barred{{0, 0, 100, 100}, {0, 0, 100, 10}};
   EXPECT_EQ(nearestScreen({barred, a}, {160, -40}), 0u);  // by the visible centre, not the frame's
   EXPECT_EQ(nearestScreen(noScreens, {0, 0}), std::nullopt);
+}
+
+// Two 1920 × 1080 screens side by side and one above the other: an orb docked on the border they
+// share stays on its own screen when it is settled again (restart, size or screen change), and
+// leaves the dock onto that screen.
+TEST(DockGeometry, ADockedOrbKeepsItsScreenAcrossASharedBorder) {
+  const Screen l{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+      r{{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}};
+  const Screen t{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+      b{{0, 1080, 1920, 1080}, {0, 1080, 1920, 1080}};
+  const std::vector<Screen> sideBySide{l, r}, stacked{t, b};
+  const struct {
+    const std::vector<Screen>& screens;
+    Point c;
+    DockEdge edge;
+    std::size_t screen;
+    Point settled, undocked;  // undocked with a margin of 64
+  } rows[] = {
+      {sideBySide, {1920, 500}, left, 1, {1920, 500}, {1984, 500}},
+      {sideBySide, {1920, 500}, right, 0, {1920, 500}, {1856, 500}},
+      {sideBySide, {0, 500}, left, 0, {0, 500}, {64, 500}},
+      {sideBySide, {3840, 500}, right, 1, {3840, 500}, {3776, 500}},
+      {sideBySide, {1930, 0}, top, 1, {1969, 0}, {1984, 64}},
+      {sideBySide, {1910, 1080}, bottom, 0, {1871, 1080}, {1856, 1016}},
+      {sideBySide, {1920, 2000}, left, 1, {1920, 1031}, {1984, 1016}},  // kept on its screen
+      {stacked, {500, 1080}, top, 1, {500, 1080}, {500, 1144}},
+      {stacked, {500, 1080}, bottom, 0, {500, 1080}, {500, 1016}},
+      {stacked, {500, 0}, top, 0, {500, 0}, {500, 64}},
+      {stacked, {500, 2160}, bottom, 1, {500, 2160}, {500, 2096}},
+      {stacked, {0, 1500}, left, 1, {0, 1500}, {64, 1500}},
+      {stacked, {1920, 700}, right, 0, {1920, 700}, {1856, 700}},
+  };
+  for (const auto& row : rows) {
+    const std::string what = std::string(rawValue(row.edge)) + " at " + std::to_string(row.c.x) +
+                             "," + std::to_string(row.c.y);
+    EXPECT_EQ(dockedScreen(row.screens, row.c, row.edge), row.screen) << what;
+    const Settlement s = settle(row.screens, row.c, 96, row.edge);
+    EXPECT_EQ(s.edge, row.edge) << what;
+    EXPECT_EQ(s.center, row.settled) << what;
+    EXPECT_EQ(clampedOrigin(row.screens, originOfCenter(s.center), 64, row.edge),
+              originOfCenter(row.undocked))
+        << what;
+  }
+  // The right screen unplugged: the orb docks on the same edge of the one that is left.
+  EXPECT_EQ(settle({l}, {1920, 500}, 96, left).center, (Point{0, 500}));
+}
+
+TEST(WindowPlacement, CentredOrBesideTheOrbAndNeverLargerThanTheScreen) {
+  const Rect screen{0, 0, 1280, 800}, right{1280, 0, 1920, 1080}, small{0, 0, 640, 480};
+  const struct {
+    const char* what;
+    Rect placed, expected;
+  } rows[] = {
+      // Frames add 8 × 36 around the window's own size.
+      {"settings centred", centredWindow(screen, {960, 740}), {156, 12, 960, 740}},
+      {"on the second screen", centredWindow(right, {960, 740}), {1756, 152, 960, 740}},
+      {"shrunk to a small screen", centredWindow(small, {960, 740}), {0, 0, 632, 444}},
+      {"guide right of a centred orb",
+       windowBesideOrb(screen, {640, 400}, 96, {480, 600}),
+       {728.8, 82, 480, 600}},
+      {"left where the right has no room",
+       windowBesideOrb(screen, {1100, 100}, 96, {480, 600}),
+       {523.2, 0, 480, 600}},
+      {"kept inside at the bottom",
+       windowBesideOrb(screen, {200, 790}, 132, {480, 600}),
+       {317.6, 164, 480, 600}},
+      {"centred where neither side has room",
+       windowBesideOrb(small, {320, 240}, 96, {480, 600}),
+       {76, 0, 480, 444}},
+  };
+  for (const auto& row : rows) {
+    EXPECT_NEAR(row.placed.x, row.expected.x, 1e-9) << row.what;
+    EXPECT_NEAR(row.placed.y, row.expected.y, 1e-9) << row.what;
+    EXPECT_EQ(row.placed.width, row.expected.width) << row.what;
+    EXPECT_EQ(row.placed.height, row.expected.height) << row.what;
+  }
 }
 
 TEST(DockGeometry, NearestEdgeTiesAndReach) {
