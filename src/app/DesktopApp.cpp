@@ -23,8 +23,6 @@
 #include "platform/SettingsStore.h"
 #include "shell/AppDelegate.h"
 #include "shell/NativeChecks.h"
-#include "views/SettingsView.h"
-#include "views/SmallWindows.h"
 
 namespace tidemark {
 namespace {
@@ -160,30 +158,16 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                  std::nullopt, true, bundle);
   auto windowSystem = makeWindowSystem();
   auto hotKeys = makeGlobalHotKeys();
-  const WindowContentFactory windows = [&model, &clock](AppDelegate& d, const std::string& key,
-                                                        const std::string& section) -> QWidget* {
-    if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
-    if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
-    if (key == "settings") {
-      SettingsView::Actions actions;
-      actions.openGuide = [&d] { d.openWindow("guide"); };
-      actions.openAlert = [&d] { d.openWindow("alert"); };
-      actions.close = [&d] { d.closeWindow("settings"); };
-      actions.autostartEnabled = [] { return Autostart::isEnabled(); };
-      actions.setAutostart = [](bool on) {
-        return Autostart::setEnabled(on, QCoreApplication::applicationFilePath());
-      };
-      return new SettingsView(model, clock, std::move(actions), section);
-    }
-    return nullptr;
-  };
+  const WindowContentFactory windows = standardWindowContent(
+      model, clock, [] { return Autostart::isEnabled(); },
+      [](bool on) { return Autostart::setEnabled(on, QCoreApplication::applicationFilePath()); });
   AppDelegate delegate({model, *store, clock, scheduler, *windowSystem, *hotKeys, windows,
                         qtScreens,
                         [] {
                           const QPoint p = QCursor::pos();
                           return Point{double(p.x()), double(p.y())};
                         },
-                        makeStatusNotifier});
+                        makeStatusNotifier, makeDesktopMotionSetting});
   delegate.onQuit = [] { QCoreApplication::quit(); };
   instance.onShowRequested = [&delegate] { delegate.showOrb(); };
   delegate.launch();

@@ -3,6 +3,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
+#include <xcb/xinput.h>
 
 #include <array>
 #include <cmath>
@@ -38,11 +39,46 @@ class QuietWindowSystem final : public WindowSystem {
   void showOnAllDesktops(QWidget&) override {}
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool) override {}
+  void watchPointerPresses(std::function<void()>) override {}
 };
 
-class X11WindowSystem final : public WindowSystem {
+class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFilter {
  public:
   explicit X11WindowSystem(xcb_connection_t* connection) : connection_(connection) {}
+  ~X11WindowSystem() override {
+    if (inputOpcode_) QCoreApplication::instance()->removeNativeEventFilter(this);
+  }
+
+  // Raw button events of the X input extension reach every client that asks for them on the
+  // root window, whichever window the press goes to; a grab would take the press away.
+  void watchPointerPresses(std::function<void()> pressed) override {
+    const xcb_query_extension_reply_t* input = xcb_get_extension_data(connection_, &xcb_input_id);
+    if (!input || !input->present) return;
+    pressed_ = std::move(pressed);
+    inputOpcode_ = input->major_opcode;
+    struct {
+      xcb_input_event_mask_t head;
+      uint32_t bits;
+    } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS};
+    xcb_input_xi_select_events(connection_,
+                               xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root, 1,
+                               &mask.head);
+    xcb_flush(connection_);
+    QCoreApplication::instance()->installNativeEventFilter(this);
+  }
+
+  bool nativeEventFilter(const QByteArray& type, void* message, qintptr*) override {
+    if (type != "xcb_generic_event_t") return false;
+    auto* event = static_cast<xcb_generic_event_t*>(message);
+    if ((event->response_type & ~0x80) != XCB_GE_GENERIC) return false;
+    auto* generic = reinterpret_cast<xcb_ge_generic_event_t*>(event);
+    if (generic->extension != inputOpcode_ || generic->event_type != XCB_INPUT_RAW_BUTTON_PRESS)
+      return false;
+    // Left and right only: the wheel's steps are buttons 4 to 7.
+    const auto* press = reinterpret_cast<xcb_input_raw_button_press_event_t*>(event);
+    if ((press->detail == 1 || press->detail == 3) && pressed_) pressed_();
+    return true;
+  }
 
   void setInputRegion(QWidget& window, const QRegion& region) override {
     std::vector<xcb_rectangle_t> rectangles;
@@ -80,6 +116,8 @@ class X11WindowSystem final : public WindowSystem {
 
  private:
   xcb_connection_t* connection_;
+  uint8_t inputOpcode_ = 0;
+  std::function<void()> pressed_;
 };
 
 class QuietHotKeys final : public GlobalHotKeys {

@@ -4,14 +4,18 @@
 
 #include <QGuiApplication>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QScreen>
 #include <QStyleHints>
 #include <QVBoxLayout>
 
 #include "core/NumberText.h"
+#include "shell/WindowPlacement.h"
+#include "views/DetailView.h"
 #include "views/MiniOrb.h"
 #include "views/OrbPalette.h"
 #include "views/SettingsView.h"
+#include "views/SmallWindows.h"
 #include "views/StatusTitle.h"
 #include "views/Theme.h"
 
@@ -41,7 +45,47 @@ std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
 }
 
+// Left and right presses in any window of ours.
+class PressWatcher final : public QObject {
+ public:
+  explicit PressWatcher(std::function<void(Point)> pressed) : pressed_(std::move(pressed)) {}
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::MouseButtonPress && object->isWidgetType()) {
+      const auto* press = static_cast<QMouseEvent*>(event);
+      const QPointF p = press->globalPosition();
+      if (press->button() == Qt::LeftButton || press->button() == Qt::RightButton)
+        pressed_({p.x(), p.y()});
+    }
+    return false;
+  }
+
+ private:
+  std::function<void(Point)> pressed_;
+};
+
 }  // namespace
+
+WindowContentFactory standardWindowContent(
+    AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
+    std::function<std::optional<std::string>(bool on)> setAutostart) {
+  return [&model, &clock, autostartEnabled, setAutostart](AppDelegate& d, const std::string& key,
+                                                          const std::string& section) -> QWidget* {
+    if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
+    if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
+    if (key == "settings") {
+      SettingsView::Actions actions;
+      actions.openGuide = [&d] { d.openWindow("guide"); };
+      actions.openAlert = [&d] { d.openWindow("alert"); };
+      actions.close = [&d] { d.closeWindow("settings"); };
+      actions.autostartEnabled = autostartEnabled;
+      actions.setAutostart = setAutostart;
+      return new SettingsView(model, clock, std::move(actions), section);
+    }
+    return nullptr;
+  };
+}
 
 AppDelegate::AppDelegate(Dependencies dependencies)
     : deps_(std::move(dependencies)), lastMouseDate_(deps_.clock.now()) {}
@@ -128,6 +172,18 @@ void AppDelegate::launch() {
   glideTimer_.setTimerType(Qt::PreciseTimer);
   QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [self] { self->glideStep(); });
 
+  // A press anywhere else closes the ring menu: in other applications and on the desktop, then
+  // in our own windows.
+  deps_.windowSystem.watchPointerPresses([self] { self->pressedAt(self->deps_.mouseLocation()); });
+  pressWatcher_ = std::make_unique<PressWatcher>([self](Point p) { self->pressedAt(p); });
+  QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
+
+  if (deps_.motionSetting) motion_ = deps_.motionSetting();
+  if (motion_) {
+    motion_->watch([self](bool calm) { self->setSystemCalm(calm); });
+    setSystemCalm(motion_->calm());
+  }
+
   deps_.hotKeys.install([self](int id) {
     if (id == 1) self->toggleOrb();
     if (id == 2) self->toggleMask();
@@ -143,6 +199,31 @@ void AppDelegate::terminate() {
   for (const auto& connection : screenConnections_) QObject::disconnect(connection);
   screenConnections_.clear();
   subscriptions_.clear();
+  pressWatcher_.reset();
+  // The windows' views read the model, which does not outlive the delegate.
+  for (auto& [key, window] : windows_) delete window.data();
+  windows_.clear();
+}
+
+void AppDelegate::pressedAt(Point global) {
+  if (!windowModel_.radialOpen() || !panel_) return;
+  const Point o = origin();
+  const QPointF p(global.x - o.x, global.y - o.y);
+  if (!panel_->isVisible() || !panel_->content().isInteractive(p))
+    windowModel_.setRadialOpen(false);
+}
+
+void AppDelegate::setSystemCalm(bool calm) {
+  systemCalm_ = calm;
+  if (panel_) panel_->content().orbView().setSystemCalm(calm);
+  for (auto& [key, window] : windows_)
+    if (window) applySystemCalm(*window);
+}
+
+void AppDelegate::applySystemCalm(QWidget& window) {
+  // The views carry no meta-object of their own, so a cast, not findChildren<DetailOrb*>.
+  for (QWidget* child : window.findChildren<QWidget*>())
+    if (auto* orb = dynamic_cast<DetailOrb*>(child)) orb->setSystemReduceMotion(systemCalm_);
 }
 
 void AppDelegate::scheduleSynchronize() {
@@ -386,6 +467,31 @@ void AppDelegate::updatePointerMode() {
   hoverTimer_.setInterval(passThrough_ && far ? 160 : 80);
 }
 
+std::optional<Screen> AppDelegate::orbScreen() const {
+  const auto all = screens();
+  if (!panel_) return std::nullopt;
+  const Point c = centerOfOrigin(origin());
+  const auto edge = windowModel_.dockEdge();
+  const auto index = edge ? dockedScreen(all, c, *edge) : nearestScreen(all, c);
+  if (!index) return std::nullopt;
+  return all[*index];
+}
+
+void AppDelegate::placeWindow(QWidget& window, const std::string& key, QSize size) {
+  const auto screen = orbScreen();
+  if (!screen) {
+    window.resize(size);
+    return;
+  }
+  const WindowRequest request{double(size.width()), double(size.height())};
+  // The guide explains the orb, so it stands beside it; the others open in the middle.
+  const Rect r = key == "guide" ? windowBesideOrb(screen->visibleFrame, centerOfOrigin(origin()),
+                                                  deps_.model.orbSize(), request)
+                                : centredWindow(screen->visibleFrame, request);
+  window.resize(static_cast<int>(r.width), static_cast<int>(r.height));
+  window.move(static_cast<int>(std::lround(r.x)), static_cast<int>(std::lround(r.y)));
+}
+
 void AppDelegate::openSettings(const std::string& section) {
   openWindow("settings", section);
 }
@@ -423,9 +529,10 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   auto* window = new QWidget(nullptr, Qt::Window);
   window->setAttribute(Qt::WA_QuitOnClose, false);
   window->setWindowTitle(QString::fromUtf8(spec->title));
-  window->resize(spec->size);
-  window->setMinimumSize(spec->minimum);
-  if (!spec->resizable) window->setFixedSize(spec->size);
+  placeWindow(*window, key, spec->size);
+  const QSize size = window->size();
+  window->setMinimumSize(spec->minimum.boundedTo(size));
+  if (!spec->resizable) window->setFixedSize(size);
   applyTheme(deps_.model.theme());
   window->setAutoFillBackground(true);
   // Masked windows are kept out of capture from their first frame.
@@ -435,6 +542,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
   if (!root) root = new QLabel(QString::fromUtf8(spec->title));
   layout->addWidget(root);
+  applySystemCalm(*window);
   windows_[key] = window;
   window->show();
   window->raise();

@@ -30,6 +30,12 @@ class AppDelegate;
 using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const std::string& key,
                                                     const std::string& section)>;
 
+// The real windows: settings (opening the guide and the alert editor from its buttons, with the
+// login switch given), the guide and the alert editor, each closing its own window.
+WindowContentFactory standardWindowContent(
+    AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
+    std::function<std::optional<std::string>(bool on)> setAutostart);
+
 // The desktop shell: owns the orb panel, the tray item, the auxiliary windows, the global keys,
 // and keeps them in step with the model.
 class AppDelegate {
@@ -47,6 +53,8 @@ class AppDelegate {
     std::function<Point()> mouseLocation;
     // The tray item exported over D-Bus, where there is a session bus; none in tests.
     std::function<std::unique_ptr<StatusNotifier>()> statusNotifier = {};
+    // The desktop's reduce-motion switch; none in tests.
+    std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting = {};
   };
 
   static constexpr const char* positionKey = "tidemark.orb.position.v2";
@@ -76,6 +84,12 @@ class AppDelegate {
   void ringAction(int command);
   bool handleKey(int key);
   void updatePointerMode();
+  // A left or right press at this global point, anywhere on the desktop: the open ring menu
+  // closes unless the press is on one of the orb's controls.
+  void pressedAt(Point global);
+  // The desktop asks for less motion: the orb and the detail follow it.
+  void setSystemCalm(bool calm);
+  bool systemCalm() const { return systemCalm_; }
 
   void openWindow(const std::string& key, const std::string& section = {});
   void openSettings(const std::string& section);
@@ -111,6 +125,10 @@ class AppDelegate {
   void setPassThrough(bool on);
   std::vector<Screen> screens() const { return deps_.screens(); }
   void scheduleSynchronize();
+  void placeWindow(QWidget& window, const std::string& key, QSize size);
+  void applySystemCalm(QWidget& window);
+  // The screen the orb stands on (for a docked orb, the one whose edge it sits on).
+  std::optional<Screen> orbScreen() const;
 
   Dependencies deps_;
   OrbWindowModel windowModel_;
@@ -128,6 +146,9 @@ class AppDelegate {
   bool synchronizePending_ = false;
   bool passThrough_ = false;
   std::vector<QMetaObject::Connection> screenConnections_;
+  std::unique_ptr<QObject> pressWatcher_;
+  std::unique_ptr<DesktopMotionSetting> motion_;
+  bool systemCalm_ = false;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };
 

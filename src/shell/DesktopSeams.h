@@ -25,6 +25,10 @@ class WindowSystem {
   // Where the system can keep a window out of screenshots and screen sharing.
   virtual bool canExcludeFromCapture() const = 0;
   virtual void setExcludedFromCapture(QWidget& window, bool excluded) = 0;
+  // Calls `pressed` for every left or right button press anywhere on the desktop, other
+  // applications' windows and the desktop itself included, without taking the press from them.
+  // Where the system cannot watch the pointer it never calls.
+  virtual void watchPointerPresses(std::function<void()> pressed) = 0;
 };
 
 // Ctrl+Alt+Space (id 1) and Ctrl+Alt+M (id 2), from any application. A key another program holds
@@ -61,10 +65,21 @@ class StatusNotifier {
   virtual void setLabel(const std::string& text) = 0;
 };
 
+// The desktop's own switch for less motion (GNOME's animations, KDE's animation speed) where the
+// desktop tells it; not calm while nothing says so.
+class DesktopMotionSetting {
+ public:
+  virtual ~DesktopMotionSetting() = default;
+  virtual bool calm() const = 0;
+  // Called with the new value whenever the desktop's setting changes.
+  virtual void watch(std::function<void(bool calm)> changed) = 0;
+};
+
 // The best seams for the platform the application runs on (X11 or none).
 std::unique_ptr<WindowSystem> makeWindowSystem();
 std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys();
 // None without a session bus.
 std::unique_ptr<StatusNotifier> makeStatusNotifier();
+std::unique_ptr<DesktopMotionSetting> makeDesktopMotionSetting();
 
 }  // namespace tidemark

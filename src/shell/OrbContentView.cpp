@@ -31,7 +31,7 @@ OrbContentView::OrbContentView(AppModel& model, OrbWindowModel& windowModel, con
 
 OrbHitState OrbContentView::hitState() const {
   return {model_.orbSize(), windowModel_.dockEdge(), windowModel_.expanded(),
-          windowModel_.radialOpen(), model_.watchedQuotes().size()};
+          windowModel_.radialOpen(), orb_->satellitePage().count};
 }
 
 bool OrbContentView::isCore(QPointF p) const {
@@ -45,8 +45,8 @@ bool OrbContentView::isInteractive(QPointF p) const {
 QWidget* OrbContentView::hitTest(QPointF p) {
   if (!isInteractive(p)) return nullptr;
   if (isCore(p)) return this;
-  QWidget* child = childAt(p.toPoint());
-  return child == orb_ ? nullptr : child;
+  // A ring button, or the orb view itself for the satellites it draws.
+  return childAt(p.toPoint());
 }
 
 void OrbContentView::resizeEvent(QResizeEvent*) {

@@ -1,10 +1,14 @@
 #pragma once
 
-// The delegate over a model of fakes, with the five default symbols, reduce motion and the
-// densest tray title, launched on a 1280 × 800 screen.
+// The delegate over a model of fakes, with the five default symbols and the densest tray title,
+// launched on one 1280 × 800 screen (or the screens given). Motion is reduced unless asked for.
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
+
+#include <QAbstractButton>
 
 #include "shell/AppDelegate.h"
 #include "support/ModelHarness.h"
@@ -16,11 +20,13 @@ struct RecordingWindowSystem final : WindowSystem {
   void showOnAllDesktops(QWidget&) override {}
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool on) override { excluded = on; }
+  void watchPointerPresses(std::function<void()> p) override { pressed = std::move(p); }
   QRegion region;
   bool excluded = false;
+  std::function<void()> pressed;  // a press somewhere on the desktop
 };
 
-struct NoHotKeys final : GlobalHotKeys {
+struct CapturedHotKeys final : GlobalHotKeys {
   int install(std::function<void(int)> p) override {
     pressed = std::move(p);
     return 2;
@@ -28,38 +34,75 @@ struct NoHotKeys final : GlobalHotKeys {
   std::function<void(int)> pressed;
 };
 
+struct FakeMotionSetting final : DesktopMotionSetting {
+  explicit FakeMotionSetting(bool calm) : value(calm) {}
+  bool calm() const override { return value; }
+  void watch(std::function<void(bool)> c) override { changed = std::move(c); }
+  bool value;
+  std::function<void(bool)> changed;
+};
+
+struct DesktopOptions {
+  bool reduceMotion = true;
+  std::vector<Screen> screens{{{0, 0, 1280, 800}, {0, 0, 1280, 800}}};
+  std::optional<std::string> position;  // the stored orb position
+  std::function<std::unique_ptr<StatusNotifier>()> notifier;
+  std::optional<bool> systemCalm;  // a desktop that reports its reduce-motion switch
+};
+
 struct Desktop {
-  explicit Desktop(std::function<std::unique_ptr<StatusNotifier>()> notifier = {}) {
+  using Options = DesktopOptions;
+
+  explicit Desktop(std::function<std::unique_ptr<StatusNotifier>()> notifier)
+      : Desktop(Options{.notifier = std::move(notifier)}) {}
+  explicit Desktop(Options options = {}) : screens(options.screens) {
     h.store.setData(AppModel::preferencesKey,
-                    R"({"activeID":"600519","theme":"dark","reduceMotion":true,)"
-                    R"("refreshInterval":0.0,"sourceMode":"mock","masked":false,"orbSize":96.0,)"
-                    R"("autoRotate":false,"menuDensity":2,"phase":"live","latencyMS":0,)"
-                    R"("updatedAt":816832800.0,"onboardingSeen":true,"alertAbove":true,)"
-                    R"("alertTriggered":false})");
+                    std::string(R"({"activeID":"600519","theme":"dark","reduceMotion":)") +
+                        (options.reduceMotion ? "true" : "false") +
+                        R"(,"refreshInterval":0.0,"sourceMode":"mock","masked":false,)"
+                        R"("orbSize":96.0,"autoRotate":false,"menuDensity":2,"phase":"live",)"
+                        R"("latencyMS":0,"updatedAt":816832800.0,"onboardingSeen":true,)"
+                        R"("alertAbove":true,"alertTriggered":false})");
+    if (options.position) h.store.setData(AppDelegate::positionKey, *options.position);
     model = h.make();
-    delegate = std::make_unique<AppDelegate>(AppDelegate::Dependencies{
-        *model,
-        h.store,
-        h.clock,
-        h.scheduler,
-        windows,
-        keys,
-        {},
-        [] {
-          return std::vector<Screen>{{{0, 0, 1280, 800}, {0, 0, 1280, 800}}};
-        },
-        [this] { return mouse; },
-        std::move(notifier)});
+    std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting;
+    if (options.systemCalm)
+      motionSetting = [this, calm = *options.systemCalm] {
+        auto setting = std::make_unique<FakeMotionSetting>(calm);
+        motion = setting.get();
+        return setting;
+      };
+    delegate = std::make_unique<AppDelegate>(
+        AppDelegate::Dependencies{*model, h.store, h.clock, h.scheduler, windows, keys,
+                                  standardWindowContent(
+                                      *model, h.clock, [this] { return autostart; },
+                                      [this](bool on) -> std::optional<std::string> {
+                                        autostart = on;
+                                        return std::nullopt;
+                                      }),
+                                  [this] { return screens; }, [this] { return mouse; },
+                                  std::move(options.notifier), std::move(motionSetting)});
+    delegate->onQuit = [this] { ++quits; };
     delegate->launch();
   }
   OrbContentView& content() { return delegate->panel().content(); }
   QWindow* window() { return delegate->panel().windowHandle(); }
+  // The ring button a screen reader names so.
+  QAbstractButton* ringButton(const QString& name) {
+    for (auto* button : content().orbView().ringButtons())
+      if (button->accessibleName() == name) return button;
+    return nullptr;
+  }
 
   test::ModelHarness h;
   std::unique_ptr<AppModel> model;
   RecordingWindowSystem windows;
-  NoHotKeys keys;
+  CapturedHotKeys keys;
+  std::vector<Screen> screens;
   Point mouse{640, 400};
+  FakeMotionSetting* motion = nullptr;
+  int quits = 0;
+  bool autostart = false;
   std::unique_ptr<AppDelegate> delegate;
 };
 

@@ -1,13 +1,17 @@
-// The orb's gestures and keys through Qt's own event delivery, and what the delegate shows.
+// The orb's gestures, keys, ring menu and global keys through the delegate's own wiring, and what
+// the delegate shows.
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QGuiApplication>
 #include <QMouseEvent>
+#include <QStyleHints>
 #include <QTest>
 
 #include "desktop/DesktopFixture.h"
-#include "views/MiniOrb.h"
+#include "views/DetailView.h"
+#include "views/SettingsView.h"
 
 namespace tidemark {
 namespace {
@@ -16,12 +20,28 @@ using test::Desktop;
 
 // A mouse event delivered to the content view. Qt rounds global positions to whole pixels, so
 // the 3-point threshold itself is checked with the geometry.
-void send(QWidget& w, QEvent::Type type, QPointF local) {
+void send(QWidget& w, QEvent::Type type, QPointF local, Qt::MouseButton button = Qt::LeftButton) {
   const bool release = type == QEvent::MouseButtonRelease;
   QMouseEvent event(type, local, local + QPointF(w.window()->pos()),
-                    type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                    release ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+                    type == QEvent::MouseMove ? Qt::NoButton : button,
+                    release ? Qt::NoButton : button, Qt::NoModifier);
   QApplication::sendEvent(&w, &event);
+}
+
+double doubleClickSeconds() {
+  return QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0;
+}
+
+std::string hint(Desktop& d) {
+  return d.delegate->windowModel().hint().value_or("");
+}
+
+std::string section(Desktop& d) {
+  auto* settings = d.delegate->window("settings");
+  if (!settings) return "";
+  for (QWidget* child : settings->findChildren<QWidget*>())
+    if (auto* view = dynamic_cast<SettingsView*>(child)) return view->currentSection();
+  return "?";
 }
 
 TEST(OrbGestures, ClicksDoubleClicksAndTheDragThreshold) {
@@ -71,60 +91,192 @@ TEST(OrbGestures, ClicksDoubleClicksAndTheDragThreshold) {
   }
 }
 
-TEST(OrbGestures, ControlsAroundTheCoreGetTheirClicks) {
-  Desktop d;
-  d.delegate->toggleBloom();
-  d.h.scheduler.runDue();
-  // The third satellite (NVDA), spread out: selects its quote and starts no drag.
-  const Point nvda = satelliteCenter(2, 5, 96, true);
-  bool dragged = false;
-  d.content().onDragStart = [&] { dragged = true; };
-  QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(nvda.x), int(nvda.y + 3)));
-  EXPECT_EQ(d.model->activeID(), "NVDA");
-  EXPECT_FALSE(dragged);
-
-  // A right click on the core opens the ring menu; its second button opens the alert editor.
-  QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
-  ASSERT_TRUE(d.delegate->windowModel().radialOpen());
-  const Point second = ringButtonCenter(1, 96);
-  QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(second.x), int(second.y)));
-  EXPECT_FALSE(d.delegate->windowModel().radialOpen());  // every command closes the menu
-  EXPECT_NE(d.delegate->window("alert"), nullptr);
+// The delegate's own handlers behind the gestures: a click spreads the satellites once the
+// double-click interval has passed, a double click only opens the detail, a satellite's click
+// selects its quote.
+TEST(OrbGestures, TheDelegateActsOnEachGesture) {
+  {
+    Desktop d;
+    QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(230, 230));
+    d.h.scheduler.advance(doubleClickSeconds() - 0.01);
+    EXPECT_FALSE(d.delegate->windowModel().expanded()) << "before the interval";
+    d.h.scheduler.advance(0.02);
+    EXPECT_TRUE(d.delegate->windowModel().expanded()) << "after the interval";
+  }
+  {
+    Desktop d;
+    const QPointF c(230, 230);
+    using enum QEvent::Type;
+    for (auto type :
+         {MouseButtonPress, MouseButtonRelease, MouseButtonDblClick, MouseButtonRelease})
+      send(d.content(), type, c);
+    d.h.scheduler.advance(1);
+    EXPECT_FALSE(d.delegate->windowModel().expanded()) << "a double click also bloomed";
+    EXPECT_EQ(section(d), "圆形详情");
+  }
+  {
+    Desktop d;
+    d.delegate->toggleBloom();
+    // The third satellite (NVDA), spread out, 3 below its dot: selects and starts no drag.
+    const Point nvda = satelliteCenter(2, 5, 96, true);
+    bool dragged = false;
+    d.content().onDragStart = [&] { dragged = true; };
+    QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(nvda.x), int(nvda.y + 3)));
+    EXPECT_EQ(d.model->activeID(), "NVDA");
+    EXPECT_FALSE(dragged);
+  }
 }
 
-TEST(OrbKeys, EachKeyActs) {
+// Each ring button, found by the name a screen reader reads, clicked where it is drawn.
+TEST(OrbRing, EachButtonDoesWhatItsLabelSays) {
   struct Case {
-    int key;
+    const char* name;
     std::function<std::string(Desktop&)> observe;
     std::string expected;
   };
-  const auto size = [](Desktop& d) { return std::to_string(int(d.model->orbSize())); };
-  const auto active = [](Desktop& d) { return d.model->activeID(); };
+  const auto windows = [](Desktop& d) {
+    return std::string(d.delegate->window("settings") ? "settings " : "") +
+           (d.delegate->window("alert") ? "alert " : "") + section(d);
+  };
   const Case cases[] = {
-      {Qt::Key_1, size, "72"},
-      {Qt::Key_3, size, "132"},
-      {Qt::Key_Left, active, "00700"},
-      {Qt::Key_Right, active, "00700"},
-      {Qt::Key_M,
-       [](Desktop& d) {
-         return std::to_string(d.model->masked()) + *d.delegate->windowModel().hint();
-       },
+      {"刷新", [](Desktop& d) { return hint(d) + std::to_string(d.model->hasPendingRefresh()); },
+       "正在刷新模拟源1"},
+      {"预警", windows, "alert "},
+      {"外观", windows, "settings 外观"},
+      {"遮蔽", [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); },
        "1行情数字已遮蔽"},
-      {Qt::Key_R, [](Desktop& d) { return *d.delegate->windowModel().hint(); }, "正在刷新模拟源"},
-      {Qt::Key_Space,
-       [](Desktop& d) {
-         d.h.scheduler.runDue();
-         return std::to_string(d.delegate->windowModel().expanded());
-       },
-       "1"},
-      {Qt::Key_Escape,
-       [](Desktop& d) { return std::to_string(d.delegate->windowModel().expanded()); }, "0"},
-      {Qt::Key_A, active, "600519"},
+      {"退出", [](Desktop& d) { return std::to_string(d.quits); }, "1"},
   };
   for (const Case& k : cases) {
     Desktop d;
+    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+    ASSERT_TRUE(d.delegate->windowModel().radialOpen());
+    QAbstractButton* button = d.ringButton(QString::fromUtf8(k.name));
+    ASSERT_TRUE(button) << k.name;
+    QTest::mouseClick(d.window(), Qt::LeftButton, {},
+                      button->mapTo(&d.delegate->panel(), button->rect().center()));
+    EXPECT_EQ(k.observe(d), k.expected) << k.name;
+    EXPECT_FALSE(d.delegate->windowModel().radialOpen()) << k.name;
+  }
+}
+
+TEST(OrbRing, APressAnywhereElseClosesIt) {
+  struct Case {
+    const char* what;
+    std::function<void(Desktop&)> press;
+    bool staysOpen;
+  };
+  // The panel stands at (410, 170): the orb's centre is (640, 400).
+  const auto globalPress = [](Point at) {
+    return [at](Desktop& d) {
+      d.mouse = at;
+      d.windows.pressed();
+    };
+  };
+  const Case cases[] = {
+      {"on the desktop", globalPress({100, 100}), false},
+      {"in the panel's transparent corner", globalPress({420, 180}), false},
+      {"on the core", globalPress({640, 400}), true},
+      {"on the ring button 刷新",
+       [](Desktop& d) {
+         QAbstractButton* b = d.ringButton(QStringLiteral("刷新"));
+         const QPoint at = b->mapToGlobal(b->rect().center());
+         d.mouse = {double(at.x()), double(at.y())};
+         d.windows.pressed();
+       },
+       true},
+      {"in our settings window",
+       [](Desktop& d) {
+         d.delegate->openSettings("外观");
+         QTest::mouseClick(d.delegate->window("settings"), Qt::LeftButton, {}, QPoint(5, 5));
+       },
+       false},
+  };
+  for (const Case& k : cases) {
+    Desktop d;
+    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+    ASSERT_TRUE(d.delegate->windowModel().radialOpen());
+    k.press(d);
+    EXPECT_EQ(d.delegate->windowModel().radialOpen(), k.staysOpen) << k.what;
+  }
+}
+
+// Every key starts from a state in which doing nothing, or the wrong thing, shows.
+TEST(OrbKeys, EachKeyActs) {
+  struct Case {
+    const char* what;
+    int key;
+    std::function<void(Desktop&)> before;
+    std::function<std::string(Desktop&)> observe;
+    std::string expected;
+  };
+  const auto none = [](Desktop&) {};
+  const auto size = [](Desktop& d) { return std::to_string(int(d.model->orbSize())); };
+  const auto active = [](Desktop& d) { return d.model->activeID(); };
+  const auto masking = [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); };
+  const auto state = [](Desktop& d) {
+    const OrbWindowModel& w = d.delegate->windowModel();
+    return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
+           (w.dockEdge() ? "docked " : "") + "at " + std::to_string(d.delegate->panel().x() + 230) +
+           "," + std::to_string(d.delegate->panel().y() + 230);
+  };
+  const auto spread = [](Desktop& d) { d.delegate->toggleBloom(); };
+  const auto ring = [](Desktop& d) {
+    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+  };
+  const auto docked = [](Desktop& d) {
+    d.delegate->panel().move(-225, 170);
+    d.delegate->settle(std::nullopt);
+  };
+  const Case cases[] = {
+      {"1", Qt::Key_1, none, size, "72"},
+      {"2", Qt::Key_2, [](Desktop& d) { d.model->setOrbSize(132); }, size, "96"},
+      {"3", Qt::Key_3, none, size, "132"},
+      {"←", Qt::Key_Left, none, active, "00700"},
+      {"→ steps the same way", Qt::Key_Right, none, active, "00700"},
+      {"M masks", Qt::Key_M, none, masking, "1行情数字已遮蔽"},
+      {"M unmasks", Qt::Key_M, [](Desktop& d) { d.model->setMasked(true); }, masking,
+       "0已恢复行情数字"},
+      {"R", Qt::Key_R, none,
+       [](Desktop& d) { return hint(d) + std::to_string(d.model->hasPendingRefresh()); },
+       "正在刷新模拟源1"},
+      {"Space spreads", Qt::Key_Space, none, state, "spread at 640,400"},
+      {"Return spreads", Qt::Key_Return, none, state, "spread at 640,400"},
+      {"Return collapses", Qt::Key_Return, spread, state, "at 640,400"},
+      {"Esc collapses", Qt::Key_Escape, spread, state, "at 640,400"},
+      {"Esc closes the ring", Qt::Key_Escape, ring, state, "at 640,400"},
+      {"Esc undocks", Qt::Key_Escape, docked, state, "at 64,400"},
+      {"A does nothing", Qt::Key_A, spread, state, "spread at 640,400"},
+  };
+  for (const Case& k : cases) {
+    Desktop d;
+    k.before(d);
+    d.h.store.setData(AppDelegate::positionKey, "");
     QTest::keyClick(&d.delegate->panel(), Qt::Key(k.key));
-    EXPECT_EQ(k.observe(d), k.expected) << k.key;
+    EXPECT_EQ(k.observe(d), k.expected) << k.what;
+    if (k.key == Qt::Key_Escape && k.expected == "at 64,400")  // the new place is kept
+      EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
+  }
+}
+
+// Ctrl+Alt+Space is id 1, Ctrl+Alt+M id 2, as the platform's grab reports them.
+TEST(HotKeys, OneShowsOrHidesTheOrbTwoMasksEveryFigure) {
+  Desktop d;
+  ASSERT_TRUE(d.keys.pressed);
+  const auto seen = [&] {
+    return std::string(d.delegate->panel().isVisible() ? "shown " : "hidden ") +
+           (d.model->masked() ? "masked " : "") + hint(d);
+  };
+  const std::pair<int, std::string> steps[] = {
+      {1, "hidden "},
+      {1, "shown 单击展开卫星 · 双击详情 · 右键快捷操作"},
+      {2, "shown masked 行情数字已遮蔽"},
+      {2, "shown 已恢复行情数字"},
+      {3, "shown 已恢复行情数字"},
+  };
+  for (const auto& [id, expected] : steps) {
+    d.keys.pressed(id);
+    EXPECT_EQ(seen(), expected) << id;
   }
 }
 
@@ -153,20 +305,80 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   EXPECT_FALSE(d.windows.region.contains(QPoint(10, 10)));
 }
 
-TEST(Delegate, WindowsAreReusedButTheAlertEditorStartsAfresh) {
+TEST(Delegate, WindowsAreReusedCentredAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings("外观");
   QWidget* settings = d.delegate->window("settings");
+  settings->move(5, 5);  // where the user put it
   d.delegate->openSettings("圆形详情");
   EXPECT_EQ(d.delegate->window("settings"), settings);
+  EXPECT_EQ(section(d), "圆形详情");
+  EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
   EXPECT_EQ(settings->windowTitle(), QStringLiteral("设置 · 使用偏好"));
   d.delegate->openWindow("alert");
   QPointer<QWidget> first = d.delegate->window("alert");
+  // Centred on the 1280 × 800 screen, the frame's 8 × 36 included.
+  EXPECT_EQ(QRect(first->pos(), first->size()), QRect(426, 112, 420, 540));
   d.delegate->openWindow("alert");
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
   EXPECT_NE(d.delegate->window("alert"), nullptr);
+}
+
+// Two 1920 × 1080 screens side by side, the orb docked on the left edge of the right one.
+TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
+  test::DesktopOptions o;
+  o.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+               {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}};
+  o.position = R"({"x":1920.0,"y":400.0,"edge":"left"})";
+  Desktop d(o);
+  const auto where = [&] {
+    return std::to_string(d.delegate->panel().x()) + "," + std::to_string(d.delegate->panel().y()) +
+           (d.delegate->windowModel().dockEdge() ? " docked" : "");
+  };
+  EXPECT_EQ(where(), "1690,170 docked") << "restored";
+  d.delegate->screenParametersDidChange();
+  EXPECT_EQ(where(), "1690,170 docked") << "screens changed";
+  d.model->setOrbSize(132);
+  d.h.scheduler.runDue();
+  EXPECT_EQ(where(), "1690,170 docked") << "size changed";
+  EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":1920.0,"y":400.0,"edge":"left"})");
+  // Windows open on the orb's screen; the guide beside the orb's visible half.
+  d.delegate->openSettings("外观");
+  QWidget* settings = d.delegate->window("settings");
+  EXPECT_EQ(QRect(settings->pos(), settings->size()), QRect(2396, 152, 960, 740));
+  d.delegate->openWindow("guide");
+  // 1920 + 0.8 × 132 + 12, rounded; 400 − 636 / 2.
+  EXPECT_EQ(d.delegate->window("guide")->pos(), QPoint(2038, 82));
+}
+
+TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
+  Desktop d;
+  d.delegate->panel().move(-225, 20 - 230);
+  d.delegate->settle(std::nullopt);
+  ASSERT_EQ(d.delegate->panel().pos(), QPoint(-230, 49 - 230));  // kept whole along the edge
+  d.model->setOrbSize(132);
+  d.h.scheduler.runDue();
+  EXPECT_EQ(d.delegate->panel().pos(), QPoint(-230, 67 - 230));
+  EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":0.0,"y":67.0,"edge":"left"})");
+}
+
+TEST(Delegate, TheDesktopsCalmReachesTheOrbAndTheDetail) {
+  test::DesktopOptions o;
+  o.reduceMotion = false;
+  o.systemCalm = true;
+  Desktop d(o);
+  d.delegate->openSettings("圆形详情");
+  DetailOrb* detail = nullptr;
+  for (QWidget* child : d.delegate->window("settings")->findChildren<QWidget*>())
+    if (auto* orb = dynamic_cast<DetailOrb*>(child)) detail = orb;
+  ASSERT_TRUE(detail && d.motion);
+  EXPECT_FALSE(d.content().orbView().motionAllowed());
+  EXPECT_TRUE(detail->systemReduceMotion());
+  d.motion->changed(false);
+  EXPECT_TRUE(d.content().orbView().motionAllowed());
+  EXPECT_FALSE(detail->systemReduceMotion());
 }
 
 TEST(Delegate, HintsReplaceEachOtherAndLastTheirFullTime) {
@@ -207,6 +419,7 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
     // The arc of the mini orb passes the top of its ring at (11.5, 3); the bare dot has no ring.
     const QImage icon = d.delegate->statusItem().image();
     EXPECT_EQ(icon.pixelColor(11, 3).alpha() > 200, k.ring) << k.density << k.masked;
+    EXPECT_EQ(icon.pixelColor(11, 11), QColor(0x6E, 0xF2, 0xD8)) << "the dark theme's dot";
   }
 }
 
@@ -214,13 +427,13 @@ TEST(Delegate, AThemeChangeRecoloursEveryWindow) {
   Desktop d;
   d.delegate->openSettings("外观");
   d.delegate->openWindow("guide");
-  for (AppTheme theme : {AppTheme::light, AppTheme::amber}) {
+  const std::pair<AppTheme, QColor> themes[] = {{AppTheme::light, QColor(0xEE, 0xF0, 0xF8)},
+                                                {AppTheme::amber, QColor(0x20, 0x17, 0x0D)}};
+  for (const auto& [theme, backdrop] : themes) {
     d.model->setTheme(theme);
     d.h.scheduler.runDue();
     for (const char* key : {"settings", "guide"})
-      EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window),
-                qt(OrbPalette{theme}.background()))
-          << key;
+      EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window), backdrop) << key;
   }
 }
 
