@@ -90,6 +90,24 @@ TEST(WatchlistRules, FiltersThenStableSorts) {
   EXPECT_EQ(order({"全部", "全部", "全部", "自选顺序", " etf1 "}), (Strings{"A1", "A3"}));
 }
 
+// More than 16 equal entries: std::sort is only stable by accident below 17.
+TEST(WatchlistRules, TiesKeepWatchlistOrderInEverySort) {
+  std::vector<QuoteSnapshot> quotes;
+  Strings watchlist;
+  for (int i = 0; i < 40; ++i) {
+    const std::string id = "T" + std::to_string(100 - i);  // T100, T99, ... T61
+    quotes.push_back(quoteAt(id, "美股", "同名", 11, 10));
+    watchlist.push_back(id);
+  }
+  for (const char* sort : {"名称", "涨幅从高到低", "涨幅从低到高"}) {
+    WatchlistFilters f;
+    f.sortOrder = sort;
+    Strings ids;
+    for (const WatchlistEntry& e : visibleEntries(watchlist, quotes, f, now)) ids.push_back(e.symbol);
+    EXPECT_EQ(ids, watchlist) << sort;
+  }
+}
+
 TEST(Charts, PolarGeometryAndAxisLabels) {
   const auto small = polarChartGeometry({1, 2, 3, 4}, 240, 240);
   EXPECT_EQ(small.ringRadii, (std::array<double, 3>{44, 66, 88}));
@@ -298,6 +316,41 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   const QRegularExpression figure(QStringLiteral("[0-9][,.][0-9]|%"));
   for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
   EXPECT_EQ(list.shownTexts().count(QStringLiteral("••••")), 10);
+}
+
+// Each row's buttons, found by their texts in the row of their symbol.
+TEST_F(Windows, WatchlistRowButtonsActOnTheirOwnRow) {
+  const struct {
+    const char* symbol;
+    const char* button;
+    Strings watchlist;
+    const char* active;
+  } cases[] = {
+      {"00700", "↑", {"00700", "600519", "NVDA", "03033", "000858"}, "600519"},
+      {"00700", "↓", {"600519", "NVDA", "00700", "03033", "000858"}, "600519"},
+      {"NVDA", "移除", {"600519", "00700", "03033", "000858"}, "600519"},
+      {"03033", "设为当前标的", {"600519", "00700", "NVDA", "03033", "000858"}, "03033"},
+  };
+  for (const auto& k : cases) {
+    auto fresh = h.make();
+    fresh->setWatchlist(AppModel::defaultWatchlist());
+    fresh->select("600519");
+    WatchlistView view(*fresh, h.clock);
+    view.show();
+    QTest::qWait(1);
+    QPushButton* target = nullptr;
+    for (QFrame* row : view.findChildren<QFrame*>()) {
+      if (!row->property("rowcard").toBool()) continue;
+      bool mine = false;
+      for (QLabel* label : row->findChildren<QLabel*>())
+        mine = mine || label->text().startsWith(QString::fromUtf8(k.symbol) + u' ');
+      if (mine) target = named<QPushButton>(*row, QString::fromUtf8(k.button));
+    }
+    ASSERT_TRUE(target) << k.symbol << k.button;
+    target->click();
+    EXPECT_EQ(fresh->watchlist(), k.watchlist) << k.symbol << k.button;
+    EXPECT_EQ(fresh->activeID(), k.active) << k.symbol << k.button;
+  }
 }
 
 TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {

@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# The orb panel on a real X server: placement, click-through, dragging, docking, the hot key and
-# a screen that shrinks under a docked orb.
+# The orb panel on a real X server with a window manager and a compositor, driven by xdotool:
+# placement, the input shape, the ring menu closing on presses elsewhere, both global keys with
+# NumLock off and on, the hint, the windows' places, dragging, docking, a second start, a screen
+# that shrinks under a docked orb and the guide of a first run. Every step waits for what it
+# expects to see, not for a fixed time.
 # Usage: desktop.sh TIDEMARK [SCREENSHOT_DIR]
 set -euo pipefail
 
 app=${1:?usage: desktop.sh TIDEMARK [SCREENSHOT_DIR]}
 shots=${2:-}
 [ -x "$app" ] || { echo "not executable: $app" >&2; exit 2; }
-for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xrandr xev import convert; do
+for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xrandr xev xset import convert; do
   command -v "$tool" >/dev/null || { echo "missing $tool (scripts/setup installs it)" >&2; exit 2; }
 done
 [ -z "$shots" ] || mkdir -p "$shots"
@@ -25,11 +28,13 @@ pids+=($!)
 trayer --edge top --align right --widthtype pixel --width 80 --height 24 >"$tmp/trayer.log" 2>&1 &
 pids+=($!)
 
-# The window below the panel: xev reports every button press it gets.
+# The window below the panel: xev reports every button press it gets. Its background is white.
 xev -geometry 1280x800+0+0 -name below -event button >"$tmp/below.log" 2>&1 &
 pids+=($!)
-wait_for 10 xdotool search --onlyvisible --name '^below$' >/dev/null ||
-  die "the window below did not appear"
+below=
+find_below() { below=$(xdotool search --onlyvisible --name '^below$' 2>/dev/null | head -1) && [ -n "$below" ]; }
+wait_for 10 find_below || die "the window below did not appear"
+white="srgb(255,255,255)"
 
 panel=
 start_app() {
@@ -37,6 +42,11 @@ start_app() {
   app_pid=$!
   find_panel() { panel=$(xdotool search --onlyvisible --name '^岚舟' 2>/dev/null | head -1) && [ -n "$panel" ]; }
   wait_for 10 find_panel || die "no visible window named 岚舟 within 10 s; app log: $(cat "$tmp/app.log")"
+}
+stop_app() {
+  kill -TERM "$app_pid"
+  wait "$app_pid" || true
+  app_pid=
 }
 
 origin() {
@@ -48,27 +58,47 @@ map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
 mapped_as() { [ "$(map_state)" = "$1" ]; }
 app_gone() { ! running "$app_pid"; }
 presses() { grep -c '^ButtonPress' "$tmp/below.log" || true; }
+pressed_at() { grep -q "root:($1,$2)" "$tmp/below.log"; }
 
-# The hover poll gives the orb its input shape back within 80 ms of the pointer arriving.
-point_at() { xdotool mousemove "$1" "$2"; sleep 0.3; }
+# The pointer is over the panel where the panel takes input (its input shape), or it is not:
+# the server reports the window under the pointer by the input shapes.
+under_pointer() { xdotool getmouselocation --shell | sed -n 's/^WINDOW=//p'; }
+on_panel() { [ "$(under_pointer)" = "$panel" ]; }
+off_panel() { ! on_panel; }
+# Over a part of the orb that takes clicks: the hover watch gives the panel its input there.
+point_at() { xdotool mousemove "$1" "$2"; wait_for 5 on_panel || fail "the panel takes no input at ($1,$2)"; }
+# Over a part that lets clicks through.
+point_off() { xdotool mousemove "$1" "$2"; wait_for 5 off_panel || fail "the panel takes input at ($1,$2)"; }
 
-# Press, move in 25 steps, rest so the release starts no glide, release.
+# Press, move, release; with reduce motion on the release never throws the orb.
 drag() {
   local x0=$1 y0=$2 x1=$3 y1=$4 i
   point_at "$x0" "$y0"
   xdotool mousedown 1
-  sleep 0.1
   for ((i = 1; i <= 25; i++)); do
     xdotool mousemove $((x0 + (x1 - x0) * i / 25)) $((y0 + (y1 - y0) * i / 25))
-    sleep 0.02
   done
-  sleep 0.4
   xdotool mouseup 1
-  sleep 0.3
 }
 
 shot() { [ -z "$shots" ] || import -window root "$shots/$1.png"; }
+grab() { import -window root "$tmp/screen.png"; }
 pixel() { convert "$tmp/screen.png" -format "%[pixel:p{$1,$2}]" info:; }
+pixel_now() { grab && pixel "$1" "$2"; }
+pixel_is() { [ "$(pixel_now "$1" "$2")" = "$3" ]; }
+pixel_not() { [ "$(pixel_now "$1" "$2")" != "$3" ]; }
+# Pixels of the rise colour #FF453A in a rectangle of the last grab.
+reds() {
+  convert "$tmp/screen.png" -crop "$3x$4+$1+$2" +repage -fuzz 20% -fill '#00FF01' -opaque '#FF453A' \
+    -fuzz 0 -fill black +opaque '#00FF01' -fill white -opaque '#00FF01' \
+    -format '%[fx:round(mean*w*h)]' info:
+}
+# The price of an orb centred at (640,400): red while unmasked, bullets in the sphere's ink masked.
+price_reds() { grab && reds 605 385 70 22; }
+price_shown() { [ "$(price_reds)" -gt 40 ]; }
+price_masked() { [ "$(price_reds)" = 0 ]; }
+numlock() { xset q | grep -o 'Num Lock: *[a-z]*' | awk '{ print $NF }'; }
+numlock_is() { [ "$(numlock)" = "$1" ]; }
 
 # 1. A first launch centres the panel on the screen.
 start_app
@@ -90,54 +120,151 @@ tray_icon() {
 if wait_for 5 tray_icon; then ok "the tray shows the app's icon"; else fail "no icon of the app in the tray"; fi
 
 # 2. Only the orb takes clicks; the transparent rest of the panel passes them on.
-point_at 430 190
+point_off 430 190
 xdotool click 1
-if wait_for 3 grep -q 'root:(430,190)' "$tmp/below.log"; then
+if wait_for 3 pressed_at 430 190; then
   ok "a click on the panel's transparent corner reached the window below"
 else
   fail "a click at (430,190), inside the panel's transparent corner, did not reach the window below"
 fi
+# A click on the core stays with the orb: it spreads the satellites (the top one's caption
+# stands at (640,317)), and the window below gets nothing.
 before=$(presses)
 point_at 640 400
 xdotool click 1
-sleep 0.6
-if [ "$(presses)" = "$before" ]; then
-  ok "a click on the orb's core stayed with the orb"
+if wait_for 5 pixel_not 640 317 "$white" && [ "$(presses)" = "$before" ]; then
+  ok "a click on the orb's core spread the satellites and stayed with the orb"
 else
-  fail "a click on the orb's core at (640,400) went through to the window below"
+  fail "a click on the orb's core at (640,400): satellites $(pixel 640 317), presses $before → $(presses)"
 fi
+shot 2-spread
+xdotool key Escape
+wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
 
-# A double click on the orb opens the settings window on the circular detail; Alt+F4 closes it.
+# 3. Both global keys, with NumLock off and on. Showing the orb shows the usage hint below it.
+hint_gone() { pixel_is 640 530 "$white"; }
+for lock in off on; do
+  if [ "$(numlock)" != "$lock" ]; then
+    xdotool key Num_Lock
+    wait_for 5 numlock_is "$lock" || fail "NumLock did not turn $lock"
+  fi
+  wait_for 5 hint_gone || fail "a hint stayed"
+  xdotool key ctrl+alt+space
+  if wait_for 5 mapped_as IsUnMapped; then
+    ok "NumLock $lock: Ctrl+Alt+Space hid the orb"
+  else
+    fail "NumLock $lock: Ctrl+Alt+Space left the panel $(map_state)"
+  fi
+  xdotool key ctrl+alt+space
+  if wait_for 5 mapped_as IsViewable && wait_for 5 pixel_not 640 530 "$white"; then
+    ok "NumLock $lock: Ctrl+Alt+Space showed the orb and the hint under it"
+    [ "$lock" = on ] || shot 3-hint
+  else
+    fail "NumLock $lock: Ctrl+Alt+Space again: panel $(map_state), hint pixel $(pixel 640 530)"
+  fi
+  xdotool key ctrl+alt+m
+  if wait_for 5 price_masked; then
+    ok "NumLock $lock: Ctrl+Alt+M masked the price"
+  else
+    fail "NumLock $lock: Ctrl+Alt+M: $(price_reds) red pixels left in the price"
+  fi
+  [ "$lock" = on ] || shot 3-masked
+  xdotool key ctrl+alt+m
+  if wait_for 5 price_shown; then
+    ok "NumLock $lock: Ctrl+Alt+M again showed the price"
+  else
+    fail "NumLock $lock: Ctrl+Alt+M again: only $(price_reds) red pixels in the price"
+  fi
+done
+xdotool key Num_Lock
+wait_for 5 numlock_is off || fail "NumLock did not turn off"
+
+# 4. The ring menu closes on a press anywhere else, and the press still reaches its window.
+# Its first button, 刷新, has its round face at (553,366).
+open_ring() {
+  point_at 640 400
+  xdotool click 3
+  wait_for 5 pixel_not 553 366 "$1" || fail "a right click on the orb opened no ring menu"
+}
+xdotool windowunmap --sync "$below"
+backdrop=$(pixel_now 1100 700)
+open_ring "$backdrop"
+shot 4-ring-menu
+point_off 1100 700
+xdotool click 1
+if wait_for 5 pixel_is 553 366 "$backdrop"; then
+  ok "a click on the desktop closed the ring menu"
+else
+  fail "after a click on the desktop the ring button still shows: $(pixel 553 366)"
+fi
+xdotool windowmap --sync "$below"
+wait_for 5 find_below || die "the window below did not come back"
+wait_for 5 pixel_is 553 366 "$white" || fail "the window below is not behind the orb again"
+open_ring "$white"
+point_off 200 600
+xdotool click 1
+if wait_for 5 pixel_is 553 366 "$white" && wait_for 3 pressed_at 200 600; then
+  ok "a click in another window closed the ring menu and reached that window"
+else
+  fail "a click in another window: ring button $(pixel 553 366), press seen: $(grep -c 'root:(200,600)' "$tmp/below.log")"
+fi
+# Input shape, not bounding shape: the orb's shadow is drawn at (640,458), outside what takes
+# clicks while the ring is open; a click there reaches the window below.
+open_ring "$white"
+if pixel_not 640 458 "$white"; then
+  point_off 640 458
+  xdotool click 1
+  if wait_for 3 pressed_at 640 458; then
+    ok "a click where the orb is drawn but takes no input reached the window below"
+  else
+    fail "a click at (640,458), drawn but not in the input shape, did not reach the window below"
+  fi
+else
+  fail "nothing of the orb is drawn at (640,458)"
+fi
+wait_for 5 pixel_is 553 366 "$white" || fail "the ring menu stayed open"
+
+# 5. A double click opens the settings window centred on the orb's screen; Alt+F4 closes it.
 settings_window() { xdotool search --name '^设置 · 使用偏好$' | head -1; }
 settings_shown() { [ -n "$(settings_window)" ]; }
 settings_gone() { ! settings_shown; }
+close_settings() {
+  local w
+  w=$(settings_window)
+  [ -z "$w" ] && return 0
+  xdotool windowactivate --sync "$w" key --clearmodifiers alt+F4 2>/dev/null || true
+  wait_for 2 settings_gone
+}
 point_at 640 400
 xdotool click --repeat 2 --delay 90 1
 if wait_for 5 settings_shown; then
-  sleep 0.8
-  shot 2-detail
-  ok "a double click on the orb opened the settings window"
-  xdotool windowactivate --sync "$(settings_window)" key alt+F4
-  wait_for 5 settings_gone || fail "Alt+F4 did not close the settings window"
+  read -r sx sy <<<"$(xwininfo -id "$(settings_window)" |
+    awk '/Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF } END { print x, y }')"
+  # The client's centre is the screen's, the title bar shifting it down a little.
+  if ((sx + 480 >= 630 && sx + 480 <= 650 && sy + 370 >= 390 && sy + 370 <= 430)); then
+    ok "a double click on the orb opened the settings window, centred: client at ($sx,$sy)"
+  else
+    fail "the settings window opened at ($sx,$sy), not centred on 1280x800"
+  fi
+  wait_for 5 pixel_not 640 150 "$white" || true
+  shot 5-settings
+  wait_for 10 close_settings || fail "Alt+F4 did not close the settings window"
 else
   fail "a double click on the orb at (640,400) opened no settings window within 5 s"
 fi
 
-# 3. A drag moves the panel with the pointer; the place outlives a restart.
+# 6. A drag moves the panel with the pointer; the place outlives a restart.
 drag 640 400 840 500
-read -r x y <<<"$(origin)"
-if ((x >= 607 && x <= 613 && y >= 267 && y <= 273)); then
-  ok "dragged by (+200,+100): panel at ($x,$y)"
+if wait_for 5 origin_is 610 270; then
+  ok "dragged by (+200,+100): panel at (610,270)"
 else
-  fail "dragged by (+200,+100): panel at ($x,$y), expected (610,270) ±3"
+  fail "dragged by (+200,+100): panel at ($(origin)), expected (610,270)"
 fi
-# Quit through the ring menu's power button: its round face, above the label.
+# Quit through the ring menu's 退出 button: its round face at (902,567).
 point_at 840 500
 xdotool click 3
-sleep 0.5
-shot 3-ring-menu
-read -r x y <<<"$(origin)"
-point_at $((x + 292)) $((y + 297))
+wait_for 5 pixel_not 902 567 "$white" || fail "no ring menu at (840,500)"
+point_at 902 567
 xdotool click 1
 if wait_for 5 app_gone; then
   status=0
@@ -145,10 +272,8 @@ if wait_for 5 app_gone; then
   app_pid=
   if [ "$status" = 0 ]; then ok "退出 in the ring menu quit the app"; else fail "the app quit with status $status"; fi
 else
-  fail "a click on the ring menu's 退出 button at ($((x + 292)),$((y + 297))) did not quit the app within 5 s"
-  kill "$app_pid"
-  wait "$app_pid" || true
-  app_pid=
+  fail "a click on the ring menu's 退出 button at (902,567) did not quit the app within 5 s"
+  stop_app
 fi
 start_app
 if origin_is 610 270; then
@@ -157,50 +282,34 @@ else
   fail "after a restart the panel is at ($(origin)), expected (610,270)"
 fi
 
-# 4. Released near the left edge, the orb docks as a half-disc centred on x = 0.
+# 7. Released near the left edge, the orb docks as a half-disc centred on x = 0.
 drag 840 500 5 500
-if origin_is -230 270; then
+if wait_for 5 origin_is -230 270; then
   ok "docked left: panel at (-230,270), orb centre on x = 0"
 else
   fail "released at x = 5: panel at ($(origin)), expected (-230,270)"
 fi
-import -window root "$tmp/screen.png"
-[ -z "$shots" ] || cp "$tmp/screen.png" "$shots/4-docked-left.png"
-background=$(pixel 1200 700)
-if [ "$(pixel 20 500)" != "$background" ] && [ "$(pixel 150 500)" = "$background" ]; then
+if wait_for 5 pixel_not 20 500 "$white" && pixel_is 150 500 "$white"; then
   ok "the visible half-disc is drawn at x = 20; x = 150 shows the window below"
 else
-  fail "pixels on row 500: x=20 $(pixel 20 500), x=150 $(pixel 150 500), background $background"
+  fail "pixels on row 500: x=20 $(pixel 20 500), x=150 $(pixel 150 500)"
 fi
-
-# 5. Ctrl+Alt+Space hides the panel and brings it back where it was.
-xdotool key ctrl+alt+space
-if wait_for 3 mapped_as IsUnMapped; then
-  ok "Ctrl+Alt+Space hid the panel"
-else
-  fail "Ctrl+Alt+Space: panel still $(map_state)"
-fi
-xdotool key ctrl+alt+space
-if wait_for 3 mapped_as IsViewable && origin_is -230 270; then
-  ok "Ctrl+Alt+Space again showed the panel at (-230,270)"
-else
-  fail "Ctrl+Alt+Space again: panel $(map_state) at ($(origin)), expected shown at (-230,270)"
-fi
+shot 7-docked-left
 
 # One app per user: a second start shows the first one's hidden orb and exits 0.
 xdotool key ctrl+alt+space
-wait_for 3 mapped_as IsUnMapped || fail "Ctrl+Alt+Space did not hide the panel a second time"
+wait_for 5 mapped_as IsUnMapped || fail "Ctrl+Alt+Space did not hide the panel"
 second=0
 timeout 10 "$app" >>"$tmp/second.log" 2>&1 || second=$?
-if [ "$second" = 0 ] && wait_for 3 mapped_as IsViewable && running "$app_pid"; then
-  ok "a second start exited 0 and the running app showed its orb"
+if [ "$second" = 0 ] && wait_for 5 mapped_as IsViewable && origin_is -230 270 && running "$app_pid"; then
+  ok "a second start exited 0 and the running app showed its orb where it was"
 else
-  fail "a second start: status $second, panel $(map_state); $(cat "$tmp/second.log")"
+  fail "a second start: status $second, panel $(map_state) at ($(origin)); $(cat "$tmp/second.log")"
 fi
 
-# 6. A screen that shrinks under a right-docked orb keeps it on the new right edge.
+# 8. A screen that shrinks under a right-docked orb keeps it on the new right edge.
 drag 20 500 1275 500
-if origin_is 1050 270; then
+if wait_for 5 origin_is 1050 270; then
   ok "docked right: panel at (1050,270)"
 else
   fail "released at x = 1275: panel at ($(origin)), expected (1050,270)"
@@ -213,7 +322,29 @@ if wait_for 5 origin_is 794 270; then
 else
   fail "screen shrunk to 1024x768: panel at ($(origin)), expected (794,270) with the centre on x = 1024"
 fi
-shot 6-docked-right-1024
+shot 8-docked-right-1024
+
+# 9. A first run opens the guide beside the orb: the orb, docked on the right at (1024,500),
+# keeps its visible half (from x = 976) clear, and the whole guide is on the screen.
+stop_app
+sed -i 's/\\"onboardingSeen\\":true/\\"onboardingSeen\\":false/' "$XDG_CONFIG_HOME/Tidemark/Tidemark.conf"
+start_app
+guide_window() { xdotool search --name '^欢迎来到岚舟$' | head -1; }
+guide_shown() { [ -n "$(guide_window)" ]; }
+if wait_for 10 guide_shown && guide=$(guide_window); then
+  read -r gx gy gw gh <<<"$(xwininfo -id "$guide" | awk '/Absolute upper-left X/ { x = $NF }
+    /Absolute upper-left Y/ { y = $NF } /Width:/ { w = $NF } /Height:/ { h = $NF }
+    END { print x, y, w, h }')"
+  if ((gx >= 0 && gx + gw <= 976 - 40 && gy >= 0 && gy + gh <= 768)); then
+    ok "the guide opened beside the orb: ($gx,$gy) ${gw}x$gh"
+  else
+    fail "the guide at ($gx,$gy) ${gw}x$gh covers the orb at x ≥ 936 or leaves the 1024x768 screen"
+  fi
+  wait_for 5 pixel_not $((gx + gw / 2)) $((gy + 40)) "$white" || true
+  shot 9-guide
+else
+  fail "no guide window on a first run"
+fi
 
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ]
