@@ -39,7 +39,7 @@ class QuietWindowSystem final : public WindowSystem {
   void showOnAllDesktops(QWidget&) override {}
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool) override {}
-  void watchPointerPresses(std::function<void()>) override {}
+  void watchPointerPresses(std::function<void(unsigned long)>) override {}
 };
 
 class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFilter {
@@ -51,7 +51,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
 
   // Raw button events of the X input extension reach every client that asks for them on the
   // root window, whichever window the press goes to; a grab would take the press away.
-  void watchPointerPresses(std::function<void()> pressed) override {
+  void watchPointerPresses(std::function<void(unsigned long)> pressed) override {
     const xcb_query_extension_reply_t* input = xcb_get_extension_data(connection_, &xcb_input_id);
     if (!input || !input->present) return;
     pressed_ = std::move(pressed);
@@ -76,7 +76,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
       return false;
     // Left and right only: the wheel's steps are buttons 4 to 7.
     const auto* press = reinterpret_cast<xcb_input_raw_button_press_event_t*>(event);
-    if ((press->detail == 1 || press->detail == 3) && pressed_) pressed_();
+    if ((press->detail == 1 || press->detail == 3) && pressed_) pressed_(press->time);
     return true;
   }
 
@@ -117,7 +117,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
  private:
   xcb_connection_t* connection_;
   uint8_t inputOpcode_ = 0;
-  std::function<void()> pressed_;
+  std::function<void(unsigned long)> pressed_;
 };
 
 class QuietHotKeys final : public GlobalHotKeys {

@@ -45,10 +45,11 @@ std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
 }
 
-// Left and right presses in any window of ours.
+// Left and right presses in any window of ours, with their times.
 class PressWatcher final : public QObject {
  public:
-  explicit PressWatcher(std::function<void(Point)> pressed) : pressed_(std::move(pressed)) {}
+  explicit PressWatcher(std::function<void(Point, unsigned long)> pressed)
+      : pressed_(std::move(pressed)) {}
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override {
@@ -56,13 +57,13 @@ class PressWatcher final : public QObject {
       const auto* press = static_cast<QMouseEvent*>(event);
       const QPointF p = press->globalPosition();
       if (press->button() == Qt::LeftButton || press->button() == Qt::RightButton)
-        pressed_({p.x(), p.y()});
+        pressed_({p.x(), p.y()}, press->timestamp());
     }
     return false;
   }
 
  private:
-  std::function<void(Point)> pressed_;
+  std::function<void(Point, unsigned long)> pressed_;
 };
 
 }  // namespace
@@ -174,8 +175,12 @@ void AppDelegate::launch() {
 
   // A press anywhere else closes the ring menu: in other applications and on the desktop, then
   // in our own windows.
-  deps_.windowSystem.watchPointerPresses([self] { self->pressedAt(self->deps_.mouseLocation()); });
-  pressWatcher_ = std::make_unique<PressWatcher>([self](Point p) { self->pressedAt(p); });
+  deps_.windowSystem.watchPointerPresses(
+      [self](unsigned long time) { self->pressedSomewhere(time); });
+  pressWatcher_ = std::make_unique<PressWatcher>([self](Point p, unsigned long time) {
+    self->lastOwnPress_ = time;
+    self->pressedAt(p);
+  });
   QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
 
   if (deps_.motionSetting) motion_ = deps_.motionSetting();
@@ -211,6 +216,19 @@ void AppDelegate::pressedAt(Point global) {
   const QPointF p(global.x - o.x, global.y - o.y);
   if (!panel_->isVisible() || !panel_->content().isInteractive(p))
     windowModel_.setRadialOpen(false);
+}
+
+void AppDelegate::pressedSomewhere(unsigned long time) {
+  // A press on a window of ours reaches us twice: from the window system, which knows no place,
+  // and as the window's own event, which does. That one may come a moment later, and the pointer
+  // may have moved on meanwhile (a right click on the orb, then straight to the ring), so the
+  // verdict waits for it; a press it matches was judged there.
+  std::weak_ptr<int> alive = alive_;
+  pressVerdicts_[time] = deps_.scheduler.after(0.1, [this, alive, time] {
+    if (alive.expired()) return;
+    if (time != lastOwnPress_) pressedAt(deps_.mouseLocation());
+    pressVerdicts_.erase(time);
+  });
 }
 
 void AppDelegate::setSystemCalm(bool calm) {

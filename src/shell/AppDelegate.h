@@ -87,6 +87,9 @@ class AppDelegate {
   // A left or right press at this global point, anywhere on the desktop: the open ring menu
   // closes unless the press is on one of the orb's controls.
   void pressedAt(Point global);
+  // A press somewhere on the desktop at this time, reported by the window system before or after
+  // a window of ours got it.
+  void pressedSomewhere(unsigned long time);
   // The desktop asks for less motion: the orb and the detail follow it.
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
@@ -149,6 +152,8 @@ class AppDelegate {
   std::unique_ptr<QObject> pressWatcher_;
   std::unique_ptr<DesktopMotionSetting> motion_;
   bool systemCalm_ = false;
+  unsigned long lastOwnPress_ = 0;
+  std::map<unsigned long, TimerHandle> pressVerdicts_;  // by the press's time
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };
 

@@ -26,9 +26,10 @@ class WindowSystem {
   virtual bool canExcludeFromCapture() const = 0;
   virtual void setExcludedFromCapture(QWidget& window, bool excluded) = 0;
   // Calls `pressed` for every left or right button press anywhere on the desktop, other
-  // applications' windows and the desktop itself included, without taking the press from them.
+  // applications' windows and the desktop itself included, without taking the press from them,
+  // with the press's time (the window system's milliseconds, as Qt's input events carry them).
   // Where the system cannot watch the pointer it never calls.
-  virtual void watchPointerPresses(std::function<void()> pressed) = 0;
+  virtual void watchPointerPresses(std::function<void(unsigned long time)> pressed) = 0;
 };
 
 // Ctrl+Alt+Space (id 1) and Ctrl+Alt+M (id 2), from any application. A key another program holds

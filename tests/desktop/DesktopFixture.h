@@ -20,10 +20,12 @@ struct RecordingWindowSystem final : WindowSystem {
   void showOnAllDesktops(QWidget&) override {}
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool on) override { excluded = on; }
-  void watchPointerPresses(std::function<void()> p) override { pressed = std::move(p); }
+  void watchPointerPresses(std::function<void(unsigned long)> p) override {
+    pressed = std::move(p);
+  }
   QRegion region;
   bool excluded = false;
-  std::function<void()> pressed;  // a press somewhere on the desktop
+  std::function<void(unsigned long time)> pressed;  // a press somewhere on the desktop
 };
 
 struct CapturedHotKeys final : GlobalHotKeys {
@@ -52,9 +54,14 @@ struct DesktopOptions {
 
 struct Desktop {
   using Options = DesktopOptions;
+  static Options notifierOnly(std::function<std::unique_ptr<StatusNotifier>()> notifier) {
+    Options o;
+    o.notifier = std::move(notifier);
+    return o;
+  }
 
   explicit Desktop(std::function<std::unique_ptr<StatusNotifier>()> notifier)
-      : Desktop(Options{.notifier = std::move(notifier)}) {}
+      : Desktop(notifierOnly(std::move(notifier))) {}
   explicit Desktop(Options options = {}) : screens(options.screens) {
     h.store.setData(AppModel::preferencesKey,
                     std::string(R"({"activeID":"600519","theme":"dark","reduceMotion":)") +

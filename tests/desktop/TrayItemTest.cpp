@@ -293,7 +293,9 @@ TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
     std::optional<FakePortal> portal;
     if (k.portal) portal.emplace(*k.portal);
     PortalMotionSetting setting(QDBusConnection::sessionBus());
-    if (portal) ASSERT_TRUE(QTest::qWaitFor([&] { return portal->reads == 2; }, 3000)) << k.what;
+    if (portal) {
+      ASSERT_TRUE(QTest::qWaitFor([&] { return portal->reads == 2; }, 3000)) << k.what;
+    }
     // The answers arrive after the reads were served.
     EXPECT_EQ(QTest::qWaitFor([&] { return setting.calm(); }, k.calm ? 3000 : 200), k.calm)
         << k.what;

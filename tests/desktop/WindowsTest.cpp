@@ -103,7 +103,8 @@ TEST(WatchlistRules, TiesKeepWatchlistOrderInEverySort) {
     WatchlistFilters f;
     f.sortOrder = sort;
     Strings ids;
-    for (const WatchlistEntry& e : visibleEntries(watchlist, quotes, f, now)) ids.push_back(e.symbol);
+    for (const WatchlistEntry& e : visibleEntries(watchlist, quotes, f, now))
+      ids.push_back(e.symbol);
     EXPECT_EQ(ids, watchlist) << sort;
   }
 }

@@ -217,7 +217,7 @@ if pixel_not 640 458 "$white"; then
   if wait_for 3 pressed_at 640 458; then
     ok "a click where the orb is drawn but takes no input reached the window below"
   else
-    fail "a click at (640,458), drawn but not in the input shape, did not reach the window below"
+    fail "a click at (640,458), drawn but not in the input shape, did not reach the window below; under the pointer $(under_pointer) (panel $panel, below $below); below saw: $(grep -o 'root:([0-9,]*)' "$tmp/below.log" | tail -3 | tr '\n' ' ')"
   fi
 else
   fail "nothing of the orb is drawn at (640,458)"
