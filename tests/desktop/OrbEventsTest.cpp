@@ -270,8 +270,9 @@ TEST(OrbKeys, EachKeyActs) {
     d.h.store.setData(AppDelegate::positionKey, "");
     QTest::keyClick(&d.delegate->panel(), Qt::Key(k.key));
     EXPECT_EQ(k.observe(d), k.expected) << k.what;
-    if (k.key == Qt::Key_Escape && k.expected == "at 64,400")  // the new place is kept
+    if (k.key == Qt::Key_Escape && k.expected == "at 64,400") {  // the new place is kept
       EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
+    }
   }
 }
 
