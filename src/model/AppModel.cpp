@@ -105,9 +105,18 @@ void AppModel::restorePreferences() {
   auto bytes = deps_.defaults.data(preferencesKey);
   if (!bytes) return;
   auto document = json::parse(*bytes);
-  if (!document) return;
-  auto p = preferencesFromJson(*document);
-  if (!p) return;
+  std::string badKey;
+  auto p = document ? preferencesFromJson(*document, &badKey) : std::nullopt;
+  if (!p) {
+    // The record is ignored as a whole, but a theme from a newer version or one mistyped field
+    // must not cost the user the rest: it is kept before the defaults are saved over it.
+    deps_.defaults.setData(preferencesUnreadableKey, *bytes);
+    const std::string problem = !document                ? "not JSON"
+                                : !document->is_object() ? "not a JSON object"
+                                                         : "field \"" + badKey + "\"";
+    setAside_.push_back({preferencesKey, problem, preferencesUnreadableKey, ""});
+    return;
+  }
   setActiveID(p->activeID);
   setTheme(p->theme);
   setReduceMotion(p->reduceMotion);

@@ -47,6 +47,10 @@ class AppModel {
   };
 
   static constexpr const char* preferencesKey = "tidemark.native.preferences.v2";
+  // An unreadable preferences record is moved here before the defaults are saved over it; the
+  // next unreadable one replaces it.
+  static constexpr const char* preferencesUnreadableKey =
+      "tidemark.native.preferences.unreadable.v2";
   static constexpr const char* watchlistKey = "tidemark.native.watchlist.v1";
   static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
   static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
@@ -58,6 +62,16 @@ class AppModel {
   static const std::vector<std::string>& defaultWatchlist();
   // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
   static Date embeddedSnapshotDate();
+
+  // A stored record that construction could not read (fully), kept aside before anything was
+  // saved over it.
+  struct SetAsideRecord {
+    std::string record;   // the store key, or the watchlist file's path
+    std::string problem;  // what could not be read, in English: "not JSON", "field \"theme\""
+    std::string keptAs;   // the key or file that holds it now; empty when it could not be moved
+    std::string failure;  // why it could not be moved; the file is then left alone this run
+    friend bool operator==(const SetAsideRecord&, const SetAsideRecord&) = default;
+  };
 
   // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
   // the notification queries and the network bootstrap.
@@ -140,6 +154,8 @@ class AppModel {
   bool alertNotificationsAuthorized() const { return alertNotificationsAuthorized_; }
   bool alertNotificationNeedsDelivery() const { return alertNotificationNeedsDelivery_; }
   const std::optional<std::filesystem::path>& watchlistURL() const { return watchlistURL_; }
+  // What construction set aside, for the app to tell the user.
+  const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
   const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
   int64_t sourceConfigRevision() const { return sourceConfigRevision_; }
   bool sourceBootstrapInFlight() const { return sourceBootstrapInFlight_; }
@@ -275,6 +291,7 @@ class AppModel {
   uint64_t alertGeneration_ = 0;        // counts setAlert calls, to match deliveries to them
   Bundle bundle_;
   std::optional<std::filesystem::path> watchlistURL_;
+  std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;
   TimerHandle timer_;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "support/ModelHarness.h"
@@ -19,22 +20,24 @@ Json storedRecord() {
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
   // Each merge patch edits the stored record (null removes a key); the theme shows whether the
-  // record was applied (aurora) or ignored (dark). StoredFormats reads a complete record back.
+  // record was applied (aurora) or ignored (dark). An ignored record is set aside under its
+  // problem before the defaults replace it. StoredFormats reads a complete record back.
   using enum AppTheme;
-  const std::tuple<const char*, AppTheme, double, double, int64_t> cases[] = {
+  const std::tuple<const char*, AppTheme, double, double, int64_t, const char*> cases[] = {
       {R"({"orbShowsName":null,"lastError":null,"alertPrice":null,"alertSymbolID":null})", aurora,
-       5.0, 132, 2},
-      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, 0},
-      {R"({"menuDensity":-1})", aurora, 5.0, 132, 0},
-      {R"({"masked":null})", dark, 2.6, 96, 0},
-      {R"({"theme":"neon"})", dark, 2.6, 96, 0},
-      {R"({"sourceMode":"staticJSON"})", dark, 2.6, 96, 0},
-      {R"({"masked":"yes"})", dark, 2.6, 96, 0},
-      {R"({"alertPrice":"1"})", dark, 2.6, 96, 0},
+       5.0, 132, 2, nullptr},
+      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, 0, nullptr},
+      {R"({"menuDensity":-1})", aurora, 5.0, 132, 0, nullptr},
+      {R"({"masked":null})", dark, 2.6, 96, 0, R"(field "masked")"},
+      {R"({"theme":"neon"})", dark, 2.6, 96, 0, R"(field "theme")"},
+      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, 0,
+       R"(field "sourceMode")"},
+      {R"({"masked":"yes"})", dark, 2.6, 96, 0, R"(field "masked")"},
+      {R"({"alertPrice":"1"})", dark, 2.6, 96, 0, R"(field "alertPrice")"},
       // A threshold that is not finite and positive is dropped, the rest applied.
-      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, 2},
+      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, 2, nullptr},
   };
-  for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity] : cases) {
+  for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity, problem] : cases) {
     ModelHarness h;
     Json record = storedRecord();
     record.merge_patch(*json::parse(patch));
@@ -45,7 +48,53 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
               std::tuple(theme, refreshInterval, orbSize, menuDensity))
         << patch;
     EXPECT_EQ(model->alertPrice(), std::nullopt) << patch;
+    std::vector<AppModel::SetAsideRecord> aside;
+    if (problem)
+      aside.push_back({"tidemark.native.preferences.v2", problem,
+                       "tidemark.native.preferences.unreadable.v2", ""});
+    EXPECT_EQ(model->setAsideRecords(), aside) << patch;
+    EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"),
+              problem ? std::optional(record.dump()) : std::nullopt)
+        << patch;
   }
+}
+
+// Records the store keys in the order they were first written.
+struct WriteOrder : MemoryKeyValueStore {
+  void setData(const std::string& key, const std::string& bytes) override {
+    if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
+    MemoryKeyValueStore::setData(key, bytes);
+  }
+  std::vector<std::string> keys;
+};
+
+TEST(Preferences, AnUnreadableRecordIsKeptBeforeTheDefaultsReplaceItAndOnlyTheNewest) {
+  ModelHarness h;
+  const std::pair<const char*, const char*> records[] = {
+      {"{\"theme\":\"dark\",", "not JSON"},
+      {"[\"dark\"]", "not a JSON object"},
+  };
+  for (const auto& [bytes, problem] : records) {
+    WriteOrder store;
+    store.setData("tidemark.native.preferences.v2", bytes);
+    store.keys.clear();
+    AppModel model({store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt}, std::nullopt,
+                   false, h.bundle);
+    EXPECT_EQ(model.setAsideRecords().at(0).problem, problem);
+    EXPECT_EQ(store.data("tidemark.native.preferences.unreadable.v2"), bytes);
+    ASSERT_GE(store.keys.size(), 2u);
+    EXPECT_EQ(store.keys[0], "tidemark.native.preferences.unreadable.v2");
+    EXPECT_EQ(model.theme(), AppTheme::dark);
+  }
+  // The defaults saved over it are readable: the next start sets nothing aside and keeps the
+  // kept record; a later unreadable one takes its place.
+  h.store.setData(AppModel::preferencesKey, "first");
+  h.make();
+  EXPECT_EQ(h.make()->setAsideRecords(), std::vector<AppModel::SetAsideRecord>{});
+  EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"), "first");
+  h.store.setData(AppModel::preferencesKey, "second");
+  h.make();
+  EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"), "second");
 }
 
 TEST(Preferences, AlertPricesMustBeFiniteAndPositive) {
