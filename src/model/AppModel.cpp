@@ -40,13 +40,15 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   restorePreferences();
   restoreSnapshotCache();
 
-  if (auto stored = readWatchlist()) {
+  std::string fileProblem;
+  if (auto stored = readWatchlist(&fileProblem)) {
     watchlist_ = std::move(*stored);
   } else {
     watchlist_ = defaultWatchlist();
   }
   if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
     activeID_ = watchlist_.empty() ? std::string() : watchlist_.front();
+  if (!fileProblem.empty()) setAsideWatchlistFile(std::move(fileProblem));
 
   ready_ = true;
   startFirstLoad();

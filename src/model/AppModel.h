@@ -240,6 +240,9 @@ class AppModel {
   void restoreSourceConfiguration();
   void restorePreferences();
   void restoreSnapshotCache();
+  // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
+  std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
+  void setAsideWatchlistFile(std::string problem);
   void startFirstLoad();
   void requestActiveIntraday();
   void loadMock(bool resetMock);
@@ -291,6 +294,8 @@ class AppModel {
   uint64_t alertGeneration_ = 0;        // counts setAlert calls, to match deliveries to them
   Bundle bundle_;
   std::optional<std::filesystem::path> watchlistURL_;
+  // An unreadable watchlist file that could not be moved aside is not written over.
+  bool watchlistFileHeld_ = false;
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;
