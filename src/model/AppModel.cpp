@@ -26,6 +26,13 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   lastRefreshStartedAt_ = now;
   lastRotationAt_ = now;
 
+  deps_.defaults.setWriteObserver(
+      guarded(std::function<void(const std::optional<StoreWriteFailure>&)>(
+          [this](const std::optional<StoreWriteFailure>& failure) {
+            if (static_cast<bool>(failure) != static_cast<bool>(settingsWriteFailure_))
+              assign(settingsWriteFailure_, failure);
+          })));
+
   if (watchlistURL) {
     watchlistURL_ = std::move(watchlistURL);
   } else if (deps_.applicationSupportDirectory) {

@@ -55,6 +55,8 @@ class AppModel {
   static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
   static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
   static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
+  // What the orb shows while settingsWriteFailure() holds a failure.
+  static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   static constexpr double staleAfter = 15;
   static constexpr double heartbeatInterval = 0.5;
   static constexpr double refreshDebounce = 0.18;
@@ -114,6 +116,12 @@ class AppModel {
   bool alertAbove() const { return alertAbove_; }
   bool alertTriggered() const { return alertTriggered_; }
   const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
+  // Why the settings cannot be saved: set by the first failed save after a good one (or since
+  // the start), cleared by the next good save; failures in between change nothing. So it
+  // changes, and notifies, once at each end of a streak of failures.
+  const std::optional<StoreWriteFailure>& settingsWriteFailure() const {
+    return settingsWriteFailure_;
+  }
 
   // Setters with their side effects.
   void setQuotes(std::vector<QuoteSnapshot> quotes);
@@ -286,6 +294,7 @@ class AppModel {
   bool alertAbove_ = true;
   bool alertTriggered_ = false;
   std::optional<std::string> alertSymbolID_;
+  std::optional<StoreWriteFailure> settingsWriteFailure_;
 
   // Unpublished.
   bool alertNotificationsAuthorized_ = false;

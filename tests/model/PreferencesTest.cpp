@@ -139,6 +139,43 @@ TEST(Preferences, SettersClampAndSave) {
   EXPECT_EQ(*saved, model->currentPreferences());
 }
 
+// Hands the test the observer the model registers, to report saves as a real store would.
+struct ReportingStore : MemoryKeyValueStore {
+  void setWriteObserver(WriteObserver o) override { observer = std::move(o); }
+  WriteObserver observer;
+};
+
+TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
+  ModelHarness h;
+  ReportingStore store;
+  auto model = std::make_unique<AppModel>(
+      AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
+      std::nullopt, false, h.bundle);
+  int changes = 0;
+  auto subscription = model->subscribe([&] { ++changes; });
+  const StoreWriteFailure denied{"/home/u/.config/Tidemark/Tidemark.conf", "Permission denied"};
+  const StoreWriteFailure full{"/home/u/.config/Tidemark/Tidemark.conf", "No space left on device"};
+  // Each save's outcome, then the published failure and whether subscribers heard of it.
+  const std::tuple<std::optional<StoreWriteFailure>, std::optional<StoreWriteFailure>, int>
+      steps[] = {
+          {std::nullopt, std::nullopt, 0},
+          {denied, denied, 1},
+          {denied, denied, 0},
+          {full, denied, 0},
+          {std::nullopt, std::nullopt, 1},
+          {std::nullopt, std::nullopt, 0},
+          {full, full, 1},
+      };
+  for (const auto& [outcome, published, told] : steps) {
+    changes = 0;
+    store.observer(outcome);
+    EXPECT_EQ(model->settingsWriteFailure(), published);
+    EXPECT_EQ(changes, told);
+  }
+  model.reset();
+  store.observer(denied);  // a save reported after the model is gone is dropped
+}
+
 // The defaults after a reset, also after a restart, and the kept watchlist and active symbol are
 // checked by the self-test; here the quotes follow the mode back and the list stays stored.
 TEST(Preferences, ResetGoesBackToTheDemonstrationQuotes) {
