@@ -59,33 +59,33 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
   }
 }
 
-// Records the store keys in the order they were first written.
-struct WriteOrder : MemoryKeyValueStore {
+// Logs the byte values written, in order, and hands the test the observer the model registers.
+struct LoggingStore : MemoryKeyValueStore {
   void setData(const std::string& key, const std::string& bytes) override {
-    if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
+    writes.emplace_back(key, bytes);
     MemoryKeyValueStore::setData(key, bytes);
   }
-  std::vector<std::string> keys;
+  void setWriteObserver(WriteObserver o) override { observer = std::move(o); }
+  std::vector<std::pair<std::string, std::string>> writes;
+  WriteObserver observer;
 };
+
+std::unique_ptr<AppModel> modelOn(LoggingStore& store, ModelHarness& h) {
+  store.writes.clear();
+  return std::make_unique<AppModel>(
+      AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
+      std::nullopt, false, h.bundle);
+}
 
 TEST(Preferences, AnUnreadableRecordIsKeptBeforeTheDefaultsReplaceItAndOnlyTheNewest) {
   ModelHarness h;
-  const std::pair<const char*, const char*> records[] = {
-      {"{\"theme\":\"dark\",", "not JSON"},
-      {"[\"dark\"]", "not a JSON object"},
-  };
-  for (const auto& [bytes, problem] : records) {
-    WriteOrder store;
-    store.setData("tidemark.native.preferences.v2", bytes);
-    store.keys.clear();
-    AppModel model({store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt}, std::nullopt,
-                   false, h.bundle);
-    EXPECT_EQ(model.setAsideRecords().at(0).problem, problem);
-    EXPECT_EQ(store.data("tidemark.native.preferences.unreadable.v2"), bytes);
-    ASSERT_GE(store.keys.size(), 2u);
-    EXPECT_EQ(store.keys[0], "tidemark.native.preferences.unreadable.v2");
-    EXPECT_EQ(model.theme(), AppTheme::dark);
-  }
+  LoggingStore store;
+  store.setData("tidemark.native.preferences.v2", R"(["dark"])");
+  auto model = modelOn(store, h);
+  EXPECT_EQ(model->setAsideRecords().at(0).problem, "not a JSON object");
+  EXPECT_EQ(store.writes.at(0).first, "tidemark.native.preferences.unreadable.v2");
+  EXPECT_EQ(store.writes.at(0).second, R"(["dark"])");
+  EXPECT_EQ(model->theme(), AppTheme::dark);
   // The defaults saved over it are readable: the next start sets nothing aside and keeps the
   // kept record; a later unreadable one takes its place.
   h.store.setData(AppModel::preferencesKey, "first");
@@ -104,25 +104,16 @@ TEST(Preferences, AlertPricesMustBeFiniteAndPositive) {
     EXPECT_EQ(validAlertPrice(bad), std::nullopt) << bad;
 }
 
-// Records the first preferences document written, to see what construction wrote first.
-struct FirstWrite : MemoryKeyValueStore {
-  void setData(const std::string& key, const std::string& bytes) override {
-    if (key == AppModel::preferencesKey && !first) first = bytes;
-    MemoryKeyValueStore::setData(key, bytes);
-  }
-  std::optional<std::string> first;
-};
-
 TEST(Preferences, NothingIsWrittenWhileRestoring) {
   ModelHarness h;
-  FirstWrite store;
+  LoggingStore store;
   store.setData(AppModel::preferencesKey, storedRecord().dump());
-  store.first.reset();
-  AppModel model({store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt}, std::nullopt,
-                 false, h.bundle);
-  ASSERT_TRUE(store.first);
+  auto model = modelOn(store, h);
+  auto first = std::find_if(store.writes.begin(), store.writes.end(),
+                            [](const auto& w) { return w.first == AppModel::preferencesKey; });
+  ASSERT_NE(first, store.writes.end());
   // Had any restoring setter saved, the first document would still show the default theme.
-  EXPECT_EQ(json::parse(*store.first)->at("theme"), "aurora");
+  EXPECT_EQ(json::parse(first->second)->at("theme"), "aurora");
 }
 
 TEST(Preferences, SettersClampAndSave) {
@@ -139,18 +130,10 @@ TEST(Preferences, SettersClampAndSave) {
   EXPECT_EQ(*saved, model->currentPreferences());
 }
 
-// Hands the test the observer the model registers, to report saves as a real store would.
-struct ReportingStore : MemoryKeyValueStore {
-  void setWriteObserver(WriteObserver o) override { observer = std::move(o); }
-  WriteObserver observer;
-};
-
 TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
   ModelHarness h;
-  ReportingStore store;
-  auto model = std::make_unique<AppModel>(
-      AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
-      std::nullopt, false, h.bundle);
+  LoggingStore store;
+  auto model = modelOn(store, h);
   int changes = 0;
   auto subscription = model->subscribe([&] { ++changes; });
   const StoreWriteFailure denied{"/home/u/.config/Tidemark/Tidemark.conf", "Permission denied"};
