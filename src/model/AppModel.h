@@ -55,7 +55,7 @@ class AppModel {
   static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
   static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
   static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
-  // What the orb shows while settingsWriteFailure() holds a failure.
+  // The orb's hint when settingsWriteFailure() becomes set.
   static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   static constexpr double staleAfter = 15;
   static constexpr double heartbeatInterval = 0.5;

@@ -12,9 +12,8 @@
 
 namespace tidemark {
 
-// The key-value store on QSettings: INI files under the XDG config folder on Linux. Writes are
-// kept on disk at the end of the event-loop turn that made them, and the observer hears how
-// that went.
+// The key-value store on QSettings: INI files under the XDG config folder on Linux. Writes reach
+// the file once the event loop runs again, and the observer hears how that went.
 class SettingsStore final : public KeyValueStore {
  public:
   // The user's standard store.
