@@ -17,6 +17,7 @@
 #include "app/Environment.h"
 #include "app/LiveSources.h"
 #include "app/SingleInstance.h"
+#include "app/StoreNotices.h"
 #include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
 #include "platform/QtScheduler.h"
@@ -156,6 +157,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   AppModel model({*store, clock, scheduler, live.data, notifier, applicationSupportDirectory(),
                   line.endpoints},
                  std::nullopt, true, bundle);
+  StoreNotices notices(model, store->fileName().toStdString(), std::cerr);
   auto windowSystem = makeWindowSystem();
   auto hotKeys = makeGlobalHotKeys();
   const WindowContentFactory windows = standardWindowContent(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,16 +9,30 @@
 
 namespace tidemark {
 
+// Why a store could not keep what it was given: the file it keeps its values in, and the
+// system's reason.
+struct StoreWriteFailure {
+  std::string path;
+  std::string reason;
+  friend bool operator==(const StoreWriteFailure&, const StoreWriteFailure&) = default;
+};
+
 // The user's settings store: byte values (JSON documents) and plain lists of strings under keys.
 // Reading a key that holds the other kind gives no value.
 class KeyValueStore {
  public:
+  // Told after each attempt to keep the values for good: the failure, or none once everything
+  // handed over so far is kept. One observer; a new one replaces the old.
+  using WriteObserver = std::function<void(const std::optional<StoreWriteFailure>&)>;
+
   virtual ~KeyValueStore() = default;
   virtual std::optional<std::string> data(const std::string& key) const = 0;
   virtual std::optional<std::vector<std::string>> stringArray(const std::string& key) const = 0;
   virtual void setData(const std::string& key, const std::string& bytes) = 0;
   virtual void setStringArray(const std::string& key, const std::vector<std::string>& values) = 0;
   virtual void remove(const std::string& key) = 0;
+  // Stores that keep nothing beyond memory have nothing to tell.
+  virtual void setWriteObserver(WriteObserver) {}
 };
 
 // A store that lives in memory only: throw-away runs and tests.

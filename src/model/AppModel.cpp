@@ -26,6 +26,13 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   lastRefreshStartedAt_ = now;
   lastRotationAt_ = now;
 
+  deps_.defaults.setWriteObserver(
+      guarded(std::function<void(const std::optional<StoreWriteFailure>&)>(
+          [this](const std::optional<StoreWriteFailure>& failure) {
+            if (static_cast<bool>(failure) != static_cast<bool>(settingsWriteFailure_))
+              assign(settingsWriteFailure_, failure);
+          })));
+
   if (watchlistURL) {
     watchlistURL_ = std::move(watchlistURL);
   } else if (deps_.applicationSupportDirectory) {
@@ -40,13 +47,15 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   restorePreferences();
   restoreSnapshotCache();
 
-  if (auto stored = readWatchlist()) {
+  std::string fileProblem;
+  if (auto stored = readWatchlist(&fileProblem)) {
     watchlist_ = std::move(*stored);
   } else {
     watchlist_ = defaultWatchlist();
   }
   if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
     activeID_ = watchlist_.empty() ? std::string() : watchlist_.front();
+  if (!fileProblem.empty()) setAsideWatchlistFile(std::move(fileProblem));
 
   ready_ = true;
   startFirstLoad();
@@ -105,9 +114,18 @@ void AppModel::restorePreferences() {
   auto bytes = deps_.defaults.data(preferencesKey);
   if (!bytes) return;
   auto document = json::parse(*bytes);
-  if (!document) return;
-  auto p = preferencesFromJson(*document);
-  if (!p) return;
+  std::string badKey;
+  auto p = document ? preferencesFromJson(*document, &badKey) : std::nullopt;
+  if (!p) {
+    // The record is ignored as a whole, but a theme from a newer version or one mistyped field
+    // must not cost the user the rest: it is kept before the defaults are saved over it.
+    deps_.defaults.setData(preferencesUnreadableKey, *bytes);
+    const std::string problem = !document                ? "not JSON"
+                                : !document->is_object() ? "not a JSON object"
+                                                         : "field \"" + badKey + "\"";
+    setAside_.push_back({preferencesKey, problem, preferencesUnreadableKey, ""});
+    return;
+  }
   setActiveID(p->activeID);
   setTheme(p->theme);
   setReduceMotion(p->reduceMotion);

@@ -47,10 +47,16 @@ class AppModel {
   };
 
   static constexpr const char* preferencesKey = "tidemark.native.preferences.v2";
+  // An unreadable preferences record is moved here before the defaults are saved over it; the
+  // next unreadable one replaces it.
+  static constexpr const char* preferencesUnreadableKey =
+      "tidemark.native.preferences.unreadable.v2";
   static constexpr const char* watchlistKey = "tidemark.native.watchlist.v1";
   static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
   static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
   static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
+  // The orb's hint when settingsWriteFailure() becomes set.
+  static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   static constexpr double staleAfter = 15;
   static constexpr double heartbeatInterval = 0.5;
   static constexpr double refreshDebounce = 0.18;
@@ -58,6 +64,16 @@ class AppModel {
   static const std::vector<std::string>& defaultWatchlist();
   // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
   static Date embeddedSnapshotDate();
+
+  // A stored record that construction could not read (fully), kept aside before anything was
+  // saved over it.
+  struct SetAsideRecord {
+    std::string record;   // the store key, or the watchlist file's path
+    std::string problem;  // what could not be read, in English: "not JSON", "field \"theme\""
+    std::string keptAs;   // the key or file that holds it now; empty when it could not be moved
+    std::string failure;  // why it could not be moved; the file is then left alone this run
+    friend bool operator==(const SetAsideRecord&, const SetAsideRecord&) = default;
+  };
 
   // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
   // the notification queries and the network bootstrap.
@@ -100,6 +116,12 @@ class AppModel {
   bool alertAbove() const { return alertAbove_; }
   bool alertTriggered() const { return alertTriggered_; }
   const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
+  // Why the settings cannot be saved: set by the first failed save after a good one (or since
+  // the start), cleared by the next good save; failures in between change nothing. So it
+  // changes, and notifies, once at each end of a streak of failures.
+  const std::optional<StoreWriteFailure>& settingsWriteFailure() const {
+    return settingsWriteFailure_;
+  }
 
   // Setters with their side effects.
   void setQuotes(std::vector<QuoteSnapshot> quotes);
@@ -140,6 +162,8 @@ class AppModel {
   bool alertNotificationsAuthorized() const { return alertNotificationsAuthorized_; }
   bool alertNotificationNeedsDelivery() const { return alertNotificationNeedsDelivery_; }
   const std::optional<std::filesystem::path>& watchlistURL() const { return watchlistURL_; }
+  // What construction set aside, for the app to tell the user.
+  const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
   const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
   int64_t sourceConfigRevision() const { return sourceConfigRevision_; }
   bool sourceBootstrapInFlight() const { return sourceBootstrapInFlight_; }
@@ -224,6 +248,9 @@ class AppModel {
   void restoreSourceConfiguration();
   void restorePreferences();
   void restoreSnapshotCache();
+  // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
+  std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
+  void setAsideWatchlistFile(std::string problem);
   void startFirstLoad();
   void requestActiveIntraday();
   void loadMock(bool resetMock);
@@ -267,6 +294,7 @@ class AppModel {
   bool alertAbove_ = true;
   bool alertTriggered_ = false;
   std::optional<std::string> alertSymbolID_;
+  std::optional<StoreWriteFailure> settingsWriteFailure_;
 
   // Unpublished.
   bool alertNotificationsAuthorized_ = false;
@@ -275,6 +303,9 @@ class AppModel {
   uint64_t alertGeneration_ = 0;        // counts setAlert calls, to match deliveries to them
   Bundle bundle_;
   std::optional<std::filesystem::path> watchlistURL_;
+  // An unreadable watchlist file that could not be moved aside is not written over.
+  bool watchlistFileHeld_ = false;
+  std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;
   TimerHandle timer_;

@@ -83,10 +83,24 @@ void AppModel::restoreWatchlist() {
 }
 
 std::optional<std::vector<std::string>> AppModel::readWatchlist() const {
+  return readWatchlist(nullptr);
+}
+
+std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fileProblem) const {
   std::optional<WatchlistBackup> newest;
   if (watchlistURL_) {
     std::error_code error;
-    if (auto bytes = readFile(*watchlistURL_, error)) newest = watchlistBackupFromBytes(*bytes);
+    size_t dropped = 0;
+    if (auto bytes = readFile(*watchlistURL_, error)) {
+      newest = watchlistBackupFromBytes(*bytes, &dropped);
+      if (fileProblem && !newest) *fileProblem = "not a watchlist record";
+      if (fileProblem && newest && dropped > 0)
+        *fileProblem = std::to_string(dropped) + " of " +
+                       std::to_string(dropped + newest->symbols.size()) +
+                       " symbols unreadable, dropped";
+    } else if (fileProblem && std::filesystem::is_regular_file(*watchlistURL_)) {
+      *fileProblem = error.message();
+    }
   }
   if (auto bytes = deps_.defaults.data(watchlistBackupKey)) {
     // On a tie the file, read first, wins.
@@ -98,6 +112,18 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist() const {
   return std::nullopt;
 }
 
+void AppModel::setAsideWatchlistFile(std::string problem) {
+  // "watchlist.json" → "watchlist.unreadable.json"; a later unreadable file replaces it.
+  std::filesystem::path aside = *watchlistURL_;
+  aside.replace_filename(watchlistURL_->stem().string() + ".unreadable" +
+                         watchlistURL_->extension().string());
+  std::error_code error;
+  std::filesystem::rename(*watchlistURL_, aside, error);
+  watchlistFileHeld_ = static_cast<bool>(error);
+  setAside_.push_back({watchlistURL_->string(), std::move(problem),
+                       error ? std::string() : aside.string(), error ? error.message() : ""});
+}
+
 void AppModel::saveWatchlist() {
   if (!ready_) return;
   // The store first, so it holds the newest list even when the file cannot be written.
@@ -105,7 +131,7 @@ void AppModel::saveWatchlist() {
   auto bytes = json::encode(toJson(WatchlistBackup{1, deps_.clock.now(), watchlist_}));
   if (!bytes) return;
   deps_.defaults.setData(watchlistBackupKey, *bytes);
-  if (!watchlistURL_) return;
+  if (!watchlistURL_ || watchlistFileHeld_) return;
   std::error_code error;
   std::filesystem::create_directories(watchlistURL_->parent_path(), error);
   if (error) return;

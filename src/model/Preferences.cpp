@@ -43,51 +43,43 @@ Json toJson(const Preferences& p) {
   return object;
 }
 
-std::optional<Preferences> preferencesFromJson(const Json& object) {
+std::optional<Preferences> preferencesFromJson(const Json& object, std::string* badKey) {
   using namespace json;
+  if (badKey) badKey->clear();
   if (!object.is_object()) return std::nullopt;
-  auto activeID = string(object, "activeID");
-  auto theme = enumeration<AppTheme>(object, "theme");
-  auto reduceMotion = boolean(object, "reduceMotion");
-  auto refreshInterval = number(object, "refreshInterval");
-  auto sourceMode = enumeration<SourceMode>(object, "sourceMode");
-  auto masked = boolean(object, "masked");
-  auto orbSize = number(object, "orbSize");
-  auto autoRotate = boolean(object, "autoRotate");
-  auto menuDensity = integer(object, "menuDensity");
-  auto phase = enumeration<QuotePhase>(object, "phase");
-  auto latencyMS = integer(object, "latencyMS");
-  auto updatedAt = date(object, "updatedAt");
-  auto onboardingSeen = boolean(object, "onboardingSeen");
-  auto alertAbove = boolean(object, "alertAbove");
-  auto alertTriggered = boolean(object, "alertTriggered");
-  if (!activeID || !theme || !reduceMotion || !refreshInterval || !sourceMode || !masked ||
-      !orbSize || !autoRotate || !menuDensity || !phase || !latencyMS || !updatedAt ||
-      !onboardingSeen || !alertAbove || !alertTriggered)
-    return std::nullopt;
-
   Preferences p;
-  p.activeID = *activeID;
-  p.theme = *theme;
-  p.reduceMotion = *reduceMotion;
-  p.refreshInterval = *refreshInterval;
-  p.sourceMode = *sourceMode;
-  p.masked = *masked;
-  p.orbSize = *orbSize;
-  p.autoRotate = *autoRotate;
-  p.menuDensity = *menuDensity;
-  p.phase = *phase;
-  p.latencyMS = *latencyMS;
-  p.updatedAt = *updatedAt;
-  p.onboardingSeen = *onboardingSeen;
-  p.alertAbove = *alertAbove;
-  p.alertTriggered = *alertTriggered;
-  if (!readOptional(object, "orbShowsName", p.orbShowsName, boolean) ||
-      !readOptional(object, "lastError", p.lastError, string) ||
-      !readOptional(object, "alertPrice", p.alertPrice, number) ||
-      !readOptional(object, "alertSymbolID", p.alertSymbolID, string))
-    return std::nullopt;
-  return p;
+  std::string_view bad;
+  const auto take = [&bad]<class T>(std::optional<T> value, std::string_view key, T& out) {
+    if (value)
+      out = std::move(*value);
+    else if (bad.empty())
+      bad = key;
+  };
+  const auto takeOptional = [&bad, &object](const char* key, auto& out, auto read) {
+    if (!readOptional(object, key, out, read) && bad.empty()) bad = key;
+  };
+  take(string(object, "activeID"), "activeID", p.activeID);
+  take(enumeration<AppTheme>(object, "theme"), "theme", p.theme);
+  take(boolean(object, "reduceMotion"), "reduceMotion", p.reduceMotion);
+  take(number(object, "refreshInterval"), "refreshInterval", p.refreshInterval);
+  take(enumeration<SourceMode>(object, "sourceMode"), "sourceMode", p.sourceMode);
+  take(boolean(object, "masked"), "masked", p.masked);
+  take(number(object, "orbSize"), "orbSize", p.orbSize);
+  take(boolean(object, "autoRotate"), "autoRotate", p.autoRotate);
+  take(integer(object, "menuDensity"), "menuDensity", p.menuDensity);
+  takeOptional("orbShowsName", p.orbShowsName, boolean);
+  take(enumeration<QuotePhase>(object, "phase"), "phase", p.phase);
+  takeOptional("lastError", p.lastError, string);
+  take(integer(object, "latencyMS"), "latencyMS", p.latencyMS);
+  take(date(object, "updatedAt"), "updatedAt", p.updatedAt);
+  take(boolean(object, "onboardingSeen"), "onboardingSeen", p.onboardingSeen);
+  takeOptional("alertPrice", p.alertPrice, number);
+  take(boolean(object, "alertAbove"), "alertAbove", p.alertAbove);
+  take(boolean(object, "alertTriggered"), "alertTriggered", p.alertTriggered);
+  takeOptional("alertSymbolID", p.alertSymbolID, string);
+  if (bad.empty()) return p;
+  if (badKey) *badKey = bad;
+  return std::nullopt;
 }
 
 double clampedRefreshInterval(double seconds) {

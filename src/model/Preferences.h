@@ -38,8 +38,9 @@ struct Preferences {
 // Keys in field order; an absent optional is left out.
 Json toJson(const Preferences& preferences);
 // The four optional keys may be missing (or null); a missing required key, a value of the wrong
-// type or an unknown raw value rejects the whole record.
-std::optional<Preferences> preferencesFromJson(const Json& object);
+// type or an unknown raw value rejects the whole record, and `badKey` names the first such key
+// (empty when the document is not an object).
+std::optional<Preferences> preferencesFromJson(const Json& object, std::string* badKey = nullptr);
 
 // The allowed values of the clamped settings, and what replaces anything else.
 double clampedRefreshInterval(double seconds);  // 0, 2.6, 5.0 → else 2.6

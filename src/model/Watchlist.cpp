@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "core/Text.h"
+#include "sources/TextDecoding.h"
 
 namespace tidemark {
 namespace {
@@ -94,8 +95,11 @@ Json toJson(const WatchlistBackup& backup) {
               {"symbols", backup.symbols}};
 }
 
-std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes) {
-  auto document = json::parse(bytes);
+std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes, size_t* dropped) {
+  // The JSON parser refuses a document with a single stray byte. Marking each invalid sequence
+  // with U+FFFD lets the document parse; a byte outside a string still fails it.
+  const bool repaired = !isValidUTF8(bytes);
+  auto document = repaired ? json::parse(repairUTF8(bytes)) : json::parse(bytes);
   if (!document || !document->is_object()) return std::nullopt;
   auto version = json::integer(*document, "version");
   auto exportedAt = json::date(*document, "exportedAt");
@@ -103,10 +107,18 @@ std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes) 
   if (!version || !exportedAt || symbols == document->end() || !symbols->is_array())
     return std::nullopt;
   WatchlistBackup backup{*version, *exportedAt, {}};
+  constexpr std::string_view marker = "\xEF\xBF\xBD";  // U+FFFD
+  size_t bad = 0;
   for (const Json& symbol : *symbols) {
-    if (!symbol.is_string()) return std::nullopt;
-    backup.symbols.push_back(symbol.get<std::string>());
+    const std::string* text = symbol.is_string() ? &symbol.get_ref<const std::string&>() : nullptr;
+    // A repaired document cannot tell a marked byte from a stored U+FFFD; no symbol holds one.
+    if (!text || (repaired && text->find(marker) != std::string::npos)) {
+      ++bad;
+      continue;
+    }
+    backup.symbols.push_back(*text);
   }
+  if (dropped) *dropped = bad;
   return backup;
 }
 

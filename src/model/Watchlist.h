@@ -36,7 +36,10 @@ struct WatchlistBackup {
 
 // Stored form: keys in field order, the date as seconds since 2001-01-01T00:00:00Z.
 Json toJson(const WatchlistBackup& backup);
-std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes);
+// One bad entry does not cost the list: an entry that is not a string, or holds bytes that are
+// not UTF-8, is dropped and counted in `dropped`. Anything else amiss rejects the record.
+std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes,
+                                                        size_t* dropped = nullptr);
 // Export form: pretty-printed, keys sorted, the date as ISO 8601 text.
 std::string exportText(const WatchlistBackup& backup);
 

@@ -1,10 +1,20 @@
 #include "platform/SettingsStore.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QStringList>
+
+#include "core/FileIO.h"
 
 namespace tidemark {
 namespace {
@@ -13,12 +23,36 @@ QString key(const std::string& k) {
   return QString::fromStdString(k);
 }
 
+// QSettings says only that it could not write. Taking its steps again finds the system's
+// reason: the folder, the file itself, then a new file beside it at least as large as the file
+// (a full disk shows only when data is written).
+std::string whyUnwritable(const std::filesystem::path& file) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::create_directories(file.parent_path(), error);
+  if (error) return error.message();
+  if (fs::exists(file, error)) {
+    const int fd = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd < 0) return std::generic_category().message(errno);
+    ::close(fd);
+  }
+  const uintmax_t size = fs::file_size(file, error);
+  const fs::path probe = file.string() + ".write-check";
+  error =
+      writeFileAtomically(probe, std::string(std::max<uintmax_t>(error ? 0 : size, 4096), '\n'));
+  std::error_code ignored;
+  fs::remove(probe, ignored);
+  if (error) return error.message();
+  return "the file could not be written";
+}
+
 }  // namespace
 
 std::unique_ptr<SettingsStore> SettingsStore::standard() {
-  return std::unique_ptr<SettingsStore>(new SettingsStore(
-      std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
-                                  QStringLiteral("Tidemark"), QStringLiteral("Tidemark"))));
+  return std::unique_ptr<SettingsStore>(new SettingsStore([] {
+    return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
+                                       QStringLiteral("Tidemark"), QStringLiteral("Tidemark"));
+  }));
 }
 
 QString SettingsStore::suitePath(const std::string& name) {
@@ -50,7 +84,8 @@ bool SettingsStore::removeSuite(const std::string& name) {
 }
 
 SettingsStore::SettingsStore(const QString& iniPath)
-    : settings_(std::make_unique<QSettings>(iniPath, QSettings::IniFormat)) {}
+    : SettingsStore(
+          [iniPath] { return std::make_unique<QSettings>(iniPath, QSettings::IniFormat); }) {}
 
 std::optional<std::string> SettingsStore::data(const std::string& k) const {
   const QVariant value = settings_->value(key(k));
@@ -80,6 +115,7 @@ std::optional<std::vector<std::string>> SettingsStore::stringArray(const std::st
 
 void SettingsStore::setData(const std::string& k, const std::string& bytes) {
   settings_->setValue(key(k), QByteArray::fromStdString(bytes));
+  scheduleSync();
 }
 
 void SettingsStore::setStringArray(const std::string& k, const std::vector<std::string>& values) {
@@ -87,15 +123,44 @@ void SettingsStore::setStringArray(const std::string& k, const std::vector<std::
   list.reserve(static_cast<qsizetype>(values.size()));
   for (const std::string& s : values) list.push_back(QString::fromStdString(s));
   settings_->setValue(key(k), list);
+  scheduleSync();
 }
 
 void SettingsStore::remove(const std::string& k) {
   settings_->remove(key(k));
+  scheduleSync();
+}
+
+void SettingsStore::scheduleSync() {
+  if (syncPending_) return;
+  syncPending_ = true;
+  QMetaObject::invokeMethod(
+      &syncContext_,
+      [this] {
+        if (syncPending_) sync();
+      },
+      Qt::QueuedConnection);
 }
 
 bool SettingsStore::sync() {
+  syncPending_ = false;
   settings_->sync();
-  return settings_->status() == QSettings::NoError;
+  if (settings_->status() != QSettings::NoError) {
+    // QSettings keeps the first error it met for good. A fresh object on the same file starts
+    // clean and tries the write again at once; Qt shares one copy of a file's values among the
+    // objects open on it, so what is not yet written carries over while the old one lives.
+    auto fresh = open_();
+    settings_.swap(fresh);
+  }
+  const bool kept = settings_->status() == QSettings::NoError;
+  if (observer_) {
+    if (kept)
+      observer_(std::nullopt);
+    else
+      observer_(
+          StoreWriteFailure{fileName().toStdString(), whyUnwritable(fileName().toStdString())});
+  }
+  return kept;
 }
 
 }  // namespace tidemark

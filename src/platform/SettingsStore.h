@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
+#include <QObject>
 #include <QSettings>
 #include <QString>
 
@@ -10,7 +12,8 @@
 
 namespace tidemark {
 
-// The key-value store on QSettings: INI files under the XDG config folder on Linux.
+// The key-value store on QSettings: INI files under the XDG config folder on Linux. Writes reach
+// the file once the event loop runs again, and the observer hears how that went.
 class SettingsStore final : public KeyValueStore {
  public:
   // The user's standard store.
@@ -28,14 +31,22 @@ class SettingsStore final : public KeyValueStore {
   void setData(const std::string& key, const std::string& bytes) override;
   void setStringArray(const std::string& key, const std::vector<std::string>& values) override;
   void remove(const std::string& key) override;
+  void setWriteObserver(WriteObserver observer) override { observer_ = std::move(observer); }
 
-  // Writes pending changes now; false when the file could not be written.
+  // Writes pending changes now and tells the observer; false when the file could not be written.
   bool sync();
   QString fileName() const { return settings_->fileName(); }
 
  private:
-  explicit SettingsStore(std::unique_ptr<QSettings> settings) : settings_(std::move(settings)) {}
+  using Open = std::function<std::unique_ptr<QSettings>()>;
+  explicit SettingsStore(Open open) : open_(std::move(open)), settings_(open_()) {}
+  void scheduleSync();
+
+  Open open_;
   std::unique_ptr<QSettings> settings_;
+  WriteObserver observer_;
+  bool syncPending_ = false;
+  QObject syncContext_;  // a sync still queued goes with the store
 };
 
 }  // namespace tidemark

@@ -29,8 +29,9 @@ struct Outcome {
 
 class CommandLine : public testing::Test {
  protected:
-  // Starts the binary in the private home with the arguments separated by single blanks.
-  void start(QProcess& process, const std::string& arguments) {
+  // Starts the binary in the private home with the arguments separated by single blanks; the
+  // desktop app on the off-screen platform with a runtime folder of its own.
+  void start(QProcess& process, const std::string& arguments, bool desktop = false) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "TMPDIR"}) {
       const auto dir = home.path() / name;
@@ -40,6 +41,13 @@ class CommandLine : public testing::Test {
     // As on a machine without a desktop session.
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
       environment.remove(QString::fromLatin1(name));
+    if (desktop) {
+      const auto runtime = home.path() / "XDG_RUNTIME_DIR";
+      std::filesystem::create_directories(runtime);
+      std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+      environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QString::fromStdString(runtime));
+      environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    }
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TIDEMARK_BINARY),
                   QString::fromStdString(arguments).split(u' ', Qt::SkipEmptyParts));
@@ -143,6 +151,61 @@ TEST_F(CommandLine, QuotesReadTheUsersWatchlistWithoutWritingIt) {
   std::error_code error;
   EXPECT_EQ(readFile(file, error), saved);
   EXPECT_EQ(filesLeft(), std::vector<std::string>{"XDG_DATA_HOME/Tidemark/watchlist.json"});
+}
+
+TEST_F(CommandLine, TheDesktopAppSaysWhatItSetAsideAndOnceThatSettingsCannotBeSaved) {
+  const auto config = home.path() / "XDG_CONFIG_HOME" / "Tidemark";
+  const auto data = home.path() / "XDG_DATA_HOME" / "Tidemark";
+  std::filesystem::create_directories(config);
+  std::filesystem::create_directories(data);
+  const QString settingsFile = QString::fromStdString(config / "Tidemark.conf");
+  SettingsStore(settingsFile).setData(AppModel::preferencesKey, R"({"theme":"midnight")");
+  std::ofstream(data / "watchlist.json") << "{broken";
+  // Runs the desktop app until its standard error holds `line`, and `more` ms longer; it takes
+  // SIGTERM as a quit only once it has started.
+  const auto desktop = [this](const std::string& line, int more) {
+    QProcess process;
+    start(process, "", true);
+    std::string err;
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+          return (err += process.readAllStandardError().toStdString()).find(line) !=
+                 std::string::npos;
+        },
+        20000))
+        << err;
+    QTest::qWait(more);
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished(10000));
+    return err + process.readAllStandardError().toStdString();
+  };
+
+  // A look at the quotes leaves everything as it was, unreadable parts included.
+  EXPECT_EQ(run("--quotes").code, 0);
+  EXPECT_FALSE(std::filesystem::exists(data / "watchlist.unreadable.json"));
+
+  const std::string watchlistLine =
+      "tidemark: could not read the watchlist file " + (data / "watchlist.json").string() +
+      " (not a watchlist record); kept as " + (data / "watchlist.unreadable.json").string() + "\n";
+  const std::string err = desktop(watchlistLine, 1500);
+  EXPECT_NE(err.find("tidemark: could not read the stored settings (not JSON); kept as "
+                     "tidemark.native.preferences.unreadable.v2 in " +
+                     settingsFile.toStdString() + "; the defaults are used\n"),
+            std::string::npos)
+      << err;
+  EXPECT_EQ(SettingsStore(settingsFile).data("tidemark.native.preferences.unreadable.v2"),
+            R"({"theme":"midnight")");
+  std::error_code error;
+  EXPECT_EQ(readFile(data / "watchlist.unreadable.json", error), "{broken");
+
+  // A plain file where the settings folder belongs: told once over several failed saves.
+  std::filesystem::remove_all(config);
+  std::ofstream(config) << "in the way";
+  const std::string failure = "tidemark: settings cannot be saved: " + settingsFile.toStdString() +
+                              ": Not a directory; changes last until tidemark quits\n";
+  const std::string blocked = desktop(failure, 3500);
+  EXPECT_EQ(blocked.find(failure), blocked.rfind(failure)) << blocked;
+  EXPECT_EQ(blocked.find("could not read"), std::string::npos) << blocked;
 }
 
 TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPath) {

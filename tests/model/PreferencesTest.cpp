@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "support/ModelHarness.h"
@@ -19,22 +20,24 @@ Json storedRecord() {
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
   // Each merge patch edits the stored record (null removes a key); the theme shows whether the
-  // record was applied (aurora) or ignored (dark). StoredFormats reads a complete record back.
+  // record was applied (aurora) or ignored (dark). An ignored record is set aside under its
+  // problem before the defaults replace it. StoredFormats reads a complete record back.
   using enum AppTheme;
-  const std::tuple<const char*, AppTheme, double, double, int64_t> cases[] = {
+  const std::tuple<const char*, AppTheme, double, double, int64_t, const char*> cases[] = {
       {R"({"orbShowsName":null,"lastError":null,"alertPrice":null,"alertSymbolID":null})", aurora,
-       5.0, 132, 2},
-      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, 0},
-      {R"({"menuDensity":-1})", aurora, 5.0, 132, 0},
-      {R"({"masked":null})", dark, 2.6, 96, 0},
-      {R"({"theme":"neon"})", dark, 2.6, 96, 0},
-      {R"({"sourceMode":"staticJSON"})", dark, 2.6, 96, 0},
-      {R"({"masked":"yes"})", dark, 2.6, 96, 0},
-      {R"({"alertPrice":"1"})", dark, 2.6, 96, 0},
+       5.0, 132, 2, nullptr},
+      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, 0, nullptr},
+      {R"({"menuDensity":-1})", aurora, 5.0, 132, 0, nullptr},
+      {R"({"masked":null})", dark, 2.6, 96, 0, R"(field "masked")"},
+      {R"({"theme":"neon"})", dark, 2.6, 96, 0, R"(field "theme")"},
+      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, 0,
+       R"(field "sourceMode")"},
+      {R"({"masked":"yes"})", dark, 2.6, 96, 0, R"(field "masked")"},
+      {R"({"alertPrice":"1"})", dark, 2.6, 96, 0, R"(field "alertPrice")"},
       // A threshold that is not finite and positive is dropped, the rest applied.
-      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, 2},
+      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, 2, nullptr},
   };
-  for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity] : cases) {
+  for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity, problem] : cases) {
     ModelHarness h;
     Json record = storedRecord();
     record.merge_patch(*json::parse(patch));
@@ -45,7 +48,53 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
               std::tuple(theme, refreshInterval, orbSize, menuDensity))
         << patch;
     EXPECT_EQ(model->alertPrice(), std::nullopt) << patch;
+    std::vector<AppModel::SetAsideRecord> aside;
+    if (problem)
+      aside.push_back({"tidemark.native.preferences.v2", problem,
+                       "tidemark.native.preferences.unreadable.v2", ""});
+    EXPECT_EQ(model->setAsideRecords(), aside) << patch;
+    EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"),
+              problem ? std::optional(record.dump()) : std::nullopt)
+        << patch;
   }
+}
+
+// Logs the byte values written, in order, and hands the test the observer the model registers.
+struct LoggingStore : MemoryKeyValueStore {
+  void setData(const std::string& key, const std::string& bytes) override {
+    writes.emplace_back(key, bytes);
+    MemoryKeyValueStore::setData(key, bytes);
+  }
+  void setWriteObserver(WriteObserver o) override { observer = std::move(o); }
+  std::vector<std::pair<std::string, std::string>> writes;
+  WriteObserver observer;
+};
+
+std::unique_ptr<AppModel> modelOn(LoggingStore& store, ModelHarness& h) {
+  store.writes.clear();
+  return std::make_unique<AppModel>(
+      AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
+      std::nullopt, false, h.bundle);
+}
+
+TEST(Preferences, AnUnreadableRecordIsKeptBeforeTheDefaultsReplaceItAndOnlyTheNewest) {
+  ModelHarness h;
+  LoggingStore store;
+  store.setData("tidemark.native.preferences.v2", R"(["dark"])");
+  auto model = modelOn(store, h);
+  EXPECT_EQ(model->setAsideRecords().at(0).problem, "not a JSON object");
+  EXPECT_EQ(store.writes.at(0).first, "tidemark.native.preferences.unreadable.v2");
+  EXPECT_EQ(store.writes.at(0).second, R"(["dark"])");
+  EXPECT_EQ(model->theme(), AppTheme::dark);
+  // The defaults saved over it are readable: the next start sets nothing aside and keeps the
+  // kept record; a later unreadable one takes its place.
+  h.store.setData(AppModel::preferencesKey, "first");
+  h.make();
+  EXPECT_EQ(h.make()->setAsideRecords(), std::vector<AppModel::SetAsideRecord>{});
+  EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"), "first");
+  h.store.setData(AppModel::preferencesKey, "second");
+  h.make();
+  EXPECT_EQ(h.store.data("tidemark.native.preferences.unreadable.v2"), "second");
 }
 
 TEST(Preferences, AlertPricesMustBeFiniteAndPositive) {
@@ -55,25 +104,16 @@ TEST(Preferences, AlertPricesMustBeFiniteAndPositive) {
     EXPECT_EQ(validAlertPrice(bad), std::nullopt) << bad;
 }
 
-// Records the first preferences document written, to see what construction wrote first.
-struct FirstWrite : MemoryKeyValueStore {
-  void setData(const std::string& key, const std::string& bytes) override {
-    if (key == AppModel::preferencesKey && !first) first = bytes;
-    MemoryKeyValueStore::setData(key, bytes);
-  }
-  std::optional<std::string> first;
-};
-
 TEST(Preferences, NothingIsWrittenWhileRestoring) {
   ModelHarness h;
-  FirstWrite store;
+  LoggingStore store;
   store.setData(AppModel::preferencesKey, storedRecord().dump());
-  store.first.reset();
-  AppModel model({store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt}, std::nullopt,
-                 false, h.bundle);
-  ASSERT_TRUE(store.first);
+  auto model = modelOn(store, h);
+  auto first = std::find_if(store.writes.begin(), store.writes.end(),
+                            [](const auto& w) { return w.first == AppModel::preferencesKey; });
+  ASSERT_NE(first, store.writes.end());
   // Had any restoring setter saved, the first document would still show the default theme.
-  EXPECT_EQ(json::parse(*store.first)->at("theme"), "aurora");
+  EXPECT_EQ(json::parse(first->second)->at("theme"), "aurora");
 }
 
 TEST(Preferences, SettersClampAndSave) {
@@ -88,6 +128,35 @@ TEST(Preferences, SettersClampAndSave) {
   // What each setter writes is pinned in StoredFormats; here the clamped values are saved.
   auto saved = preferencesFromJson(*json::parse(*h.store.data(AppModel::preferencesKey)));
   EXPECT_EQ(*saved, model->currentPreferences());
+}
+
+TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
+  ModelHarness h;
+  LoggingStore store;
+  auto model = modelOn(store, h);
+  int changes = 0;
+  auto subscription = model->subscribe([&] { ++changes; });
+  const StoreWriteFailure denied{"/home/u/.config/Tidemark/Tidemark.conf", "Permission denied"};
+  const StoreWriteFailure full{"/home/u/.config/Tidemark/Tidemark.conf", "No space left on device"};
+  // Each save's outcome, then the published failure and whether subscribers heard of it.
+  const std::tuple<std::optional<StoreWriteFailure>, std::optional<StoreWriteFailure>, int>
+      steps[] = {
+          {std::nullopt, std::nullopt, 0},
+          {denied, denied, 1},
+          {denied, denied, 0},
+          {full, denied, 0},
+          {std::nullopt, std::nullopt, 1},
+          {std::nullopt, std::nullopt, 0},
+          {full, full, 1},
+      };
+  for (const auto& [outcome, published, told] : steps) {
+    changes = 0;
+    store.observer(outcome);
+    EXPECT_EQ(model->settingsWriteFailure(), published);
+    EXPECT_EQ(changes, told);
+  }
+  model.reset();
+  store.observer(denied);  // a save reported after the model is gone is dropped
 }
 
 // The defaults after a reset, also after a restart, and the kept watchlist and active symbol are

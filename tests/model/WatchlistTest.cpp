@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "core/FileIO.h"
 #include "support/ModelHarness.h"
 
 namespace tidemark {
@@ -28,6 +29,32 @@ TEST(WatchlistRules, RecognisedSymbols) {
   for (const char* s :
        {"UNKNOWN", "6005190", "0070", "BRK.", "BRK.BBB", "N VDA", "", "贵州茅台", "600519X", ".B"})
     EXPECT_FALSE(isRecognizedSymbol(s)) << s;
+}
+
+TEST(WatchlistRules, ABadEntryCostsOnlyItself) {
+  // Stored records: symbols kept and entries dropped, or no record at all.
+  using Read = std::optional<std::pair<List, size_t>>;
+  const std::pair<std::string, Read> cases[] = {
+      {R"({"version":1,"exportedAt":0,"symbols":["600519","00700"]})", {{{"600519", "00700"}, 0}}},
+      {"{\"version\":1,\"exportedAt\":0,\"symbols\":[\"600519\",\"N\xffVDA\",\"00700\"]}",
+       {{{"600519", "00700"}, 1}}},
+      {R"({"version":1,"exportedAt":0,"symbols":["NVDA",7,null,["x"],"03033"]})",
+       {{{"NVDA", "03033"}, 3}}},
+      // A stored U+FFFD is text like any other, unless bad bytes needed marking too.
+      {"{\"version\":1,\"exportedAt\":0,\"symbols\":[\"A\xef\xbf\xbd\"]}", {{{"A\uFFFD"}, 0}}},
+      {"{\"version\":1,\"exportedAt\":0,\"symbols\":[\"A\xef\xbf\xbd\",\"\xc3\",\"B\"]}",
+       {{{"B"}, 2}}},
+      // Bad bytes outside a symbol, or where an escape should be, are not one entry's loss.
+      {"{\"version\":1,\"exportedAt\":0\xff,\"symbols\":[\"600519\"]}", std::nullopt},
+      {"{\"version\":1,\"exportedAt\":0,\"symbols\":[\"6\\\xff\"]}", std::nullopt},
+      {R"({"version":1,"symbols":["600519"]})", std::nullopt},
+      {R"({"version":1,"exportedAt":0,"symbols":"600519"})", std::nullopt},
+  };
+  for (const auto& [bytes, expected] : cases) {
+    size_t dropped = 99;
+    auto backup = watchlistBackupFromBytes(bytes, &dropped);
+    EXPECT_EQ(backup ? Read({{backup->symbols, dropped}}) : std::nullopt, expected) << bytes;
+  }
 }
 
 // The default list, removing the active symbol, emptying the list, rotation past symbols without
@@ -75,6 +102,50 @@ TEST(Watchlist, AnEmptyPlainListStaysEmptyAndIsTheLastResort) {
   std::ofstream(file) << "{broken";
   h.store.setStringArray(AppModel::watchlistKey, {"03033", " 03033"});
   EXPECT_EQ(h.make()->watchlist(), (List{"03033"}));  // the plain list is the last resort
+}
+
+TEST(Watchlist, AnUnreadableFileIsMovedAsideBeforeItIsReplaced) {
+  const std::string start = R"({"version":1,"exportedAt":816832800.0,"symbols":)";
+  const std::tuple<std::string, List, const char*> cases[] = {
+      {start + "[\"600519\",\"\xff\xfe\",\"00700\"]}",
+       {"600519", "00700"},
+       "1 of 3 symbols unreadable, dropped"},
+      // The store's backup is older, yet the only readable list.
+      {"{broken", {"03033"}, "not a watchlist record"},
+      {start + "[\"600519\",\"00700\"]}", {"600519", "00700"}, nullptr},
+  };
+  for (const auto& [bytes, list, problem] : cases) {
+    ModelHarness h;
+    const auto file = h.folder.path() / "watchlist.json";
+    const auto aside = h.folder.path() / "watchlist.unreadable.json";
+    std::ofstream(file) << bytes;
+    h.store.setData(AppModel::watchlistBackupKey,
+                    R"({"version":1,"exportedAt":0.0,"symbols":["03033"]})");
+    auto m = h.make();
+    EXPECT_EQ(m->watchlist(), list) << bytes;
+    std::error_code error;
+    EXPECT_EQ(readFile(file, error),
+              start + (list.size() == 2 ? R"(["600519","00700"]})" : R"(["03033"]})"));
+    std::vector<AppModel::SetAsideRecord> expected;
+    if (problem) expected.push_back({file.string(), problem, aside.string(), ""});
+    EXPECT_EQ(m->setAsideRecords(), expected);
+    EXPECT_EQ(readFile(aside, error), problem ? std::optional(bytes) : std::nullopt);
+  }
+}
+
+TEST(Watchlist, AnUnreadableFileThatCannotBeMovedIsLeftAlone) {
+  ModelHarness h;
+  const auto file = h.folder.path() / "watchlist.json";
+  std::filesystem::create_directories(h.folder.path() / "watchlist.unreadable.json" / "x");
+  std::ofstream(file) << "{broken";
+  auto m = h.make();
+  EXPECT_EQ(m->setAsideRecords(),
+            (std::vector<AppModel::SetAsideRecord>{
+                {file.string(), "not a watchlist record", "", "Is a directory"}}));
+  m->setWatchlist({"NVDA"});
+  std::error_code error;
+  EXPECT_EQ(readFile(file, error), "{broken");
+  EXPECT_EQ(h.store.stringArray(AppModel::watchlistKey), List{"NVDA"});
 }
 
 TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {

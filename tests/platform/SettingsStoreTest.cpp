@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include "platform/SettingsStore.h"
@@ -34,6 +37,41 @@ TEST(SettingsStore, ValuesRoundTripThroughTheFile) {
   EXPECT_EQ(reopened.stringArray("tidemark.native.preferences.v2"), std::nullopt);
   EXPECT_EQ(reopened.data("gone"), std::nullopt);
   EXPECT_EQ(reopened.stringArray("missing"), std::nullopt);
+}
+
+TEST(SettingsStore, EachWriteIsKeptAtTheEndOfItsTurnAndTheObserverHearsHowItWent) {
+  // The store's folder cannot be made while a plain file stands in its place (for root too).
+  test::TemporaryFolder folder;
+  const auto blocker = folder.path() / "Tidemark";
+  const std::string path = (blocker / "Tidemark.conf").string();
+  std::ofstream(blocker) << "not a folder";
+  std::vector<std::optional<StoreWriteFailure>> told;
+  {
+    SettingsStore store(QString::fromStdString(path));
+    store.setWriteObserver([&](const std::optional<StoreWriteFailure>& f) { told.push_back(f); });
+    const auto turn = [&](auto write) {
+      write();
+      QCoreApplication::processEvents();
+    };
+    const StoreWriteFailure blocked{path, "Not a directory"};
+    turn([&] {
+      store.setData("a", "1");
+      store.setStringArray("list", {"x", "y"});
+    });
+    EXPECT_EQ(told, (std::vector<std::optional<StoreWriteFailure>>{blocked}));
+    turn([&] { store.setData("b", "2"); });
+    turn([] {});  // nothing written, nothing to tell
+    EXPECT_EQ(told, (std::vector<std::optional<StoreWriteFailure>>{blocked, blocked}));
+    std::filesystem::remove(blocker);
+    turn([&] { store.remove("a"); });
+    EXPECT_EQ(told.back(), std::nullopt);
+    EXPECT_EQ(told.size(), 3u);
+  }
+  // What was handed over while the file could not be written reached it later.
+  SettingsStore reopened(QString::fromStdString(path));
+  EXPECT_EQ(reopened.data("a"), std::nullopt);
+  EXPECT_EQ(reopened.data("b"), "2");
+  EXPECT_EQ(reopened.stringArray("list"), (List{"x", "y"}));
 }
 
 TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {

@@ -3,15 +3,25 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/HttpClient.h"
+#include "core/KeyValueStore.h"
 #include "core/ManualScheduler.h"
 #include "core/MarketDataSource.h"
 #include "core/Notifier.h"
 #include "core/ProcessRunner.h"
+
+namespace tidemark {
+
+inline void PrintTo(const StoreWriteFailure& f, std::ostream* out) {
+  *out << "{" << f.path << " | " << f.reason << "}";
+}
+
+}  // namespace tidemark
 
 namespace tidemark::test {
 

@@ -1,10 +1,19 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 
 #include "core/KeyValueStore.h"
 #include "model/AppModel.h"
 #include "support/Fakes.h"
+
+namespace tidemark {
+
+inline void PrintTo(const AppModel::SetAsideRecord& r, std::ostream* out) {
+  *out << "{" << r.record << " | " << r.problem << " | " << r.keptAs << " | " << r.failure << "}";
+}
+
+}  // namespace tidemark
 
 namespace tidemark::test {
 

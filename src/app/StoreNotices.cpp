@@ -1,0 +1,32 @@
+#include "app/StoreNotices.h"
+
+namespace tidemark {
+
+std::string setAsideLine(const AppModel::SetAsideRecord& r, const std::string& settingsFile) {
+  const bool preferences = r.record == AppModel::preferencesKey;
+  std::string line = "tidemark: could not read ";
+  line += preferences ? "the stored settings" : "the watchlist file " + r.record;
+  line += " (" + r.problem + ")";
+  if (r.keptAs.empty())
+    return line + " nor move it aside (" + r.failure + "); it is left as it is and not written\n";
+  line += "; kept as " + r.keptAs;
+  if (preferences) line += " in " + settingsFile + "; the defaults are used";
+  return line + "\n";
+}
+
+std::string settingsWriteFailureLine(const StoreWriteFailure& failure) {
+  return "tidemark: settings cannot be saved: " + failure.path + ": " + failure.reason +
+         "; changes last until tidemark quits\n";
+}
+
+StoreNotices::StoreNotices(AppModel& model, const std::string& settingsFile, std::ostream& err) {
+  for (const auto& record : model.setAsideRecords()) err << setAsideLine(record, settingsFile);
+  err.flush();
+  subscription_ = model.subscribe([&model, &err, this] {
+    const auto& failure = model.settingsWriteFailure();
+    if (failure && !told_) err << settingsWriteFailureLine(*failure) << std::flush;
+    told_ = failure.has_value();
+  });
+}
+
+}  // namespace tidemark
