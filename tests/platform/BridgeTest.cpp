@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <fstream>
 
 #include <QElapsedTimer>
@@ -12,8 +14,10 @@
 #include "platform/QtProcessRunner.h"
 #include "platform/QtScheduler.h"
 #include "sources/StockSDKBridge.h"
+#include "support/EndlessServer.h"
 #include "support/Fakes.h"
 #include "support/LoopbackServer.h"
+#include "support/PeakMemory.h"
 
 namespace tidemark {
 namespace {
@@ -134,13 +138,19 @@ TEST(RealBridge, SearchThroughAMirroredSmartbox) {
   }
 }
 
+// A bridge script of the test's own, in a folder of its own.
+std::filesystem::path script(const test::TemporaryFolder& folder, const char* name,
+                             const char* code) {
+  const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path) << code;
+  return path;
+}
+
 TEST(RealBridge, FailuresEndInTheirTexts) {
   test::TemporaryFolder folder;
   const auto script = [&](const char* name, const char* code) {
-    const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path) << code;
-    return path;
+    return tidemark::script(folder, name, code);
   };
   const std::tuple<const char*, const char*, double, const char*> children[] = {
       {"hung", "setInterval(() => {}, 1000);", 0.5, "stock-sdk 未返回有效报价"},
@@ -166,6 +176,42 @@ TEST(RealBridge, FailuresEndInTheirTexts) {
     std::optional<std::string> text;
     bridge.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
     EXPECT_EQ(text, "未找到 Node.js，无法启动 stock-sdk");
+  }
+}
+
+TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
+  const std::string quoteFailed = "stock-sdk 未返回有效报价";
+  for (const bool announced : {false, true}) {
+    test::EndlessServer server(announced);
+    DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+    endpoints.stockSDKTencentBase = server.base();
+    test::PeakMemory memory(::getpid());
+    Bridge b;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(b.quotes(endpoints, {"600519", "00700", "NVDA"}), (Bridge::Answer{{}, quoteFailed}));
+    std::optional<std::optional<std::vector<double>>> series;
+    b.bridge.fetchTimeline(endpoints, "600519", "A股", [&](auto values) { series = values; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return series.has_value(); }, 30000));
+    EXPECT_EQ(*series, std::nullopt);
+    EXPECT_EQ(b.wait([&](QuotesCompletion done) { b.bridge.search(endpoints, "茅台", done); }),
+              (Bridge::Answer{{}, "stock-sdk 搜索失败"}));
+    // Well inside the package's own 8 s time-out: the cap ended each download.
+    EXPECT_LT(elapsed.elapsed(), 6000) << announced;
+    memory.stop();
+
+    // One request each: a download past the cap is not tried again.
+    auto targets = server.targets();
+    std::sort(targets.begin(), targets.end());
+    EXPECT_EQ(targets, (std::vector<std::string>{"/?q=hk00700", "/?q=sh600519", "/?q=usNVDA",
+                                                 "/appstock/app/minute/query?code=sh600519",
+                                                 "/s3/?v=2&t=all&q=%E8%8C%85%E5%8F%B0"}));
+    if (!announced) {
+      EXPECT_GT(server.bytesSent(), size_t{5 * 8} << 20);  // every cap was reached
+    }
+    ASSERT_EQ(memory.descendants().size(), 3u);
+    for (const auto& [pid, child] : memory.descendants())
+      EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
   }
 }
 
