@@ -123,6 +123,10 @@ ProcessRequest StockSDKBridge::request(const std::string& node,
   request.environment["NODE_PATH"] = (folder / "node_modules").string();
   request.environment["PATH"] = childPath(setup_.environment);
   applyDataSourceEndpoints(endpoints, request.environment);
+  // The user's own Node.js options stay; the heap bound comes last, so it is the one that holds.
+  std::string& options = request.environment["NODE_OPTIONS"];
+  options += (options.empty() ? "" : " ") + std::string("--max-old-space-size=") +
+             std::to_string(setup_.heapLimitMB);
   request.deadline = deadline;
   return request;
 }

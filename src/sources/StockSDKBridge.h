@@ -29,6 +29,9 @@ struct BridgeSetup {
   double healthDeadline = 4;
   double timelineDeadline = 22;
   double searchDeadline = 22;  // a search and a quote run, one after the other
+  // The V8 heap of a child, in megabytes. Downloads are buffers outside it, bounded by the
+  // script itself.
+  int heapLimitMB = 64;
 };
 
 // The process environment as a map.
@@ -49,6 +52,10 @@ std::optional<std::vector<double>> decodeTimeline(std::string_view output);
 // Runs the bridge script under Node.js for quotes, its health check and intraday series.
 class StockSDKBridge {
  public:
+  // Where the process runner should kill a child that keeps growing. A child at work stays near
+  // 100 MB; one fetching the most the script accepts on three connections, about 125.
+  static constexpr size_t childMemoryLimit = 160 << 20;
+
   StockSDKBridge(ProcessRunner& runner, const Clock& clock, BridgeSetup setup);
 
   std::optional<std::string> nodePath() const;

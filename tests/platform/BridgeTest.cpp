@@ -26,8 +26,8 @@ struct Bridge {
   explicit Bridge(std::optional<std::filesystem::path> script =
                       std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR) / "bridge" /
                       "stock-sdk-bridge.mjs",
-                  double deadline = 22)
-      : bridge(runner, clock, [&] {
+                  double deadline = 22, size_t maxResidentBytes = 0)
+      : runner(maxResidentBytes), bridge(runner, clock, [&] {
           BridgeSetup setup;
           setup.script = script;
           setup.environment = currentEnvironment();
@@ -186,7 +186,7 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
     DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
     endpoints.stockSDKTencentBase = server.base();
     test::PeakMemory memory(::getpid());
-    Bridge b;
+    Bridge b;  // a runner without a memory bound: the script holds its downloads down itself
     QElapsedTimer elapsed;
     elapsed.start();
     EXPECT_EQ(b.quotes(endpoints, {"600519", "00700", "NVDA"}), (Bridge::Answer{{}, quoteFailed}));
@@ -213,6 +213,41 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
     for (const auto& [pid, child] : memory.descendants())
       EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
   }
+}
+
+TEST(RealBridge, ChildrenGetAHeapBoundAndOneThatGrowsIsKilled) {
+  test::TemporaryFolder folder;
+  // Prints a whole answer, then takes 4 MB every 10 ms.
+  const auto grows = script(folder, "grows",
+                            "console.log('[{\"id\":\"600519\",\"name\":\"x\",\"price\":1,"
+                            "\"prevClose\":1}]'); const held = [];"
+                            "setInterval(() => held.push(Buffer.alloc(4 << 20, 1)), 10);");
+  const size_t bound = StockSDKBridge::childMemoryLimit;
+  test::PeakMemory memory(::getpid());
+  Bridge growing(grows, 22, bound);
+  QElapsedTimer elapsed;
+  elapsed.start();
+  // What it printed before it was killed is not taken.
+  EXPECT_EQ(growing.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
+  EXPECT_LT(elapsed.elapsed(), 5000) << "killed at the deadline, not for its memory";
+  memory.stop();
+  ASSERT_EQ(memory.descendants().size(), 1u);
+  const size_t peak = memory.descendants().begin()->second.peakKB << 10;
+  EXPECT_GT(peak, bound);
+  EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
+
+  // The heap limit reaches V8: the price is the limit in megabytes (old space 64 plus the young
+  // generation), where Node's own default is gigabytes.
+  const auto heap =
+      script(folder, "heap",
+             "import v8 from 'node:v8'; const mb ="
+             "v8.getHeapStatistics().heap_size_limit / 1048576; console.log("
+             "JSON.stringify([{id: '600519', name: 'x', price: mb, prevClose: 1}]));");
+  Bridge bounded(heap, 22, bound);
+  auto [quotes, error] = bounded.quotes({}, {"600519"});
+  ASSERT_EQ(quotes.size(), 1u) << error.value_or("");
+  EXPECT_GE(quotes[0].price, 64);
+  EXPECT_LE(quotes[0].price, 128);
 }
 
 }  // namespace
