@@ -250,5 +250,54 @@ TEST(RealBridge, ChildrenGetAHeapBoundAndOneThatGrowsIsKilled) {
   EXPECT_LE(quotes[0].price, 128);
 }
 
+// At most one child per kind of run, whatever the callers ask meanwhile.
+TEST(Bridge, OneChildPerKindOfRun) {
+  ManualClock clock;
+  ManualScheduler scheduler(clock);
+  test::FakeProcessRunner runner(scheduler);
+  runner.holdRuns = true;
+  const std::string one = R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])";
+  const std::string three = R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])";
+  runner.results = {
+      {{}, 0, true, false, one}, {{}, 1, true, false, ""}, {{}, 0, true, false, three}};
+  BridgeSetup setup;
+  setup.script = "/b/stock-sdk-bridge.mjs";
+  setup.environment = {{"NODE_OPTIONS", "--use-openssl-ca"}};
+  setup.isExecutable = [](const std::string&) { return true; };
+  StockSDKBridge bridge(runner, clock, setup);
+  std::vector<std::string> log;
+  const auto quotes = [&](const std::string& who, const std::string& base,
+                          std::vector<std::string> symbols) {
+    DataSourceEndpoints endpoints;
+    endpoints.stockSDKTencentBase = base;
+    bridge.fetchQuotes(endpoints, symbols, [&log, who](auto found, auto error) {
+      log.push_back(who + ": " + (found.empty() ? error.value_or("") : found[0].id));
+    });
+  };
+  quotes("a", "m", {"600519"});
+  quotes("a again", "m", {"600519"});  // shares the running child
+  bridge.fetchTimeline({}, "600519", "A股", [&](auto values) {
+    log.push_back(values ? "series" : "no series");
+  });                                      // another kind: runs at once
+  quotes("a elsewhere", "n", {"600519"});  // another endpoint set: waits
+  quotes("b", "m", {"00700"});             // takes the waiting one's place
+  EXPECT_EQ(runner.requests.size(), 2u);
+  EXPECT_EQ(log, std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价"});
+  runner.end(1);
+  scheduler.runDue();
+  runner.end(0);
+  scheduler.runDue();
+  EXPECT_EQ(log, (std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价", "no series",
+                                           "a: 600519", "a again: 600519"}));
+  ASSERT_EQ(runner.requests.size(), 3u);  // b's child, once a's had ended
+  EXPECT_EQ(runner.requests[2].arguments,
+            (std::vector<std::string>{"/b/stock-sdk-bridge.mjs", "--quotes", R"(["00700"])"}));
+  runner.end(2);
+  scheduler.runDue();
+  EXPECT_EQ(log.back(), "b: NVDA");
+  for (const ProcessRequest& request : runner.requests)
+    EXPECT_EQ(request.environment.at("NODE_OPTIONS"), "--use-openssl-ca --max-old-space-size=64");
+}
+
 }  // namespace
 }  // namespace tidemark
