@@ -68,8 +68,14 @@ void PeakMemory::sample() {
   rootPeakKB_ = std::max(rootPeakKB_, rootKB);
   std::map<std::string, int> alive;
   for (const auto& [pid, entry] : seen) {
+    if (entry.first.empty()) continue;  // ended, not yet reaped
     Process& process = descendants_[pid];
-    if (!entry.first.empty()) process.commandLine = entry.first;
+    if (process.commandLine != entry.first) {
+      // A fork runs as a copy of its parent until it starts its program, which begins a new
+      // peak: the copy's is the parent's.
+      process.commandLine = entry.first;
+      process.peakKB = 0;
+    }
     process.peakKB = std::max(process.peakKB, entry.second);
     for (auto& [word, most] : mostAtOnce_)
       if (process.commandLine.find(word) != std::string::npos) ++alive[word];
