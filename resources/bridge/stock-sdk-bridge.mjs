@@ -30,11 +30,22 @@ class ResponseTooLarge extends Error {
 
 const unboundedFetch = globalThis.fetch;
 
+// AbortSignal.any came with Node.js 20.3; package.json allows 18.
+function eitherSignal(a, b) {
+  if (typeof AbortSignal.any === 'function') return AbortSignal.any([a, b]);
+  const both = new AbortController();
+  for (const signal of [a, b]) {
+    if (signal.aborted) both.abort(signal.reason);
+    else signal.addEventListener('abort', () => both.abort(signal.reason), { once: true });
+  }
+  return both.signal;
+}
+
 // fetch with the body read here, as a stream, up to the cap: the caller gets a response whose
 // body is already in memory and bounded. Node's own fetch would hold a body of any length.
 async function boundedFetch(input, init = {}) {
   const limit = AbortSignal.timeout(FETCH_TIME_LIMIT_MS);
-  const signal = init.signal ? AbortSignal.any([init.signal, limit]) : limit;
+  const signal = init.signal ? eitherSignal(init.signal, limit) : limit;
   const response = await unboundedFetch(input, { ...init, signal });
   const url = response.url || String(input?.url ?? input);
   if (Number(response.headers.get('content-length')) > MAX_BODY_BYTES) {
