@@ -9,8 +9,76 @@
 // The endpoint set comes as JSON in STOCK_DATA_SOURCE_CONFIG; its stockSDKTencentBase is the
 // package's base address. A base other than Tencent's own is taken as a mirror of all Tencent
 // hosts, so the intraday and search requests go there too.
+//
+// Every download is bounded: a body past MAX_BODY_BYTES or a request past FETCH_TIME_LIMIT_MS
+// fails like any other network error, so a server that never stops sending costs the process
+// a few megabytes, not all the memory it can get.
 
 import { StockSDK, decodeGBK, parseResponse } from 'stock-sdk';
+
+const MAX_BODY_BYTES = 8 << 20;  // as much as the application's own client takes
+const FETCH_TIME_LIMIT_MS = 10000;
+
+class ResponseTooLarge extends Error {
+  constructor(url) {
+    super(`the answer of ${url} passed ${MAX_BODY_BYTES} bytes`);
+    this.name = 'ResponseTooLarge';
+    // The package retries network errors; this one would only come again.
+    this.sdkCode = 'RESPONSE_TOO_LARGE';
+  }
+}
+
+const unboundedFetch = globalThis.fetch;
+
+// AbortSignal.any came with Node.js 20.3; package.json allows 18.
+function eitherSignal(a, b) {
+  if (typeof AbortSignal.any === 'function') return AbortSignal.any([a, b]);
+  const both = new AbortController();
+  for (const signal of [a, b]) {
+    if (signal.aborted) both.abort(signal.reason);
+    else signal.addEventListener('abort', () => both.abort(signal.reason), { once: true });
+  }
+  return both.signal;
+}
+
+// fetch with the body read here, as a stream, up to the cap: the caller gets a response whose
+// body is already in memory and bounded. Node's own fetch would hold a body of any length.
+async function boundedFetch(input, init = {}) {
+  const limit = AbortSignal.timeout(FETCH_TIME_LIMIT_MS);
+  const signal = init.signal ? eitherSignal(init.signal, limit) : limit;
+  const response = await unboundedFetch(input, { ...init, signal });
+  const url = response.url || String(input?.url ?? input);
+  if (Number(response.headers.get('content-length')) > MAX_BODY_BYTES) {
+    await response.body?.cancel().catch(() => {});
+    throw new ResponseTooLarge(url);
+  }
+  const chunks = [];
+  let size = 0;
+  if (response.body) {
+    const reader = response.body.getReader();
+    for (;;) {
+      const { done, value } = await reader.read();
+      if (done) break;
+      size += value.byteLength;
+      if (size > MAX_BODY_BYTES) {
+        await reader.cancel().catch(() => {});
+        throw new ResponseTooLarge(url);
+      }
+      chunks.push(value);
+    }
+  }
+  const body = size > 0 ? Buffer.concat(chunks, size) : null;
+  const bounded = new Response(body, {
+    status: response.status,
+    statusText: response.statusText,
+    headers: response.headers,
+  });
+  Object.defineProperty(bounded, 'url', { value: url });
+  return bounded;
+}
+
+// The package's helpers that call the global fetch themselves get the bounded one too.
+globalThis.fetch = boundedFetch;
 
 const TENCENT_BASE = 'https://qt.gtimg.cn';
 const TENCENT_HOSTS = /^https:\/\/(web\.ifzq|ifzq|qt|smartbox)\.gtimg\.cn/;
@@ -30,7 +98,7 @@ function makeSDK() {
   const base = tencentBase();
   const mirror = base === TENCENT_BASE ? null : base;
   const fetchImpl = (url, init) =>
-    fetch(mirror ? String(url).replace(TENCENT_HOSTS, mirror) : url, init);
+    boundedFetch(mirror ? String(url).replace(TENCENT_HOSTS, mirror) : url, init);
   return new StockSDK({ baseUrl: base, timeout: 8000, retry: { maxRetries: 1 }, fetchImpl });
 }
 

@@ -11,7 +11,8 @@ std::optional<std::filesystem::path> bridgeScript(const Bundle& bundle) {
 }
 
 LiveSources::LiveSources(const Bundle& bundle, const Clock& clock)
-    : bridge(processes, clock,
+    : processes(StockSDKBridge::childMemoryLimit),
+      bridge(processes, clock,
              [&] {
                BridgeSetup setup;
                setup.script = bridgeScript(bundle);

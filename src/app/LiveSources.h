@@ -17,7 +17,7 @@ struct LiveSources {
   LiveSources(const Bundle& bundle, const Clock& clock);
 
   QtHttpClient http;
-  QtProcessRunner processes;
+  QtProcessRunner processes;  // bridge children only, so the bridge's memory bound holds for all
   StockSDKBridge bridge;
   LiveMarketData data;
 };

@@ -3,12 +3,31 @@
 #include "platform/CappedBuffer.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <fstream>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include <QProcess>
 #include <QTimer>
 
 namespace tidemark {
+namespace {
+
+// The "VmRSS:   123456 kB" line of /proc/PID/status; none where there is no such file.
+std::optional<size_t> residentBytes(qint64 pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (!line.starts_with("VmRSS:")) continue;
+    return static_cast<size_t>(std::strtoull(line.c_str() + 6, nullptr, 10)) * 1024;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+QtProcessRunner::QtProcessRunner(size_t maxResidentBytes) : maxResidentBytes_(maxResidentBytes) {}
 
 QtProcessRunner::~QtProcessRunner() {
   // Children must not outlive the application; nobody is told about them any more.
@@ -39,6 +58,7 @@ void QtProcessRunner::run(const ProcessRequest& request,
     std::function<void(ProcessResult)> completion;
     CappedBuffer output;  // read as it comes, so the pipe never holds more than the cap
     bool timedOut = false;
+    bool overMemory = false;  // killed for its resident memory
     bool done = false;
   };
   auto state =
@@ -63,6 +83,20 @@ void QtProcessRunner::run(const ProcessRequest& request,
     QTimer::singleShot(1000, process, [process] { process->kill(); });
   });
 
+  if (maxResidentBytes_ > 0) {
+    auto* watch = new QTimer(process);
+    QObject::connect(watch, &QTimer::timeout, process,
+                     [process, state, watch, bound = maxResidentBytes_] {
+                       const auto resident = residentBytes(process->processId());
+                       if (!resident) return watch->stop();  // gone, or no /proc here
+                       if (*resident <= bound) return;
+                       watch->stop();
+                       state->overMemory = true;
+                       process->kill();
+                     });
+    QObject::connect(process, &QProcess::started, watch, [watch] { watch->start(memoryCheckMS); });
+  }
+
   QObject::connect(process, &QProcess::errorOccurred, process,
                    [process, finish](QProcess::ProcessError error) {
                      if (error != QProcess::FailedToStart) return;
@@ -77,11 +111,12 @@ void QtProcessRunner::run(const ProcessRequest& request,
                      ProcessResult result;
                      result.exitCode = exitCode;
                      const bool tooLarge = !state->output.append(process->readAllStandardOutput());
-                     result.exitedNormally =
-                         status == QProcess::NormalExit && !state->timedOut && !tooLarge;
+                     result.exitedNormally = status == QProcess::NormalExit && !state->timedOut &&
+                                             !tooLarge && !state->overMemory;
                      result.timedOut = state->timedOut;
                      result.outputTooLarge = tooLarge;
-                     result.standardOutput = state->output.take();
+                     // Whatever a child printed before it was killed for its memory is cut off.
+                     if (!state->overMemory) result.standardOutput = state->output.take();
                      finish(std::move(result));
                    });
   process->start();

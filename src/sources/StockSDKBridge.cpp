@@ -91,9 +91,77 @@ std::optional<std::vector<double>> decodeTimeline(std::string_view output) {
   return prices;
 }
 
+struct StockSDKBridge::Slot {
+  bool running = false;
+  std::vector<std::string> key;  // the running child's arguments and endpoint set
+  std::vector<Answer> answers;   // everyone waiting for the running child
+  struct Waiting {
+    ProcessRequest request;
+    Answer answer;
+  };
+  std::optional<Waiting> waiting;  // the next child, started when the running one has ended
+};
+
+namespace {
+
+// Two requests with equal keys get the same answer.
+std::vector<std::string> runKey(const ProcessRequest& request) {
+  std::vector<std::string> key = request.arguments;
+  const auto config = request.environment.find("STOCK_DATA_SOURCE_CONFIG");
+  key.push_back(config == request.environment.end() ? "" : config->second);
+  return key;
+}
+
+}  // namespace
+
 StockSDKBridge::StockSDKBridge(ProcessRunner& runner, const Clock& clock, BridgeSetup setup)
-    : runner_(runner), clock_(clock), setup_(std::move(setup)) {
+    : runner_(runner),
+      clock_(clock),
+      setup_(std::move(setup)),
+      slots_(std::make_shared<std::array<Slot, purposeCount>>()) {
   if (!setup_.isExecutable) setup_.isExecutable = isExecutableFile;
+}
+
+void StockSDKBridge::launch(Purpose purpose, ProcessRequest request, Answer answer) {
+  Slot& slot = (*slots_)[purpose];
+  if (!slot.running) return start(purpose, std::move(request), std::move(answer));
+  std::optional<Slot::Waiting> replaced = std::move(slot.waiting);
+  slot.waiting.reset();
+  if (runKey(request) == slot.key) {
+    slot.answers.push_back(std::move(answer));
+  } else {
+    slot.waiting = Slot::Waiting{std::move(request), std::move(answer)};
+  }
+  if (replaced) {
+    ProcessResult none;  // never started: as if it had found no time to answer
+    none.timedOut = true;
+    replaced->answer(none);
+  }
+}
+
+void StockSDKBridge::start(Purpose purpose, ProcessRequest request, Answer answer) {
+  Slot& slot = (*slots_)[purpose];
+  slot.running = true;
+  slot.key = runKey(request);
+  slot.answers.push_back(std::move(answer));
+  runner_.run(request, [this, purpose, alive = std::weak_ptr(slots_)](ProcessResult result) {
+    if (alive.lock()) ended(purpose, result);
+  });
+}
+
+void StockSDKBridge::ended(Purpose purpose, const ProcessResult& result) {
+  Slot& slot = (*slots_)[purpose];
+  std::vector<Answer> answers = std::move(slot.answers);
+  slot.answers.clear();
+  slot.running = false;
+  // The next child starts before anyone is answered, so an answer that asks again finds the
+  // slot as it will stay.
+  if (slot.waiting) {
+    Slot::Waiting next = std::move(*slot.waiting);
+    slot.waiting.reset();
+    start(purpose, std::move(next.request), std::move(next.answer));
+  }
+  for (const Answer& answer : answers) answer(result);
 }
 
 std::optional<std::string> StockSDKBridge::nodePath() const {
@@ -123,6 +191,10 @@ ProcessRequest StockSDKBridge::request(const std::string& node,
   request.environment["NODE_PATH"] = (folder / "node_modules").string();
   request.environment["PATH"] = childPath(setup_.environment);
   applyDataSourceEndpoints(endpoints, request.environment);
+  // The user's own Node.js options stay; the heap bound comes last, so it is the one that holds.
+  std::string& options = request.environment["NODE_OPTIONS"];
+  options += (options.empty() ? "" : " ") + std::string("--max-old-space-size=") +
+             std::to_string(setup_.heapLimitMB);
   request.deadline = deadline;
   return request;
 }
@@ -135,26 +207,26 @@ void StockSDKBridge::fetchQuotes(const DataSourceEndpoints& endpoints,
   if (!node) return completion({}, "未找到 Node.js，无法启动 stock-sdk");
   const auto list = dumpStrict(Json(symbols));
   if (!list) return completion({}, "无法编码自选行情代码");
-  runner_.run(request(*node, endpoints, {"--quotes", *list}, setup_.quoteDeadline),
-              [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
-                if (result.launchError)
-                  return completion({}, "stock-sdk 启动失败：" + *result.launchError);
-                if (result.outputTooLarge) return completion({}, "stock-sdk 输出的数据过大");
-                auto quotes = decodeSDKQuotes(result.standardOutput, clock.now());
-                if (quotes.empty()) return completion({}, "stock-sdk 未返回有效报价");
-                completion(std::move(quotes), std::nullopt);
-              });
+  launch(quoteRun, request(*node, endpoints, {"--quotes", *list}, setup_.quoteDeadline),
+         [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
+           if (result.launchError)
+             return completion({}, "stock-sdk 启动失败：" + *result.launchError);
+           if (result.outputTooLarge) return completion({}, "stock-sdk 输出的数据过大");
+           auto quotes = decodeSDKQuotes(result.standardOutput, clock.now());
+           if (quotes.empty()) return completion({}, "stock-sdk 未返回有效报价");
+           completion(std::move(quotes), std::nullopt);
+         });
 }
 
 void StockSDKBridge::probeHealth(const DataSourceEndpoints& endpoints,
                                  std::function<void(std::optional<bool>)> completion) {
   const auto node = nodePath();
   if (!setup_.script || !node) return completion(std::nullopt);
-  runner_.run(request(*node, endpoints, {"--health"}, setup_.healthDeadline),
-              [completion = std::move(completion)](ProcessResult result) {
-                if (result.launchError || result.timedOut) return completion(std::nullopt);
-                completion(result.exitedNormally && result.exitCode == 0);
-              });
+  launch(healthRun, request(*node, endpoints, {"--health"}, setup_.healthDeadline),
+         [completion = std::move(completion)](ProcessResult result) {
+           if (result.launchError || result.timedOut) return completion(std::nullopt);
+           completion(result.exitedNormally && result.exitCode == 0);
+         });
 }
 
 void StockSDKBridge::fetchTimeline(
@@ -163,12 +235,12 @@ void StockSDKBridge::fetchTimeline(
   const auto node = nodePath();
   const auto argument = dumpStrict(Json{{"id", id}, {"market", market}});
   if (!setup_.script || !node || !argument) return completion(std::nullopt);
-  runner_.run(request(*node, endpoints, {"--timeline", *argument}, setup_.timelineDeadline),
-              [completion = std::move(completion)](ProcessResult result) {
-                if (result.launchError || !result.exitedNormally || result.exitCode != 0)
-                  return completion(std::nullopt);
-                completion(decodeTimeline(result.standardOutput));
-              });
+  launch(timelineRun, request(*node, endpoints, {"--timeline", *argument}, setup_.timelineDeadline),
+         [completion = std::move(completion)](ProcessResult result) {
+           if (result.launchError || !result.exitedNormally || result.exitCode != 0)
+             return completion(std::nullopt);
+           completion(decodeTimeline(result.standardOutput));
+         });
 }
 
 void StockSDKBridge::search(const DataSourceEndpoints& endpoints, const std::string& text,
@@ -176,17 +248,17 @@ void StockSDKBridge::search(const DataSourceEndpoints& endpoints, const std::str
   if (!setup_.script) return completion({}, "stock-sdk 未随应用安装");
   const auto node = nodePath();
   if (!node) return completion({}, "未找到 Node.js，无法启动 stock-sdk");
-  runner_.run(request(*node, endpoints, {"--search", text}, setup_.searchDeadline),
-              [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
-                if (result.launchError)
-                  return completion({}, "stock-sdk 启动失败：" + *result.launchError);
-                // Only a clean exit with an array tells "nothing matched" from a failed search.
-                const bool clean =
-                    !result.outputTooLarge && result.exitedNormally && result.exitCode == 0;
-                const auto answer = clean ? json::parse(result.standardOutput) : std::nullopt;
-                if (!answer || !answer->is_array()) return completion({}, "stock-sdk 搜索失败");
-                completion(decodeSDKQuotes(result.standardOutput, clock.now()), std::nullopt);
-              });
+  launch(searchRun, request(*node, endpoints, {"--search", text}, setup_.searchDeadline),
+         [&clock = clock_, completion = std::move(completion)](ProcessResult result) {
+           if (result.launchError)
+             return completion({}, "stock-sdk 启动失败：" + *result.launchError);
+           // Only a clean exit with an array tells "nothing matched" from a failed search.
+           const bool clean =
+               !result.outputTooLarge && result.exitedNormally && result.exitCode == 0;
+           const auto answer = clean ? json::parse(result.standardOutput) : std::nullopt;
+           if (!answer || !answer->is_array()) return completion({}, "stock-sdk 搜索失败");
+           completion(decodeSDKQuotes(result.standardOutput, clock.now()), std::nullopt);
+         });
 }
 
 }  // namespace tidemark

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +31,9 @@ struct BridgeSetup {
   double healthDeadline = 4;
   double timelineDeadline = 22;
   double searchDeadline = 22;  // a search and a quote run, one after the other
+  // The V8 heap of a child, in megabytes. Downloads are buffers outside it, bounded by the
+  // script itself.
+  int heapLimitMB = 64;
 };
 
 // The process environment as a map.
@@ -46,9 +51,20 @@ std::vector<QuoteSnapshot> decodeSDKQuotes(std::string_view output, Date readAt)
 // none unless the answer is such an object with an array of numbers.
 std::optional<std::vector<double>> decodeTimeline(std::string_view output);
 
-// Runs the bridge script under Node.js for quotes, its health check and intraday series.
+// Runs the bridge script under Node.js for quotes, its health check, intraday series and
+// search.
+//
+// At most one child per kind of run is alive. A request equal to the running one (same
+// arguments, same endpoint set) shares its answer; any other waits until the running child has
+// ended, and a newer request takes the place of one still waiting, which is answered at once
+// as a run that got no answer in time. The newest request is what callers want: a newer load,
+// search or intraday request makes the older one's answer moot.
 class StockSDKBridge {
  public:
+  // Where the process runner should kill a child that keeps growing. A child at work stays near
+  // 100 MB; one fetching the most the script accepts on three connections, about 125.
+  static constexpr size_t childMemoryLimit = 160 << 20;
+
   StockSDKBridge(ProcessRunner& runner, const Clock& clock, BridgeSetup setup);
 
   std::optional<std::string> nodePath() const;
@@ -69,12 +85,20 @@ class StockSDKBridge {
               QuotesCompletion completion);
 
  private:
+  enum Purpose : size_t { quoteRun, healthRun, timelineRun, searchRun, purposeCount };
+  using Answer = std::function<void(ProcessResult)>;
+  struct Slot;
+
   ProcessRequest request(const std::string& node, const DataSourceEndpoints& endpoints,
                          std::vector<std::string> arguments, double deadline) const;
+  void launch(Purpose purpose, ProcessRequest request, Answer answer);
+  void start(Purpose purpose, ProcessRequest request, Answer answer);
+  void ended(Purpose purpose, const ProcessResult& result);
 
   ProcessRunner& runner_;
   const Clock& clock_;
   BridgeSetup setup_;
+  std::shared_ptr<std::array<Slot, purposeCount>> slots_;  // runner callbacks hold it weakly
 };
 
 }  // namespace tidemark

@@ -15,12 +15,23 @@
 #include "core/FileIO.h"
 #include "core/Json.h"
 #include "model/AppModel.h"
+#include "model/Preferences.h"
 #include "platform/SettingsStore.h"
+#include "support/EndlessServer.h"
 #include "support/Fakes.h"
 #include "support/LoopbackServer.h"
+#include "support/PeakMemory.h"
 
 namespace tidemark {
 namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
 
 struct Outcome {
   int code = -1;
@@ -29,9 +40,11 @@ struct Outcome {
 
 class CommandLine : public testing::Test {
  protected:
-  // Starts the binary in the private home with the arguments separated by single blanks; the
-  // desktop app on the off-screen platform with a runtime folder of its own.
-  void start(QProcess& process, const std::string& arguments, bool desktop = false) {
+  // Starts the binary in the private home with the arguments separated by single blanks, with
+  // the extra environment given; the desktop app on the off-screen platform with a runtime
+  // folder of its own.
+  void start(QProcess& process, const std::string& arguments, bool desktop = false,
+             const std::map<std::string, std::string>& extra = {}) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "TMPDIR"}) {
       const auto dir = home.path() / name;
@@ -48,6 +61,8 @@ class CommandLine : public testing::Test {
       environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QString::fromStdString(runtime));
       environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     }
+    for (const auto& [name, value] : extra)
+      environment.insert(QString::fromStdString(name), QString::fromStdString(value));
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TIDEMARK_BINARY),
                   QString::fromStdString(arguments).split(u' ', Qt::SkipEmptyParts));
@@ -60,15 +75,27 @@ class CommandLine : public testing::Test {
     return {process.exitCode(), process.readAllStandardOutput().toStdString(),
             process.readAllStandardError().toStdString()};
   }
-  // An endpoint file: every feed on `base` (the package's under "/sdk").
-  std::string endpointsFile(const std::string& base) const {
+  // An endpoint file: every feed on `base`, the package's under "/sdk" unless it has its own.
+  std::string endpointsFile(const std::string& base, const std::string& sdk = "") const {
     DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
     endpoints.tencentQuote = base + "/q=";
     endpoints.sinaQuote = base + "/list=";
-    endpoints.stockSDKTencentBase = base + "/sdk";
+    endpoints.stockSDKTencentBase = sdk.empty() ? base + "/sdk" : sdk;
     const auto file = home.path() / "endpoints.json";
     std::ofstream(file) << toJson(endpoints).dump();
     return file.string();
+  }
+  // The user's store: a watchlist with last time's quote of 600519, and preferences.
+  void storeHeldQuote(std::optional<Preferences> preferences = std::nullopt,
+                      const std::vector<std::string>& watchlist = {"600519"}) {
+    const auto config = home.path() / "XDG_CONFIG_HOME" / "Tidemark";
+    std::filesystem::create_directories(config);
+    SettingsStore store(QString::fromStdString((config / "Tidemark.conf").string()));
+    store.setStringArray(AppModel::watchlistKey, watchlist);
+    QuoteSnapshot held{"600519", "A股", "贵州茅台",        1400,     1390, 1401,
+                       1388,     9,     Date{814'000'000}, "tencent"};
+    store.setData(AppModel::snapshotsKey, Json::array({toJson(held)}).dump());
+    if (preferences) store.setData(AppModel::preferencesKey, toJson(*preferences).dump());
   }
   // Files below the private home, other than the folders made for the run.
   std::vector<std::string> filesLeft() const {
@@ -236,16 +263,7 @@ TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPath) {
 }
 
 TEST_F(CommandLine, WithEveryFeedDownTheHeldQuotesStay) {
-  // The user's store holds last time's quote of 600519.
-  const auto config = home.path() / "XDG_CONFIG_HOME" / "Tidemark";
-  std::filesystem::create_directories(config);
-  {
-    SettingsStore store(QString::fromStdString((config / "Tidemark.conf").string()));
-    store.setStringArray(AppModel::watchlistKey, {"600519"});
-    QuoteSnapshot held{"600519", "A股", "贵州茅台",        1400,     1390, 1401,
-                       1388,     9,     Date{814'000'000}, "tencent"};
-    store.setData(AppModel::snapshotsKey, Json::array({toJson(held)}).dump());
-  }
+  storeHeldQuote();
   const std::string closed =
       "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort());
   Outcome table = run("--quotes --source tencent --endpoints " + endpointsFile(closed));
@@ -285,6 +303,80 @@ TEST_F(CommandLine, BrokenTransfersAreTransportFailuresWithBoundedMemory) {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);
   EXPECT_LT(usage.ru_maxrss, 400 << 10) << "kB at most in one child";
+}
+
+// Peak resident memory of each process on its own, with the bridge's feeds on a server thread
+// that sends without end as fast as the socket takes it: the app at most 80 MB, every child
+// 200 MB, and never two bridge children of one kind at once. The text feeds are refused, so the
+// figures are the bridge's; bench/endless-memory measures with every feed endless.
+TEST_F(CommandLine, AnEndlessServerLeavesEveryProcessBounded) {
+  const std::vector<std::string> kinds{"--quotes", "--timeline", "--search", "--health"};
+  const auto expectBounded = [&](const test::PeakMemory& memory, const char* run) {
+    // A sanitized app's own figure is mostly the sanitizer's; its Node.js children are not.
+    if (!sanitized) {
+      EXPECT_LE(memory.rootPeakKB(), 80u << 10) << run;
+    }
+    size_t children = 0;
+    for (const auto& [pid, child] : memory.descendants()) {
+      EXPECT_LE(child.peakKB, 200u << 10) << run << ": " << child.commandLine;
+      children += child.commandLine.find("stock-sdk-bridge.mjs --quotes") != std::string::npos;
+    }
+    EXPECT_GE(children, 1u) << run;
+    for (const std::string& kind : kinds) EXPECT_LE(memory.mostAtOnce(kind), 1) << run << kind;
+  };
+  test::EndlessServer server;
+  const std::string closed =
+      "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort());
+  const std::string endpoints = endpointsFile(closed, server.base());
+  // Three feeds of the package, so three downloads at once in each quote run.
+  const std::vector<std::string> watchlist{"600519", "00700", "NVDA"};
+
+  // The command line: the usual failures, and last time's quote stays.
+  {
+    storeHeldQuote(std::nullopt, watchlist);
+    QProcess process;
+    start(process, "--quotes --json --source stockSDK --endpoints " + endpoints);
+    test::PeakMemory memory(static_cast<pid_t>(process.processId()), kinds);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 30000));
+    memory.stop();
+    auto document = json::parse(process.readAllStandardOutput().toStdString());
+    ASSERT_TRUE(document);
+    EXPECT_EQ((*document)["phase"], "degraded");
+    EXPECT_EQ((*document)["lastError"],
+              "stock-sdk 未返回有效报价；无法连接服务器（连接被拒绝）；"
+              "无法连接服务器（连接被拒绝） · 保留上一份快照");
+    EXPECT_EQ((*document)["quotes"][0]["price"], 1400);
+    expectBounded(memory, "--quotes");
+  }
+
+  // The desktop app, refreshing every 2.6 s.
+  {
+    Preferences preferences;
+    preferences.sourceMode = SourceMode::stockSDK;
+    preferences.onboardingSeen = true;
+    preferences.autoRotate = false;
+    storeHeldQuote(preferences, watchlist);
+    QProcess process;
+    start(process, "--endpoints " + endpoints, true);
+    test::PeakMemory memory(static_cast<pid_t>(process.processId()), kinds);
+    // Two loads and the held quote's intraday series.
+    const size_t before = server.targets().size();
+    const auto seen = [&] {
+      int quotes = 0, timeline = 0;
+      const auto targets = server.targets();
+      for (const std::string& target : std::vector(targets.begin() + before, targets.end())) {
+        quotes += target.starts_with("/?q=");
+        timeline += target.starts_with("/appstock/app/minute/query");
+      }
+      return quotes >= 6 && timeline >= 1;
+    };
+    EXPECT_TRUE(QTest::qWaitFor(seen, 30000));
+    EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished(5000));
+    memory.stop();
+    expectBounded(memory, "desktop");
+  }
 }
 
 TEST_F(CommandLine, WatchPrintsEachNewLoad) {

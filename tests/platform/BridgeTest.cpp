@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <fstream>
 
 #include <QElapsedTimer>
@@ -12,8 +14,10 @@
 #include "platform/QtProcessRunner.h"
 #include "platform/QtScheduler.h"
 #include "sources/StockSDKBridge.h"
+#include "support/EndlessServer.h"
 #include "support/Fakes.h"
 #include "support/LoopbackServer.h"
+#include "support/PeakMemory.h"
 
 namespace tidemark {
 namespace {
@@ -22,8 +26,8 @@ struct Bridge {
   explicit Bridge(std::optional<std::filesystem::path> script =
                       std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR) / "bridge" /
                       "stock-sdk-bridge.mjs",
-                  double deadline = 22)
-      : bridge(runner, clock, [&] {
+                  double deadline = 22, size_t maxResidentBytes = 0)
+      : runner(maxResidentBytes), bridge(runner, clock, [&] {
           BridgeSetup setup;
           setup.script = script;
           setup.environment = currentEnvironment();
@@ -134,13 +138,19 @@ TEST(RealBridge, SearchThroughAMirroredSmartbox) {
   }
 }
 
+// A bridge script of the test's own, in a folder of its own.
+std::filesystem::path script(const test::TemporaryFolder& folder, const char* name,
+                             const char* code) {
+  const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path) << code;
+  return path;
+}
+
 TEST(RealBridge, FailuresEndInTheirTexts) {
   test::TemporaryFolder folder;
   const auto script = [&](const char* name, const char* code) {
-    const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path) << code;
-    return path;
+    return tidemark::script(folder, name, code);
   };
   const std::tuple<const char*, const char*, double, const char*> children[] = {
       {"hung", "setInterval(() => {}, 1000);", 0.5, "stock-sdk 未返回有效报价"},
@@ -167,6 +177,127 @@ TEST(RealBridge, FailuresEndInTheirTexts) {
     bridge.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
     EXPECT_EQ(text, "未找到 Node.js，无法启动 stock-sdk");
   }
+}
+
+TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
+  const std::string quoteFailed = "stock-sdk 未返回有效报价";
+  for (const bool announced : {false, true}) {
+    test::EndlessServer server(announced);
+    DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+    endpoints.stockSDKTencentBase = server.base();
+    test::PeakMemory memory(::getpid());
+    Bridge b;  // a runner without a memory bound: the script holds its downloads down itself
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(b.quotes(endpoints, {"600519", "00700", "NVDA"}), (Bridge::Answer{{}, quoteFailed}));
+    std::optional<std::optional<std::vector<double>>> series;
+    b.bridge.fetchTimeline(endpoints, "600519", "A股", [&](auto values) { series = values; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return series.has_value(); }, 30000));
+    EXPECT_EQ(*series, std::nullopt);
+    EXPECT_EQ(b.wait([&](QuotesCompletion done) { b.bridge.search(endpoints, "茅台", done); }),
+              (Bridge::Answer{{}, "stock-sdk 搜索失败"}));
+    // Well inside the package's own 8 s time-out: the cap ended each download.
+    EXPECT_LT(elapsed.elapsed(), 6000) << announced;
+    memory.stop();
+
+    // One request each: a download past the cap is not tried again.
+    auto targets = server.targets();
+    std::sort(targets.begin(), targets.end());
+    EXPECT_EQ(targets, (std::vector<std::string>{"/?q=hk00700", "/?q=sh600519", "/?q=usNVDA",
+                                                 "/appstock/app/minute/query?code=sh600519",
+                                                 "/s3/?v=2&t=all&q=%E8%8C%85%E5%8F%B0"}));
+    if (!announced) {
+      EXPECT_GT(server.bytesSent(), size_t{5 * 8} << 20);  // every cap was reached
+    }
+    ASSERT_EQ(memory.descendants().size(), 3u);
+    for (const auto& [pid, child] : memory.descendants())
+      EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
+  }
+}
+
+TEST(RealBridge, ChildrenGetAHeapBoundAndOneThatGrowsIsKilled) {
+  test::TemporaryFolder folder;
+  // Prints a whole answer, then takes 2 MB every 10 ms.
+  const auto grows = script(folder, "grows",
+                            "console.log('[{\"id\":\"600519\",\"name\":\"x\",\"price\":1,"
+                            "\"prevClose\":1}]'); const held = [];"
+                            "setInterval(() => held.push(Buffer.alloc(2 << 20, 1)), 10);");
+  const size_t bound = StockSDKBridge::childMemoryLimit;
+  test::PeakMemory memory(::getpid());
+  Bridge growing(grows, 22, bound);
+  QElapsedTimer elapsed;
+  elapsed.start();
+  // What it printed before it was killed is not taken.
+  EXPECT_EQ(growing.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
+  EXPECT_LT(elapsed.elapsed(), 5000) << "killed at the deadline, not for its memory";
+  memory.stop();
+  ASSERT_EQ(memory.descendants().size(), 1u);
+  const size_t peak = memory.descendants().begin()->second.peakKB << 10;
+  // Killed near the bound (the last sample may come a little before the kill), not far past it.
+  EXPECT_GT(peak, bound - (16 << 20));
+  EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
+
+  // The heap limit reaches V8: the price is the limit in megabytes (old space 64 plus the young
+  // generation), where Node's own default is gigabytes.
+  const auto heap =
+      script(folder, "heap",
+             "import v8 from 'node:v8'; const mb ="
+             "v8.getHeapStatistics().heap_size_limit / 1048576; console.log("
+             "JSON.stringify([{id: '600519', name: 'x', price: mb, prevClose: 1}]));");
+  Bridge bounded(heap, 22, bound);
+  auto [quotes, error] = bounded.quotes({}, {"600519"});
+  ASSERT_EQ(quotes.size(), 1u) << error.value_or("");
+  EXPECT_GE(quotes[0].price, 64);
+  EXPECT_LE(quotes[0].price, 128);
+}
+
+// At most one child per kind of run, whatever the callers ask meanwhile.
+TEST(Bridge, OneChildPerKindOfRun) {
+  ManualClock clock;
+  ManualScheduler scheduler(clock);
+  test::FakeProcessRunner runner(scheduler);
+  runner.holdRuns = true;
+  const std::string one = R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])";
+  const std::string three = R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])";
+  runner.results = {
+      {{}, 0, true, false, one}, {{}, 1, true, false, ""}, {{}, 0, true, false, three}};
+  BridgeSetup setup;
+  setup.script = "/b/stock-sdk-bridge.mjs";
+  setup.environment = {{"NODE_OPTIONS", "--use-openssl-ca"}};
+  setup.isExecutable = [](const std::string&) { return true; };
+  StockSDKBridge bridge(runner, clock, setup);
+  std::vector<std::string> log;
+  const auto quotes = [&](const std::string& who, const std::string& base,
+                          std::vector<std::string> symbols) {
+    DataSourceEndpoints endpoints;
+    endpoints.stockSDKTencentBase = base;
+    bridge.fetchQuotes(endpoints, symbols, [&log, who](auto found, auto error) {
+      log.push_back(who + ": " + (found.empty() ? error.value_or("") : found[0].id));
+    });
+  };
+  quotes("a", "m", {"600519"});
+  quotes("a again", "m", {"600519"});  // shares the running child
+  bridge.fetchTimeline({}, "600519", "A股", [&](auto values) {
+    log.push_back(values ? "series" : "no series");
+  });                                      // another kind: runs at once
+  quotes("a elsewhere", "n", {"600519"});  // another endpoint set: waits
+  quotes("b", "m", {"00700"});             // takes the waiting one's place
+  EXPECT_EQ(runner.requests.size(), 2u);
+  EXPECT_EQ(log, std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价"});
+  runner.end(1);
+  scheduler.runDue();
+  runner.end(0);
+  scheduler.runDue();
+  EXPECT_EQ(log, (std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价", "no series",
+                                           "a: 600519", "a again: 600519"}));
+  ASSERT_EQ(runner.requests.size(), 3u);  // b's child, once a's had ended
+  EXPECT_EQ(runner.requests[2].arguments,
+            (std::vector<std::string>{"/b/stock-sdk-bridge.mjs", "--quotes", R"(["00700"])"}));
+  runner.end(2);
+  scheduler.runDue();
+  EXPECT_EQ(log.back(), "b: NVDA");
+  for (const ProcessRequest& request : runner.requests)
+    EXPECT_EQ(request.environment.at("NODE_OPTIONS"), "--use-openssl-ca --max-old-space-size=64");
 }
 
 }  // namespace

@@ -113,7 +113,8 @@ class FakeHttpClient final : public HttpClient {
   Scheduler& scheduler_;
 };
 
-// Records each run and answers it with the next configured result, after run() has returned.
+// Records each run and answers it with the next configured result, after run() has returned,
+// or when the test ends it.
 class FakeProcessRunner final : public ProcessRunner {
  public:
   explicit FakeProcessRunner(Scheduler& scheduler) : scheduler_(scheduler) {}
@@ -122,11 +123,16 @@ class FakeProcessRunner final : public ProcessRunner {
     ProcessResult result;
     result.launchError = "no such program";
     if (requests.size() <= results.size()) result = results[requests.size() - 1];
-    scheduler_.post([completion = std::move(completion), result] { completion(result); });
+    held.push_back([completion = std::move(completion), result] { completion(result); });
+    if (!holdRuns) end(requests.size() - 1);
   }
+  // Lets the run with this index end, on the next scheduler turn.
+  void end(size_t index) { scheduler_.post(std::move(held.at(index))); }
 
   std::vector<ProcessResult> results;  // in order; a launch error once they run out
   std::vector<ProcessRequest> requests;
+  bool holdRuns = false;  // runs go on until the test ends them
+  std::vector<std::function<void()>> held;
 
  private:
   Scheduler& scheduler_;

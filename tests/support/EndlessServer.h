@@ -1,0 +1,40 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tidemark::test {
+
+// An HTTP server on 127.0.0.1 whose every answer is a 200 with a body that never ends, written
+// by a thread per connection as fast as the socket takes it. Nothing waits for the reader, so
+// a client that buffers without bound shows it at once (a server paced by the reader hides it).
+class EndlessServer {
+ public:
+  // Without a Content-Length, or announcing a gigabyte.
+  explicit EndlessServer(bool announceLength = false);
+  ~EndlessServer();
+
+  std::string base() const;                  // "http://127.0.0.1:<port>"
+  std::vector<std::string> targets() const;  // request targets, in arrival order
+  size_t bytesSent() const { return sent_; }
+
+ private:
+  void acceptLoop();
+  void serve(int connection);
+
+  bool announceLength_;
+  int listener_ = -1;
+  int port_ = 0;
+  std::atomic<bool> stopping_{false};
+  std::atomic<size_t> sent_{0};
+  mutable std::mutex mutex_;
+  std::vector<std::string> targets_;
+  std::vector<int> connections_;
+  std::vector<std::thread> servers_;
+  std::thread acceptor_;
+};
+
+}  // namespace tidemark::test
