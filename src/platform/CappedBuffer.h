@@ -20,6 +20,10 @@ class CappedBuffer {
       bytes_ = std::string();
       return false;
     }
+    // Past the first chunks, room for the whole cap at once: growing by doubling would hold the
+    // old copy and a new one of twice the size while it copies. Untouched room costs no memory.
+    const size_t needed = bytes_.size() + static_cast<size_t>(chunk.size());
+    if (needed > bytes_.capacity() && needed > (256u << 10)) bytes_.reserve(cap_);
     bytes_.append(chunk.constData(), static_cast<size_t>(chunk.size()));
     return true;
   }

@@ -55,6 +55,9 @@ void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpRespon
   const int timeoutMS = static_cast<int>(std::lround(request.timeout * 1000));
   networkRequest.setTransferTimeout(timeoutMS);
   QNetworkReply* reply = manager_.get(networkRequest);
+  // Qt's network thread reads ahead without bound unless told; a server that floods the socket
+  // would otherwise fill memory long before the cap below is seen.
+  reply->setReadBufferSize(256 << 10);
 
   // The body is moved out of Qt's buffer as it arrives, so no more than the cap is ever held.
   struct Transfer {

@@ -291,6 +291,9 @@ void AppDelegate::synchronize() {
     }
     statusItem_->setToolTip(tooltip());
   }
+  // Told once while settings cannot be saved; a later good save ends the streak.
+  if (m.settingsWriteFailure() && !toldSaveFailure_) showHint(AppModel::settingsWriteFailureHint);
+  toldSaveFailure_ = m.settingsWriteFailure().has_value();
   const bool exclude = m.masked();
   if (panel_) deps_.windowSystem.setExcludedFromCapture(*panel_, exclude);
   for (auto& [key, window] : windows_) {

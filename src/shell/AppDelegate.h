@@ -153,6 +153,7 @@ class AppDelegate {
   std::unique_ptr<DesktopMotionSetting> motion_;
   bool systemCalm_ = false;
   unsigned long lastOwnPress_ = 0;
+  bool toldSaveFailure_ = false;
   std::map<unsigned long, TimerHandle> pressVerdicts_;  // by the press's time
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

@@ -66,6 +66,7 @@ void LiveMarketData::probeQuoteEndpoint(SourceMode source, const DataSourceEndpo
       (source == SourceMode::sina ? endpoints.sinaQuote : endpoints.tencentQuote) + "sh600519";
   request.headers = feedHeaders(source);
   request.timeout = 3;
+  request.maxBytes = 64 << 10;  // one symbol's line is a few hundred bytes
   http_.get(request, [this, source, completion = std::move(completion)](HttpResponse response) {
     completion(isSuccess(response) &&
                !parse(source, *response.body, {"600519"}, clock_.now()).empty());

@@ -409,6 +409,23 @@ TEST(Delegate, HintsReplaceEachOtherAndLastTheirFullTime) {
   EXPECT_EQ(d.delegate->windowModel().hint(), std::nullopt);
 }
 
+TEST(Delegate, ASettingThatCannotBeKeptIsToldOncePerStreak) {
+  Desktop d;
+  const StoreWriteFailure failure{"/home/u/.config/Tidemark/Tidemark.conf", "Permission denied"};
+  const std::pair<std::optional<StoreWriteFailure>, std::string> steps[] = {
+      {failure, "设置无法保存 · 重启后更改将丢失"},
+      {failure, ""},  // still failing: said already
+      {std::nullopt, ""},
+      {failure, "设置无法保存 · 重启后更改将丢失"},
+  };
+  for (const auto& [report, told] : steps) {
+    d.delegate->windowModel().setHint(std::nullopt);
+    d.h.store.report(report);
+    d.h.scheduler.runDue();
+    EXPECT_EQ(hint(d), told) << (report ? "failed" : "saved");
+  }
+}
+
 TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
   const std::string head =
       "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "

@@ -159,7 +159,9 @@ TEST(OrbPaint, FiguresMaskedAndMissing) {
     EXPECT_EQ(redPrice > 0, k.redPrice > 0) << k.what << " " << redPrice;
     EXPECT_GE(redPrice, k.redPrice) << k.what;
     EXPECT_GE(textPrice, k.textPrice) << k.what;
-    if (k.textPrice == 0) EXPECT_LT(textPrice, 5) << k.what;
+    if (k.textPrice == 0) {
+      EXPECT_LT(textPrice, 5) << k.what;
+    }
     EXPECT_GT(count(image, percent, k.percentColour, 30), 5) << k.what;
   }
   Orb empty;
@@ -247,7 +249,9 @@ TEST(OrbMotion, SatellitesUnfoldAndFreshQuotesPulseOnlyWithMotion) {
     orb.paint();
     EXPECT_EQ(orb.orb().swapOffset(), motion ? 1 : 0);
     orb.run(0.1);
-    if (motion) EXPECT_LT(orb.orb().swapOffset(), 1);
+    if (motion) {
+      EXPECT_LT(orb.orb().swapOffset(), 1);
+    }
     orb.run(2);
     EXPECT_NEAR(orb.orb().swapOffset(), 0, 1e-3);
   }

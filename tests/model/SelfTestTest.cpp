@@ -99,7 +99,9 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
     ASSERT_EQ(made.size(), 1u);
     EXPECT_TRUE(made[0].starts_with("tidemark.self-test.")) << made[0];
     EXPECT_EQ(removed, made) << c.what;
-    if (!c.rootIsAFile) EXPECT_TRUE(std::filesystem::is_empty(environment.temporaryRoot)) << c.what;
+    if (!c.rootIsAFile) {
+      EXPECT_TRUE(std::filesystem::is_empty(environment.temporaryRoot)) << c.what;
+    }
   }
 }
 

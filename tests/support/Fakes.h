@@ -27,6 +27,19 @@ namespace tidemark::test {
 
 // Answers each live source with what the test configured (not filtered by the request), at
 // once or when the test releases it.
+// A store in memory whose writes can be reported failed, as a settings file that cannot be
+// written is.
+class ReportingStore final : public MemoryKeyValueStore {
+ public:
+  void setWriteObserver(WriteObserver observer) override { observer_ = std::move(observer); }
+  void report(const std::optional<StoreWriteFailure>& failure) {
+    if (observer_) observer_(failure);
+  }
+
+ private:
+  WriteObserver observer_;
+};
+
 class FakeMarketDataSource final : public MarketDataSource {
  public:
   struct Call {

@@ -23,7 +23,7 @@ struct ModelHarness {
 
   std::unique_ptr<AppModel> make(bool startTimers = false);
 
-  MemoryKeyValueStore store;
+  ReportingStore store;
   ManualClock clock;
   ManualScheduler scheduler{clock};
   FakeMarketDataSource source;
