@@ -207,13 +207,22 @@ function searchSymbol(hit) {
   return isDigits(code) && code.length === digits ? code : null;
 }
 
+// The search knows a fund when it finds one; the quote calls tell Hong Kong and US funds from
+// shares by nothing, so the hit's own kind gives the label.
+const FUND_LABELS = { sh: 'A股基金', sz: 'A股基金', bj: 'A股基金', hk: '港股基金', us: '美股基金' };
+
 async function search(text) {
   const hits = await makeSDK().search(text);
+  const funds = new Map();
+  for (const hit of hits) {
+    const symbol = searchSymbol(hit);
+    if (symbol && hit.category === 'fund') funds.set(symbol, FUND_LABELS[String(hit.market).toLowerCase()]);
+  }
   const symbols = [...new Set(hits.map(searchSymbol).filter(Boolean))].slice(0, SEARCH_LIMIT);
   const records = await quotes(symbols);
   // Hits without a single quote mean the quote feed failed, not that nothing matched.
   if (symbols.length > 0 && records.length === 0) fail('no quotes for the search hits');
-  return records;
+  return records.map((r) => (funds.has(r.id) ? { ...r, market: funds.get(r.id) } : r));
 }
 
 function fail(message) {

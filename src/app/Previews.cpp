@@ -25,6 +25,13 @@
 namespace tidemark {
 namespace {
 
+// The settings window's sections, as the file names call them.
+constexpr std::pair<const char*, const char*> settingsSections[] = {{"外观", "appearance"},
+                                                                    {"圆形详情", "detail"},
+                                                                    {"自选管理", "watchlist"},
+                                                                    {"数据源", "source"},
+                                                                    {"预警与隐私", "alerts"}};
+
 constexpr QSize orbSize(460, 460), detailSize(980, 680), settingsSize(960, 740),
     watchlistSize(940, 650), onboardingSize(480, 600), alertSize(420, 540);
 
@@ -69,6 +76,11 @@ std::vector<PreviewFile> previewFiles() {
     files.push_back({"settings-" + suffix, settingsSize.width(), settingsSize.height()});
     files.push_back({"watchlist-" + suffix, watchlistSize.width(), watchlistSize.height()});
   }
+  // The settings window as it opens, on each of its sections.
+  for (AppTheme theme : allCases<AppTheme>())
+    for (const auto& [section, slug] : settingsSections)
+      files.push_back({std::string("settings-") + slug + "-" + std::string(rawValue(theme)),
+                       settingsSize.width(), settingsSize.height()});
   files.push_back({"onboarding", onboardingSize.width(), onboardingSize.height()});
   files.push_back({"alert", alertSize.width(), alertSize.height()});
   files.push_back({"orb-collapsed", orbSize.width(), orbSize.height()});
@@ -97,6 +109,12 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   const auto alert = [&](const std::string& name) {
     render(new AlertEditorView(model, {}), alertSize, file(name));
   };
+  const auto settings = [&](const std::string& section) {
+    SettingsView::Actions actions;
+    actions.autostartEnabled = [] { return false; };
+    actions.setAutostart = [](bool) { return std::nullopt; };
+    return new SettingsView(model, clock, std::move(actions), section);
+  };
 
   windowModel.setExpanded(true);
   for (AppTheme theme : allCases<AppTheme>()) {
@@ -105,12 +123,10 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
     const std::string suffix(rawValue(theme));
     orb("orb-" + suffix);
     detail("detail-" + suffix);
-    SettingsView::Actions actions;
-    actions.autostartEnabled = [] { return false; };
-    actions.setAutostart = [](bool) { return std::nullopt; };
-    render(new SettingsView(model, clock, std::move(actions)), settingsSize,
-           file("settings-" + suffix));
+    render(settings("外观"), settingsSize, file("settings-" + suffix));
     render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
+    for (const auto& [section, slug] : settingsSections)
+      render(settings(section), settingsSize, file(std::string("settings-") + slug + "-" + suffix));
   }
   const AppTheme first = allCases<AppTheme>().front();
   model.setTheme(first);

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QPainter>
+#include <QResizeEvent>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -15,6 +16,11 @@ namespace tidemark {
 namespace {
 
 const QString hidden = QStringLiteral("••••");
+
+// The sphere's share of the orb's frame: the chart's outer ticks reach just inside its rim.
+constexpr double sphereShare = 0.86;
+// The figures beside the orb need this much width.
+constexpr int sideWidth = 248;
 
 QString timeText(Date date) {
   if (date.sinceReference == 0) return QStringLiteral("—");
@@ -43,13 +49,12 @@ void SymbolButton::paintEvent(QPaintEvent*) {
 
 DetailOrb::DetailOrb(AppModel& model, std::function<void()> close, QWidget* parent)
     : QWidget(parent), model_(model), close_(std::move(close)) {
-  setMinimumSize(300, 300);
-  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-  policy.setHeightForWidth(true);
-  setSizePolicy(policy);
+  setFixedSize(side, side);
   QObject::connect(&animation_, &QVariantAnimation::valueChanged, this, [this](const QVariant& v) {
     presence_ = v.toDouble();
     update();
+    // The glow round the frame grows and fades with the orb.
+    if (parentWidget()) parentWidget()->update();
   });
 }
 
@@ -119,15 +124,15 @@ void DetailOrb::paintEvent(QPaintEvent*) {
   const double change = quote ? quote->changePct() : 0;
   const Color trend = quoteColor(change);
 
-  const double side = std::min(width(), height());
+  const double side = DetailOrb::side;
   const QPointF c(width() / 2.0, height() / 2.0);
   painter.setOpacity(std::clamp(presence_, 0.0, 1.0));
   painter.translate(c);
   painter.scale(0.3 + 0.7 * presence_, 0.3 + 0.7 * presence_);
   painter.translate(-c);
 
-  // The sphere fills most of the frame; the chart's outer ticks reach just inside its rim.
-  // The glow and the sphere change only with the size, the theme and the trend's colour.
+  // The sphere fills most of the frame; it changes only with the size, the theme and the trend's
+  // colour. Its shadow would reach past the frame: the detail view's glow stands in for it.
   const qreal ratio = devicePixelRatioF();
   const QString key = QStringLiteral("%1/%2/%3/%4")
                           .arg(side)
@@ -143,14 +148,7 @@ void DetailOrb::paintEvent(QPaintEvent*) {
     QPainter layer(&sphere_);
     layer.setRenderHint(QPainter::Antialiasing);
     const QPointF mid(side / 2, side / 2);
-    // The orb's own glow reaches past this frame; a softer one fits inside it.
-    QRadialGradient halo(mid, side / 2);
-    halo.setColorAt(0.8, qt(palette.halo()));
-    halo.setColorAt(1, Qt::transparent);
-    layer.setPen(Qt::NoPen);
-    layer.setBrush(halo);
-    layer.drawEllipse(mid, side / 2, side / 2);
-    paintOrbSphere(layer, mid, side * 0.86, palette, trend, false, false);
+    paintOrbSphere(layer, mid, side * sphereShare, palette, trend, false, false, false);
   }
   painter.drawImage(QPointF(c.x() - side / 2, c.y() - side / 2), sphere_);
   const QRectF face(c.x() - side / 2, c.y() - side / 2, side, side);
@@ -178,7 +176,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
                        QWidget* parent)
     : QWidget(parent), model_(model) {
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(24, 20, 24, 20);
+  layout->setContentsMargins(20, 20, 20, 20);
   layout->setSpacing(14);
   auto* heading = new ProductHeading(QStringLiteral("圆形详情 · 螺旋分时"),
                                      QStringLiteral("时间绕圆心铺开，价格沿半径起伏。"), this);
@@ -188,33 +186,36 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   heading->addTrailing(closeButton);
   layout->addWidget(heading);
 
-  auto* body = new QHBoxLayout;
-  body->setSpacing(18);
-  body->addWidget(orb_, 3);
-  auto* side = new QVBoxLayout;
+  body_ = new QBoxLayout(QBoxLayout::LeftToRight);
+  body_->setSpacing(16);
+  body_->addWidget(orb_, 0, Qt::AlignTop | Qt::AlignHCenter);
+  side_ = new QWidget(this);
+  auto* side = new QVBoxLayout(side_);
+  side->setContentsMargins(0, 0, 0, 0);
   side->setSpacing(12);
-  auto* chartCard = new ProductCard(QString(), this);
+  auto* chartCard = new ProductCard(QString(), side_);
   chart_ = new LinearQuoteChart(chartCard);
   chartCard->content().addWidget(chart_);
-  side->addWidget(chartCard, 3);
+  side->addWidget(chartCard, 1);
 
-  auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), this);
-  figuresCard->setMinimumWidth(300);
+  auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), side_);
   name_ = themedLabel(QString(), nullptr, 15, QFont::Bold, figuresCard);
+  name_->setWordWrap(false);
   figuresCard->content().addWidget(name_);
   figures_ = new QGridLayout;
-  figures_->setHorizontalSpacing(12);
-  figures_->setVerticalSpacing(6);
+  figures_->setHorizontalSpacing(14);
+  figures_->setVerticalSpacing(5);
+  figures_->setColumnStretch(1, 1);
   const char* names[] = {"开盘", "昨收", "最高", "最低", "成交量", "更新时间", "数据源"};
   int row = 0;
   for (const char* name : names) {
     auto* caption = themedLabel(QString::fromUtf8(name), "muted", 12.5);
     caption->setWordWrap(false);
-    figures_->addWidget(caption, row / 2, row % 2 * 2);
+    figures_->addWidget(caption, row, 0);
     auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
     value->setWordWrap(false);
     values_.push_back(value);
-    figures_->addWidget(value, row / 2, row % 2 * 2 + 1);
+    figures_->addWidget(value, row, 1);
     ++row;
   }
   figuresCard->content().addLayout(figures_);
@@ -224,9 +225,13 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
     if (onAlert) onAlert();
   });
   figuresCard->content().addWidget(alert);
-  side->addWidget(figuresCard, 2);
-  body->addLayout(side, 2);
-  layout->addLayout(body, 1);
+  side->addWidget(figuresCard);
+  side_->setFixedWidth(sideWidth);
+  body_->addWidget(side_, 0, Qt::AlignTop);
+  body_->addStretch(1);
+  layout->addLayout(body_, 1);
+  setMinimumWidth(DetailOrb::side + layout->contentsMargins().left() +
+                  layout->contentsMargins().right());
 
   subscription_ = model.subscribe([this] {
     if (refreshPending_) return;
@@ -242,6 +247,40 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
 void DetailView::showEvent(QShowEvent*) {
   requestedFor_.clear();
   refresh();
+}
+
+bool DetailView::figuresBeside() const {
+  return body_->direction() == QBoxLayout::LeftToRight;
+}
+
+void DetailView::resizeEvent(QResizeEvent*) {
+  const QMargins m = layout()->contentsMargins();
+  const bool beside =
+      width() >= m.left() + DetailOrb::side + body_->spacing() + sideWidth + m.right();
+  body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+  // Below the orb the figures take the orb's width.
+  side_->setFixedWidth(beside ? sideWidth : DetailOrb::side);
+}
+
+void DetailView::paintEvent(QPaintEvent*) {
+  // The orb's glow, round its frame and under the cards beside it, fading out before it reaches
+  // the window's edge; it grows and fades in with the orb.
+  const double presence = std::clamp(orb_->presence(), 0.0, 1.0);
+  if (presence <= 0) return;
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const OrbPalette palette{model_.theme()};
+  const QPointF c = QRectF(orb_->geometry()).center();
+  const double rim = DetailOrb::side * sphereShare / 2 * (0.3 + 0.7 * presence);
+  const double reach = rim + glowReach;
+  QRadialGradient glow(c, reach);
+  glow.setColorAt(0, qt(palette.halo()));
+  glow.setColorAt(rim / reach, qt(palette.halo()));
+  glow.setColorAt(1, Qt::transparent);
+  painter.setOpacity(presence);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(glow);
+  painter.drawEllipse(c, reach, reach);
 }
 
 QStringList DetailView::figureTexts() const {

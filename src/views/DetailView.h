@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include <QBoxLayout>
 #include <QGridLayout>
 #include <QImage>
 #include <QLabel>
@@ -47,9 +48,8 @@ class DetailOrb final : public QWidget {
   QString changeDisplay() const;
   QString chartLabel() const;
 
-  QSize sizeHint() const override { return {480, 480}; }
-  bool hasHeightForWidth() const override { return true; }
-  int heightForWidth(int width) const override { return width; }
+  // The orb's frame; its glow is the detail view's to paint, around the frame.
+  static constexpr int side = 480;
 
  protected:
   void showEvent(QShowEvent*) override;
@@ -83,9 +83,15 @@ class DetailView final : public QWidget {
   LinearQuoteChart& chart() { return *chart_; }
   // Every text of the figures panel, in order.
   QStringList figureTexts() const;
+  // Beside the orb, or below it where the view is too narrow for both.
+  bool figuresBeside() const;
+  // The glow round the orb reaches this far past the sphere's rim.
+  static constexpr int glowReach = 50;
 
  protected:
   void showEvent(QShowEvent*) override;
+  void resizeEvent(QResizeEvent*) override;
+  void paintEvent(QPaintEvent*) override;
 
  private:
   void refresh();
@@ -93,6 +99,8 @@ class DetailView final : public QWidget {
   AppModel& model_;
   DetailOrb* orb_;
   LinearQuoteChart* chart_;
+  QBoxLayout* body_;
+  QWidget* side_;
   QLabel* name_;
   QGridLayout* figures_;
   std::vector<QLabel*> values_;

@@ -82,7 +82,7 @@ QColor faded(const Color& color, double opacity) {
 
 // The glow around the orb and the shaded sphere, centred at c.
 void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
-                    bool offline, bool glow) {
+                    bool offline, bool glow, bool shadow) {
   // 1. Glow: the halo, then a tint of the quote's direction.
   if (glow) {
     QRadialGradient halo(c, 0.75 * s);
@@ -104,13 +104,15 @@ void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& pa
   // 2. The sphere: shadow, body, rim and inner shading.
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
   {
-    QRadialGradient shadow(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
-    shadow.setColorAt(0, qt(palette.halo()));
-    shadow.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
-    shadow.setColorAt(1, Qt::transparent);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(shadow);
-    painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+    if (shadow) {
+      QRadialGradient below(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
+      below.setColorAt(0, qt(palette.halo()));
+      below.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
+      below.setColorAt(1, Qt::transparent);
+      painter.setBrush(below);
+      painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+    }
 
     QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
     body.setColorAt(0, qt(palette.orbLit()));

@@ -20,9 +20,10 @@
 
 namespace tidemark {
 
-// The glow around the orb (unless left out) and the shaded sphere of size s, centred at c.
+// The glow around the orb (unless left out) and the shaded sphere of size s, centred at c, with
+// its drop shadow below it (unless left out: the shadow reaches 0.84 s from the centre).
 void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
-                    bool offline, bool glow = true);
+                    bool offline, bool glow = true, bool shadow = true);
 
 // The floating orb: the sphere with the active quote, its range ring and state badge, the
 // satellites of the watchlist and the ring menu. It fills the 460 × 460 panel canvas with the orb

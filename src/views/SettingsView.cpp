@@ -56,10 +56,13 @@ class ThemeSwatch final : public QPushButton {
   AppTheme theme_;
 };
 
+// A section that scrolls up and down where the window is too low for it; never sideways: what
+// is too narrow gives way in its own layout.
 QWidget* scrollPage(QWidget* content) {
   auto* area = new QScrollArea;
   area->setWidgetResizable(true);
   area->setFrameShape(QFrame::NoFrame);
+  area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   area->setWidget(content);
   return area;
 }
@@ -102,7 +105,7 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
 
   auto* side = new QFrame(this);
   side->setProperty("card", true);
-  side->setFixedWidth(196);
+  side->setFixedWidth(168);
   auto* sideLayout = new QVBoxLayout(side);
   sideLayout->setContentsMargins(12, 20, 12, 16);
   sideLayout->setSpacing(6);
@@ -127,7 +130,7 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   stack_ = new QStackedWidget(this);
   stack_->addWidget(scrollPage(appearancePage()));
   detail_ = new DetailView(model, actions_.close, actions_.openAlert);
-  stack_->addWidget(detail_);
+  stack_->addWidget(scrollPage(detail_));
   watchlist_ = new WatchlistView(model, clock);
   stack_->addWidget(watchlist_);
   stack_->addWidget(scrollPage(sourcePage()));

@@ -19,20 +19,30 @@ QString css(const Color& c) {
       .arg(c.opacity, 0, 'f', 3);
 }
 
-// Cards, fields and buttons: on dark themes a lift of the theme's own backdrop, so each theme
-// keeps its tint; on the light theme plain white.
-Color raisedSurface(const OrbPalette& p) {
-  if (!isDark(p.theme)) return p.elevated();
-  const Color b = p.background();
-  const auto lift = [](double c) { return c + (1 - c) * 0.075; };
-  return Color{lift(b.red), lift(b.green), lift(b.blue), 1};
-}
-
 }  // namespace
 
+ThemeColors themeColors(const OrbPalette& p) {
+  const bool dark = isDark(p.theme);
+  return {p.background(),
+          p.surface(),
+          p.elevated(),
+          p.ink(),
+          p.secondary(),
+          p.muted(),
+          p.line(),
+          p.auroraA(),
+          p.auroraB(),
+          withOpacity(p.auroraB(), 0.24),
+          dark ? Color::hex(0xFFFFFF, 0.05) : Color::hex(0x14183C, 0.04),
+          colorFromHex(dark ? 0xFFB35C : 0xB25E00),
+          quoteColor(1),
+          colorFromHex(0x10131F)};
+}
+
 QPalette themePalette(const OrbPalette& p) {
+  const ThemeColors t = themeColors(p);
   QPalette palette;
-  const QColor background = qt(p.background()), raised = qt(raisedSurface(p)), ink = qt(p.ink());
+  const QColor background = qt(t.window), raised = qt(t.raised), ink = qt(t.ink);
   for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
     palette.setColor(group, QPalette::Window, background);
     palette.setColor(group, QPalette::WindowText, ink);
@@ -62,9 +72,7 @@ QPalette themePalette(const OrbPalette& p) {
 }
 
 QString themeStyleSheet(const OrbPalette& p) {
-  const bool dark = isDark(p.theme);
-  // Text on the accent gradient stays dark in every theme: the aurora colours are light.
-  const QString onAccent = QStringLiteral("#10131f");
+  const ThemeColors t = themeColors(p);
   QString sheet = QStringLiteral(R"(
 QLabel[role="secondary"] { color: %2; }
 QLabel[role="muted"] { color: %3; }
@@ -73,8 +81,8 @@ QLabel[role="warning"] { color: %11; }
 QLabel[role="error"] { color: %12; }
 QFrame[card="true"] { background: %4; border: 1px solid %5; border-radius: 14px; }
 QFrame[card="true"] QLabel { background: transparent; }
-QFrame[rowcard="true"] { background: %9; border: 1px solid %5; border-radius: 10px; }
-QPushButton { background: %4; color: %1; border: 1px solid %5; border-radius: 8px;
+QFrame[rowcard="true"] { background: %13; border: 1px solid %5; border-radius: 10px; }
+QPushButton { background: %13; color: %1; border: 1px solid %5; border-radius: 8px;
   padding: 6px 14px; }
 QPushButton:hover { border-color: %7; }
 QPushButton:pressed { background: %9; }
@@ -86,7 +94,7 @@ QPushButton[pill="true"][selected="true"] { background: %8; border-color: %7; }
 QPushButton[flat="true"] { background: transparent; border: none; padding: 3px 7px;
   font-size: 13px; }
 QPushButton[flat="true"]:hover { background: %9; }
-QLineEdit { background: %9; color: %1; border: 1px solid %5;
+QLineEdit { background: %13; color: %1; border: 1px solid %5;
   border-radius: 8px; padding: 5px 8px; selection-background-color: %7; }
 QLineEdit:focus { border-color: %7; }
 QComboBox { min-height: 24px; }
@@ -109,11 +117,11 @@ QToolTip { background: %4; color: %1; border: 1px solid %5; padding: 4px; }
 QProgressBar { background: %9; border: none; border-radius: 3px; max-height: 6px; }
 QProgressBar::chunk { background: %7; border-radius: 3px; }
 )");
-  return sheet.arg(css(p.ink()), css(p.secondary()), css(p.muted()), css(raisedSurface(p)),
-                   css(p.line()), css(p.auroraA()), css(p.auroraB()),
-                   css(withOpacity(p.auroraB(), 0.24)),
-                   css(dark ? Color::hex(0xFFFFFF, 0.05) : Color::hex(0x14183C, 0.04)), onAccent,
-                   css(colorFromHex(dark ? 0xFFB35C : 0xB25E00)), css(quoteColor(1)));
+  return sheet
+      .arg(css(t.ink), css(t.secondary), css(t.muted), css(t.card), css(t.line), css(t.accentA),
+           css(t.accentB), css(t.selection), css(t.wash), css(t.onAccent), css(t.warning),
+           css(t.error))
+      .arg(css(t.raised));
 }
 
 void applyTheme(AppTheme theme) {

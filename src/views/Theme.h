@@ -15,6 +15,23 @@
 
 namespace tidemark {
 
+// Every colour the windows use, for one theme: the palette's own roles where it has one, and
+// the few it does not name, each for one purpose.
+struct ThemeColors {
+  Color window;  // background: the backdrop of every window
+  Color card;    // surface: cards, panels, the settings sidebar
+  Color raised;  // elevated: row cards, fields, buttons
+  Color ink, secondary, muted, line;
+  Color accentA, accentB;  // auroraA and auroraB: focus, the on state, the primary buttons
+  // Not in the palette:
+  Color selection;  // auroraB at 0.24: the chosen pill and list item
+  Color wash;       // white at 0.05 (light: the ink's navy at 0.04): hover and press on a card
+  Color warning;    // #FFB35C (light: #B25E00): notices that are not failures
+  Color error;      // the rise colour #FF453A: failures in words
+  Color onAccent;   // #10131F: text on the aurora gradient, which is light in every theme
+};
+ThemeColors themeColors(const OrbPalette& palette);
+
 // The standard controls' colours for a theme: window, text, fields, buttons and selection.
 QPalette themePalette(const OrbPalette& palette);
 // Rounded fields and buttons, cards, pills and the text roles ("secondary", "muted", "accent",
