@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QScreen>
+#include <QScrollArea>
 #include <QStyleHints>
 #include <QVBoxLayout>
 
@@ -534,7 +535,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   }
   if (QWidget* existing = window(key)) {
     // The views carry no meta-object of their own, so a cast, not findChild, tells them apart.
-    for (QWidget* child : existing->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+    for (QWidget* child : existing->findChildren<QWidget*>())
       if (auto* settings = dynamic_cast<SettingsView*>(child); settings && !section.empty())
         settings->showSection(section);
     existing->show();
@@ -562,7 +563,12 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   layout->setContentsMargins(0, 0, 0, 0);
   QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
   if (!root) root = new QLabel(QString::fromUtf8(spec->title));
-  layout->addWidget(root);
+  // On a screen smaller than the window, the window shrinks and its content scrolls.
+  auto* scroll = new QScrollArea(window);
+  scroll->setWidgetResizable(true);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setWidget(root);
+  layout->addWidget(scroll);
   applySystemCalm(*window);
   windows_[key] = window;
   window->show();

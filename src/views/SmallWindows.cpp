@@ -46,23 +46,36 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
       "secondary", 12, QFont::Normal, this));
 
   symbol_ = new QComboBox(this);
-  const std::string chosen = model.alertSymbolID().value_or(model.activeID());
+  // The alert's own security while it is watched, else the active one.
+  const std::string alerted = model.alertSymbolID().value_or("");
+  int chosen = -1, active = 0;
   for (const QuoteSnapshot& q : model.watchedQuotes()) {
     symbol_->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
-    if (q.id == chosen) symbol_->setCurrentIndex(symbol_->count() - 1);
+    if (q.id == alerted) chosen = symbol_->count() - 1;
+    if (q.id == model.activeID()) active = symbol_->count() - 1;
   }
+  symbol_->setCurrentIndex(chosen >= 0 ? chosen : active);
   layout->addWidget(symbol_);
-  current_ = themedLabel(QString::fromUtf8(""), nullptr, 14, QFont::DemiBold, this);
+  currentCaption_ = themedLabel(QStringLiteral("当前价格"), "muted", 12, QFont::Normal, this);
+  layout->addWidget(currentCaption_);
+  current_ = themedLabel(QString(), nullptr, 20, QFont::Bold, this);
+  current_->setWordWrap(false);
   layout->addWidget(current_);
   QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] { showCurrent(); });
 
+  // Two pills: the chosen direction carries the accent in every theme.
   direction_ = new QButtonGroup(this);
   auto* directions = new QHBoxLayout;
+  directions->setSpacing(8);
   for (const auto& [text, id] : {std::pair{"价格达到或高于", 1}, std::pair{"价格达到或低于", 0}}) {
-    auto* choice = new QRadioButton(QString::fromUtf8(text), this);
+    auto* choice = new ProductPill(QString::fromUtf8(text), this);
+    choice->setCheckable(true);
+    QObject::connect(choice, &QPushButton::toggled, choice,
+                     [choice](bool on) { choice->setSelected(on); });
     direction_->addButton(choice, id);
     directions->addWidget(choice);
   }
+  directions->addStretch();
   layout->addLayout(directions);
   setAbove(model.alertAbove());
 
@@ -101,15 +114,18 @@ void AlertEditorView::setAbove(bool above) {
   direction_->button(above ? 1 : 0)->setChecked(true);
 }
 
+void AlertEditorView::showEvent(QShowEvent*) {
+  input_->setFocus(Qt::OtherFocusReason);
+}
+
 void AlertEditorView::showCurrent() {
   const QuoteSnapshot* quote = model_.quote(symbol_->currentData().toString().toStdString());
+  currentCaption_->setVisible(!model_.masked());
   if (model_.masked()) {
     current_->setText(QStringLiteral("当前价格已遮蔽"));
   } else {
-    current_->setText(
-        quote ? QStringLiteral("当前价格 ") +
-                    QString::fromStdString(quote->currency() + " " + priceText(quote->price))
-              : QString());
+    current_->setText(quote ? QString::fromStdString(priceText(quote->price))
+                            : QStringLiteral("—"));
   }
 }
 
@@ -142,7 +158,7 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWi
   const Step steps[] = {
       {"单击灵球", "展开自选股卫星", nullptr},
       {"双击灵球", "查看圆形详情和标准分时", nullptr},
-      {"右键 · 设置", "打开自选管理", "添加、排序并保存自选股"},
+      {"右键 · 外观 · 自选管理", "打开自选管理", "添加、排序并保存自选股"},
       {"拖动灵球", "拖到屏幕边缘", "磁吸为安静的半圆舷窗"},
   };
   for (const Step& step : steps) {
@@ -162,6 +178,7 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWi
                   "muted", 12, QFont::Normal, this));
   layout->addStretch();
   auto* start = new QPushButton(QStringLiteral("开始探索"), this);
+  start->setMinimumHeight(38);
   start->setDefault(true);
   start->setProperty("primary", true);
   QObject::connect(start, &QPushButton::clicked, this, [&model, close = std::move(close)] {

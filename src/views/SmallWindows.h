@@ -31,12 +31,16 @@ class AlertEditorView final : public QWidget {
   void save();
   void clear();
 
+ protected:
+  void showEvent(QShowEvent*) override;
+
  private:
   void showCurrent();
 
   AppModel& model_;
   std::function<void()> close_;
   QComboBox* symbol_;
+  QLabel* currentCaption_;
   QLabel* current_;
   QButtonGroup* direction_;
   QLineEdit* input_;

@@ -62,7 +62,8 @@ const std::initializer_list<std::string_view>& symbolNames() {
                                                              "circle.lefthalf.filled",
                                                              "lock",
                                                              "power",
-                                                             "xmark.circle.fill"};
+                                                             "xmark.circle.fill",
+                                                             "magnifyingglass"};
   return names;
 }
 
@@ -124,6 +125,11 @@ bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, con
     stroked.addPath(arc(QPointF(12, 13), 7.5, 60, -300));
     stroked.moveTo(12, 3);
     stroked.lineTo(12, 11.5);
+  } else if (name == "magnifyingglass") {
+    stroked.addEllipse(QPointF(10.5, 10.5), 6, 6);
+    stroked.moveTo(15, 15);
+    stroked.lineTo(20, 20);
+    width = 2.2;
   } else if (name == "xmark.circle.fill") {
     QPainterPath disc;
     disc.addEllipse(QPointF(12, 12), 9.5, 9.5);

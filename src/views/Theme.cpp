@@ -90,14 +90,16 @@ QPushButton:disabled { color: %3; }
 QPushButton[primary="true"] { background: qlineargradient(x1:0, y1:0, x2:1, y2:1,
   stop:0 %6, stop:1 %7); color: %10; border: none; font-weight: 600; }
 QPushButton[pill="true"] { border-radius: 13px; padding: 4px 14px; }
-QPushButton[pill="true"][selected="true"] { background: %8; border-color: %7; }
+QPushButton[pill="true"][selected="true"] { background: %8; border: 2px solid %7; padding: 3px 13px; }
 QPushButton[flat="true"] { background: transparent; border: none; padding: 3px 7px;
   font-size: 13px; }
 QPushButton[flat="true"]:hover { background: %9; }
 QLineEdit { background: %13; color: %1; border: 1px solid %5;
   border-radius: 8px; padding: 5px 8px; selection-background-color: %7; }
 QLineEdit:focus { border-color: %7; }
-QComboBox { min-height: 24px; }
+QComboBox { background: %13; color: %1; border: 1px solid %5; border-radius: 8px;
+  padding: 3px 10px; min-height: 22px; }
+QComboBox:hover, QComboBox:focus { border-color: %7; }
 QComboBox QAbstractItemView { background: %4; color: %1; border: 1px solid %5;
   selection-background-color: %8; selection-color: %1; outline: none; }
 QListWidget { background: transparent; border: none; outline: none; }
@@ -140,6 +142,48 @@ QLabel* themedLabel(const QString& text, const char* role, double size, QFont::W
   label->setWordWrap(true);
   if (role) label->setProperty("role", QString::fromLatin1(role));
   return label;
+}
+
+ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : QLabel(parent) {
+  setProperty("elides", true);
+  setWordWrap(false);
+  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  setFullText(text);
+}
+
+void ElidedLabel::setFullText(const QString& text) {
+  full_ = text;
+  shorten();
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+  return {fontMetrics().horizontalAdvance(QStringLiteral("…")) * 3,
+          QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event) {
+  QLabel::resizeEvent(event);
+  shorten();
+}
+
+void ElidedLabel::changeEvent(QEvent* event) {
+  QLabel::changeEvent(event);
+  if (event->type() == QEvent::FontChange) shorten();
+}
+
+ElidedLabel* elidedLabel(const QString& text, const char* role, double size, QFont::Weight weight,
+                         QWidget* parent) {
+  auto* label = new ElidedLabel(QString(), parent);
+  label->setFont(uiFont(size, weight));
+  if (role) label->setProperty("role", QString::fromLatin1(role));
+  label->setFullText(text);
+  return label;
+}
+
+void ElidedLabel::shorten() {
+  const QString shown = fontMetrics().elidedText(full_, Qt::ElideRight, contentsRect().width());
+  setText(shown);
+  setToolTip(shown == full_ ? QString() : full_);
 }
 
 ProductHeading::ProductHeading(const QString& title, const QString& subtitle, QWidget* parent)

@@ -45,6 +45,28 @@ void applyTheme(AppTheme theme);
 QLabel* themedLabel(const QString& text, const char* role, double size,
                     QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
 
+// A one-line label that shortens its text with "…" where it has too little room, and then tells
+// the whole text as its tooltip. Marked with the property "elides".
+class ElidedLabel final : public QLabel {
+ public:
+  explicit ElidedLabel(const QString& text, QWidget* parent = nullptr);
+  void setFullText(const QString& text);
+  const QString& fullText() const { return full_; }
+  QSize minimumSizeHint() const override;
+
+ protected:
+  void resizeEvent(QResizeEvent*) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void shorten();
+  QString full_;
+};
+
+// An elided label in one of the text roles.
+ElidedLabel* elidedLabel(const QString& text, const char* role, double size,
+                         QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
+
 // A window's heading: the title over a muted subtitle, with room on the right for a button.
 class ProductHeading final : public QWidget {
  public:

@@ -6,6 +6,7 @@
 #include <QScrollArea>
 
 #include "core/NumberText.h"
+#include "views/DetailView.h"
 #include "views/TextStyle.h"
 #include "views/Theme.h"
 
@@ -31,10 +32,12 @@ void clearLayout(QLayout* layout) {
   }
 }
 
+// Up and down only: rows and candidates give way in their own layout.
 QScrollArea* scrolling(QWidget* content, QWidget* parent) {
   auto* area = new QScrollArea(parent);
   area->setWidgetResizable(true);
   area->setFrameShape(QFrame::NoFrame);
+  area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   area->setWidget(content);
   return area;
 }
@@ -43,7 +46,9 @@ void collectTexts(const QWidget* root, QStringList& out) {
   for (const QObject* child : root->children()) {
     const auto* widget = qobject_cast<const QWidget*>(child);
     if (!widget || widget->isHidden()) continue;
-    if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+    if (const auto* elided = dynamic_cast<const ElidedLabel*>(widget)) {
+      if (!elided->fullText().isEmpty()) out << elided->fullText();
+    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
       if (!label->text().isEmpty()) out << label->text();
     } else if (const auto* button = qobject_cast<const QPushButton*>(widget)) {
       if (!button->text().isEmpty()) out << button->text();
@@ -60,15 +65,22 @@ void collectTexts(const QWidget* root, QStringList& out) {
 
 WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* parent)
     : QWidget(parent), model_(model), clock_(clock), statusClock_(clock.now()) {
-  auto* layout = new QHBoxLayout(this);
-  layout->setContentsMargins(24, 20, 24, 20);
-  layout->setSpacing(18);
+  auto* page = new QVBoxLayout(this);
+  page->setContentsMargins(20, 20, 20, 20);
+  page->setSpacing(14);
+  page->addWidget(new ProductHeading(QStringLiteral("自选管理 · 本地保存"),
+                                     QStringLiteral("添加、删除和排序会自动保存，卫星环同步更新。"),
+                                     this));
+  auto* layout = new QHBoxLayout;
+  layout->setSpacing(16);
+  page->addLayout(layout, 1);
 
   // The user's list.
   auto* left = new QVBoxLayout;
   left->setSpacing(10);
   auto* top = new QHBoxLayout;
-  heading_ = themedLabel(QString(), nullptr, 17, QFont::Bold, this);
+  heading_ = themedLabel(QString(), nullptr, 16, QFont::Bold, this);
+  heading_->setWordWrap(false);
   top->addWidget(heading_, 1);
   auto* restore = new QPushButton(QStringLiteral("恢复默认自选"), this);
   QObject::connect(restore, &QPushButton::clicked, this,
@@ -77,7 +89,8 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   left->addLayout(top);
 
   auto* pickers = new QGridLayout;
-  pickers->setSpacing(8);
+  pickers->setHorizontalSpacing(10);
+  pickers->setVerticalSpacing(8);
   const std::vector<std::string>* options[] = {&watchlistMarkets(), &watchlistStatuses(),
                                                &watchlistChanges(), &watchlistSortOrders()};
   const char* captions[] = {"市场", "状态", "涨跌", "排序"};
@@ -85,6 +98,9 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
     auto* box = new QComboBox(this);
     box->setAccessibleName(QString::fromUtf8(captions[pickers_.size()]));
     for (const std::string& option : *list) box->addItem(q(option));
+    // Wide enough for its longest choice, which is no wider than the column.
+    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    box->setMinimumContentsLength(0);
     QObject::connect(box, &QComboBox::currentTextChanged, this, [this, box](const QString& text) {
       const size_t index =
           size_t(std::find(pickers_.begin(), pickers_.end(), box) - pickers_.begin());
@@ -93,33 +109,39 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
       *fields[index] = text.toStdString();
       refresh();
     });
-    auto* cell = new QHBoxLayout;
-    cell->addWidget(themedLabel(QString::fromUtf8(captions[pickers_.size()]), "muted", 12.5));
-    cell->addWidget(box, 1);
-    pickers->addLayout(cell, int(pickers_.size() / 2), int(pickers_.size() % 2));
+    const int row = int(pickers_.size() / 2), column = int(pickers_.size() % 2) * 2;
+    auto* caption = themedLabel(QString::fromUtf8(captions[pickers_.size()]), "muted", 12.5);
+    caption->setWordWrap(false);
+    pickers->addWidget(caption, row, column);
+    pickers->addWidget(box, row, column + 1);
     pickers_.push_back(box);
   }
+  pickers->setColumnStretch(1, 1);
+  pickers->setColumnStretch(3, 1);
   left->addLayout(pickers);
 
+  // The rows, and in their place the empty states.
   rowsHost_ = new QWidget;
   rowsLayout_ = new QVBoxLayout(rowsHost_);
-  rowsLayout_->setContentsMargins(0, 0, 6, 0);
+  rowsLayout_->setContentsMargins(0, 0, 10, 0);
   rowsLayout_->setSpacing(6);
-  rowsLayout_->addStretch();
-  left->addWidget(scrolling(rowsHost_, this), 1);
-  emptyTitle_ = themedLabel(QString(), nullptr, 15, QFont::DemiBold, this);
-  emptyHint_ = themedLabel(QString(), "muted", 12.5, QFont::Normal, this);
+  emptyTitle_ = themedLabel(QString(), nullptr, 15, QFont::DemiBold, rowsHost_);
+  emptyHint_ = themedLabel(QString(), "muted", 12.5, QFont::Normal, rowsHost_);
   emptyTitle_->setAlignment(Qt::AlignCenter);
   emptyHint_->setAlignment(Qt::AlignCenter);
-  left->addWidget(emptyTitle_);
-  left->addWidget(emptyHint_);
-  left->addStretch(0);
+  emptyTitle_->setContentsMargins(0, 36, 0, 0);
+  rowsLayout_->addWidget(emptyTitle_);
+  rowsLayout_->addWidget(emptyHint_);
+  rowsLayout_->addStretch();
+  left->addWidget(scrolling(rowsHost_, this), 1);
   layout->addLayout(left, 3);
 
   // Adding: a search of the data source, then the quotes already at hand.
   auto* card = new ProductCard(QStringLiteral("添加标的"), this);
-  card->setMinimumWidth(260);
+  card->setMinimumWidth(272);
+  card->setMaximumWidth(340);
   auto* searchRow = new QHBoxLayout;
+  searchRow->setSpacing(6);
   search_ = new QLineEdit(card);
   search_->setPlaceholderText(QStringLiteral("搜索名称、代码或市场"));
   search_->setClearButtonEnabled(true);
@@ -128,9 +150,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
     refresh();
   });
   QObject::connect(search_, &QLineEdit::returnPressed, this, [this] { submitSearch(); });
-  auto* go = new QPushButton(QStringLiteral("搜索"), card);
-  go->setToolTip(QStringLiteral("从当前数据源搜索"));
-  go->setProperty("primary", true);
+  auto* go = new SymbolButton("magnifyingglass", QStringLiteral("从当前数据源搜索"), card);
   QObject::connect(go, &QPushButton::clicked, this, [this] { submitSearch(); });
   searchRow->addWidget(search_, 1);
   searchRow->addWidget(go);
@@ -141,6 +161,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   busy_->setTextVisible(false);
   busy_->setFixedWidth(60);
   busyText_ = themedLabel(QStringLiteral("正在查询数据源…"), "muted", 12, QFont::Normal, card);
+  busyText_->setWordWrap(false);
   busyRow->addWidget(busy_);
   busyRow->addWidget(busyText_, 1);
   card->content().addLayout(busyRow);
@@ -149,7 +170,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
 
   auto* lists = new QWidget;
   auto* listsLayout = new QVBoxLayout(lists);
-  listsLayout->setContentsMargins(0, 0, 6, 0);
+  listsLayout->setContentsMargins(0, 0, 10, 0);
   listsLayout->setSpacing(6);
   resultsLayout_ = new QVBoxLayout;
   resultsLayout_->setSpacing(6);
@@ -217,22 +238,23 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
   const bool masked = model_.masked();
   auto* row = new QFrame;
   row->setProperty("rowcard", true);
-  auto* line = new QHBoxLayout(row);
-  line->setContentsMargins(12, 8, 8, 8);
-  line->setSpacing(10);
-  auto* names = new QVBoxLayout;
-  names->setSpacing(1);
-  auto* title = themedLabel(q(entry.symbol + "  " + (entry.quote ? entry.quote->name : "")),
-                            active ? "accent" : nullptr, 14, QFont::DemiBold, row);
-  title->setWordWrap(false);
-  names->addWidget(title);
-  names->addWidget(themedLabel(
-      q(entry.market + " · " + quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_)),
-      "muted", 11.5, QFont::Normal, row));
-  line->addLayout(names, 1);
+  auto* lines = new QVBoxLayout(row);
+  lines->setContentsMargins(12, 8, 8, 6);
+  lines->setSpacing(2);
+
+  // The code and name over the market and status, the price over the change.
+  auto* first = new QHBoxLayout;
+  first->setSpacing(10);
+  first->addWidget(elidedLabel(q(entry.symbol + "  " + (entry.quote ? entry.quote->name : "")),
+                               active ? "accent" : nullptr, 14, QFont::DemiBold, row),
+                   1);
+  auto* second = new QHBoxLayout;
+  second->setSpacing(4);
+  second->addWidget(elidedLabel(q(entry.market + " · " +
+                                  quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_)),
+                                "muted", 11.5, QFont::Normal, row),
+                    1);
   if (entry.quote) {
-    auto* figures = new QVBoxLayout;
-    figures->setSpacing(1);
     auto* price = themedLabel(masked ? QStringLiteral("••••") : q(priceText(entry.quote->price)),
                               nullptr, 14, QFont::DemiBold, row);
     auto* pct =
@@ -241,12 +263,16 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
     QPalette colours = pct->palette();
     colours.setColor(QPalette::WindowText, qt(quoteColor(entry.quote->changePct())));
     pct->setPalette(colours);
-    price->setAlignment(Qt::AlignRight);
-    pct->setAlignment(Qt::AlignRight);
-    figures->addWidget(price);
-    figures->addWidget(pct);
-    line->addLayout(figures);
+    for (QLabel* figure : {price, pct}) {
+      figure->setWordWrap(false);
+      figure->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    }
+    first->addWidget(price);
+    first->addWidget(pct);
   }
+  lines->addLayout(first);
+
+  // The actions, on the second line's right.
   const std::string symbol = entry.symbol;
   auto* select = flatButton(active ? QStringLiteral("当前") : QStringLiteral("设为当前标的"),
                             QStringLiteral("设为当前标的"), row);
@@ -258,7 +284,8 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
   QObject::connect(down, &QPushButton::clicked, this, [this, symbol] { model_.move(symbol, 1); });
   auto* remove = flatButton(QStringLiteral("移除"), QStringLiteral("从自选中移除"), row);
   QObject::connect(remove, &QPushButton::clicked, this, [this, symbol] { model_.remove(symbol); });
-  for (QPushButton* b : {select, up, down, remove}) line->addWidget(b);
+  for (QPushButton* b : {select, up, down, remove}) second->addWidget(b);
+  lines->addLayout(second);
   return row;
 }
 
@@ -277,7 +304,12 @@ void WatchlistView::fillRows() {
   }
   if (shown != shownRows_) {
     shownRows_ = std::move(shown);
-    clearLayout(rowsLayout_);
+    // The empty states stay first, where the rows would stand.
+    while (rowsLayout_->count() > 2) {
+      QLayoutItem* item = rowsLayout_->takeAt(2);
+      if (QWidget* w = item->widget()) w->deleteLater();
+      delete item;
+    }
     for (const WatchlistEntry& entry : rows_)
       rowsLayout_->addWidget(rowFor(entry, entry.symbol == model_.activeID()));
     rowsLayout_->addStretch();
@@ -301,15 +333,23 @@ void WatchlistView::fillRows() {
   emptyHint_->setVisible(!hint.isEmpty());
 }
 
-QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch) {
+QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch, bool watched) {
   auto* row = new QFrame;
   row->setProperty("rowcard", true);
   auto* line = new QHBoxLayout(row);
   line->setContentsMargins(10, 6, 6, 6);
-  auto* text = themedLabel(q(quote.id + "  " + quote.name), nullptr, 13, QFont::Medium, row);
-  text->setWordWrap(false);
-  line->addWidget(text, 1);
-  line->addWidget(themedLabel(q(quote.market), "muted", 11.5, QFont::Normal, row));
+  line->setSpacing(6);
+  line->addWidget(elidedLabel(q(quote.id + "  " + quote.name), nullptr, 13, QFont::Medium, row), 1);
+  auto* market = themedLabel(q(quote.market), "muted", 11.5, QFont::Normal, row);
+  market->setWordWrap(false);
+  line->addWidget(market);
+  if (watched) {
+    // Found again: the search says it is there already.
+    auto* there = themedLabel(QStringLiteral("已在自选"), "muted", 12, QFont::Normal, row);
+    there->setWordWrap(false);
+    line->addWidget(there);
+    return row;
+  }
   auto* add = flatButton(QStringLiteral("加入"), QStringLiteral("加入自选"), row);
   add->setProperty("pill", true);
   QObject::connect(add, &QPushButton::clicked, this, [this, quote, fromSearch] {
@@ -334,25 +374,29 @@ void WatchlistView::fillCandidates() {
     const auto& list = model_.watchlist();
     return std::find(list.begin(), list.end(), id) != list.end();
   };
-  // The candidates show codes, names and markets only; new prices leave them as they are.
+  // The candidates show codes, names and markets only; new prices leave them as they are. A
+  // search shows what it found, watched or not; the quotes at hand only what can be added.
   std::vector<const QuoteSnapshot*> results, candidates;
   std::string shown;
-  for (const QuoteSnapshot& quote : model_.sourceSearchResults())
-    if (!watched(quote.id)) results.push_back(&quote);
-  for (const QuoteSnapshot& quote : model_.quotes())
-    if (!watched(quote.id)) candidates.push_back(&quote);
-  for (const auto* list : {&results, &candidates}) {
-    for (const QuoteSnapshot* quote : *list) shown += quote->id + quote->name + quote->market + "|";
-    shown += "#";
+  for (const QuoteSnapshot& quote : model_.sourceSearchResults()) {
+    results.push_back(&quote);
+    shown += quote.id + quote.name + quote.market + (watched(quote.id) ? "*|" : "|");
+  }
+  shown += "#";
+  for (const QuoteSnapshot& quote : model_.quotes()) {
+    if (watched(quote.id)) continue;
+    candidates.push_back(&quote);
+    shown += quote.id + quote.name + quote.market + "|";
   }
   noCandidates_->setVisible(candidates.empty());
   if (shown == shownCandidates_) return;
   shownCandidates_ = std::move(shown);
   clearLayout(resultsLayout_);
-  for (const QuoteSnapshot* quote : results) resultsLayout_->addWidget(candidateFor(*quote, true));
+  for (const QuoteSnapshot* quote : results)
+    resultsLayout_->addWidget(candidateFor(*quote, true, watched(quote->id)));
   clearLayout(candidatesLayout_);
   for (const QuoteSnapshot* quote : candidates)
-    candidatesLayout_->addWidget(candidateFor(*quote, false));
+    candidatesLayout_->addWidget(candidateFor(*quote, false, false));
 }
 
 QStringList WatchlistView::shownTexts() const {

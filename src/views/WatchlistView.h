@@ -46,7 +46,7 @@ class WatchlistView final : public QWidget {
   void fillRows();
   void fillCandidates();
   QWidget* rowFor(const WatchlistEntry& entry, bool active);
-  QWidget* candidateFor(const QuoteSnapshot& quote, bool fromSearch);
+  QWidget* candidateFor(const QuoteSnapshot& quote, bool fromSearch, bool watched);
 
   AppModel& model_;
   const Clock& clock_;

@@ -6,7 +6,9 @@
 #include <QTest>
 
 #include "support/ModelHarness.h"
+#include "support/QtPrint.h"
 #include "views/SmallWindows.h"
+#include "views/Theme.h"
 
 namespace tidemark {
 namespace {
@@ -19,13 +21,34 @@ TEST(AlertEditor, OnlyPlainPositiveNumbersAreTargets) {
   for (const auto& [input, value] : cases) EXPECT_EQ(parseAlertPrice(input), value) << input;
 }
 
+// Every text of a widget and its children that shows, in order.
+QStringList texts(const QWidget& root) {
+  QStringList out;
+  for (const QObject* child : root.children()) {
+    const auto* w = qobject_cast<const QWidget*>(child);
+    if (!w || w->isHidden()) continue;
+    if (const auto* label = qobject_cast<const QLabel*>(w); label && !label->text().isEmpty())
+      out << label->text();
+    if (const auto* button = qobject_cast<const QAbstractButton*>(w)) out << button->text();
+    out << texts(*w);
+  }
+  return out;
+}
+
 TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
   test::ModelHarness h;
   auto model = h.make();
   int closed = 0;
   {
     AlertEditorView editor(*model, [&] { ++closed; });
-    EXPECT_EQ(editor.current().text(), QStringLiteral("当前价格 CNY 1,468.80"));
+    editor.show();
+    EXPECT_EQ(editor.focusWidget(), &editor.price()) << "typing goes to the price at once";
+    EXPECT_EQ(texts(editor),
+              (QStringList{"价格预警",
+                           "行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。首次保存提醒时会请求"
+                           "通知权限。",
+                           "当前价格", "1,468.80", "价格达到或高于", "价格达到或低于", "清除提醒",
+                           "保存提醒"}));
     QTest::keyClicks(&editor.price(), QStringLiteral("12x"));
     EXPECT_EQ(editor.message().text(), QStringLiteral("请输入有效且大于 0 的数字。"));
     editor.save();
@@ -33,12 +56,29 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     EXPECT_EQ(model->alertPrice(), std::nullopt);
     editor.price().setText(QStringLiteral("1,500"));
     EXPECT_EQ(editor.message().text(), QString());
+    // The chosen direction is the selected pill, whichever was chosen before.
+    const auto selected = [&] {
+      QStringList on;
+      for (auto* pill : editor.findChildren<ProductPill*>())
+        if (pill->isSelected()) on << pill->text();
+      return on;
+    };
+    EXPECT_EQ(selected(), QStringList{QStringLiteral("价格达到或高于")});
     editor.setAbove(false);
+    EXPECT_EQ(selected(), QStringList{QStringLiteral("价格达到或低于")});
     editor.save();
     EXPECT_EQ(closed, 1);
     EXPECT_EQ(model->alertPrice(), 1500);
     EXPECT_EQ(model->alertSymbolID(), "600519");
     EXPECT_FALSE(model->alertAbove());
+  }
+  // The alert's security left the watchlist: the editor starts on the active one, and saving
+  // keeps the alert where the user sees it.
+  model->select("NVDA");
+  model->remove("600519");
+  {
+    AlertEditorView editor(*model, {});
+    EXPECT_EQ(editor.symbol().currentData().toString(), QStringLiteral("NVDA"));
   }
   model->setMasked(true);
   AlertEditorView masked(*model, [&] { ++closed; });
@@ -55,6 +95,12 @@ TEST(Onboarding, StartingRecordsThatTheGuideWasSeen) {
   auto model = h.make();
   bool closed = false;
   OnboardingView guide(*model, [&] { closed = true; });
+  EXPECT_EQ(texts(guide),
+            (QStringList{"欢迎来到岚舟", "让行情安静地浮在桌面，\n需要时，轻触一颗灵球。",
+                         "单击灵球", "展开自选股卫星", "双击灵球", "查看圆形详情和标准分时",
+                         "右键 · 外观 · 自选管理", "打开自选管理", "添加、排序并保存自选股",
+                         "拖动灵球", "拖到屏幕边缘", "磁吸为安静的半圆舷窗",
+                         "当前可使用本地快照，或在设置中切换腾讯 / 新浪公开行情。", "开始探索"}));
   guide.findChild<QPushButton*>()->click();
   EXPECT_TRUE(closed);
   EXPECT_TRUE(h.make()->onboardingSeen());  // kept across a restart

@@ -4,13 +4,19 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 
 #include "core/FileIO.h"
+#include "desktop/DesktopFixture.h"
 #include "support/ModelHarness.h"
+#include "support/QtPrint.h"
 #include "views/ChartGeometry.h"
 #include "views/DetailView.h"
 #include "views/SettingsView.h"
@@ -132,6 +138,14 @@ TEST(Charts, PolarGeometryAndAxisLabels) {
       {"美股", {"09:30", "12:45", "16:00 ET"}},
   };
   for (const auto& [market, labels] : axes) EXPECT_EQ(marketTimes(market), labels) << market;
+}
+
+// Queued refreshes, then the showing of the widgets they added.
+void settle() {
+  for (int i = 0; i < 3; ++i) {
+    QApplication::sendPostedEvents();
+    QApplication::processEvents();
+  }
 }
 
 // A move of the pointer delivered straight to the widget: the test cursor may already stand there.
@@ -260,7 +274,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(detail.chart().captionText(), QStringLiteral("示意走势 · 1 日"));
   EXPECT_EQ(detail.figureTexts(),
             (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
-                         detail.figureTexts()[6], "模拟源"}));
+                         "11-20 02:00:00", "模拟源"}));
   // Live sources are asked for the day's series; a real one replaces the sketch.
   EXPECT_TRUE(h.source.intradayRequests.empty());
   model->setSourceMode(SourceMode::tencent);
@@ -365,7 +379,12 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   const auto shows = [&](const char* text) {
     return view.shownTexts().contains(QString::fromUtf8(text));
   };
+  EXPECT_TRUE(shows("自选管理 · 本地保存"));
+  EXPECT_TRUE(shows("添加、删除和排序会自动保存，卫星环同步更新。"));
   EXPECT_TRUE(shows("我的自选 · 5"));
+  settle();
+  const int firstRow =
+      named<QLabel>(view, QStringLiteral("600519  贵州茅台"))->mapTo(&view, QPoint()).y();
   view.choose("sort", "涨幅从低到高");
   EXPECT_EQ(rows(), (Strings{"000858", "03033", "600519", "00700", "NVDA"}));
   view.choose("sort", "自选顺序");
@@ -378,6 +397,8 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   EXPECT_EQ(rows(), (Strings{"000858"}));
   view.submitSearch();
   ASSERT_EQ(model->sourceSearchResults().size(), 1u);
+  settle();
+  EXPECT_TRUE(shows("已在自选")) << "found again, and told it is watched";
   view.setSearch("");
 
   named<QPushButton>(view, QStringLiteral("加入"))->click();  // the first quote not yet watched
@@ -389,8 +410,99 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   QTest::qWait(1);
   EXPECT_TRUE(shows("当前没有自选股"));
   EXPECT_TRUE(shows("从右侧添加，开始构建你的星系。"));
+  // In the list's place, not under it.
+  settle();
+  auto* empty = named<QLabel>(view, QStringLiteral("当前没有自选股"));
+  EXPECT_LT(std::abs(empty->mapTo(&view, QPoint()).y() - firstRow), 60);
   named<QPushButton>(view, QStringLiteral("恢复默认自选"))->click();
   EXPECT_EQ(model->watchlist().size(), 5u);
+}
+
+// Every text in the window that needs more room than its widget has: cut off at the side or the
+// bottom, a short caption wrapped onto a second line, content wider than the scroll area that
+// shows it. Elided labels say so with their "…" and are left out.
+QStringList cutTexts(QWidget& window) {
+  QStringList cut;
+  const auto report = [&](const QWidget* w, const QString& text, int needs, int has) {
+    cut << QStringLiteral("%1 \"%2\" needs %3, has %4")
+               .arg(QString::fromLatin1(w->metaObject()->className()), text)
+               .arg(needs)
+               .arg(has);
+  };
+  for (QWidget* w : window.findChildren<QWidget*>()) {
+    if (!w->isVisible()) continue;
+    const QFontMetrics m = w->fontMetrics();
+    if (auto* label = qobject_cast<QLabel*>(w)) {
+      const QString text = label->text();
+      if (text.isEmpty() || label->property("elides").toBool() ||
+          label->textFormat() == Qt::RichText)
+        continue;
+      const QRect room = label->contentsRect();
+      if (!label->wordWrap() || text.size() <= 12) {
+        int widest = 0;
+        for (const QString& line : text.split(u'\n'))
+          widest = std::max(widest, m.horizontalAdvance(line));
+        if (widest > room.width()) report(label, text, widest, room.width());
+      }
+      if (label->wordWrap() && label->heightForWidth(label->width()) > label->height())
+        report(label, text, label->heightForWidth(label->width()), label->height());
+    } else if (auto* button = qobject_cast<QAbstractButton*>(w)) {
+      if (!button->text().isEmpty() && button->sizeHint().width() > button->width())
+        report(button, button->text(), button->sizeHint().width(), button->width());
+    } else if (auto* box = qobject_cast<QComboBox*>(w)) {
+      const int needs = m.horizontalAdvance(box->currentText()) + 28;
+      if (needs > box->width()) report(box, box->currentText(), needs, box->width());
+    } else if (auto* edit = qobject_cast<QLineEdit*>(w)) {
+      const int needs = m.horizontalAdvance(edit->placeholderText()) + 16 +
+                        (edit->isClearButtonEnabled() ? 20 : 0);
+      if (edit->text().isEmpty() && needs > edit->width())
+        report(edit, edit->placeholderText(), needs, edit->width());
+    } else if (auto* area = qobject_cast<QScrollArea*>(w)) {
+      if (area->widget() && area->horizontalScrollBar()->isVisible())
+        report(area, QStringLiteral("(scrolls sideways)"), area->widget()->width(),
+               area->viewport()->width());
+      if (area->widget() && area->horizontalScrollBarPolicy() == Qt::ScrollBarAlwaysOff &&
+          area->widget()->width() > area->viewport()->width())
+        report(area, QStringLiteral("(content cut at the right)"), area->widget()->width(),
+               area->viewport()->width());
+    }
+  }
+  return cut;
+}
+
+// The windows as they open from the orb and the tray, at their default and minimum sizes, on
+// every section, in every theme, masked and not.
+TEST(WindowText, NothingIsCutAtTheRealSizes) {
+  test::Desktop d;
+  d.delegate->openSettings("外观");
+  d.delegate->openWindow("guide");
+  d.delegate->openWindow("alert");
+  QWidget* settings = d.delegate->window("settings");
+  SettingsView* view = nullptr;
+  for (QWidget* child : settings->findChildren<QWidget*>())
+    if (auto* found = dynamic_cast<SettingsView*>(child)) view = found;
+  ASSERT_TRUE(view);
+  for (AppTheme theme : allCases<AppTheme>()) {
+    d.model->setTheme(theme);
+    for (bool masked : {false, true}) {
+      d.model->setMasked(masked);
+      d.h.scheduler.runDue();
+      const std::string when = std::string(rawValue(theme)) + (masked ? " masked" : "");
+      for (const char* key : {"guide", "alert"}) {
+        settle();
+        EXPECT_EQ(cutTexts(*d.delegate->window(key)), QStringList()) << key << " " << when;
+      }
+      for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
+        settings->resize(size);
+        for (const std::string& section : SettingsView::sections()) {
+          view->showSection(section);
+          settle();
+          EXPECT_EQ(cutTexts(*settings), QStringList())
+              << section << " at " << size.width() << "×" << size.height() << " " << when;
+        }
+      }
+    }
+  }
 }
 
 }  // namespace
