@@ -42,6 +42,29 @@ for entry in "${expected[@]}"; do
     ok
   fi
 done
+# The masked twins differ from the plain ones where the figures stand: the alert editor's price
+# line, the detail orb's price and change.
+while read -r plain masked area; do
+  convert "$work/p/$plain.png" -crop "$area" +repage "$work/a.png"
+  convert "$work/p/$masked.png" -crop "$area" +repage "$work/b.png"
+  changed=$(compare -metric AE "$work/a.png" "$work/b.png" null: 2>&1 || true)
+  if ((${changed%%.*} > 500)); then ok; else fail "$masked.png shows the same as $plain.png in $area ($changed pixels differ)"; fi
+done <<'PAIRS'
+alert alert-masked 300x40+20+170
+detail-dark detail-masked 240x90+140+290
+PAIRS
+# The backdrop of each theme, as its palette gives it.
+while read -r theme hex; do
+  seen=$(convert "$work/p/orb-$theme.png" -format '%[hex:p{5,5}]' info: 2>/dev/null)
+  [[ "$seen" == "$hex" ]] && ok || fail "orb-$theme.png backdrop $seen, expected $hex"
+done <<'BACKDROPS'
+dark 0B0D1C
+light EEF0F8
+aurora 081A1A
+amber 20170D
+rose 1E101C
+ocean 0A1422
+BACKDROPS
 count=$(find "$work/p" -type f | wc -l)
 ((count == ${#expected[@]})) && ok || fail "$count files written, ${#expected[@]} expected"
 leftover="$(find "$work/home" "$work/config" "$work/data" -type f; ls /tmp/tidemark-preview-* 2>/dev/null)"
