@@ -169,7 +169,9 @@ void AppModel::setWatchlist(std::vector<std::string> watchlist) {
     assign(watchlist_, std::move(watchlist));
     return;
   }
-  assign(watchlist_, validSymbols(watchlist));
+  auto valid = validSymbols(watchlist);
+  if (valid.size() > maxWatchlistLength) valid.resize(maxWatchlistLength);
+  assign(watchlist_, std::move(valid));
   if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
     setActiveID(watchlist_.empty() ? std::string() : watchlist_.front());
   saveWatchlist();

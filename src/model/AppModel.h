@@ -57,6 +57,8 @@ class AppModel {
   static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
   // The orb's hint when settingsWriteFailure() becomes set.
   static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
+  // The longest watchlist kept: a longer import or watchlist file is refused whole.
+  static constexpr size_t maxWatchlistLength = 5000;
   static constexpr double staleAfter = 15;
   static constexpr double heartbeatInterval = 0.5;
   static constexpr double refreshDebounce = 0.18;

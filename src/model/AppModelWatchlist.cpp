@@ -18,7 +18,7 @@ void AppModel::select(const std::string& symbol) {
 }
 
 void AppModel::add(const std::string& symbol) {
-  if (!quote(symbol)) return;
+  if (!quote(symbol) || watchlist_.size() >= maxWatchlistLength) return;
   if (std::find(watchlist_.begin(), watchlist_.end(), symbol) != watchlist_.end()) return;
   auto list = watchlist_;
   list.push_back(symbol);
@@ -98,6 +98,13 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
         *fileProblem = std::to_string(dropped) + " of " +
                        std::to_string(dropped + newest->symbols.size()) +
                        " symbols unreadable, dropped";
+      if (newest && newest->symbols.size() > maxWatchlistLength) {
+        // Too long to keep: refused whole, so the list the settings hold stays.
+        if (fileProblem)
+          *fileProblem = std::to_string(newest->symbols.size()) + " symbols, more than the " +
+                         std::to_string(maxWatchlistLength) + " a watchlist holds";
+        newest.reset();
+      }
     } else if (fileProblem && std::filesystem::is_regular_file(*watchlistURL_)) {
       *fileProblem = error.message();
     }
@@ -107,8 +114,12 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
     auto stored = watchlistBackupFromBytes(*bytes);
     if (stored && (!newest || stored->exportedAt > newest->exportedAt)) newest = std::move(stored);
   }
-  if (newest) return validSymbols(newest->symbols);
-  if (auto list = deps_.defaults.stringArray(watchlistKey)) return validSymbols(*list);
+  const auto capped = [](std::vector<std::string> list) {
+    if (list.size() > maxWatchlistLength) list.resize(maxWatchlistLength);
+    return list;
+  };
+  if (newest) return capped(validSymbols(newest->symbols));
+  if (auto list = deps_.defaults.stringArray(watchlistKey)) return capped(validSymbols(*list));
   return std::nullopt;
 }
 
@@ -163,6 +174,9 @@ void AppModel::importWatchlist(const std::filesystem::path& url) {
   }
   list = validSymbols(list);
   if (list.empty()) throw ModelError::invalidImport("没有可识别的股票代码");
+  if (list.size() > maxWatchlistLength)
+    throw ModelError::invalidImport("自选最多 " + std::to_string(maxWatchlistLength) +
+                                    " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
   setWatchlist(std::move(list));
 }
 

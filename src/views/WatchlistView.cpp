@@ -167,6 +167,10 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   card->content().addLayout(busyRow);
   searchMessage_ = themedLabel(QString(), "warning", 12, QFont::Normal, card);
   card->content().addWidget(searchMessage_);
+  full_ = themedLabel(
+      QStringLiteral("自选已满 %1 个，移除一些才能加入。").arg(AppModel::maxWatchlistLength),
+      "warning", 12, QFont::Normal, card);
+  card->content().addWidget(full_);
 
   auto* lists = new QWidget;
   auto* listsLayout = new QVBoxLayout(lists);
@@ -292,10 +296,13 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
 void WatchlistView::fillRows() {
   rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_);
   heading_->setText(QStringLiteral("我的自选 · %1").arg(model_.watchlist().size()));
-  // The rows are built anew only when something they show changed: the clock's tick every
-  // second rarely changes a status.
-  std::string shown = model_.masked() ? "masked|" : "|";
-  for (const WatchlistEntry& e : rows_) {
+  // A long list shows its first rows; search and filters find the others. The rows are built
+  // anew only when something they show changed: the clock's tick every second rarely changes a
+  // status.
+  const size_t count = std::min(rows_.size(), shownRowLimit);
+  std::string shown = (model_.masked() ? "masked|" : "|") + std::to_string(rows_.size()) + "|";
+  for (size_t i = 0; i < count; ++i) {
+    const WatchlistEntry& e = rows_[i];
     shown += e.symbol + (e.symbol == model_.activeID() ? "*" : "") + e.market +
              quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_) + "|";
     if (e.quote)
@@ -310,8 +317,14 @@ void WatchlistView::fillRows() {
       if (QWidget* w = item->widget()) w->deleteLater();
       delete item;
     }
-    for (const WatchlistEntry& entry : rows_)
-      rowsLayout_->addWidget(rowFor(entry, entry.symbol == model_.activeID()));
+    for (size_t i = 0; i < count; ++i)
+      rowsLayout_->addWidget(rowFor(rows_[i], rows_[i].symbol == model_.activeID()));
+    if (count < rows_.size())
+      rowsLayout_->addWidget(
+          themedLabel(QStringLiteral("显示前 %1 个，共 %2 个 · 用搜索或筛选找到其余的")
+                          .arg(count)
+                          .arg(rows_.size()),
+                      "muted", 12, QFont::Normal));
     rowsLayout_->addStretch();
   }
 
@@ -352,6 +365,7 @@ QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch
   }
   auto* add = flatButton(QStringLiteral("加入"), QStringLiteral("加入自选"), row);
   add->setProperty("pill", true);
+  add->setEnabled(model_.watchlist().size() < AppModel::maxWatchlistLength);
   QObject::connect(add, &QPushButton::clicked, this, [this, quote, fromSearch] {
     if (fromSearch)
       model_.addSearchResult(quote);
@@ -389,6 +403,9 @@ void WatchlistView::fillCandidates() {
     shown += quote.id + quote.name + quote.market + "|";
   }
   noCandidates_->setVisible(candidates.empty());
+  const bool full = model_.watchlist().size() >= AppModel::maxWatchlistLength;
+  full_->setVisible(full);
+  shown += full ? "full" : "";
   if (shown == shownCandidates_) return;
   shownCandidates_ = std::move(shown);
   clearLayout(resultsLayout_);

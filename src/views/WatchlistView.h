@@ -23,6 +23,9 @@ namespace tidemark {
 // through the model, which saves it at once.
 class WatchlistView final : public QWidget {
  public:
+  // Rows built at most; the rest of a long list is found by search and filters.
+  static constexpr size_t shownRowLimit = 200;
+
   WatchlistView(AppModel& model, const Clock& clock, QWidget* parent = nullptr);
 
   const WatchlistFilters& filters() const { return filters_; }
@@ -63,6 +66,7 @@ class WatchlistView final : public QWidget {
   QProgressBar* busy_;
   QLabel* busyText_;
   QLabel* searchMessage_;
+  QLabel* full_;
   QVBoxLayout* resultsLayout_;
   QVBoxLayout* candidatesLayout_;
   QLabel* noCandidates_;

@@ -418,6 +418,30 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   EXPECT_EQ(model->watchlist().size(), 5u);
 }
 
+// A long list builds its first rows only; a full one takes nothing more.
+TEST_F(Windows, ALongWatchlistShowsItsFirstRowsAndAFullOneAddsNothing) {
+  for (int count : {500, 5000}) {
+    std::vector<std::string> symbols;
+    for (int i = 0; i < count; ++i) symbols.push_back(std::to_string(600000 + i));
+    model->setWatchlist(symbols);
+    WatchlistView view(*model, h.clock);
+    view.show();
+    settle();
+    int built = 0;  // one select button a row
+    for (const QPushButton* b : view.findChildren<QPushButton*>())
+      built += b->toolTip() == QStringLiteral("设为当前标的");
+    EXPECT_EQ(built, 200) << count;
+    const QStringList texts = view.shownTexts();
+    EXPECT_TRUE(texts.contains(
+        QStringLiteral("显示前 200 个，共 %1 个 · 用搜索或筛选找到其余的").arg(count)));
+    EXPECT_EQ(texts.contains(QStringLiteral("自选已满 5000 个，移除一些才能加入。")),
+              count == 5000);
+    view.setSearch(std::to_string(600000 + count - 1));
+    settle();
+    EXPECT_EQ(view.rows().size(), 1u);
+  }
+}
+
 // Every text in the window that needs more room than its widget has: cut off at the side or the
 // bottom, a short caption wrapped onto a second line, content wider than the scroll area that
 // shows it. Elided labels say so with their "…" and are left out.

@@ -104,9 +104,20 @@ TEST(Watchlist, AnEmptyPlainListStaysEmptyAndIsTheLastResort) {
   EXPECT_EQ(h.make()->watchlist(), (List{"03033"}));  // the plain list is the last resort
 }
 
+// "600000", "600001", ... as a JSON array.
+std::string manySymbols(int count) {
+  std::string text = "[";
+  for (int i = 0; i < count; ++i) text += (i ? ",\"" : "\"") + std::to_string(600000 + i) + "\"";
+  return text + "]";
+}
+
 TEST(Watchlist, AnUnreadableFileIsMovedAsideBeforeItIsReplaced) {
   const std::string start = R"({"version":1,"exportedAt":816832800.0,"symbols":)";
   const std::tuple<std::string, List, const char*> cases[] = {
+      // Longer than a watchlist holds: refused whole.
+      {start + manySymbols(5001) + "}",
+       {"03033"},
+       "5001 symbols, more than the 5000 a watchlist holds"},
       {start + "[\"600519\",\"\xff\xfe\",\"00700\"]}",
        {"600519", "00700"},
        "1 of 3 symbols unreadable, dropped"},
@@ -174,6 +185,21 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
     }
   }
   EXPECT_THROW(m->importWatchlist(h.folder.path() / "missing.json"), std::system_error);
+  // One more than a watchlist holds is refused; as many is taken, and then nothing more is added.
+  std::ofstream(file) << R"({"symbols":)" << manySymbols(5001) << "}";
+  try {
+    m->importWatchlist(file);
+    ADD_FAILURE() << "5001 symbols were accepted";
+  } catch (const std::exception& error) {
+    EXPECT_STREQ(error.what(), "自选最多 5000 个标的，文件中有 5001 个");
+  }
+  EXPECT_EQ(m->watchlist(), AppModel::defaultWatchlist());
+  std::ofstream(file) << R"({"symbols":)" << manySymbols(5000) << "}";
+  m->importWatchlist(file);
+  ASSERT_TRUE(m->quote("NVDA"));
+  m->add("NVDA");
+  EXPECT_EQ(m->watchlist().size(), 5000u);
+  EXPECT_EQ(m->watchlist().back(), "604999");
   // Unrecognised entries are dropped, the rest imported.
   std::ofstream(file) << R"({"symbols":["UNKNOWN","00700"," NVDA "]})";
   m->importWatchlist(file);
