@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <future>
 #include <iostream>
 
 #include <QApplication>
@@ -21,6 +22,7 @@
 #include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
 #include "platform/QtScheduler.h"
+#include "platform/SessionBusProbe.h"
 #include "platform/SettingsStore.h"
 #include "shell/AppDelegate.h"
 #include "shell/NativeChecks.h"
@@ -43,8 +45,10 @@ std::vector<Screen> qtScreens() {
   return screens;
 }
 
-// SIGTERM (logging out) and SIGINT end the event loop normally, so the shell's teardown runs.
-// The handler only writes a byte to a pipe; the event loop reads it.
+// SIGTERM (logging out), SIGHUP (a closed terminal) and SIGINT end the event loop normally, so
+// the shell's teardown runs: the position saved, the one-instance lock and socket removed. The
+// handlers go in before anything slow, and only write a byte to a pipe; once the event loop
+// runs, it reads the byte, also one written while the app was still starting.
 int quitPipe[2] = {-1, -1};
 
 void requestQuit(int) {
@@ -52,17 +56,20 @@ void requestQuit(int) {
   [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
 }
 
-std::unique_ptr<QSocketNotifier> quitOnSignals() {
-  if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0) return nullptr;
-  auto notifier = std::make_unique<QSocketNotifier>(quitPipe[0], QSocketNotifier::Read);
-  QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
-                   [] { QCoreApplication::quit(); });
+void catchQuitSignals() {
+  if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
   struct sigaction action {};
   action.sa_handler = requestQuit;
   sigemptyset(&action.sa_mask);
   action.sa_flags = SA_RESTART;
-  sigaction(SIGTERM, &action, nullptr);
-  sigaction(SIGINT, &action, nullptr);
+  for (int signal : {SIGTERM, SIGINT, SIGHUP}) sigaction(signal, &action, nullptr);
+}
+
+std::unique_ptr<QSocketNotifier> quitOnSignals() {
+  if (quitPipe[0] < 0) return nullptr;
+  auto notifier = std::make_unique<QSocketNotifier>(quitPipe[0], QSocketNotifier::Read);
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
+                   [] { QCoreApplication::quit(); });
   return notifier;
 }
 
@@ -123,6 +130,14 @@ int runSelfTest(int& argc, char** argv) {
 }
 
 int runDesktop(int& argc, char** argv, const CommandLine& line) {
+  catchQuitSignals();
+  // A session bus that takes the connection and never answers would hold every D-Bus call, Qt's
+  // own too, for ever; it is asked meanwhile, with a deadline, before anything uses it.
+  const char* busAddress = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+  auto bus = std::async(std::launch::async, [address = std::string(busAddress ? busAddress : "")] {
+    return address.empty() ? BusAnswer::answered
+                           : probeSessionBus(address, std::chrono::milliseconds(1000));
+  });
   const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
   if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);
   if (!choice.message.empty()) std::cerr << choice.message << "\n";
@@ -147,6 +162,14 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                    "(pkill -x tidemark) and start again\n";
       return 1;
   }
+
+  if (bus.get() == BusAnswer::silent) {
+    std::cerr << "tidemark: the session bus at " << busAddress
+              << " does not answer; running without the tray item's label, notifications and "
+                 "the desktop's motion setting\n";
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+  }
+  const auto signals = quitOnSignals();
 
   const Bundle bundle = applicationBundle();
   SystemClock clock;
@@ -173,7 +196,6 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   delegate.onQuit = [] { QCoreApplication::quit(); };
   instance.onShowRequested = [&delegate] { delegate.showOrb(); };
   delegate.launch();
-  const auto signals = quitOnSignals();
   const int status = app.exec();
   delegate.terminate();
   return status;

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
+
 #include <sys/resource.h>
 
 #include <fstream>
 
 #include <QElapsedTimer>
+#include <QLocalServer>
 #include <QProcess>
 #include <QTest>
+#include <QThread>
 
 #include "app/DesktopApp.h"
 #include "core/DataSourceEndpoints.h"
@@ -233,6 +237,73 @@ TEST_F(CommandLine, TheDesktopAppSaysWhatItSetAsideAndOnceThatSettingsCannotBeSa
   const std::string blocked = desktop(failure, 3500);
   EXPECT_EQ(blocked.find(failure), blocked.rfind(failure)) << blocked;
   EXPECT_EQ(blocked.find("could not read"), std::string::npos) << blocked;
+}
+
+// Signals of logging out, a closed terminal and Ctrl+C end the desktop app as a quit does, also
+// while it is still starting; a session bus that never answers does not keep the orb from
+// coming.
+TEST_F(CommandLine, TheDesktopAppEndsCleanlyOnSignalsAndStartsBesideASilentBus) {
+  const auto runtime = home.path() / "XDG_RUNTIME_DIR";
+  const auto conf = home.path() / "XDG_CONFIG_HOME" / "Tidemark" / "Tidemark.conf";
+  // Caught signals, from the process's status: bit n − 1 stands for signal n.
+  const auto catches = [](qint64 pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    std::string line;
+    while (std::getline(status, line))
+      if (line.starts_with("SigCgt:")) {
+        const unsigned long long bits = std::stoull(line.substr(7), nullptr, 16);
+        return (bits >> (SIGHUP - 1) & 1) && (bits >> (SIGINT - 1) & 1) &&
+               (bits >> (SIGTERM - 1) & 1);
+      }
+    return false;
+  };
+  for (int signal : {SIGHUP, SIGTERM, SIGINT}) {
+    std::filesystem::remove(conf);
+    QProcess process;
+    start(process, "", true);
+    // The handlers are in place before the app takes its one-instance socket.
+    bool early = false;
+    while (process.state() != QProcess::NotRunning && !catches(process.processId()))
+      QThread::usleep(200);
+    early = !std::filesystem::exists(runtime / "tidemark.socket");
+    ::kill(static_cast<pid_t>(process.processId()), signal);
+    ASSERT_TRUE(process.waitForFinished(10000)) << signal;
+    EXPECT_TRUE(early) << signal;
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << signal;
+    EXPECT_EQ(process.exitCode(), 0) << signal;
+    EXPECT_FALSE(std::filesystem::exists(runtime / "tidemark.socket")) << signal;
+    EXPECT_FALSE(std::filesystem::exists(runtime / "tidemark.socket.lock")) << signal;
+    std::error_code error;
+    EXPECT_NE(readFile(conf, error).value_or("").find("tidemark.orb.position.v2="),
+              std::string::npos)
+        << signal << ": the position was not saved";
+  }
+
+  // A bus that takes connections and never answers them.
+  QLocalServer silent;
+  const auto bus = home.path() / "silent-bus";
+  ASSERT_TRUE(silent.listen(QString::fromStdString(bus.string())));
+  QProcess process;
+  start(process, "", true, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + bus.string()}});
+  QElapsedTimer elapsed;
+  elapsed.start();
+  // Running means answering a second start.
+  const auto answers = [&] {
+    QProcess second;
+    start(second, "", true, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + bus.string()}});
+    return second.waitForFinished(10000) && second.exitCode() == 0;
+  };
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return std::filesystem::exists(runtime / "tidemark.socket") && answers(); }, 8000));
+  EXPECT_LT(elapsed.elapsed(), 6000);
+  process.terminate();
+  ASSERT_TRUE(process.waitForFinished(10000));
+  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_NE(process.readAllStandardError().toStdString().find(
+                "tidemark: the session bus at unix:path=" + bus.string() +
+                " does not answer; running without the tray item's label, notifications and "
+                "the desktop's motion setting\n"),
+            std::string::npos);
 }
 
 TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPath) {
