@@ -5,6 +5,7 @@
 #include <xcb/xcb_keysyms.h>
 #include <xcb/xinput.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
@@ -123,6 +124,9 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
 class QuietHotKeys final : public GlobalHotKeys {
  public:
   int install(std::function<void(int)>) override { return 0; }
+  bool holds(int) const override { return false; }
+  bool canHold() const override { return false; }
+  bool retry() override { return false; }
 };
 
 // Grabs Ctrl+Alt+<key> on the root window with every combination of CapsLock and NumLock, which
@@ -143,11 +147,21 @@ class X11HotKeys final : public GlobalHotKeys, public QAbstractNativeEventFilter
   int install(std::function<void(int)> pressed) override {
     pressed_ = std::move(pressed);
     symbols_ = xcb_key_symbols_alloc(connection_);
-    int taken = 0;
-    taken += grab(1, 0x0020) ? 1 : 0;  // XK_space
-    taken += grab(2, 0x006d) ? 1 : 0;  // XK_m
     QCoreApplication::instance()->installNativeEventFilter(this);
-    return taken;
+    retry();
+    return static_cast<int>(grabs_.size());
+  }
+
+  bool holds(int id) const override {
+    return std::any_of(grabs_.begin(), grabs_.end(), [id](const Grab& g) { return g.id == id; });
+  }
+  bool canHold() const override { return true; }
+
+  bool retry() override {
+    bool more = false;
+    for (const auto& [id, keysym] : wanted)
+      if (!holds(id)) more = grab(id, keysym) || more;
+    return more;
   }
 
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr*) override {
@@ -171,6 +185,8 @@ class X11HotKeys final : public GlobalHotKeys, public QAbstractNativeEventFilter
     xcb_keycode_t keycode;
   };
   static constexpr uint16_t modifiers = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;  // Ctrl+Alt
+  static constexpr std::array<std::pair<int, xcb_keysym_t>, 2> wanted{
+      {{1, 0x0020}, {2, 0x006d}}};  // XK_space, XK_m
   static constexpr std::array<uint16_t, 4> lockVariants{0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2,
                                                         XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 

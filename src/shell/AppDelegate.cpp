@@ -194,6 +194,19 @@ void AppDelegate::launch() {
     if (id == 1) self->toggleOrb();
     if (id == 2) self->toggleMask();
   });
+  keysInstalled_ = true;
+  // A key another program holds is named, and asked for again every few seconds until it is ours.
+  if (!unavailableKeys().empty()) {
+    synchronize();
+    std::weak_ptr<int> alive = alive_;
+    keysRetry_ = deps_.scheduler.every(3, [self, alive] {
+      if (alive.expired() || !self->deps_.hotKeys.retry()) return;
+      self->synchronize();
+      for (auto& [key, window] : self->windows_)
+        if (window) self->tellShortcuts(*window);
+      if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
+    });
+  }
   if (!deps_.model.onboardingSeen()) openWindow("guide");
 }
 
@@ -202,6 +215,7 @@ void AppDelegate::terminate() {
   savePosition();
   hoverTimer_.stop();
   glideTimer_.stop();
+  keysRetry_.cancel();
   for (const auto& connection : screenConnections_) QObject::disconnect(connection);
   screenConnections_.clear();
   subscriptions_.clear();
@@ -239,6 +253,15 @@ void AppDelegate::setSystemCalm(bool calm) {
     if (window) applySystemCalm(*window);
 }
 
+void AppDelegate::tellShortcuts(QWidget& window) {
+  const std::string keys = unavailableKeys();
+  for (QWidget* child : window.findChildren<QWidget*>())
+    if (auto* settings = dynamic_cast<SettingsView*>(child))
+      settings->setShortcutNotice(keys.empty() ? QString()
+                                               : QString::fromStdString(keys) +
+                                                     QStringLiteral("，释放后会自动启用。"));
+}
+
 void AppDelegate::applySystemCalm(QWidget& window) {
   // The views carry no meta-object of their own, so a cast, not findChildren<DetailOrb*>.
   for (QWidget* child : window.findChildren<QWidget*>())
@@ -261,11 +284,20 @@ std::string AppDelegate::statusTitle() const {
   return statusTitleText(deps_.model, deps_.model.menuDensity());
 }
 
+std::string AppDelegate::unavailableKeys() const {
+  if (!keysInstalled_ || !deps_.hotKeys.canHold()) return "";
+  std::string keys;
+  for (const auto& [id, name] : {std::pair{1, "Ctrl+Alt+Space"}, {2, "Ctrl+Alt+M"}})
+    if (!deps_.hotKeys.holds(id)) keys += (keys.empty() ? "" : "、") + std::string(name);
+  return keys.empty() ? "" : keys + " 已被其他程序占用";
+}
+
 std::string AppDelegate::tooltip() const {
   const AppModel& m = deps_.model;
   std::string text = "岚舟 · " + m.sourceLabel() +
                      "\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · "
                      "Ctrl+Alt+M 遮蔽";
+  if (const std::string keys = unavailableKeys(); !keys.empty()) text += "\n" + keys;
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote())
     text += "\n" + quote->name + "  " + quote->currency() + priceText(quote->price);
@@ -570,6 +602,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   scroll->setWidget(root);
   layout->addWidget(scroll);
   applySystemCalm(*window);
+  tellShortcuts(*window);
   windows_[key] = window;
   window->show();
   window->raise();

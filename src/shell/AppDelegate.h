@@ -71,6 +71,8 @@ class AppDelegate {
   void synchronize();
   std::string statusTitle() const;
   std::string tooltip() const;
+  // Which global keys other programs hold, in words; empty when both are ours.
+  std::string unavailableKeys() const;
 
   void showHint(const std::string& text);
   void toggleOrb();
@@ -130,6 +132,7 @@ class AppDelegate {
   void scheduleSynchronize();
   void placeWindow(QWidget& window, const std::string& key, QSize size);
   void applySystemCalm(QWidget& window);
+  void tellShortcuts(QWidget& window);
   // The screen the orb stands on (for a docked orb, the one whose edge it sits on).
   std::optional<Screen> orbScreen() const;
 
@@ -140,6 +143,8 @@ class AppDelegate {
   std::map<std::string, QPointer<QWidget>> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
   QTimer hoverTimer_, glideTimer_;
+  TimerHandle keysRetry_;
+  bool keysInstalled_ = false;
   TimerHandle clickWork_, hintWork_;
   std::optional<Date> leaveDate_;
   Point lastMouse_;

@@ -33,12 +33,19 @@ class WindowSystem {
 };
 
 // Ctrl+Alt+Space (id 1) and Ctrl+Alt+M (id 2), from any application. A key another program holds
-// is skipped quietly; the menu and the orb offer the same actions.
+// cannot be taken; it is asked for again later, and meanwhile the menu and the orb offer the same
+// actions.
 class GlobalHotKeys {
  public:
   virtual ~GlobalHotKeys() = default;
   // Answers how many of the two keys were taken.
   virtual int install(std::function<void(int id)> pressed) = 0;
+  // Whether the key of this id is ours now. Where the system has no global keys at all, none is
+  // missing either: nothing is said about them.
+  virtual bool holds(int id) const = 0;
+  virtual bool canHold() const = 0;
+  // Asks again for the keys another program held; answers whether one more is ours now.
+  virtual bool retry() = 0;
 };
 
 // A tray item the application exports itself where the desktop has a host for one

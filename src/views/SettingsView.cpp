@@ -269,6 +269,14 @@ QWidget* SettingsView::appearancePage() {
       QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"), "muted", 12));
   layout->addWidget(tray);
 
+  auto* keys = new ProductCard(QStringLiteral("快捷键"), page);
+  for (const char* line : {"Ctrl+Alt+Space  显示或隐藏灵球", "Ctrl+Alt+M  遮蔽所有行情数字"})
+    keys->content().addWidget(themedLabel(QString::fromUtf8(line), nullptr, 13, QFont::Normal));
+  shortcutNotice_ = themedLabel(QString(), "warning", 12, QFont::Normal, keys);
+  shortcutNotice_->hide();
+  keys->content().addWidget(shortcutNotice_);
+  layout->addWidget(keys);
+
   if (actions_.autostartEnabled && actions_.setAutostart) {
     auto* start = new ProductCard(QStringLiteral("启动"), page);
     auto* login = new ProductSwitch(QStringLiteral("登录时启动"), start);
@@ -439,6 +447,11 @@ QWidget* SettingsView::alertPage() {
                      (model_.alertTriggered() ? QStringLiteral(" · 已触发") : QString()));
   });
   return page;
+}
+
+void SettingsView::setShortcutNotice(const QString& text) {
+  shortcutNotice_->setText(text);
+  shortcutNotice_->setVisible(!text.isEmpty());
 }
 
 void SettingsView::resetPreferences() {

@@ -51,6 +51,11 @@ class SettingsView final : public QWidget {
   DetailView& detail() { return *detail_; }
   WatchlistView& watchlist() { return *watchlist_; }
 
+  // What the settings say of the global keys: empty while both are the app's, else which other
+  // programs hold.
+  void setShortcutNotice(const QString& text);
+  QString shortcutNotice() const { return shortcutNotice_->text(); }
+
   void resetPreferences();
   void exportWatchlist();
   void importWatchlist();
@@ -72,6 +77,7 @@ class SettingsView final : public QWidget {
   WatchlistView* watchlist_;
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
+  QLabel* shortcutNotice_ = nullptr;
   std::function<void()> readAutostart_;
   ChangeSignal::Subscription subscription_;
   bool syncPending_ = false;

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include <QAbstractButton>
@@ -28,12 +29,23 @@ struct RecordingWindowSystem final : WindowSystem {
   std::function<void(unsigned long time)> pressed;  // a press somewhere on the desktop
 };
 
+// The two keys, each ours unless another program holds it; a retry takes the ones set free.
 struct CapturedHotKeys final : GlobalHotKeys {
   int install(std::function<void(int)> p) override {
     pressed = std::move(p);
-    return 2;
+    retry();
+    return int(held.size());
+  }
+  bool holds(int id) const override { return held.contains(id); }
+  bool canHold() const override { return true; }
+  bool retry() override {
+    const size_t before = held.size();
+    for (int id : {1, 2})
+      if (!takenElsewhere.contains(id)) held.insert(id);
+    return held.size() > before;
   }
   std::function<void(int)> pressed;
+  std::set<int> held, takenElsewhere;
 };
 
 struct FakeMotionSetting final : DesktopMotionSetting {
@@ -49,7 +61,8 @@ struct DesktopOptions {
   std::vector<Screen> screens{{{0, 0, 1280, 800}, {0, 0, 1280, 800}}};
   std::optional<std::string> position;  // the stored orb position
   std::function<std::unique_ptr<StatusNotifier>()> notifier;
-  std::optional<bool> systemCalm;  // a desktop that reports its reduce-motion switch
+  std::optional<bool> systemCalm;    // a desktop that reports its reduce-motion switch
+  std::set<int> keysTakenElsewhere;  // global keys another program holds at launch
 };
 
 struct Desktop {
@@ -89,6 +102,7 @@ struct Desktop {
                                       }),
                                   [this] { return screens; }, [this] { return mouse; },
                                   std::move(options.notifier), std::move(motionSetting)});
+    keys.takenElsewhere = options.keysTakenElsewhere;
     delegate->onQuit = [this] { ++quits; };
     delegate->launch();
   }

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include "desktop/DesktopFixture.h"
+#include "support/QtPrint.h"
 #include "views/DetailView.h"
 #include "views/SettingsView.h"
 
@@ -295,6 +296,35 @@ TEST(HotKeys, OneShowsOrHidesTheOrbTwoMasksEveryFigure) {
     d.keys.pressed(id);
     EXPECT_EQ(seen(), expected) << id;
   }
+}
+
+// Another program held Ctrl+Alt+M at launch: the tooltip and the settings say so until it lets
+// go, and then the key is the app's.
+TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
+  test::DesktopOptions o;
+  o.keysTakenElsewhere = {2};
+  Desktop d(o);
+  d.delegate->openSettings("外观");
+  SettingsView* settings = nullptr;
+  for (QWidget* child : d.delegate->window("settings")->findChildren<QWidget*>())
+    if (auto* found = dynamic_cast<SettingsView*>(child)) settings = found;
+  ASSERT_TRUE(settings);
+  const std::string head =
+      "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "
+      "遮蔽";
+  EXPECT_EQ(d.delegate->statusItem().toolTip(),
+            head + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80");
+  EXPECT_EQ(settings->shortcutNotice(),
+            QStringLiteral("Ctrl+Alt+M 已被其他程序占用，释放后会自动启用。"));
+  d.h.scheduler.advance(3);
+  EXPECT_FALSE(d.keys.holds(2)) << "still held elsewhere";
+  d.keys.takenElsewhere.clear();
+  d.h.scheduler.advance(3);
+  EXPECT_TRUE(d.keys.holds(2));
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), head + "\n贵州茅台  CNY1,468.80");
+  EXPECT_EQ(settings->shortcutNotice(), QString());
+  d.keys.pressed(2);
+  EXPECT_TRUE(d.model->masked());
 }
 
 TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
