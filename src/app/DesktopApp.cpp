@@ -11,8 +11,10 @@
 #include <QApplication>
 #include <QCursor>
 #include <QDir>
+#include <QLibraryInfo>
 #include <QScreen>
 #include <QSocketNotifier>
+#include <QTranslator>
 
 #include "app/AppInfo.h"
 #include "app/Environment.h"
@@ -82,6 +84,15 @@ void setIdentity() {
 
 }  // namespace
 
+bool loadQtTranslations() {
+  static QTranslator qtTexts;
+  if (!qtTexts.load(QStringLiteral("qtbase_zh_CN"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    return false;
+  QCoreApplication::installTranslator(&qtTexts);
+  return true;
+}
+
 PlatformChoice choosePlatform(const std::function<const char*(const char*)>& environment) {
   const auto set = [&](const char* name) {
     const char* value = environment(name);
@@ -148,6 +159,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   }
   QApplication app(argc, argv);
   setIdentity();
+  loadQtTranslations();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
   SingleInstance instance;

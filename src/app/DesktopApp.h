@@ -20,6 +20,10 @@ PlatformChoice choosePlatform(const std::function<const char*(const char*)>& env
 // Whether a display server can be reached (or the offscreen platform was asked for).
 bool hasDisplay();
 
+// Qt's own texts (standard buttons, file dialogs) in Chinese, as the rest of the app, whatever the
+// locale; installed on the running application. Answers whether Qt's translations were found.
+bool loadQtTranslations();
+
 // The desktop app: the orb, the tray item and the auxiliary windows over the user's settings and
 // watchlist, until the user quits. Answers the exit status.
 int runDesktop(int& argc, char** argv, const CommandLine& line);

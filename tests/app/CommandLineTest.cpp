@@ -470,6 +470,16 @@ TEST_F(CommandLine, WatchPrintsEachNewLoad) {
   EXPECT_NE((*first)["quotes"][0]["price"], (*second)["quotes"][0]["price"]);  // mock data moves
 }
 
+// The standard buttons of Qt's dialogs, as the reset confirmation shows them.
+TEST(Platform, QtsOwnTextsAreChinese) {
+  ASSERT_TRUE(loadQtTranslations()) << "Debian's qt6-translations-l10n is missing";
+  const std::pair<const char*, const char*> buttons[] = {
+      {"&Yes", "是(&Y)"}, {"&No", "否(&N)"}, {"Cancel", "取消"}, {"Save", "保存"}};
+  for (const auto& [english, chinese] : buttons)
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", english).toStdString(), chinese)
+        << english;
+}
+
 TEST(Platform, WaylandSessionsRunThroughXWaylandUnlessTheUserChose) {
   struct Case {
     std::map<std::string, std::string> environment;
