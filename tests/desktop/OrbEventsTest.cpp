@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QScrollArea>
 #include <QStyleHints>
 #include <QTest>
 
@@ -398,6 +399,30 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
   d.delegate->openWindow("guide");
   // 1920 + 0.8 × 132 + 12, rounded; 400 − 636 / 2.
   EXPECT_EQ(d.delegate->window("guide")->pos(), QPoint(2038, 82));
+}
+
+// On a 640 × 480 screen every window fits, title bar and borders included, and what does not fit
+// in it scrolls into view: the guide's last button too.
+TEST(Delegate, WindowsFitASmallScreenAndScroll) {
+  test::DesktopOptions o;
+  o.screens = {{{0, 0, 640, 480}, {0, 0, 640, 480}}};
+  Desktop d(o);
+  for (const char* key : {"guide", "settings", "alert"}) {
+    d.delegate->openWindow(key);
+    QWidget* w = d.delegate->window(key);
+    const QRect frame(w->pos(), w->size() + QSize(8, 36));
+    EXPECT_TRUE(QRect(0, 0, 640, 480).contains(frame)) << key;
+  }
+  QWidget* guide = d.delegate->window("guide");
+  auto* scroll = guide->findChild<QScrollArea*>();
+  QAbstractButton* start = nullptr;
+  for (auto* b : guide->findChildren<QAbstractButton*>())
+    if (b->text() == QStringLiteral("开始探索")) start = b;
+  ASSERT_TRUE(scroll && start);
+  QApplication::processEvents();
+  scroll->ensureWidgetVisible(start);
+  const QRect shown(start->mapTo(scroll->viewport(), QPoint()), start->size());
+  EXPECT_TRUE(scroll->viewport()->rect().contains(shown));
 }
 
 TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {

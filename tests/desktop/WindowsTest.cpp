@@ -308,6 +308,45 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(closed, 2);
 }
 
+// The detail orb keeps its 480 frame at the settings window's sizes: its figures beside it where
+// there is room (the section is 792 wide at the default size), below it where not (672 at the
+// minimum); its glow fades out before it reaches an edge.
+TEST_F(Windows, TheDetailOrbKeepsItsFrameAndItsGlowFadesInside) {
+  model->setReduceMotion(true);  // the orb stands in place at once
+  const std::pair<int, bool> widths[] = {{792, true}, {672, false}};
+  for (const auto& [width, beside] : widths) {
+    QWidget host;
+    host.setAutoFillBackground(true);
+    QPalette backdrop = host.palette();
+    backdrop.setColor(QPalette::Window, QColor(0x0B, 0x0D, 0x1C));
+    host.setPalette(backdrop);
+    auto* detail = new DetailView(*model, {}, {}, &host);
+    host.resize(width, 1100);
+    detail->resize(width, 1100);
+    host.show();
+    settle();
+    EXPECT_EQ(detail->orb().size(), QSize(480, 480)) << width;
+    EXPECT_EQ(detail->figuresBeside(), beside) << width;
+    const QImage image = host.grab().toImage();
+    const QPoint c = detail->orb().geometry().center();
+    const int rim = 480 * 43 / 100;  // the sphere fills 0.86 of the frame
+    EXPECT_NE(image.pixelColor(c.x() - rim - 20, c.y()), QColor(0x0B, 0x0D, 0x1C)) << "glow";
+    for (QPoint edge : {QPoint(0, c.y()), QPoint(c.x(), 0)})
+      EXPECT_EQ(image.pixelColor(edge), QColor(0x0B, 0x0D, 0x1C)) << width << " faded at the edge";
+    // No straight edge where the orb's frame ends: the glow runs on across it.
+    const QRect frame = detail->orb().geometry();
+    for (auto [in, out] :
+         {std::pair{QPoint(frame.left() + 2, c.y()), QPoint(frame.left() - 3, c.y())},
+          {QPoint(c.x(), frame.bottom() - 2), QPoint(c.x(), frame.bottom() + 3)}}) {
+      const QColor a = image.pixelColor(in), b = image.pixelColor(out);
+      EXPECT_LT(std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                    std::abs(a.blue() - b.blue()),
+                30)
+          << width << " at the frame's edge";
+    }
+  }
+}
+
 TEST_F(Windows, MaskingHidesEveryFigure) {
   model->setAlert("600519", 1500, true);
   model->setMasked(true);
