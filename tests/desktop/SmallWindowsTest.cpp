@@ -59,8 +59,10 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     // The chosen direction is the selected pill, whichever was chosen before.
     const auto selected = [&] {
       QStringList on;
-      for (auto* pill : editor.findChildren<ProductPill*>())
-        if (pill->isSelected()) on << pill->text();
+      // Pills are buttons marked so; they carry no meta-object of their own to cast to.
+      for (auto* pill : editor.findChildren<QPushButton*>())
+        if (pill->property("pill").toBool() && pill->property("selected").toBool())
+          on << pill->text();
       return on;
     };
     EXPECT_EQ(selected(), QStringList{QStringLiteral("价格达到或高于")});
