@@ -11,9 +11,12 @@ ok() { passed=$((passed + 1)); }
 fail() { failed=$((failed + 1)); echo "FAIL: $*"; }
 
 status=0
-out="$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM HOME="$work/home" \
-  XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data" "$app" --render-previews "$work/p")" ||
-  status=$?
+env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM HOME="$work/home" \
+  XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data" "$app" --render-previews "$work/p" \
+  >"$work/out" &
+pid=$!
+wait "$pid" || status=$?
+out="$(cat "$work/out")"
 [[ "$out" == "Rendered previews: $work/p" && $status == 0 ]] && ok || fail "status $status, printed '$out'"
 
 expected=()
@@ -67,7 +70,8 @@ ocean 0A1422
 BACKDROPS
 count=$(find "$work/p" -type f | wc -l)
 ((count == ${#expected[@]})) && ok || fail "$count files written, ${#expected[@]} expected"
-leftover="$(find "$work/home" "$work/config" "$work/data" -type f; ls /tmp/tidemark-preview-* 2>/dev/null)"
+# Its own scratch files only: another run of the previews may be busy at the same time.
+leftover="$(find "$work/home" "$work/config" "$work/data" -type f; ls /tmp/tidemark-preview-"$pid"-* 2>/dev/null)"
 [[ -z "$leftover" ]] && ok || fail "left behind: $leftover"
 
 echo "$passed passed, $failed failed"
