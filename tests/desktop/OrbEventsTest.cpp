@@ -1,11 +1,13 @@
-// The orb's gestures, keys, ring menu and global keys through the delegate's own wiring, and what
-// the delegate shows.
+// The orb's gestures, keys, ring menu, tray menu and global keys through the delegate's own
+// wiring, and what the delegate shows.
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QStyleHints>
 #include <QTest>
@@ -129,34 +131,73 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   }
 }
 
-// Each ring button, found by the name a screen reader reads, clicked where it is drawn.
-TEST(OrbRing, EachButtonDoesWhatItsLabelSays) {
+// The tray menu's item with this text, in a submenu too.
+QAction* trayItem(QMenu& menu, const QString& text) {
+  for (QAction* item : menu.actions()) {
+    if (item->text() == text) return item;
+    if (QMenu* sub = item->menu())
+      if (QAction* found = trayItem(*sub, text)) return found;
+  }
+  return nullptr;
+}
+
+// Each ring button, found by the name a screen reader reads, clicked where it is drawn, and each
+// item of the tray menu as the menu is built when it opens.
+TEST(Commands, EachRingButtonAndTrayItemDoesWhatItsLabelSays) {
   struct Case {
+    bool ring;
     const char* name;
     std::function<std::string(Desktop&)> observe;
     std::string expected;
   };
   const auto windows = [](Desktop& d) {
     return std::string(d.delegate->window("settings") ? "settings " : "") +
-           (d.delegate->window("alert") ? "alert " : "") + section(d);
+           (d.delegate->window("alert") ? "alert " : "") +
+           (d.delegate->window("guide") ? "guide " : "") + section(d);
   };
+  const auto refreshing = [](Desktop& d) {
+    return hint(d) + std::to_string(d.model->hasPendingRefresh());
+  };
+  const auto masking = [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); };
+  const auto quits = [](Desktop& d) { return std::to_string(d.quits); };
   const Case cases[] = {
-      {"刷新", [](Desktop& d) { return hint(d) + std::to_string(d.model->hasPendingRefresh()); },
-       "正在刷新模拟源1"},
-      {"预警", windows, "alert "},
-      {"外观", windows, "settings 外观"},
-      {"遮蔽", [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); },
-       "1行情数字已遮蔽"},
-      {"退出", [](Desktop& d) { return std::to_string(d.quits); }, "1"},
+      {true, "刷新", refreshing, "正在刷新模拟源1"},
+      {true, "预警", windows, "alert "},
+      {true, "外观", windows, "settings 外观"},
+      {true, "遮蔽", masking, "1行情数字已遮蔽"},
+      {true, "退出", quits, "1"},
+      {false, "隐藏灵球",
+       [](Desktop& d) { return std::string(d.delegate->panel().isVisible() ? "shown" : "hidden"); },
+       "hidden"},
+      {false, "设置…", windows, "settings 外观"},
+      {false, "立即刷新", refreshing, "正在刷新模拟源1"},
+      {false, "价格预警…", windows, "alert "},
+      {false, "屏幕共享遮蔽", masking, "1行情数字已遮蔽"},
+      {false, "鼠标穿透（仅菜单栏可恢复）",
+       [](Desktop& d) { return std::to_string(d.delegate->passesPointerThrough()); }, "1"},
+      {false, "72 pt", [](Desktop& d) { return std::to_string(int(d.model->orbSize())); }, "72"},
+      {false, "离线", [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
+       "offline"},
+      {false, "使用引导", windows, "guide "},
+      {false, "退出潮汐栏", quits, "1"},
   };
   for (const Case& k : cases) {
     Desktop d;
-    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
-    ASSERT_TRUE(d.delegate->windowModel().radialOpen());
-    QAbstractButton* button = d.ringButton(QString::fromUtf8(k.name));
-    ASSERT_TRUE(button) << k.name;
-    QTest::mouseClick(d.window(), Qt::LeftButton, {},
-                      button->mapTo(&d.delegate->panel(), button->rect().center()));
+    const QString name = QString::fromUtf8(k.name);
+    if (k.ring) {
+      QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+      ASSERT_TRUE(d.delegate->windowModel().radialOpen());
+      QAbstractButton* button = d.ringButton(name);
+      ASSERT_TRUE(button) << k.name;
+      QTest::mouseClick(d.window(), Qt::LeftButton, {},
+                        button->mapTo(&d.delegate->panel(), button->rect().center()));
+    } else {
+      QMenu& menu = d.delegate->statusItem().menu();
+      emit menu.aboutToShow();
+      QAction* item = trayItem(menu, name);
+      ASSERT_TRUE(item) << k.name;
+      item->trigger();
+    }
     EXPECT_EQ(k.observe(d), k.expected) << k.name;
     EXPECT_FALSE(d.delegate->windowModel().radialOpen()) << k.name;
   }
@@ -208,6 +249,15 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
          d.delegate->openSettings("外观");
          QTest::mouseClick(d.delegate->window("settings"), Qt::LeftButton, {}, QPoint(5, 5));
        },
+       false},
+      {"a right click in our settings window",
+       [](Desktop& d) {
+         d.delegate->openSettings("外观");
+         QTest::mouseClick(d.delegate->window("settings"), Qt::RightButton, {}, QPoint(5, 5));
+       },
+       false},
+      {"a second right click on the core",
+       [](Desktop& d) { QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230)); },
        false},
   };
   for (const Case& k : cases) {
@@ -331,19 +381,24 @@ TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
 TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   Desktop d;
   const Point core{640, 400}, corner{420, 180};
-  const std::tuple<const char*, Point, double, bool> steps[] = {
-      {"over the core", core, 0, false},
-      {"just left", corner, 0, false},
-      {"0.4 s later: still the grace time", corner, 0.4, false},
-      {"past it", corner, 0.01, true},
-      {"back on the core", core, 0, false},
+  // Where the pointer is, how long after the last look, dragging, passing through.
+  const std::tuple<const char*, Point, double, bool, bool> steps[] = {
+      {"over the core", core, 0, false, false},
+      {"just left", corner, 0, false, false},
+      {"0.4 s later: still the grace time", corner, 0.4, false, false},
+      {"past it", corner, 0.01, false, true},
+      {"back on the core", core, 0, false, false},
+      {"dragged, the pointer ahead of the orb", corner, 0, true, false},
+      {"still dragging, past the grace time", corner, 1, true, false},
   };
-  for (const auto& [what, at, wait, through] : steps) {
+  for (const auto& [what, at, wait, dragging, through] : steps) {
+    d.delegate->windowModel().setDragging(dragging);
     d.mouse = at;
     d.h.clock.advance(wait);
     d.delegate->updatePointerMode();
     EXPECT_EQ(d.windows.region.isEmpty(), through) << what;
   }
+  d.delegate->windowModel().setDragging(false);
   d.delegate->toggleObserve();  // forced: nothing takes a click, whatever the pointer does
   d.delegate->updatePointerMode();
   EXPECT_TRUE(d.windows.region.isEmpty());
@@ -364,41 +419,77 @@ TEST(Delegate, WindowsAreReusedCentredAndTheAlertEditorStartsAfresh) {
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
   EXPECT_EQ(settings->windowTitle(), QStringLiteral("设置 · 使用偏好"));
-  d.delegate->openWindow("alert");
+  // The settings window's own buttons open the other windows.
+  const auto click = [&](const QString& text) {
+    for (auto* button : settings->findChildren<QPushButton*>())
+      if (button->text() == text) return button->click();
+    ADD_FAILURE() << text.toStdString();
+  };
+  click(QStringLiteral("编辑预警…"));
   QPointer<QWidget> first = d.delegate->window("alert");
+  ASSERT_TRUE(first);
   // Centred on the 1280 × 800 screen, the frame's 8 × 36 included.
   EXPECT_EQ(QRect(first->pos(), first->size()), QRect(426, 112, 420, 540));
-  d.delegate->openWindow("alert");
+  click(QStringLiteral("编辑预警…"));
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
   EXPECT_NE(d.delegate->window("alert"), nullptr);
+  EXPECT_EQ(d.delegate->window("guide"), nullptr);
+  click(QStringLiteral("重新查看引导"));
+  EXPECT_NE(d.delegate->window("guide"), nullptr);
 }
 
-// Two 1920 × 1080 screens side by side, the orb docked on the left edge of the right one.
+// Two 1920 × 1080 screens side by side, the orb docked on the border they share: on the left
+// edge of the right screen, or on the right edge of the left one.
 TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
-  test::DesktopOptions o;
-  o.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
-               {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}};
-  o.position = R"({"x":1920.0,"y":400.0,"edge":"left"})";
-  Desktop d(o);
-  const auto where = [&] {
-    return std::to_string(d.delegate->panel().x()) + "," + std::to_string(d.delegate->panel().y()) +
-           (d.delegate->windowModel().dockEdge() ? " docked" : "");
+  const struct {
+    const char* position;  // as stored
+    QRect settings;
+    QPoint guide;
+    const char *undocked, *kept;  // by Esc
+  } rows[] = {
+      // The guide at 1920 + 0.8 × 132 + 12, rounded; 400 − 636 / 2.
+      {R"({"x":1920.0,"y":400.0,"edge":"left"})",
+       {2396, 152, 960, 740},
+       {2038, 82},
+       "1772,170",
+       R"({"x":2002.0,"y":400.0,"edge":""})"},
+      // 1920 − 0.8 × 132 − 12 − 488, rounded.
+      {R"({"x":1920.0,"y":400.0,"edge":"right"})",
+       {476, 152, 960, 740},
+       {1314, 82},
+       "1608,170",
+       R"({"x":1838.0,"y":400.0,"edge":""})"},
   };
-  EXPECT_EQ(where(), "1690,170 docked") << "restored";
-  d.delegate->screenParametersDidChange();
-  EXPECT_EQ(where(), "1690,170 docked") << "screens changed";
-  d.model->setOrbSize(132);
-  d.h.scheduler.runDue();
-  EXPECT_EQ(where(), "1690,170 docked") << "size changed";
-  EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":1920.0,"y":400.0,"edge":"left"})");
-  // Windows open on the orb's screen; the guide beside the orb's visible half.
-  d.delegate->openSettings("外观");
-  QWidget* settings = d.delegate->window("settings");
-  EXPECT_EQ(QRect(settings->pos(), settings->size()), QRect(2396, 152, 960, 740));
-  d.delegate->openWindow("guide");
-  // 1920 + 0.8 × 132 + 12, rounded; 400 − 636 / 2.
-  EXPECT_EQ(d.delegate->window("guide")->pos(), QPoint(2038, 82));
+  for (const auto& row : rows) {
+    test::DesktopOptions o;
+    o.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+                 {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}};
+    o.position = row.position;
+    Desktop d(o);
+    const auto where = [&] {
+      return std::to_string(d.delegate->panel().x()) + "," +
+             std::to_string(d.delegate->panel().y()) +
+             (d.delegate->windowModel().dockEdge() ? " docked" : "");
+    };
+    EXPECT_EQ(where(), "1690,170 docked") << "restored " << row.position;
+    d.delegate->screenParametersDidChange();
+    EXPECT_EQ(where(), "1690,170 docked") << "screens changed " << row.position;
+    d.model->setOrbSize(132);
+    d.h.scheduler.runDue();
+    EXPECT_EQ(where(), "1690,170 docked") << "size changed " << row.position;
+    EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.position);
+    // Windows open on the orb's screen; the guide beside the orb's visible half.
+    d.delegate->openSettings("外观");
+    QWidget* settings = d.delegate->window("settings");
+    EXPECT_EQ(QRect(settings->pos(), settings->size()), row.settings) << row.position;
+    d.delegate->openWindow("guide");
+    EXPECT_EQ(d.delegate->window("guide")->pos(), row.guide) << row.position;
+    // Esc leaves the edge onto the orb's own screen.
+    QTest::keyClick(&d.delegate->panel(), Qt::Key_Escape);
+    EXPECT_EQ(where(), row.undocked) << row.position;
+    EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.kept) << row.position;
+  }
 }
 
 // On a 640 × 480 screen every window fits, title bar and borders included, and what does not fit

@@ -184,6 +184,19 @@ TEST(OrbPaint, FiguresMaskedAndMissing) {
     }
     EXPECT_GT(count(image, percent, k.percentColour, 30), 5) << k.what;
   }
+  // Masked, nothing shown stands for a figure: a new price leaves the core's price and change and
+  // the caption of the spread satellite 00700, right of the top, as they were; unmasked they move.
+  for (bool masked : {false, true}) {
+    Orb orb;
+    orb.model->setMasked(masked);
+    orb.window.setExpanded(true);
+    const QImage before = orb.paint();
+    orb.model->refresh();
+    orb.h.scheduler.advance(1);
+    const QImage after = orb.paint();
+    for (QRect area : {price, percent, QRect(300, 214, 60, 10)})
+      EXPECT_EQ(after.copy(area) == before.copy(area), masked) << masked << " " << area.x();
+  }
   Orb empty;
   empty.model->setWatchlist({});
   empty.paint();

@@ -140,11 +140,13 @@ TEST(Charts, PolarGeometryAndAxisLabels) {
   for (const auto& [market, labels] : axes) EXPECT_EQ(marketTimes(market), labels) << market;
 }
 
-// Queued refreshes, then the showing of the widgets they added.
+// Queued refreshes, then the showing of the widgets they added and the deletion of those they
+// replaced, as the event loop would do.
 void settle() {
   for (int i = 0; i < 3; ++i) {
     QApplication::sendPostedEvents();
     QApplication::processEvents();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 }
 
@@ -190,21 +192,55 @@ struct Windows : ::testing::Test {
 TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   auto view = settings("圆形详情");
   EXPECT_EQ(view->currentSection(), "圆形详情");
-  named<QPushButton>(*view, QStringLiteral("极光"))->click();
-  named<QPushButton>(*view, QStringLiteral("大 132"))->click();
-  named<QPushButton>(*view, QStringLiteral("名称"))->click();
-  named<QCheckBox>(*view, QStringLiteral("减少动态效果"))->click();
-  named<QCheckBox>(*view, QStringLiteral("遮蔽所有行情数字"))->click();
-  named<QPushButton>(*view, QStringLiteral("5 秒"))->click();
+  // Each section shows its own page.
+  const std::pair<const char*, const char*> headings[] = {{"外观", "外观"},
+                                                          {"圆形详情", "圆形详情 · 螺旋分时"},
+                                                          {"自选管理", "自选管理 · 本地保存"},
+                                                          {"数据源", "数据源"},
+                                                          {"预警与隐私", "预警与隐私"}};
+  for (const auto& [section, heading] : headings) {
+    view->showSection(section);
+    QStringList shown;
+    for (const QLabel* label : view->findChildren<QLabel*>())
+      if (label->isVisibleTo(view.get())) shown << label->text();
+    EXPECT_TRUE(shown.contains(QString::fromUtf8(heading))) << section;
+  }
+
+  // Every control changes its own preference and no other, as a restart reads them; a pill or
+  // swatch clicked is the one marked.
+  const auto kept = [&] {
+    const auto m = h.make();
+    return std::string(rawValue(m->theme())) + " " + std::to_string(int(m->orbSize())) +
+           (m->orbShowsName() ? " name" : " code") + (m->reduceMotion() ? " calm" : "") +
+           (m->autoRotate() ? " rotating" : "") + (m->masked() ? " masked" : "") + " every " +
+           QString::number(m->refreshInterval()).toStdString();
+  };
+  const std::pair<const char*, std::string> clicks[] = {
+      {"极光", "aurora 96 code rotating every 2.6"},
+      {"大 132", "aurora 132 code rotating every 2.6"},
+      {"中 96", "aurora 96 code rotating every 2.6"},
+      {"名称", "aurora 96 name rotating every 2.6"},
+      {"减少动态效果", "aurora 96 name calm rotating every 2.6"},
+      {"自动轮播自选标的", "aurora 96 name calm every 2.6"},
+      {"遮蔽所有行情数字", "aurora 96 name calm masked every 2.6"},
+      {"5 秒", "aurora 96 name calm masked every 5"},
+      {"2.6 秒", "aurora 96 name calm masked every 2.6"},
+      {"5 秒", "aurora 96 name calm masked every 5"},
+  };
+  for (const auto& [control, expected] : clicks) {
+    QAbstractButton* button = named<QAbstractButton>(*view, QString::fromUtf8(control));
+    ASSERT_TRUE(button);
+    button->click();
+    QTest::qWait(1);
+    EXPECT_EQ(kept(), expected) << control;
+    if (auto* pill = dynamic_cast<ProductPill*>(button)) {
+      EXPECT_TRUE(pill->isSelected()) << control;
+    } else if (!dynamic_cast<QCheckBox*>(button)) {
+      EXPECT_TRUE(button->isChecked()) << control;
+    }
+  }
   named<QPushButton>(*view, QStringLiteral("重新查看引导"))->click();
   named<QPushButton>(*view, QStringLiteral("编辑预警…"))->click();
-  const auto restored = h.make();
-  EXPECT_EQ(restored->theme(), AppTheme::aurora);
-  EXPECT_EQ(restored->orbSize(), 132);
-  EXPECT_TRUE(restored->orbShowsName());
-  EXPECT_TRUE(restored->reduceMotion());
-  EXPECT_TRUE(restored->masked());
-  EXPECT_EQ(restored->refreshInterval(), 5);
   EXPECT_EQ(std::pair(guides, alerts), std::pair(1, 1));
 
   // The tray examples follow the model: nothing to show while masked.
@@ -298,7 +334,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
 
   named<QPushButton>(detail, QStringLiteral("设置价格预警"))->click();
   EXPECT_EQ(alerted, 1);
-  detail.orb().animateClose();  // with motion: shrinks away first
+  named<QPushButton>(detail, QStringLiteral("关闭"))->click();  // with motion: shrinks away first
   EXPECT_TRUE(detail.orb().closing());
   EXPECT_EQ(closed, 0);
   QTest::qWait(300);
@@ -349,7 +385,12 @@ TEST_F(Windows, TheDetailOrbKeepsItsFrameAndItsGlowFadesInside) {
 
 TEST_F(Windows, MaskingHidesEveryFigure) {
   model->setAlert("600519", 1500, true);
+  // Open before masking starts: a shown list follows the switch.
+  WatchlistView list(*model, h.clock);
+  list.show();
+  settle();
   model->setMasked(true);
+  settle();
   DetailView detail(*model, {}, {});
   detail.resize(980, 680);
   detail.show();
@@ -362,7 +403,6 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   EXPECT_EQ(detail.chart().readoutText(), QStringLiteral("••••"));
   EXPECT_EQ(detail.chart().volumeReadout(), QStringLiteral("成交量 ••••"));
 
-  WatchlistView list(*model, h.clock);
   auto view = settings("预警与隐私");
   QStringList texts = list.shownTexts();
   for (const QLabel* label : view->findChildren<QLabel*>()) texts << label->text();

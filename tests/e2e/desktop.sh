@@ -10,7 +10,7 @@ set -euo pipefail
 app=${1:?usage: desktop.sh TIDEMARK [SCREENSHOT_DIR]}
 shots=${2:-}
 [ -x "$app" ] || { echo "not executable: $app" >&2; exit 2; }
-for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xrandr xev xset import convert; do
+for tool in Xvfb openbox xcompmgr trayer xdotool xwininfo xprop xrandr xev xset import convert; do
   command -v "$tool" >/dev/null || { echo "missing $tool (scripts/setup installs it)" >&2; exit 2; }
 done
 [ -z "$shots" ] || mkdir -p "$shots"
@@ -110,6 +110,14 @@ else
   fail "panel $size at ($x,$y), expected 460x460 at (410,170)"
 fi
 shot 1-centred
+# On every virtual desktop: the window manager reads desktop 0xFFFFFFFF and the sticky state.
+on_desktop=$(xprop -id "$panel" _NET_WM_DESKTOP)
+states=$(xprop -id "$panel" _NET_WM_STATE)
+if [ "$on_desktop" = "_NET_WM_DESKTOP(CARDINAL) = 4294967295" ] && [[ $states == *_NET_WM_STATE_STICKY* ]]; then
+  ok "the panel is on every desktop"
+else
+  fail "the panel's desktop: '$on_desktop', its state: '$states'"
+fi
 
 # The tray holds the app's icon: a window of class tidemark embedded in trayer's panel.
 tray_icon() {
@@ -200,14 +208,18 @@ fi
 xdotool windowmap --sync "$below"
 wait_for 5 find_below || die "the window below did not come back"
 wait_for 5 pixel_is 553 366 "$white" || fail "the window below is not behind the orb again"
-open_ring "$white"
-point_off 200 600
-xdotool click 1
-if wait_for 5 pixel_is 553 366 "$white" && wait_for 3 pressed_at 200 600; then
-  ok "a click in another window closed the ring menu and reached that window"
-else
-  fail "a click in another window: ring button $(pixel 553 366), press seen: $(grep -c 'root:(200,600)' "$tmp/below.log")"
-fi
+# A left and a right click in another window.
+for button in 1 3; do
+  y=$((590 + 20 * button))
+  open_ring "$white"
+  point_off 200 "$y"
+  xdotool click "$button"
+  if wait_for 5 pixel_is 553 366 "$white" && wait_for 3 pressed_at 200 "$y"; then
+    ok "button $button in another window closed the ring menu and reached that window"
+  else
+    fail "button $button in another window: ring button $(pixel 553 366), press seen: $(grep -c "root:(200,$y)" "$tmp/below.log")"
+  fi
+done
 # Input shape, not bounding shape: the orb's shadow is drawn at (640,458), outside what takes
 # clicks while the ring is open; a click there reaches the window below.
 open_ring "$white"
@@ -305,6 +317,15 @@ if [ "$second" = 0 ] && wait_for 5 mapped_as IsViewable && origin_is -230 270 &&
   ok "a second start exited 0 and the running app showed its orb where it was"
 else
   fail "a second start: status $second, panel $(map_state) at ($(origin)); $(cat "$tmp/second.log")"
+fi
+# Started again while the orb is shown: it stays, and the usage hint beside it says it was asked.
+wait_for 5 pixel_is 100 500 "$white" || fail "the hint beside the docked orb stayed"
+second=0
+timeout 10 "$app" >>"$tmp/second.log" 2>&1 || second=$?
+if [ "$second" = 0 ] && wait_for 5 pixel_not 100 500 "$white" && mapped_as IsViewable; then
+  ok "a second start while the orb is shown kept it shown and showed the hint"
+else
+  fail "a second start while shown: status $second, panel $(map_state), hint pixel $(pixel 100 500)"
 fi
 
 # 8. A screen that shrinks under a right-docked orb keeps it on the new right edge.

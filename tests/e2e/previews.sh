@@ -45,16 +45,21 @@ for entry in "${expected[@]}"; do
     ok
   fi
 done
-# The masked twins differ from the plain ones where the figures stand: the alert editor's price
-# line, the detail orb's price and change.
-while read -r plain masked area; do
-  convert "$work/p/$plain.png" -crop "$area" +repage "$work/a.png"
-  convert "$work/p/$masked.png" -crop "$area" +repage "$work/b.png"
+# Previews that must differ where they show different things: the masked twins where the
+# figures stand (the alert editor's price line, the detail orb's price and change), a settings
+# section's heading and first card, the ring menu's first button, the docked halves.
+while read -r one other area; do
+  convert "$work/p/$one.png" -crop "$area" +repage "$work/a.png"
+  convert "$work/p/$other.png" -crop "$area" +repage "$work/b.png"
   changed=$(compare -metric AE "$work/a.png" "$work/b.png" null: 2>&1 || true)
-  if ((${changed%%.*} > 500)); then ok; else fail "$masked.png shows the same as $plain.png in $area ($changed pixels differ)"; fi
+  if ((${changed%%.*} > 500)); then ok; else fail "$other.png shows the same as $one.png in $area ($changed pixels differ)"; fi
 done <<'PAIRS'
 alert alert-masked 300x40+20+170
 detail-dark detail-masked 240x90+140+290
+settings-appearance-dark settings-source-dark 700x200+180+20
+orb-collapsed orb-radial 48x62+119+176
+orb-dock-left orb-dock-right 460x460+0+0
+orb-dock-top orb-dock-bottom 460x460+0+0
 PAIRS
 # The backdrop of each theme, as its palette gives it.
 while read -r theme hex; do
