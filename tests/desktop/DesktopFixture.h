@@ -66,16 +66,7 @@ struct DesktopOptions {
 };
 
 struct Desktop {
-  using Options = DesktopOptions;
-  static Options notifierOnly(std::function<std::unique_ptr<StatusNotifier>()> notifier) {
-    Options o;
-    o.notifier = std::move(notifier);
-    return o;
-  }
-
-  explicit Desktop(std::function<std::unique_ptr<StatusNotifier>()> notifier)
-      : Desktop(notifierOnly(std::move(notifier))) {}
-  explicit Desktop(Options options = {}) : screens(options.screens) {
+  explicit Desktop(DesktopOptions options = {}) : screens(options.screens) {
     h.store.setData(AppModel::preferencesKey,
                     std::string(R"({"activeID":"600519","theme":"dark","reduceMotion":)") +
                         (options.reduceMotion ? "true" : "false") +
@@ -108,6 +99,15 @@ struct Desktop {
   }
   OrbContentView& content() { return delegate->panel().content(); }
   QWindow* window() { return delegate->panel().windowHandle(); }
+  // The first widget of this type in the window opened under `key`. Some views carry no
+  // meta-object of their own, so a plain cast finds them.
+  template <class T>
+  T* inWindow(const char* key) {
+    if (QWidget* window = delegate->window(key))
+      for (QWidget* child : window->findChildren<QWidget*>())
+        if (auto* found = dynamic_cast<T*>(child)) return found;
+    return nullptr;
+  }
   // The ring button a screen reader names so.
   QAbstractButton* ringButton(const QString& name) {
     for (auto* button : content().orbView().ringButtons())

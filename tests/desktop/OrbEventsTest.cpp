@@ -36,16 +36,17 @@ double doubleClickSeconds() {
   return QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0;
 }
 
+// The tray tooltip's lines above the active quote.
+const std::string tooltipHead =
+    "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M 遮蔽";
+
 std::string hint(Desktop& d) {
   return d.delegate->windowModel().hint().value_or("");
 }
 
 std::string section(Desktop& d) {
-  auto* settings = d.delegate->window("settings");
-  if (!settings) return "";
-  for (QWidget* child : settings->findChildren<QWidget*>())
-    if (auto* view = dynamic_cast<SettingsView*>(child)) return view->currentSection();
-  return "?";
+  auto* view = d.inWindow<SettingsView>("settings");
+  return view ? view->currentSection() : "";
 }
 
 TEST(OrbGestures, ClicksDoubleClicksAndTheDragThreshold) {
@@ -352,19 +353,12 @@ TEST(HotKeys, OneShowsOrHidesTheOrbTwoMasksEveryFigure) {
 // Another program held Ctrl+Alt+M at launch: the tooltip and the settings say so until it lets
 // go, and then the key is the app's.
 TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
-  test::DesktopOptions o;
-  o.keysTakenElsewhere = {2};
-  Desktop d(o);
+  Desktop d({.keysTakenElsewhere = {2}});
   d.delegate->openSettings("外观");
-  SettingsView* settings = nullptr;
-  for (QWidget* child : d.delegate->window("settings")->findChildren<QWidget*>())
-    if (auto* found = dynamic_cast<SettingsView*>(child)) settings = found;
+  SettingsView* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
-  const std::string head =
-      "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "
-      "遮蔽";
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
-            head + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80");
+            tooltipHead + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80");
   EXPECT_EQ(settings->shortcutNotice(),
             QStringLiteral("Ctrl+Alt+M 已被其他程序占用，释放后会自动启用。"));
   d.h.scheduler.advance(3);
@@ -372,7 +366,7 @@ TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   d.keys.takenElsewhere.clear();
   d.h.scheduler.advance(3);
   EXPECT_TRUE(d.keys.holds(2));
-  EXPECT_EQ(d.delegate->statusItem().toolTip(), head + "\n贵州茅台  CNY1,468.80");
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80");
   EXPECT_EQ(settings->shortcutNotice(), QString());
   d.keys.pressed(2);
   EXPECT_TRUE(d.model->masked());
@@ -462,11 +456,9 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
        R"({"x":1838.0,"y":400.0,"edge":""})"},
   };
   for (const auto& row : rows) {
-    test::DesktopOptions o;
-    o.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
-                 {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}};
-    o.position = row.position;
-    Desktop d(o);
+    Desktop d({.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+                           {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}},
+               .position = row.position});
     const auto where = [&] {
       return std::to_string(d.delegate->panel().x()) + "," +
              std::to_string(d.delegate->panel().y()) +
@@ -495,9 +487,7 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
 // On a 640 × 480 screen every window fits, title bar and borders included, and what does not fit
 // in it scrolls into view: the guide's last button too.
 TEST(Delegate, WindowsFitASmallScreenAndScroll) {
-  test::DesktopOptions o;
-  o.screens = {{{0, 0, 640, 480}, {0, 0, 640, 480}}};
-  Desktop d(o);
+  Desktop d({.screens = {{{0, 0, 640, 480}, {0, 0, 640, 480}}}});
   for (const char* key : {"guide", "settings", "alert"}) {
     d.delegate->openWindow(key);
     QWidget* w = d.delegate->window(key);
@@ -528,14 +518,9 @@ TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
 }
 
 TEST(Delegate, TheDesktopsCalmReachesTheOrbAndTheDetail) {
-  test::DesktopOptions o;
-  o.reduceMotion = false;
-  o.systemCalm = true;
-  Desktop d(o);
+  Desktop d({.reduceMotion = false, .systemCalm = true});
   d.delegate->openSettings("圆形详情");
-  DetailOrb* detail = nullptr;
-  for (QWidget* child : d.delegate->window("settings")->findChildren<QWidget*>())
-    if (auto* orb = dynamic_cast<DetailOrb*>(child)) detail = orb;
+  DetailOrb* detail = d.inWindow<DetailOrb>("settings");
   ASSERT_TRUE(detail && d.motion);
   EXPECT_FALSE(d.content().orbView().motionAllowed());
   EXPECT_TRUE(detail->systemReduceMotion());
@@ -573,9 +558,6 @@ TEST(Delegate, ASettingThatCannotBeKeptIsToldOncePerStreak) {
 }
 
 TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
-  const std::string head =
-      "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "
-      "遮蔽";
   struct Case {
     int64_t density;
     bool masked;
@@ -594,7 +576,7 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
     d.model->setMasked(k.masked);
     d.h.scheduler.runDue();
     EXPECT_EQ(d.delegate->statusItem().title(), k.title) << k.density << k.masked;
-    EXPECT_EQ(d.delegate->statusItem().toolTip(), head + k.tooltipTail);
+    EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + k.tooltipTail);
     EXPECT_EQ(d.windows.excluded, k.masked);
     // The arc of the mini orb passes the top of its ring at (11.5, 3); the bare dot has no ring.
     const QImage icon = d.delegate->statusItem().image();

@@ -157,11 +157,11 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   Watcher watcher;
   watcher.start(host);
   StatusNotifierItem* item = nullptr;
-  test::Desktop d([&]() -> std::unique_ptr<StatusNotifier> {
+  test::Desktop d({.notifier = [&]() -> std::unique_ptr<StatusNotifier> {
     auto made = std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus());
     item = made.get();
     return made;
-  });
+  }});
   ASSERT_TRUE(item);
   const QString service = item->serviceName(), path = QStringLiteral("/StatusNotifierItem");
   ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 3000));

@@ -581,9 +581,7 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   d.delegate->openWindow("guide");
   d.delegate->openWindow("alert");
   QWidget* settings = d.delegate->window("settings");
-  SettingsView* view = nullptr;
-  for (QWidget* child : settings->findChildren<QWidget*>())
-    if (auto* found = dynamic_cast<SettingsView*>(child)) view = found;
+  SettingsView* view = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(view);
   for (AppTheme theme : allCases<AppTheme>()) {
     d.model->setTheme(theme);
