@@ -5,7 +5,7 @@
 namespace tidemark {
 namespace {
 
-TEST(Date, ParsesInternetDateTimes) {
+TEST(Date, ReadsAndWritesInternetDateTimes) {
   const std::pair<const char*, double> valid[] = {
       {"2026-10-16T09:30:00+08:00", 1792114200},   {"2026-10-16T01:30:00Z", 1792114200},
       {"2026-10-16T01:30:00.250Z", 1792114200.25}, {"2026-10-15T20:30:00-0500", 1792114200},
@@ -21,9 +21,7 @@ TEST(Date, ParsesInternetDateTimes) {
                            "2026-10-16T24:00:00Z", "2026-10-16T09:30:00+08:",
                            "2026-10-16T09:30:00+24:00", "2026-10-16T09:30:00Zjunk", ""})
     EXPECT_EQ(parseISO8601(text), std::nullopt) << text;
-}
-
-TEST(Date, FormatsUtcWithWholeSeconds) {
+  // Written back in UTC with whole seconds.
   EXPECT_EQ(formatISO8601(Date{0}), "2001-01-01T00:00:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(1792114200.9)), "2026-10-16T01:30:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(-1)), "1969-12-31T23:59:59Z");

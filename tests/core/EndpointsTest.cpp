@@ -36,10 +36,6 @@ TEST(Manifest, SchemaRevisionAndEndpointsDecideValidity) {
     EXPECT_EQ((DataSourceManifest{schema, revision, DataSourceEndpoints::bundled()}.isValid()),
               valid)
         << schema << " " << revision;
-  DataSourceManifest http{1, 3, DataSourceEndpoints::bundled()};
-  http.endpoints.sinaQuote = "http://hq.sinajs.cn/list=";
-  EXPECT_FALSE(http.isValid());
-
   const DataSourceManifest manifest{1, 4, DataSourceEndpoints::bundled()};
   EXPECT_EQ(decodeManifest(toJson(manifest).dump()), manifest);
   for (const char* bad : {"{}", "[]", R"({"schemaVersion":1,"revision":2})",

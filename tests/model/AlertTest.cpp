@@ -23,9 +23,8 @@ struct AlertHarness : ModelHarness {
   }
   void reload(double moutai, double tencent) {
     source.answers[SourceMode::tencent] = {
-        {QuoteSnapshot{"600519", "A股", "贵州茅台", moutai, 1450, moutai, moutai, 1, {}, "tencent"},
-         QuoteSnapshot{
-             "00700", "港股", "腾讯控股", tencent, 470, tencent, tencent, 1, {}, "tencent"}},
+        {{"600519", "A股", "贵州茅台", moutai, 1450, moutai, moutai, 1, {}, "tencent"},
+         {"00700", "港股", "腾讯控股", tencent, 470, tencent, tencent, 1, {}, "tencent"}},
         std::nullopt};
     if (model) model->loadSource(false);
   }

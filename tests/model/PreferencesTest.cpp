@@ -59,32 +59,14 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
   }
 }
 
-// Logs the byte values written, in order, and hands the test the observer the model registers.
-struct LoggingStore : MemoryKeyValueStore {
-  void setData(const std::string& key, const std::string& bytes) override {
-    writes.emplace_back(key, bytes);
-    MemoryKeyValueStore::setData(key, bytes);
-  }
-  void setWriteObserver(WriteObserver o) override { observer = std::move(o); }
-  std::vector<std::pair<std::string, std::string>> writes;
-  WriteObserver observer;
-};
-
-std::unique_ptr<AppModel> modelOn(LoggingStore& store, ModelHarness& h) {
-  store.writes.clear();
-  return std::make_unique<AppModel>(
-      AppModel::Dependencies{store, h.clock, h.scheduler, h.source, h.notifier, std::nullopt},
-      std::nullopt, false, h.bundle);
-}
-
 TEST(Preferences, AnUnreadableRecordIsKeptBeforeTheDefaultsReplaceItAndOnlyTheNewest) {
   ModelHarness h;
-  LoggingStore store;
-  store.setData("tidemark.native.preferences.v2", R"(["dark"])");
-  auto model = modelOn(store, h);
+  h.store.setData("tidemark.native.preferences.v2", R"(["dark"])");
+  h.store.writes.clear();
+  auto model = h.make();
   EXPECT_EQ(model->setAsideRecords().at(0).problem, "not a JSON object");
-  EXPECT_EQ(store.writes.at(0).first, "tidemark.native.preferences.unreadable.v2");
-  EXPECT_EQ(store.writes.at(0).second, R"(["dark"])");
+  EXPECT_EQ(h.store.writes.at(0).first, "tidemark.native.preferences.unreadable.v2");
+  EXPECT_EQ(h.store.writes.at(0).second, R"(["dark"])");
   EXPECT_EQ(model->theme(), AppTheme::dark);
   // The defaults saved over it are readable: the next start sets nothing aside and keeps the
   // kept record; a later unreadable one takes its place.
@@ -106,12 +88,12 @@ TEST(Preferences, AlertPricesMustBeFiniteAndPositive) {
 
 TEST(Preferences, NothingIsWrittenWhileRestoring) {
   ModelHarness h;
-  LoggingStore store;
-  store.setData(AppModel::preferencesKey, storedRecord().dump());
-  auto model = modelOn(store, h);
-  auto first = std::find_if(store.writes.begin(), store.writes.end(),
+  h.store.setData(AppModel::preferencesKey, storedRecord().dump());
+  h.store.writes.clear();
+  auto model = h.make();
+  auto first = std::find_if(h.store.writes.begin(), h.store.writes.end(),
                             [](const auto& w) { return w.first == AppModel::preferencesKey; });
-  ASSERT_NE(first, store.writes.end());
+  ASSERT_NE(first, h.store.writes.end());
   // Had any restoring setter saved, the first document would still show the default theme.
   EXPECT_EQ(json::parse(first->second)->at("theme"), "aurora");
 }
@@ -122,18 +104,15 @@ TEST(Preferences, SettersClampAndSave) {
   model->setRefreshInterval(4);
   model->setOrbSize(100);
   model->setMenuDensity(-1);
-  EXPECT_EQ(model->refreshInterval(), 2.6);
-  EXPECT_EQ(model->orbSize(), 96);
-  EXPECT_EQ(model->menuDensity(), 0);
-  // What each setter writes is pinned in StoredFormats; here the clamped values are saved.
+  EXPECT_EQ(std::tuple(model->refreshInterval(), model->orbSize(), model->menuDensity()),
+            std::tuple(2.6, 96.0, int64_t{0}));
   auto saved = preferencesFromJson(*json::parse(*h.store.data(AppModel::preferencesKey)));
   EXPECT_EQ(*saved, model->currentPreferences());
 }
 
 TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
   ModelHarness h;
-  LoggingStore store;
-  auto model = modelOn(store, h);
+  auto model = h.make();
   int changes = 0;
   auto subscription = model->subscribe([&] { ++changes; });
   const StoreWriteFailure denied{"/home/u/.config/Tidemark/Tidemark.conf", "Permission denied"};
@@ -151,12 +130,12 @@ TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
       };
   for (const auto& [outcome, published, told] : steps) {
     changes = 0;
-    store.observer(outcome);
+    h.store.report(outcome);
     EXPECT_EQ(model->settingsWriteFailure(), published);
     EXPECT_EQ(changes, told);
   }
   model.reset();
-  store.observer(denied);  // a save reported after the model is gone is dropped
+  h.store.report(denied);  // a save reported after the model is gone is dropped
 }
 
 // The defaults after a reset, also after a restart, and the kept watchlist and active symbol are

@@ -288,7 +288,6 @@ TEST(MockSource, PricesMoveOnEachLoadAndRestart) {
 
 TEST(SnapshotCache, RestoresAllOrNothingAndAgesThePhase) {
   const std::tuple<const char*, double, size_t, QuotePhase> cases[] = {
-      {"fresh", 10, 2, QuotePhase::live},
       {"old", 20, 2, QuotePhase::stale},
       {"one broken entry", 10, 0, QuotePhase::live},
   };

@@ -27,11 +27,18 @@ struct ForgetfulStore : MemoryKeyValueStore {
 TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
   using Store = std::function<std::unique_ptr<KeyValueStore>()>;
   const Store memory = [] { return std::make_unique<MemoryKeyValueStore>(); };
-  const auto snapshot = [](const char* updatedAt) {
-    return std::string(R"({"updatedAt":")") + updatedAt +
-           R"(","quotes":[{"symbol":"600519","market":"CN","name":"贵州茅台","price":1,)"
-           R"("prevClose":1,"high":1,"low":1,"volume":1}]})";
+  const Store inUse = [] {
+    auto store = std::make_unique<MemoryKeyValueStore>();
+    store->setStringArray(AppModel::watchlistKey, {"NVDA"});
+    return store;
   };
+  const auto forgetting = [](std::vector<std::string> keys) -> Store {
+    return [keys] { return std::make_unique<ForgetfulStore>(keys); };
+  };
+  const Store losesWatchlist = forgetting({AppModel::watchlistKey, AppModel::watchlistBackupKey});
+  const std::string future =
+      R"({"updatedAt":"2030-01-01T00:00:00Z","quotes":[{"symbol":"600519","market":"CN",)"
+      R"("name":"贵州茅台","price":1,"prevClose":1,"high":1,"low":1,"volume":1}]})";
   struct Case {
     const char* what;
     Store store;
@@ -45,30 +52,10 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
       {"malformed snapshot resource", memory, "{", false, ""},
       {"no store", [] { return nullptr; }, {}, false, "无法创建测试偏好"},
       {"unwritable folder", memory, {}, true, "无法创建测试偏好"},
-      {"a suite already in use",
-       [] {
-         auto store = std::make_unique<MemoryKeyValueStore>();
-         store->setStringArray(AppModel::watchlistKey, {"NVDA"});
-         return store;
-       },
-       {},
-       false,
-       "默认行情或自选不正确"},
-      {"a store that loses writes",
-       [] { return std::make_unique<ForgetfulStore>(); },
-       {},
-       false,
-       "偏好未持久化"},
-      {"a store that loses the watchlist",
-       [] {
-         return std::make_unique<ForgetfulStore>(
-             std::vector<std::string>{AppModel::watchlistKey, AppModel::watchlistBackupKey});
-       },
-       {},
-       false,
-       "文件写入失败后旧文件覆盖了最新自选"},
-      {"a snapshot from the future", memory, snapshot("2030-01-01T00:00:00Z"), false,
-       "静态快照刷新伪造实时数据"},
+      {"a suite already in use", inUse, {}, false, "默认行情或自选不正确"},
+      {"a store that loses writes", forgetting({}), {}, false, "偏好未持久化"},
+      {"loses the watchlist", losesWatchlist, {}, false, "文件写入失败后旧文件覆盖了最新自选"},
+      {"a snapshot from the future", memory, future, false, "静态快照刷新伪造实时数据"},
   };
   for (const Case& c : cases) {
     test::TemporaryFolder root;
@@ -79,13 +66,10 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
       return c.store();
     };
     environment.removeSuite = [&](const std::string& name) { removed.push_back(name); };
-    environment.bundle.resourceDirectory = TIDEMARK_TEST_RESOURCE_DIR;
-    if (c.resource) {
-      environment.bundle.resourceDirectory = root.path() / "bundle";
-      std::filesystem::create_directories(root.path() / "bundle");
-      if (!c.resource->empty())
-        std::ofstream(root.path() / "bundle" / "tidemark-quotes.json") << *c.resource;
-    }
+    environment.bundle.resourceDirectory =
+        c.resource ? root.path() : std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR);
+    if (c.resource && !c.resource->empty())
+      std::ofstream(root.path() / "tidemark-quotes.json") << *c.resource;
     environment.start = test::testStart();
     environment.temporaryRoot = root.path() / "tmp";
     if (c.rootIsAFile) std::ofstream(environment.temporaryRoot) << "not a folder";

@@ -94,27 +94,23 @@ TEST(FetchQuotes, EveryWayToFail) {
 TEST(Probe, BothFeedsMustAnswerAndTheBridgeMustNotFail) {
   const std::string tencent = test::testData("tencent-basic.gbk");
   const std::string sina = test::testData("sina-basic.gbk");
-  struct Case {
-    bool tencentUp, sinaUp;
-    std::optional<ProcessResult> health;  // none: the bridge cannot start
-    bool usable;
-  };
   const ProcessResult healthy{{}, 0, true, false, ""};
   const ProcessResult failing{{}, 1, true, false, ""};
   const ProcessResult late{{}, -1, false, true, ""};
-  const Case cases[] = {
+  // Tencent up, Sina up, the bridge's health run (none: it cannot start), then the verdict.
+  const std::tuple<bool, bool, std::optional<ProcessResult>, bool> cases[] = {
       {true, true, healthy, true},  {true, true, std::nullopt, true}, {true, true, late, true},
       {true, true, failing, false}, {false, true, healthy, false},    {true, false, healthy, false},
   };
-  for (const Case& c : cases) {
+  for (const auto& [tencentUp, sinaUp, health, verdict] : cases) {
     Harness h;
-    if (c.tencentUp) h.http.responses["https://qt.gtimg.cn/q=sh600519"] = {200, tencent, {}};
-    if (c.sinaUp) h.http.responses["https://hq.sinajs.cn/list=sh600519"] = {200, sina, {}};
-    if (c.health) h.processes.results = {*c.health};
+    if (tencentUp) h.http.responses["https://qt.gtimg.cn/q=sh600519"] = {200, tencent, {}};
+    if (sinaUp) h.http.responses["https://hq.sinajs.cn/list=sh600519"] = {200, sina, {}};
+    if (health) h.processes.results = {*health};
     std::optional<bool> usable;
     h.data.probeQuoteEndpoints(h.endpoints, [&](bool ok) { usable = ok; });
     h.scheduler.runDue();
-    EXPECT_EQ(usable, c.usable) << c.tencentUp << c.sinaUp << (c.health ? c.health->exitCode : 99);
+    EXPECT_EQ(usable, verdict) << tencentUp << sinaUp << (health ? health->exitCode : 99);
     EXPECT_EQ(h.http.requests[0].timeout, 3);
     ASSERT_EQ(h.processes.requests.size(), 1u);
     EXPECT_EQ(h.processes.requests[0].arguments[1], "--health");
@@ -198,27 +194,29 @@ TEST(Bridge, FindsNodeInOrderThenOnThePath) {
       {{}, std::nullopt},
   };
   for (const auto& [present, found] : cases) {
-    BridgeSetup setup;
-    setup.script = "/b/stock-sdk-bridge.mjs";
-    setup.environment = {{"PATH", "/home/u/.nvm/bin:/usr/bin"}};
-    setup.isExecutable = [present](const std::string& p) {
-      return std::find(present.begin(), present.end(), p) != present.end();
-    };
-    StockSDKBridge bridge(runner, clock, setup);
+    StockSDKBridge bridge(runner, clock,
+                          {.script = "/b/stock-sdk-bridge.mjs",
+                           .environment = {{"PATH", "/home/u/.nvm/bin:/usr/bin"}},
+                           .isExecutable = [&](const std::string& p) {
+                             return std::find(present.begin(), present.end(), p) != present.end();
+                           }});
     EXPECT_EQ(bridge.nodePath(), found);
     EXPECT_EQ(bridge.isAvailable(), found.has_value());
   }
-  BridgeSetup none;
-  none.isExecutable = [](const std::string&) { return false; };
-  none.script = "/b/stock-sdk-bridge.mjs";
-  StockSDKBridge noNode(runner, clock, none);
-  std::optional<std::string> text;
-  noNode.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
-  EXPECT_EQ(text, "未找到 Node.js，无法启动 stock-sdk");
-  none.script.reset();
-  StockSDKBridge noScript(runner, clock, none);
-  noScript.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
-  EXPECT_EQ(text, "stock-sdk 未随应用安装");
+  // Without the script (whichever node there is) or without a node, nothing runs.
+  const auto executable = [](bool all) { return [all](const std::string&) { return all; }; };
+  const std::pair<BridgeSetup, const char*> broken[] = {
+      {{.isExecutable = executable(true)}, "stock-sdk 未随应用安装"},
+      {{.script = "/b/stock-sdk-bridge.mjs", .isExecutable = executable(false)},
+       "未找到 Node.js，无法启动 stock-sdk"},
+  };
+  for (const auto& [setup, text] : broken) {
+    std::optional<std::string> error;
+    StockSDKBridge(runner, clock, setup).fetchQuotes({}, {"600519"}, [&](auto, auto e) {
+      error = e;
+    });
+    EXPECT_EQ(error, text);
+  }
   EXPECT_TRUE(runner.requests.empty());
 }
 

@@ -51,17 +51,18 @@ TEST(Decoding, TriesGB18030ThenUTF8ThenRepairs) {
   for (const auto& [bytes, text] : cases) EXPECT_EQ(decodeLiveText(bytes), text) << bytes;
 }
 
-TEST(TencentParser, RecordedBodies) {
-  const std::tuple<const char*, List, std::vector<QuoteSnapshot>> cases[] = {
+TEST(TencentParser, RecordedAndHandWrittenBodies) {
+  const auto file = [](const char* name) { return decodeLiveText(test::testData(name)); };
+  const std::tuple<std::string, List, std::vector<QuoteSnapshot>> cases[] = {
       // 00700 asks for sz00700, which the body does not hold.
-      {"tencent-basic.gbk",
+      {file("tencent-basic.gbk"),
        {"600519", "00700", "NVDA", "000858", "600519", "601318"},
        {q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 32165, "tencent"),
         q("NVDA", "美股", "英伟达", 186.25, 182.40, 187.90, 181.75, 168420310, "tencent"),
         q("000858", "A股", "五粮液", 127.05, 128.40, 129.12, 126.55, 184332, "tencent"),
         q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 32165, "tencent")}},
       // 601988 is suspended (0.00); 688981's payload never closes.
-      {"tencent-edge.gbk",
+      {file("tencent-edge.gbk"),
        {"600000", "601988", "300750", "000001", "688981"},
        {// seven fields: high and low are the price
         q("600000", "A股", "浦发银行", 10.50, 10.40, 10.50, 10.50, 88000, "tencent"),
@@ -70,25 +71,21 @@ TEST(TencentParser, RecordedBodies) {
         // "~~" empty fields keep their place; an empty volume reads 0
         q("000001", "A股", "平安银行", 11.61, 11.52, 11.66, 11.49, 0, "tencent")}},
       // Neither GB 18030 nor UTF-8: the bad bytes are replaced and the row still parses.
-      {"tencent-undecodable.bin",
+      {file("tencent-undecodable.bin"),
        {"600519"},
        {q("600519", "A股", "\xef\xbf\xbd\xef\xbf\xbd茅台", 10, 9, 10, 10, 100, "tencent")}},
+      // The first of two rows wins; a bad price, a negative close, an empty or unclosed payload
+      // skip their rows; a volume far beyond 64 bits is clamped, not undefined.
+      {"v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
+       "v_sz000002=\"1~C~000002~x~1.00~1~5\";v_sz000003=\"1~D~000003~1.00~-1~1~5\";"
+       "v_sz000004=\"\";v_sz000005=\"1~E~000005~1.5~1~1~1000000000000000000000000000000\";"
+       "v_sz000006=\"",
+       {"600519", "000002", "000003", "000004", "000005", "000006"},
+       {q("600519", "A股", "A", 2, 1, 2, 2, 5, "tencent"),
+        q("000005", "A股", "E", 1.5, 1, 1.5, 1.5, INT64_MAX, "tencent")}},
   };
-  for (const auto& [file, symbols, records] : cases)
-    EXPECT_EQ(parseTencent(decodeLiveText(test::testData(file)), symbols, at), records) << file;
-}
-
-TEST(TencentParser, FirstOccurrenceAndBadRows) {
-  const std::string text =
-      "v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
-      "v_sz000002=\"1~C~000002~x~1.00~1~5\";v_sz000003=\"1~D~000003~1.00~-1~1~5\";"
-      "v_sz000004=\"\";v_sz000005=\"1~E~000005~1.5~1~1~1000000000000000000000000000000\";v_"
-      "sz000006=\"";
-  const auto records =
-      parseTencent(text, {"600519", "000002", "000003", "000004", "000005", "000006"}, at);
-  ASSERT_EQ(records.size(), 2u);
-  EXPECT_EQ(records[0].name, "A");
-  EXPECT_EQ(records[1].volume, INT64_MAX);  // far beyond 64 bits: clamped, not undefined
+  for (const auto& [text, symbols, records] : cases)
+    EXPECT_EQ(parseTencent(text, symbols, at), records) << testing::PrintToString(symbols);
 }
 
 TEST(TencentParser, OnlyPlainDecimalTextIsANumber) {

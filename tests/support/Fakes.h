@@ -25,21 +25,26 @@ inline void PrintTo(const StoreWriteFailure& f, std::ostream* out) {
 
 namespace tidemark::test {
 
-// Answers each live source with what the test configured (not filtered by the request), at
-// once or when the test releases it.
-// A store in memory whose writes can be reported failed, as a settings file that cannot be
-// written is.
+// A store in memory that logs the byte values written, in order, and whose writes can be
+// reported failed, as a settings file that cannot be written is.
 class ReportingStore final : public MemoryKeyValueStore {
  public:
+  void setData(const std::string& key, const std::string& bytes) override {
+    writes.emplace_back(key, bytes);
+    MemoryKeyValueStore::setData(key, bytes);
+  }
   void setWriteObserver(WriteObserver observer) override { observer_ = std::move(observer); }
   void report(const std::optional<StoreWriteFailure>& failure) {
     if (observer_) observer_(failure);
   }
+  std::vector<std::pair<std::string, std::string>> writes;
 
  private:
   WriteObserver observer_;
 };
 
+// Answers each live source with what the test configured (not filtered by the request), at
+// once or when the test releases it.
 class FakeMarketDataSource final : public MarketDataSource {
  public:
   struct Call {
