@@ -385,15 +385,15 @@ TEST_F(CommandLine, AnEndlessServerLeavesEveryProcessBounded) {
   const auto expectBounded = [&](const test::PeakMemory& memory, const char* run) {
     // A sanitized app's own figure is mostly the sanitizer's; its Node.js children are not.
     if (!sanitized) {
-      EXPECT_LE(memory.rootPeakKB(), 80u << 10) << run;
+      EXPECT_LE(memory.rootPeakKB, 80u << 10) << run;
     }
     size_t children = 0;
-    for (const auto& [pid, child] : memory.descendants()) {
+    for (const auto& [pid, child] : memory.descendants) {
       EXPECT_LE(child.peakKB, 200u << 10) << run << ": " << child.commandLine;
       children += child.commandLine.find("stock-sdk-bridge.mjs --quotes") != std::string::npos;
     }
     EXPECT_GE(children, 1u) << run;
-    for (const std::string& kind : kinds) EXPECT_LE(memory.mostAtOnce(kind), 1) << run << kind;
+    for (const std::string& kind : kinds) EXPECT_LE(memory.mostAtOnce.at(kind), 1) << run << kind;
   };
   test::EndlessServer server;
   const std::string closed =

@@ -215,8 +215,8 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
     if (!announced) {
       EXPECT_GT(server.bytesSent(), size_t{5 * 8} << 20);  // every cap was reached
     }
-    ASSERT_EQ(memory.descendants().size(), 3u);
-    for (const auto& [pid, child] : memory.descendants())
+    ASSERT_EQ(memory.descendants.size(), 3u);
+    for (const auto& [pid, child] : memory.descendants)
       EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
   }
 }
@@ -237,8 +237,8 @@ TEST(RealBridge, ChildrenGetAHeapBoundAndOneThatGrowsIsKilled) {
   EXPECT_EQ(growing.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
   EXPECT_LT(elapsed.elapsed(), 5000) << "killed at the deadline, not for its memory";
   memory.stop();
-  ASSERT_EQ(memory.descendants().size(), 1u);
-  const size_t peak = memory.descendants().begin()->second.peakKB << 10;
+  ASSERT_EQ(memory.descendants.size(), 1u);
+  const size_t peak = memory.descendants.begin()->second.peakKB << 10;
   // Killed near the bound (the last sample may come a little before the kill), not far past it.
   EXPECT_GT(peak, bound - (16 << 20));
   EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
