@@ -34,11 +34,6 @@ EndlessServer::~EndlessServer() {
   ::close(listener_);
 }
 
-std::vector<std::string> EndlessServer::targets() const {
-  std::lock_guard lock(mutex_);
-  return targets_;
-}
-
 void EndlessServer::serve(int connection) {
   // Blocked calls return every 100 ms to see whether the server is stopping.
   const timeval tick{0, 100'000};

@@ -18,7 +18,10 @@ class EndlessServer {
   ~EndlessServer();
 
   std::string base() const { return "http://127.0.0.1:" + std::to_string(port_); }
-  std::vector<std::string> targets() const;  // request targets, in arrival order
+  std::vector<std::string> targets() const {  // request targets, in arrival order
+    std::lock_guard lock(mutex_);
+    return targets_;
+  }
   size_t bytesSent() const { return sent_; }
 
  private:

@@ -46,10 +46,6 @@ void LoopbackServer::answer(QTcpSocket* socket) {
   }
 }
 
-std::string LoopbackServer::base() const {
-  return "http://127.0.0.1:" + std::to_string(server_.serverPort());
-}
-
 int LoopbackServer::closedPort() {
   QTcpServer probe;
   probe.listen(QHostAddress::LocalHost);

@@ -28,7 +28,7 @@ class LoopbackServer {
 
   explicit LoopbackServer(Handler handler);
 
-  std::string base() const;  // "http://127.0.0.1:<port>"
+  std::string base() const { return "http://127.0.0.1:" + std::to_string(server_.serverPort()); }
   // Request targets ("/q=sh600519,...") and header lines, in arrival order.
   std::vector<std::string> targets;
   std::vector<std::vector<std::string>> headers;
