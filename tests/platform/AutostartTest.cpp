@@ -41,14 +41,12 @@ TEST(Autostart, OnWritesTheEntryOffRemovesItAndFailuresAreWords) {
 
   EXPECT_EQ(Autostart::setEnabled(true, QStringLiteral("/usr/bin/tidemark")), std::nullopt);
   EXPECT_TRUE(Autostart::isEnabled());
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  EXPECT_EQ(file.readAll().toStdString(),
+  std::error_code error;
+  EXPECT_EQ(readFile(path.toStdString(), error),
             "[Desktop Entry]\nType=Application\nName=Tidemark\nName[zh_CN]=潮汐栏\n"
             "Comment=A floating orb with your watchlist\nTryExec=/usr/bin/tidemark\n"
             "Exec=/usr/bin/tidemark\nIcon=org.tidemark.Tidemark\nTerminal=false\n"
             "X-GNOME-Autostart-enabled=true\n");
-  file.close();
   // Switched off by a session tool, the entry stays but starts nothing.
   for (const char* mark : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"}) {
     ASSERT_FALSE(writeFileAtomically(path.toStdString(), std::string("[Desktop Entry]\n") + mark));

@@ -1,9 +1,10 @@
 #include "support/EndlessServer.h"
 
 #include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace tidemark::test {
 
@@ -17,76 +18,49 @@ EndlessServer::EndlessServer(bool announceLength) : announceLength_(announceLeng
   ::listen(listener_, 16);
   ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
   port_ = ntohs(address.sin_port);
-  acceptor_ = std::thread([this] { acceptLoop(); });
+  acceptor_ = std::thread([this] {
+    // accept() fails once the destructor shuts the listener down.
+    for (int connection;
+         (connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0 || !stopping_;)
+      if (connection >= 0) servers_.emplace_back([this, connection] { serve(connection); });
+  });
 }
 
 EndlessServer::~EndlessServer() {
   stopping_ = true;
-  ::shutdown(listener_, SHUT_RDWR);  // wakes the blocked accept()
+  ::shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
-  {
-    std::lock_guard lock(mutex_);
-    for (int connection : connections_) ::shutdown(connection, SHUT_RDWR);
-  }
   for (std::thread& server : servers_) server.join();
   ::close(listener_);
 }
 
-std::string EndlessServer::base() const {
-  return "http://127.0.0.1:" + std::to_string(port_);
-}
-
-std::vector<std::string> EndlessServer::targets() const {
-  std::lock_guard lock(mutex_);
-  return targets_;
-}
-
-void EndlessServer::acceptLoop() {
-  while (!stopping_) {
-    const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (connection < 0) continue;  // shut down, or a connection that went away
-    std::lock_guard lock(mutex_);
-    if (stopping_) {
-      ::close(connection);
-      break;
-    }
-    connections_.push_back(connection);
-    servers_.emplace_back([this, connection] { serve(connection); });
-  }
-}
-
 void EndlessServer::serve(int connection) {
+  // Blocked calls return every 100 ms to see whether the server is stopping.
+  const timeval tick{0, 100'000};
+  ::setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof tick);
+  ::setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &tick, sizeof tick);
+  const auto going = [this](ssize_t done) {
+    return !stopping_ && (done > 0 || (done < 0 && errno == EAGAIN));
+  };
   std::string request;
   char buffer[4096];
-  while (request.find("\r\n\r\n") == std::string::npos && request.size() < (64 << 10)) {
+  while (request.find("\r\n\r\n") == std::string::npos) {
     const ssize_t got = ::recv(connection, buffer, sizeof buffer, 0);
-    if (got <= 0) break;
-    request.append(buffer, static_cast<size_t>(got));
+    if (!going(got)) break;
+    request.append(buffer, std::max<ssize_t>(got, 0));
   }
-  const size_t from = request.find(' ') + 1;
-  if (from == 0) {  // a connection that asked nothing
-    std::lock_guard lock(mutex_);
-    std::erase(connections_, connection);
-    ::close(connection);
-    return;
-  }
-  {
-    std::lock_guard lock(mutex_);
+  if (const size_t from = request.find(' ') + 1; from > 0 && !stopping_) {
+    std::unique_lock lock(mutex_);
     targets_.push_back(request.substr(from, request.find(' ', from) - from));
+    lock.unlock();
+    const std::string head =
+        "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n" +
+        std::string(announceLength_ ? "Content-Length: 1073741824\r\n" : "") + "\r\n";
+    const std::string block(64 << 10, 'x');
+    for (ssize_t sent = ::send(connection, head.data(), head.size(), MSG_NOSIGNAL); going(sent);
+         sent_ += std::max<ssize_t>(sent, 0))
+      sent = ::send(connection, block.data(), block.size(), MSG_NOSIGNAL);
   }
-  std::string head = "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n";
-  if (announceLength_) head += "Content-Length: 1073741824\r\n";
-  head += "\r\n";
-  ::send(connection, head.data(), head.size(), MSG_NOSIGNAL);
-  const std::string block(64 << 10, 'x');
-  while (!stopping_) {
-    const ssize_t written = ::send(connection, block.data(), block.size(), MSG_NOSIGNAL);
-    if (written <= 0) break;  // the client gave up
-    sent_ += static_cast<size_t>(written);
-  }
-  // The descriptor is closed here only; shutting down in the destructor never races a reuse.
-  std::lock_guard lock(mutex_);
-  std::erase(connections_, connection);
   ::close(connection);
 }
 

@@ -17,23 +17,23 @@ class EndlessServer {
   explicit EndlessServer(bool announceLength = false);
   ~EndlessServer();
 
-  std::string base() const;                  // "http://127.0.0.1:<port>"
-  std::vector<std::string> targets() const;  // request targets, in arrival order
+  std::string base() const { return "http://127.0.0.1:" + std::to_string(port_); }
+  std::vector<std::string> targets() const {  // request targets, in arrival order
+    std::lock_guard lock(mutex_);
+    return targets_;
+  }
   size_t bytesSent() const { return sent_; }
 
  private:
-  void acceptLoop();
   void serve(int connection);
 
   bool announceLength_;
-  int listener_ = -1;
-  int port_ = 0;
+  int listener_, port_;
   std::atomic<bool> stopping_{false};
   std::atomic<size_t> sent_{0};
   mutable std::mutex mutex_;
   std::vector<std::string> targets_;
-  std::vector<int> connections_;
-  std::vector<std::thread> servers_;
+  std::vector<std::thread> servers_;  // touched by the acceptor only, until it has ended
   std::thread acceptor_;
 };
 

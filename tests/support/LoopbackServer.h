@@ -27,13 +27,11 @@ class LoopbackServer {
   using Handler = std::function<Reply(const std::string& target)>;
 
   explicit LoopbackServer(Handler handler);
-  ~LoopbackServer();
 
-  std::string base() const;  // "http://127.0.0.1:<port>"
+  std::string base() const { return "http://127.0.0.1:" + std::to_string(server_.serverPort()); }
   // Request targets ("/q=sh600519,...") and header lines, in arrival order.
   std::vector<std::string> targets;
   std::vector<std::vector<std::string>> headers;
-
   // Bytes sent without end so far (bounded: the server stops at 1 GB).
   size_t endlessBytes = 0;
 
@@ -41,6 +39,8 @@ class LoopbackServer {
   static int closedPort();
 
  private:
+  void answer(QTcpSocket* socket);
+
   Handler handler_;
   QTcpServer server_;
 };

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <map>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,24 +20,20 @@ class PeakMemory {
   ~PeakMemory() { stop(); }
   void stop();
 
+  // Read once stop() has returned.
   struct Process {
     std::string commandLine;  // arguments joined by blanks
     size_t peakKB = 0;
   };
-  size_t rootPeakKB() const;
-  std::map<pid_t, Process> descendants() const;
-  // The most descendants alive at one sample whose command line holds `word`, a counted one.
-  int mostAtOnce(const std::string& word) const;
+  size_t rootPeakKB = 0;
+  std::map<pid_t, Process> descendants;
+  std::map<std::string, int> mostAtOnce;  // of each counted word, the most alive at one sample
 
  private:
   void sample();
 
   pid_t root_;
   std::atomic<bool> stopping_{false};
-  mutable std::mutex mutex_;
-  size_t rootPeakKB_ = 0;
-  std::map<pid_t, Process> descendants_;
-  std::map<std::string, int> mostAtOnce_;
   std::thread poller_;
 };
 
