@@ -358,31 +358,60 @@ TEST_F(CommandLine, WithEveryFeedDownTheHeldQuotesStay) {
   EXPECT_LT(usage.ru_maxrss, 400 << 10) << "kB at most in one child";
 }
 
-// Peak resident memory of each process on its own while the desktop app refreshes every 2.6 s,
-// with the bridge's feeds on a server thread that sends without end as fast as the socket takes
-// it: the app at most 80 MB, every child 200 MB, and never two bridge children of one kind at
-// once. The text feeds are refused, so the figures are the bridge's; bench/endless-memory
-// measures with every feed endless.
+// Peak resident memory of each process on its own, with the bridge's feeds on a server thread
+// that sends without end as fast as the socket takes it: the app at most 80 MB, every child
+// 200 MB, and never two bridge children of one kind at once; for the command line and for the
+// desktop app refreshing every 2.6 s. The text feeds are refused, so the figures are the
+// bridge's; bench/endless-memory measures with every feed endless.
 TEST_F(CommandLine, AnEndlessServerLeavesEveryProcessBounded) {
   test::EndlessServer server;
-  const std::string closed =
-      "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort());
+  const std::string endpoints = endpointsFile(
+      "http://127.0.0.1:" + std::to_string(test::LoopbackServer::closedPort()), server.base());
+  const std::vector<std::string> kinds{"--quotes", "--timeline", "--search", "--health"};
+  // Three feeds of the package, so three downloads at once in each load.
+  const std::vector<std::string> watchlist{"600519", "00700", "NVDA"};
+  const auto expectBounded = [&](test::PeakMemory& memory, const char* run) {
+    memory.stop();
+    // A sanitized app's own figure is mostly the sanitizer's; its Node.js children are not.
+    if (!sanitized) {
+      EXPECT_LE(memory.rootPeakKB, 80u << 10) << run;
+    }
+    for (const auto& [pid, child] : memory.descendants)
+      EXPECT_LE(child.peakKB, 200u << 10) << run << ": " << child.commandLine;
+    EXPECT_EQ(memory.mostAtOnce.at("--quotes"), 1) << run;  // seen, and never two at once
+    for (const std::string& kind : kinds) EXPECT_LE(memory.mostAtOnce.at(kind), 1) << run << kind;
+  };
+  {
+    storeHeldQuote(std::nullopt, watchlist);
+    QProcess process;
+    start(process, "--quotes --json --source stockSDK --endpoints " + endpoints);
+    test::PeakMemory memory(static_cast<pid_t>(process.processId()), kinds);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 30000));
+    expectBounded(memory, "--quotes");
+    // The usual failures, and last time's quote stays.
+    auto document = json::parse(process.readAllStandardOutput().toStdString());
+    ASSERT_TRUE(document);
+    EXPECT_EQ((*document)["lastError"],
+              "stock-sdk 未返回有效报价；无法连接服务器（连接被拒绝）；"
+              "无法连接服务器（连接被拒绝） · 保留上一份快照");
+    EXPECT_EQ((*document)["quotes"][0]["price"], 1400);
+  }
   Preferences preferences;
   preferences.sourceMode = SourceMode::stockSDK;
   preferences.onboardingSeen = true;
   preferences.autoRotate = false;
-  // Three feeds of the package, so three downloads at once in each load.
-  storeHeldQuote(preferences, {"600519", "00700", "NVDA"});
+  storeHeldQuote(preferences, watchlist);
   QProcess process;
-  start(process, "--endpoints " + endpointsFile(closed, server.base()), true);
-  const std::vector<std::string> kinds{"--quotes", "--timeline", "--search", "--health"};
+  start(process, "--endpoints " + endpoints, true);
   test::PeakMemory memory(static_cast<pid_t>(process.processId()), kinds);
   // Two loads and the held quote's intraday series.
+  const size_t before = server.targets().size();
   const auto seen = [&] {
     int quotes = 0, timeline = 0;
-    for (const std::string& target : server.targets()) {
-      quotes += target.starts_with("/?q=");
-      timeline += target.starts_with("/appstock/app/minute/query");
+    const auto targets = server.targets();
+    for (auto target = targets.begin() + before; target != targets.end(); ++target) {
+      quotes += target->starts_with("/?q=");
+      timeline += target->starts_with("/appstock/app/minute/query");
     }
     return quotes >= 6 && timeline >= 1;
   };
@@ -390,15 +419,7 @@ TEST_F(CommandLine, AnEndlessServerLeavesEveryProcessBounded) {
   EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
   process.terminate();
   EXPECT_TRUE(process.waitForFinished(5000));
-  memory.stop();
-  // A sanitized app's own figure is mostly the sanitizer's; its Node.js children are not.
-  if (!sanitized) {
-    EXPECT_LE(memory.rootPeakKB, 80u << 10);
-  }
-  for (const auto& [pid, child] : memory.descendants)
-    EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
-  EXPECT_EQ(memory.mostAtOnce.at("--quotes"), 1);  // seen, and never two at once
-  for (const std::string& kind : kinds) EXPECT_LE(memory.mostAtOnce.at(kind), 1) << kind;
+  expectBounded(memory, "desktop");
 }
 
 TEST_F(CommandLine, WatchPrintsEachNewLoad) {
