@@ -1,5 +1,7 @@
 #include "views/WatchlistView.h"
 
+#include <unordered_set>
+
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -25,21 +27,12 @@ QPushButton* flatButton(const QString& text, const QString& tip, QWidget* parent
   return button;
 }
 
-void clearLayout(QLayout* layout) {
-  while (QLayoutItem* item = layout->takeAt(0)) {
+// Deletes the layout's items after the first `keep`.
+void clearLayout(QLayout* layout, int keep = 0) {
+  while (QLayoutItem* item = layout->takeAt(keep)) {
     if (QWidget* w = item->widget()) w->deleteLater();
     delete item;
   }
-}
-
-// Up and down only: rows and candidates give way in their own layout.
-QScrollArea* scrolling(QWidget* content, QWidget* parent) {
-  auto* area = new QScrollArea(parent);
-  area->setWidgetResizable(true);
-  area->setFrameShape(QFrame::NoFrame);
-  area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  area->setWidget(content);
-  return area;
 }
 
 void collectTexts(const QWidget* root, QStringList& out) {
@@ -133,7 +126,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   rowsLayout_->addWidget(emptyTitle_);
   rowsLayout_->addWidget(emptyHint_);
   rowsLayout_->addStretch();
-  left->addWidget(scrolling(rowsHost_, this), 1);
+  left->addWidget(scrollingArea(rowsHost_, this), 1);
   layout->addLayout(left, 3);
 
   // Adding: a search of the data source, then the quotes already at hand.
@@ -187,13 +180,14 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   candidatesLayout_->setSpacing(6);
   listsLayout->addLayout(candidatesLayout_);
   listsLayout->addStretch();
-  card->content().addWidget(scrolling(lists, card), 1);
+  card->content().addWidget(scrollingArea(lists, card), 1);
   layout->addWidget(card, 2);
 
   clockTimer_.setInterval(1000);
+  // Only the rows' statuses age; the candidates do not depend on the clock.
   QObject::connect(&clockTimer_, &QTimer::timeout, this, [this] {
     statusClock_ = clock_.now();
-    refresh();
+    fillRows();
   });
   subscription_ = model.subscribe([this] { scheduleRefresh(); });
   refresh();
@@ -312,11 +306,7 @@ void WatchlistView::fillRows() {
   if (shown != shownRows_) {
     shownRows_ = std::move(shown);
     // The empty states stay first, where the rows would stand.
-    while (rowsLayout_->count() > 2) {
-      QLayoutItem* item = rowsLayout_->takeAt(2);
-      if (QWidget* w = item->widget()) w->deleteLater();
-      delete item;
-    }
+    clearLayout(rowsLayout_, 2);
     for (size_t i = 0; i < count; ++i)
       rowsLayout_->addWidget(rowFor(rows_[i], rows_[i].symbol == model_.activeID()));
     if (count < rows_.size())
@@ -384,10 +374,9 @@ void WatchlistView::fillCandidates() {
   searchMessage_->setText(message ? q(*message) : QString());
   searchMessage_->setVisible(message.has_value());
 
-  const auto watched = [this](const std::string& id) {
-    const auto& list = model_.watchlist();
-    return std::find(list.begin(), list.end(), id) != list.end();
-  };
+  const std::unordered_set<std::string_view> watchedIDs(model_.watchlist().begin(),
+                                                        model_.watchlist().end());
+  const auto watched = [&](const std::string& id) { return watchedIDs.contains(id); };
   // The candidates show codes, names and markets only; new prices leave them as they are. A
   // search shows what it found, watched or not; the quotes at hand only what can be added.
   std::vector<const QuoteSnapshot*> results, candidates;
