@@ -25,12 +25,8 @@
 namespace tidemark {
 namespace {
 
-// The settings window's sections, as the file names call them.
-constexpr std::pair<const char*, const char*> settingsSections[] = {{"外观", "appearance"},
-                                                                    {"圆形详情", "detail"},
-                                                                    {"自选管理", "watchlist"},
-                                                                    {"数据源", "source"},
-                                                                    {"预警与隐私", "alerts"}};
+// The settings window's sections, in their order, as the file names call them.
+constexpr const char* sectionSlugs[] = {"appearance", "detail", "watchlist", "source", "alerts"};
 
 constexpr QSize orbSize(460, 460), detailSize(980, 680), settingsSize(960, 740),
     watchlistSize(940, 650), onboardingSize(480, 600), alertSize(420, 540);
@@ -78,7 +74,7 @@ std::vector<PreviewFile> previewFiles() {
   }
   // The settings window as it opens, on each of its sections.
   for (AppTheme theme : allCases<AppTheme>())
-    for (const auto& [section, slug] : settingsSections)
+    for (const char* slug : sectionSlugs)
       files.push_back({std::string("settings-") + slug + "-" + std::string(rawValue(theme)),
                        settingsSize.width(), settingsSize.height()});
   files.push_back({"onboarding", onboardingSize.width(), onboardingSize.height()});
@@ -123,10 +119,13 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
     const std::string suffix(rawValue(theme));
     orb("orb-" + suffix);
     detail("detail-" + suffix);
-    render(settings("外观"), settingsSize, file("settings-" + suffix));
     render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
-    for (const auto& [section, slug] : settingsSections)
-      render(settings(section), settingsSize, file(std::string("settings-") + slug + "-" + suffix));
+    for (size_t i = 0; const std::string& section : SettingsView::sections())
+      render(settings(section), settingsSize,
+             file(std::string("settings-") + sectionSlugs[i++] + "-" + suffix));
+    // The window as it opens, on its first section.
+    std::filesystem::copy_file(file("settings-appearance-" + suffix), file("settings-" + suffix),
+                               std::filesystem::copy_options::overwrite_existing);
   }
   const AppTheme first = allCases<AppTheme>().front();
   model.setTheme(first);
