@@ -596,11 +596,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
   if (!root) root = new QLabel(QString::fromUtf8(spec->title));
   // On a screen smaller than the window, the window shrinks and its content scrolls.
-  auto* scroll = new QScrollArea(window);
-  scroll->setWidgetResizable(true);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setWidget(root);
-  layout->addWidget(scroll);
+  layout->addWidget(scrollingArea(root, window, true));
   applySystemCalm(*window);
   tellShortcuts(*window);
   windows_[key] = window;

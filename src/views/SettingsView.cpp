@@ -56,17 +56,6 @@ class ThemeSwatch final : public QPushButton {
   AppTheme theme_;
 };
 
-// A section that scrolls up and down where the window is too low for it; never sideways: what
-// is too narrow gives way in its own layout.
-QWidget* scrollPage(QWidget* content) {
-  auto* area = new QScrollArea;
-  area->setWidgetResizable(true);
-  area->setFrameShape(QFrame::NoFrame);
-  area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  area->setWidget(content);
-  return area;
-}
-
 // A row of pills, one per choice; the checked one follows `current`.
 struct PillRow {
   QHBoxLayout* layout;
@@ -128,13 +117,13 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   layout->addWidget(side);
 
   stack_ = new QStackedWidget(this);
-  stack_->addWidget(scrollPage(appearancePage()));
+  stack_->addWidget(scrollingArea(appearancePage()));
   detail_ = new DetailView(model, actions_.close, actions_.openAlert);
-  stack_->addWidget(scrollPage(detail_));
+  stack_->addWidget(scrollingArea(detail_));
   watchlist_ = new WatchlistView(model, clock);
   stack_->addWidget(watchlist_);
-  stack_->addWidget(scrollPage(sourcePage()));
-  stack_->addWidget(scrollPage(alertPage()));
+  stack_->addWidget(scrollingArea(sourcePage()));
+  stack_->addWidget(scrollingArea(alertPage()));
   layout->addWidget(stack_, 1);
   QObject::connect(list_, &QListWidget::currentRowChanged, stack_,
                    &QStackedWidget::setCurrentIndex);

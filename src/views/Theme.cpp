@@ -144,6 +144,15 @@ QLabel* themedLabel(const QString& text, const char* role, double size, QFont::W
   return label;
 }
 
+QScrollArea* scrollingArea(QWidget* content, QWidget* parent, bool sideways) {
+  auto* area = new QScrollArea(parent);
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  if (!sideways) area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  area->setWidget(content);
+  return area;
+}
+
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : QLabel(parent) {
   setProperty("elides", true);
   setWordWrap(false);

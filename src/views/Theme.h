@@ -7,6 +7,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 #include <QWidget>
 
@@ -44,6 +45,10 @@ void applyTheme(AppTheme theme);
 // A label in one of the text roles of the style sheet, at a size in logical pixels.
 QLabel* themedLabel(const QString& text, const char* role, double size,
                     QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
+
+// A frameless scroll area around `content`, which it resizes. Up and down only unless
+// `sideways`: what is too narrow gives way in its own layout.
+QScrollArea* scrollingArea(QWidget* content, QWidget* parent = nullptr, bool sideways = false);
 
 // A one-line label that shortens its text with "…" where it has too little room, and then tells
 // the whole text as its tooltip. Marked with the property "elides".
