@@ -169,9 +169,7 @@ void AppModel::setWatchlist(std::vector<std::string> watchlist) {
     assign(watchlist_, std::move(watchlist));
     return;
   }
-  auto valid = validSymbols(watchlist);
-  if (valid.size() > maxWatchlistLength) valid.resize(maxWatchlistLength);
-  assign(watchlist_, std::move(valid));
+  assign(watchlist_, validSymbols(watchlist, maxWatchlistLength));
   if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
     setActiveID(watchlist_.empty() ? std::string() : watchlist_.front());
   saveWatchlist();

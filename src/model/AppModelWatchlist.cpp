@@ -114,12 +114,9 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
     auto stored = watchlistBackupFromBytes(*bytes);
     if (stored && (!newest || stored->exportedAt > newest->exportedAt)) newest = std::move(stored);
   }
-  const auto capped = [](std::vector<std::string> list) {
-    if (list.size() > maxWatchlistLength) list.resize(maxWatchlistLength);
-    return list;
-  };
-  if (newest) return capped(validSymbols(newest->symbols));
-  if (auto list = deps_.defaults.stringArray(watchlistKey)) return capped(validSymbols(*list));
+  if (newest) return validSymbols(newest->symbols, maxWatchlistLength);
+  if (auto list = deps_.defaults.stringArray(watchlistKey))
+    return validSymbols(*list, maxWatchlistLength);
   return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #include "model/Watchlist.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 #include "core/Text.h"
@@ -56,12 +57,13 @@ std::string_view trimmedSymbol(std::string_view symbol) {
   return symbol.substr(begin, end - begin);
 }
 
-std::vector<std::string> validSymbols(const std::vector<std::string>& symbols) {
+std::vector<std::string> validSymbols(const std::vector<std::string>& symbols, size_t limit) {
   std::vector<std::string> kept;
-  kept.reserve(symbols.size());
+  kept.reserve(std::min(symbols.size(), limit));
   std::unordered_set<std::string_view> seen;
-  seen.reserve(symbols.size());
+  seen.reserve(std::min(symbols.size(), limit));
   for (const std::string& symbol : symbols) {
+    if (kept.size() == limit) break;
     std::string_view trimmed = trimmedSymbol(symbol);
     if (trimmed.empty() || characterCount(trimmed) > 16) continue;
     if (!seen.insert(trimmed).second) continue;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +14,9 @@ namespace tidemark {
 
 // The list rules every assignment of the watchlist goes through: an element is kept when its
 // trimmed form is not empty, has at most 16 characters and has not occurred earlier. The kept
-// element is the element as it stood; trimming only decides.
-std::vector<std::string> validSymbols(const std::vector<std::string>& symbols);
+// element is the element as it stood; trimming only decides. At most `limit` are kept, the first.
+std::vector<std::string> validSymbols(const std::vector<std::string>& symbols,
+                                      size_t limit = std::numeric_limits<size_t>::max());
 
 // White space and line breaks cut from both ends (ASCII and the Unicode spaces a paste brings).
 std::string_view trimmedSymbol(std::string_view symbol);
