@@ -20,6 +20,8 @@ TEST(WatchlistRules, TrimOnlyDecidesAndTheFirstDuplicateWins) {
       {{"贵州茅台贵州茅台贵州茅台贵州茅台"}, {"贵州茅台贵州茅台贵州茅台贵州茅台"}},
   };
   for (const auto& [input, kept] : cases) EXPECT_EQ(validSymbols(input), kept);
+  // A limit counts what is kept, not what is read.
+  EXPECT_EQ(validSymbols({"A", " A", "", "B", "C"}, 2), (List{"A", "B"}));
 }
 
 TEST(WatchlistRules, RecognisedSymbols) {
@@ -194,6 +196,11 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
   m->add("NVDA");
   EXPECT_EQ(m->watchlist().size(), 5000u);
   EXPECT_EQ(m->watchlist().back(), "604999");
+  List longer = m->watchlist();
+  longer.insert(longer.begin(), "NVDA");
+  m->setWatchlist(longer);  // a list set in code is cut to the first 5000
+  EXPECT_EQ(m->watchlist().size(), 5000u);
+  EXPECT_EQ(m->watchlist().back(), "604998");
   // Unrecognised entries are dropped, the rest imported.
   std::ofstream(file) << R"({"symbols":["UNKNOWN","00700"," NVDA "]})";
   m->importWatchlist(file);
