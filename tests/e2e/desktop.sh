@@ -320,12 +320,17 @@ else
 fi
 # Started again while the orb is shown: it stays, and the usage hint beside it says it was asked.
 wait_for 5 pixel_is 100 500 "$white" || fail "the hint beside the docked orb stayed"
-second=0
-timeout 10 "$app" >>"$tmp/second.log" 2>&1 || second=$?
-if [ "$second" = 0 ] && wait_for 5 pixel_not 100 500 "$white" && mapped_as IsViewable; then
+# The hint stays 2.4 s, which a loaded machine can spend before the second start has exited:
+# look for it while that start runs.
+timeout 10 "$app" >>"$tmp/second.log" 2>&1 &
+second_pid=$!
+hinted=0 second=0
+wait_for 10 pixel_not 100 500 "$white" && hinted=1
+wait "$second_pid" || second=$?
+if [ "$second" = 0 ] && [ "$hinted" = 1 ] && mapped_as IsViewable; then
   ok "a second start while the orb is shown kept it shown and showed the hint"
 else
-  fail "a second start while shown: status $second, panel $(map_state), hint pixel $(pixel 100 500)"
+  fail "a second start while shown: status $second, panel $(map_state), hint seen: $hinted"
 fi
 
 # 8. A screen that shrinks under a right-docked orb keeps it on the new right edge.
@@ -379,9 +384,10 @@ if [ -n "${KEY_GRABBER:-}" ]; then
   start_app
   docked_reds() { grab && reds 990 485 34 22; }
   docked_masked() { [ "$(docked_reds)" = 0 ]; }
-  wait_for 5 test "$(docked_reds)" -gt 10 || fail "no price on the docked orb"
+  docked_price() { [ "$(docked_reds)" -gt 10 ]; }
+  wait_for 10 docked_price || fail "no price on the docked orb"
   xdotool key ctrl+alt+m
-  if wait_for 5 grep -q pressed "$tmp/grabber.log" && [ "$(docked_reds)" -gt 10 ]; then
+  if wait_for 5 grep -q pressed "$tmp/grabber.log" && docked_price; then
     ok "Ctrl+Alt+M went to the program that holds it; the price stayed"
   else
     fail "Ctrl+Alt+M while another program holds it: grabber $(cat "$tmp/grabber.log" | tr '\n' ' '), $(docked_reds) red pixels"
