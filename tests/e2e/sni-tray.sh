@@ -19,7 +19,9 @@ watcher_up() { dbus-send --session --print-reply --dest=org.freedesktop.DBus / \
 wait_for 10 watcher_up || { echo "status-notifier-watcher did not start"; exit 1; }
 gtk-sni-tray-standalone --top >"$tmp/tray.log" 2>&1 &
 pids+=($!)
-sleep 2
+tray_pid=$!
+bar_shown() { [ -n "$(xdotool search --onlyvisible --pid "$tray_pid" 2>/dev/null)" ]; }
+wait_for 10 bar_shown || { echo "gtk-sni-tray-standalone showed no bar"; exit 1; }
 import -window root "$tmp/before.png"
 
 "$app" >"$tmp/app.log" 2>&1 &
