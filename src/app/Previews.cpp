@@ -12,6 +12,7 @@
 
 #include "app/DesktopApp.h"
 #include "app/Environment.h"
+#include "core/FileIO.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
 #include "sources/UnavailableDataSource.h"
@@ -120,12 +121,14 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
     orb("orb-" + suffix);
     detail("detail-" + suffix);
     render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
-    for (size_t i = 0; const std::string& section : SettingsView::sections())
-      render(settings(section), settingsSize,
-             file(std::string("settings-") + sectionSlugs[i++] + "-" + suffix));
-    // The window as it opens, on its first section.
+    for (size_t i = 0; i < std::size(sectionSlugs); ++i)
+      render(settings(SettingsView::sections().at(i)), settingsSize,
+             file(std::string("settings-") + sectionSlugs[i] + "-" + suffix));
+    // The window as it opens, on its first section. A folder that takes no files was already
+    // passed over by render().
+    std::error_code ignored;
     std::filesystem::copy_file(file("settings-appearance-" + suffix), file("settings-" + suffix),
-                               std::filesystem::copy_options::overwrite_existing);
+                               std::filesystem::copy_options::overwrite_existing, ignored);
   }
   const AppTheme first = allCases<AppTheme>().front();
   model.setTheme(first);
@@ -148,6 +151,17 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
 }
 
 int runRenderPreviews(int& argc, char** argv, const std::filesystem::path& directory) {
+  // A folder that cannot take the files is told before anything is drawn.
+  std::error_code error, ignored;
+  std::filesystem::create_directories(directory, error);
+  const auto probe = directory / ".tidemark-preview-probe";
+  if (!error) error = writeFileAtomically(probe, "");
+  std::filesystem::remove(probe, ignored);
+  if (error) {
+    std::cerr << "tidemark: cannot write the previews into " << directory.string() << ": "
+              << error.message() << "\n";
+    return 1;
+  }
   if (!hasDisplay()) setenv("QT_QPA_PLATFORM", "offscreen", 1);
   // The off-screen platform warns about every window it cannot size; nothing is wrong.
   static const QtMessageHandler standard = qInstallMessageHandler(nullptr);
@@ -177,7 +191,6 @@ int runRenderPreviews(int& argc, char** argv, const std::filesystem::path& direc
   }
   store.reset();
   SettingsStore::removeSuite(suiteName);
-  std::error_code ignored;
   std::filesystem::remove(watchlistFile, ignored);
   std::cout << "Rendered previews: " << directory.string() << "\n";
   return 0;

@@ -23,7 +23,8 @@ std::vector<PreviewFile> previewFiles();
 void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::path& directory);
 
 // The preview mode: a throw-away model (nothing of the user's is read or written), every
-// preview, "Rendered previews: DIR". Works without a display.
+// preview, "Rendered previews: DIR"; status 1 and a line on standard error when DIR cannot be
+// made or written into. Works without a display.
 int runRenderPreviews(int& argc, char** argv, const std::filesystem::path& directory);
 
 }  // namespace tidemark

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # `tidemark --render-previews DIR` without a display: every image at its size and not blank, the
-# promised last line, and nothing written to the user's settings or data folders.
+# promised last line, nothing written to the user's settings or data folders, and a folder that
+# cannot be made told in words.
 set -uo pipefail
 app="$1"
 work="$(mktemp -d)"
@@ -78,5 +79,12 @@ count=$(find "$work/p" -type f | wc -l)
 # This run's throw-away watchlist file is gone too (other runs may have their own meanwhile).
 leftover="$(find "$work/home" "$work/config" "$work/data" -type f; ls "/tmp/tidemark-preview-$pid-watchlist.json" 2>/dev/null)"
 [[ -z "$leftover" ]] && ok || fail "left behind: $leftover"
+
+# A folder that cannot be made is told at once, and nothing is drawn.
+touch "$work/plain"
+out=$(env -u DISPLAY -u WAYLAND_DISPLAY "$app" --render-previews "$work/plain/p" 2>&1)
+status=$?
+[[ $status == 1 && "$out" == "tidemark: cannot write the previews into $work/plain/p: Not a directory" ]] &&
+  ok || fail "into a path below a plain file: status $status, printed '$out'"
 
 echo "$passed passed, $failed failed"
