@@ -162,14 +162,14 @@ struct Windows : ::testing::Test {
   std::unique_ptr<AppModel> model = h.make();
   QString chosen;
   bool confirm = false;
-  int guides = 0, alerts = 0, closes = 0;
+  int closes = 0;
   bool autostart = false;
   std::optional<std::string> autostartFailure;
 
   std::unique_ptr<SettingsView> settings(const std::string& section = "外观") {
     SettingsView::Actions a;
-    a.openGuide = [this] { ++guides; };
-    a.openAlert = [this] { ++alerts; };
+    a.openGuide = [] {};
+    a.openAlert = [] {};
     a.close = [this] { ++closes; };
     a.confirmReset = [this] { return confirm; };
     a.chooseFile = [this](bool) { return chosen; };
@@ -225,7 +225,6 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
       {"遮蔽所有行情数字", "aurora 96 name calm masked every 2.6"},
       {"5 秒", "aurora 96 name calm masked every 5"},
       {"2.6 秒", "aurora 96 name calm masked every 2.6"},
-      {"5 秒", "aurora 96 name calm masked every 5"},
   };
   for (const auto& [control, expected] : clicks) {
     QAbstractButton* button = named<QAbstractButton>(*view, QString::fromUtf8(control));
@@ -239,10 +238,6 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
       EXPECT_TRUE(button->isChecked()) << control;
     }
   }
-  named<QPushButton>(*view, QStringLiteral("重新查看引导"))->click();
-  named<QPushButton>(*view, QStringLiteral("编辑预警…"))->click();
-  EXPECT_EQ(std::pair(guides, alerts), std::pair(1, 1));
-
   // The tray examples follow the model: nothing to show while masked.
   QTest::qWait(1);
   EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("仅图标")));
