@@ -60,16 +60,6 @@ TEST(QuoteSnapshot, TrendRunsFromPreviousCloseToPrice) {
   EXPECT_NEAR(ten.back(), 10, 1e-12);
 }
 
-TEST(QuoteSnapshot, EqualityComparesEveryField) {
-  QuoteSnapshot other = sample();
-  EXPECT_EQ(sample(), other);
-  other.updatedAt = other.updatedAt + 0.001;
-  EXPECT_NE(sample(), other);
-  QuoteSnapshot nan = sample();
-  nan.price = std::numeric_limits<double>::quiet_NaN();
-  EXPECT_NE(nan, nan);
-}
-
 TEST(QuoteSnapshot, DecodingFailsOnAMissingKeyOrAWrongType) {
   const std::vector<std::pair<std::string, Json>> breaks{
       {"id", nullptr},       {"volume", 1.5}, {"volume", "1"},   {"price", "1468.8"},
