@@ -20,20 +20,17 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using test::Desktop;
 
-// A mouse event delivered to the content view. Qt rounds global positions to whole pixels, so
-// the 3-point threshold itself is checked with the geometry.
-void send(QWidget& w, QEvent::Type type, QPointF local, Qt::MouseButton button = Qt::LeftButton) {
-  const bool release = type == QEvent::MouseButtonRelease;
-  QMouseEvent event(type, local, local + QPointF(w.window()->pos()),
-                    type == QEvent::MouseMove ? Qt::NoButton : button,
-                    release ? Qt::NoButton : button, Qt::NoModifier);
+// A mouse event delivered to the content view, at `local` in a panel that stood at `origin` when
+// the gesture began: a drag moves the panel, and the pointer's place on the screen is what counts.
+void send(QWidget& w, QEvent::Type type, QPointF local, QPointF origin,
+          Qt::MouseButton button = Qt::LeftButton) {
+  QMouseEvent event(type, local, local + origin, type == QEvent::MouseMove ? Qt::NoButton : button,
+                    type == QEvent::MouseButtonRelease ? Qt::NoButton : button, Qt::NoModifier);
   QApplication::sendEvent(&w, &event);
-}
-
-double doubleClickSeconds() {
-  return QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0;
 }
 
 // The tray tooltip's lines above the active quote.
@@ -49,87 +46,54 @@ std::string section(Desktop& d) {
   return view ? view->currentSection() : "";
 }
 
-TEST(OrbGestures, ClicksDoubleClicksAndTheDragThreshold) {
-  const QPointF c(230, 230);
-  struct Case {
-    const char* what;
-    std::vector<std::pair<QEvent::Type, QPointF>> events;
-    std::string gestures;
-  };
+// The orb's state, where its centre stands and the settings' section, if they are open.
+std::string state(Desktop& d) {
+  const OrbWindowModel& w = d.delegate->windowModel();
+  return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
+         (w.dockEdge() ? "docked " : "") + "at " + std::to_string(d.delegate->panel().x() + 230) +
+         "," + std::to_string(d.delegate->panel().y() + 230) +
+         (section(d).empty() ? "" : " " + section(d));
+}
+
+// The delegate's own handlers behind the content view's gestures: a click spreads the
+// satellites once the double-click interval has passed, a double click only opens the detail,
+// a press that moves more than 3 points drags the orb; a satellite's click selects its quote.
+TEST(OrbGestures, TheDelegateActsOnEachGesture) {
+  const QPointF c(230, 230), far = c + QPointF(40, 10);
   using enum QEvent::Type;
-  const Case cases[] = {
-      {"click", {{MouseButtonPress, c}, {MouseButtonRelease, c}}, "click "},
-      {"double click",
-       {{MouseButtonPress, c},
+  const std::pair<std::vector<std::pair<QEvent::Type, QPointF>>, std::string> cases[] = {
+      {{{MouseButtonPress, c}, {MouseButtonRelease, c}}, "spread at 640,400"},
+      {{{MouseButtonPress, c}, {MouseMove, c + QPointF(3, 0)}, {MouseButtonRelease, c}},
+       "spread at 640,400"},
+      {{{MouseButtonPress, c},
         {MouseButtonRelease, c},
         {MouseButtonDblClick, c},
         {MouseButtonRelease, c}},
-       "click double "},
-      {"3 points is still a click",
-       {{MouseButtonPress, c},
-        {MouseMove, c + QPointF(3, 0)},
-        {MouseButtonRelease, c + QPointF(3, 0)}},
-       "click "},
-      {"3.16 points is a drag",
-       {{MouseButtonPress, c},
+       "at 640,400 圆形详情"},
+      {{{MouseButtonPress, c},
         {MouseMove, c + QPointF(3, 1)},
-        {MouseMove, c + QPointF(40, 10)},
-        {MouseButtonRelease, c + QPointF(40, 10)}},
-       "start move(3,1) move(40,10) end "},
-      {"a move without a press", {{MouseMove, c + QPointF(50, 0)}}, ""},
+        {MouseMove, far},
+        {MouseButtonRelease, far}},
+       "at 680,410"},
+      {{{MouseMove, c + QPointF(50, 0)}}, "at 640,400"},
   };
-  for (const Case& k : cases) {
+  for (const auto& [events, expected] : cases) {
     Desktop d;
-    std::string log;
-    OrbContentView& view = d.content();
     const QPointF origin = d.delegate->panel().pos();
-    view.onClick = [&] { log += "click "; };
-    view.onDoubleClick = [&] { log += "double "; };
-    view.onDragStart = [&] { log += "start "; };
-    view.onDragEnd = [&] { log += "end "; };
-    view.onDragMove = [&](QPointF p) {
-      log += "move(" + QString::number(p.x() - origin.x()).toStdString() + "," +
-             QString::number(p.y() - origin.y()).toStdString() + ") ";
-    };
-    for (const auto& [type, p] : k.events) send(view, type, p);
-    EXPECT_EQ(log, k.gestures) << k.what;
-  }
-}
-
-// The delegate's own handlers behind the gestures: a click spreads the satellites once the
-// double-click interval has passed, a double click only opens the detail, a satellite's click
-// selects its quote.
-TEST(OrbGestures, TheDelegateActsOnEachGesture) {
-  {
-    Desktop d;
-    QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(230, 230));
-    d.h.scheduler.advance(doubleClickSeconds() - 0.01);
-    EXPECT_FALSE(d.delegate->windowModel().expanded()) << "before the interval";
+    for (const auto& [type, p] : events) send(d.content(), type, p, origin);
+    d.h.scheduler.advance(QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0 -
+                          0.01);
+    EXPECT_FALSE(d.delegate->windowModel().expanded()) << "within the interval: " << expected;
     d.h.scheduler.advance(0.02);
-    EXPECT_TRUE(d.delegate->windowModel().expanded()) << "after the interval";
+    EXPECT_EQ(state(d), expected);
   }
-  {
-    Desktop d;
-    const QPointF c(230, 230);
-    using enum QEvent::Type;
-    for (auto type :
-         {MouseButtonPress, MouseButtonRelease, MouseButtonDblClick, MouseButtonRelease})
-      send(d.content(), type, c);
-    d.h.scheduler.advance(1);
-    EXPECT_FALSE(d.delegate->windowModel().expanded()) << "a double click also bloomed";
-    EXPECT_EQ(section(d), "圆形详情");
-  }
-  {
-    Desktop d;
-    d.delegate->toggleBloom();
-    // The third satellite (NVDA), spread out, 3 below its dot: selects and starts no drag.
-    const Point nvda = satelliteCenter(2, 5, 96, true);
-    bool dragged = false;
-    d.content().onDragStart = [&] { dragged = true; };
-    QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(nvda.x), int(nvda.y + 3)));
-    EXPECT_EQ(d.model->activeID(), "NVDA");
-    EXPECT_FALSE(dragged);
-  }
+  Desktop d;
+  d.delegate->toggleBloom();
+  // The third satellite (NVDA), spread out, 3 below its dot: selects and starts no drag.
+  const Point nvda = satelliteCenter(2, 5, 96, true);
+  QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(nvda.x), int(nvda.y + 3)));
+  EXPECT_EQ(d.model->activeID(), "NVDA");
+  EXPECT_EQ(state(d), "spread at 640,400");
 }
 
 // The tray menu's item with this text, in a submenu too.
@@ -142,15 +106,19 @@ QAction* trayItem(QMenu& menu, const QString& text) {
   return nullptr;
 }
 
-// Each ring button, found by the name a screen reader reads, clicked where it is drawn, and each
-// item of the tray menu as the menu is built when it opens.
-TEST(Commands, EachRingButtonAndTrayItemDoesWhatItsLabelSays) {
+// Each ring button, found by the name a screen reader reads, clicked where it is drawn; each item
+// of the tray menu as the menu is built when it opens; each key the orb takes. Every one starts
+// from a state in which doing nothing, or the wrong thing, shows.
+TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
+  enum Via { ring, tray, key };
   struct Case {
-    bool ring;
-    const char* name;
+    Via via;
+    const char* name;  // a key's as QKeySequence reads it
+    std::function<void(Desktop&)> before;
     std::function<std::string(Desktop&)> observe;
     std::string expected;
   };
+  const auto none = [](Desktop&) {};
   const auto windows = [](Desktop& d) {
     return std::string(d.delegate->window("settings") ? "settings " : "") +
            (d.delegate->window("alert") ? "alert " : "") +
@@ -161,45 +129,77 @@ TEST(Commands, EachRingButtonAndTrayItemDoesWhatItsLabelSays) {
   };
   const auto masking = [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); };
   const auto quits = [](Desktop& d) { return std::to_string(d.quits); };
+  const auto size = [](Desktop& d) { return std::to_string(int(d.model->orbSize())); };
+  const auto active = [](Desktop& d) { return d.model->activeID(); };
+  const auto spread = [](Desktop& d) { d.delegate->toggleBloom(); };
   const Case cases[] = {
-      {true, "刷新", refreshing, "正在刷新模拟源1"},
-      {true, "预警", windows, "alert "},
-      {true, "外观", windows, "settings 外观"},
-      {true, "遮蔽", masking, "1行情数字已遮蔽"},
-      {true, "退出", quits, "1"},
-      {false, "隐藏灵球",
+      {ring, "刷新", none, refreshing, "正在刷新模拟源1"},
+      {ring, "预警", none, windows, "alert "},
+      {ring, "外观", none, windows, "settings 外观"},
+      {ring, "遮蔽", none, masking, "1行情数字已遮蔽"},
+      {ring, "退出", none, quits, "1"},
+      {tray, "隐藏灵球", none,
        [](Desktop& d) { return std::string(d.delegate->panel().isVisible() ? "shown" : "hidden"); },
        "hidden"},
-      {false, "设置…", windows, "settings 外观"},
-      {false, "价格预警…", windows, "alert "},
-      {false, "屏幕共享遮蔽", masking, "1行情数字已遮蔽"},
-      {false, "鼠标穿透（仅菜单栏可恢复）",
+      {tray, "设置…", none, windows, "settings 外观"},
+      {tray, "价格预警…", none, windows, "alert "},
+      {tray, "屏幕共享遮蔽", none, masking, "1行情数字已遮蔽"},
+      {tray, "鼠标穿透（仅菜单栏可恢复）", none,
        [](Desktop& d) { return std::to_string(d.delegate->passesPointerThrough()); }, "1"},
-      {false, "72 pt", [](Desktop& d) { return std::to_string(int(d.model->orbSize())); }, "72"},
-      {false, "离线", [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
+      {tray, "72 pt", none, size, "72"},
+      {tray, "离线", none, [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
        "offline"},
-      {false, "使用引导", windows, "guide "},
-      {false, "退出潮汐栏", quits, "1"},
+      {tray, "使用引导", none, windows, "guide "},
+      {tray, "退出潮汐栏", none, quits, "1"},
+      {key, "1", none, size, "72"},
+      {key, "2", [](Desktop& d) { d.model->setOrbSize(132); }, size, "96"},
+      {key, "3", none, size, "132"},
+      {key, "Left", none, active, "00700"},
+      {key, "Right", none, active, "00700"},  // the same way
+      {key, "M", none, masking, "1行情数字已遮蔽"},
+      {key, "M", [](Desktop& d) { d.model->setMasked(true); }, masking, "0已恢复行情数字"},
+      {key, "R", none, refreshing, "正在刷新模拟源1"},
+      {key, "Space", none, state, "spread at 640,400"},
+      {key, "Return", none, state, "spread at 640,400"},
+      {key, "Return", spread, state, "at 640,400"},
+      {key, "Esc", spread, state, "at 640,400"},
+      {key, "Esc",
+       [](Desktop& d) { QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230)); },
+       state, "at 640,400"},
+      {key, "Esc",
+       [](Desktop& d) {
+         d.delegate->panel().move(-225, 170);
+         d.delegate->settle(std::nullopt);
+       },
+       state, "at 64,400"},  // undocked
+      {key, "A", spread, state, "spread at 640,400"},
   };
   for (const Case& k : cases) {
     Desktop d;
+    k.before(d);
     const QString name = QString::fromUtf8(k.name);
-    if (k.ring) {
+    if (k.via == ring) {
       QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
       ASSERT_TRUE(d.delegate->windowModel().radialOpen());
       QAbstractButton* button = d.ringButton(name);
       ASSERT_TRUE(button) << k.name;
       QTest::mouseClick(d.window(), Qt::LeftButton, {},
                         button->mapTo(&d.delegate->panel(), button->rect().center()));
-    } else {
+    } else if (k.via == tray) {
       QMenu& menu = d.delegate->statusItem().menu();
       emit menu.aboutToShow();
       QAction* item = trayItem(menu, name);
       ASSERT_TRUE(item) << k.name;
       item->trigger();
+    } else {
+      d.h.store.setData(AppDelegate::positionKey, "");
+      QTest::keyClick(&d.delegate->panel(), QKeySequence(name)[0].key());
     }
     EXPECT_EQ(k.observe(d), k.expected) << k.name;
     EXPECT_FALSE(d.delegate->windowModel().radialOpen()) << k.name;
+    if (k.expected == "at 64,400") {  // the place an undock leaves is kept
+      EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
+    }
   }
 }
 
@@ -218,19 +218,17 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
       d.h.scheduler.advance(0.1);
     };
   };
+  const auto inSettings = [](Qt::MouseButton button) {
+    return [button](Desktop& d) {
+      d.delegate->openSettings("外观");
+      QTest::mouseClick(d.delegate->window("settings"), button, {}, QPoint(5, 5));
+    };
+  };
   const Case cases[] = {
       {"on the desktop", globalPress({100, 100}), false},
       {"in the panel's transparent corner", globalPress({420, 180}), false},
       {"on the core", globalPress({640, 400}), true},
-      {"on the ring button 刷新",
-       [](Desktop& d) {
-         QAbstractButton* b = d.ringButton(QStringLiteral("刷新"));
-         const QPoint at = b->mapToGlobal(b->rect().center());
-         d.windows.pressed(900001);
-         d.mouse = {double(at.x()), double(at.y())};
-         d.h.scheduler.advance(0.1);
-       },
-       true},
+      {"on the ring button 刷新", globalPress(ringButtonCenter(0, 96) + Vector{410, 170}), true},
       // The window system's report of a press on the orb, late, after the pointer left for the
       // desktop: the orb's own event already judged that press.
       {"a press on the core, reported late",
@@ -244,18 +242,8 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
          d.h.scheduler.advance(0.1);
        },
        true},
-      {"in our settings window",
-       [](Desktop& d) {
-         d.delegate->openSettings("外观");
-         QTest::mouseClick(d.delegate->window("settings"), Qt::LeftButton, {}, QPoint(5, 5));
-       },
-       false},
-      {"a right click in our settings window",
-       [](Desktop& d) {
-         d.delegate->openSettings("外观");
-         QTest::mouseClick(d.delegate->window("settings"), Qt::RightButton, {}, QPoint(5, 5));
-       },
-       false},
+      {"in our settings window", inSettings(Qt::LeftButton), false},
+      {"a right click in our settings window", inSettings(Qt::RightButton), false},
       {"a second right click on the core",
        [](Desktop& d) { QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230)); },
        false},
@@ -266,65 +254,6 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
     ASSERT_TRUE(d.delegate->windowModel().radialOpen());
     k.press(d);
     EXPECT_EQ(d.delegate->windowModel().radialOpen(), k.staysOpen) << k.what;
-  }
-}
-
-// Every key starts from a state in which doing nothing, or the wrong thing, shows.
-TEST(OrbKeys, EachKeyActs) {
-  struct Case {
-    const char* what;
-    int key;
-    std::function<void(Desktop&)> before;
-    std::function<std::string(Desktop&)> observe;
-    std::string expected;
-  };
-  const auto none = [](Desktop&) {};
-  const auto size = [](Desktop& d) { return std::to_string(int(d.model->orbSize())); };
-  const auto active = [](Desktop& d) { return d.model->activeID(); };
-  const auto masking = [](Desktop& d) { return std::to_string(d.model->masked()) + hint(d); };
-  const auto state = [](Desktop& d) {
-    const OrbWindowModel& w = d.delegate->windowModel();
-    return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
-           (w.dockEdge() ? "docked " : "") + "at " + std::to_string(d.delegate->panel().x() + 230) +
-           "," + std::to_string(d.delegate->panel().y() + 230);
-  };
-  const auto spread = [](Desktop& d) { d.delegate->toggleBloom(); };
-  const auto ring = [](Desktop& d) {
-    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
-  };
-  const auto docked = [](Desktop& d) {
-    d.delegate->panel().move(-225, 170);
-    d.delegate->settle(std::nullopt);
-  };
-  const Case cases[] = {
-      {"1", Qt::Key_1, none, size, "72"},
-      {"2", Qt::Key_2, [](Desktop& d) { d.model->setOrbSize(132); }, size, "96"},
-      {"3", Qt::Key_3, none, size, "132"},
-      {"←", Qt::Key_Left, none, active, "00700"},
-      {"→ steps the same way", Qt::Key_Right, none, active, "00700"},
-      {"M masks", Qt::Key_M, none, masking, "1行情数字已遮蔽"},
-      {"M unmasks", Qt::Key_M, [](Desktop& d) { d.model->setMasked(true); }, masking,
-       "0已恢复行情数字"},
-      {"R", Qt::Key_R, none,
-       [](Desktop& d) { return hint(d) + std::to_string(d.model->hasPendingRefresh()); },
-       "正在刷新模拟源1"},
-      {"Space spreads", Qt::Key_Space, none, state, "spread at 640,400"},
-      {"Return spreads", Qt::Key_Return, none, state, "spread at 640,400"},
-      {"Return collapses", Qt::Key_Return, spread, state, "at 640,400"},
-      {"Esc collapses", Qt::Key_Escape, spread, state, "at 640,400"},
-      {"Esc closes the ring", Qt::Key_Escape, ring, state, "at 640,400"},
-      {"Esc undocks", Qt::Key_Escape, docked, state, "at 64,400"},
-      {"A does nothing", Qt::Key_A, spread, state, "spread at 640,400"},
-  };
-  for (const Case& k : cases) {
-    Desktop d;
-    k.before(d);
-    d.h.store.setData(AppDelegate::positionKey, "");
-    QTest::keyClick(&d.delegate->panel(), Qt::Key(k.key));
-    EXPECT_EQ(k.observe(d), k.expected) << k.what;
-    if (k.key == Qt::Key_Escape && k.expected == "at 64,400") {  // the new place is kept
-      EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
-    }
   }
 }
 
@@ -358,8 +287,7 @@ TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   ASSERT_TRUE(settings);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
             tooltipHead + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80");
-  EXPECT_EQ(settings->shortcutNotice(),
-            QStringLiteral("Ctrl+Alt+M 已被其他程序占用，释放后会自动启用。"));
+  EXPECT_EQ(settings->shortcutNotice(), u"Ctrl+Alt+M 已被其他程序占用，释放后会自动启用。"_s);
   d.h.scheduler.advance(3);
   EXPECT_FALSE(d.keys.holds(2)) << "still held elsewhere";
   d.keys.takenElsewhere.clear();
@@ -411,24 +339,24 @@ TEST(Delegate, WindowsAreReusedCentredAndTheAlertEditorStartsAfresh) {
   EXPECT_EQ(section(d), "圆形详情");
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
-  EXPECT_EQ(settings->windowTitle(), QStringLiteral("设置 · 使用偏好"));
+  EXPECT_EQ(settings->windowTitle(), u"设置 · 使用偏好"_s);
   // The settings window's own buttons open the other windows.
   const auto click = [&](const QString& text) {
     for (auto* button : settings->findChildren<QPushButton*>())
       if (button->text() == text) return button->click();
     ADD_FAILURE() << text.toStdString();
   };
-  click(QStringLiteral("编辑预警…"));
+  click(u"编辑预警…"_s);
   QPointer<QWidget> first = d.delegate->window("alert");
   ASSERT_TRUE(first);
   // Centred on the 1280 × 800 screen, the frame's 8 × 36 included.
   EXPECT_EQ(QRect(first->pos(), first->size()), QRect(426, 112, 420, 540));
-  click(QStringLiteral("编辑预警…"));
+  click(u"编辑预警…"_s);
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
   EXPECT_NE(d.delegate->window("alert"), nullptr);
   EXPECT_EQ(d.delegate->window("guide"), nullptr);
-  click(QStringLiteral("重新查看引导"));
+  click(u"重新查看引导"_s);
   EXPECT_NE(d.delegate->window("guide"), nullptr);
 }
 
@@ -488,7 +416,7 @@ TEST(Delegate, WindowsFitASmallScreenAndScroll) {
   auto* scroll = guide->findChild<QScrollArea*>();
   QAbstractButton* start = nullptr;
   for (auto* b : guide->findChildren<QAbstractButton*>())
-    if (b->text() == QStringLiteral("开始探索")) start = b;
+    if (b->text() == u"开始探索"_s) start = b;
   ASSERT_TRUE(scroll && start);
   QApplication::processEvents();
   scroll->ensureWidgetVisible(start);

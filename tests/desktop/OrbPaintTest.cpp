@@ -15,6 +15,8 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 const QColor red(0xFF, 0x45, 0x3A), green(0x32, 0xD7, 0x4B), grey(0x8E, 0x8E, 0x93);
 
 bool near(QColor a, QColor b, int tolerance = 40) {
@@ -93,10 +95,9 @@ TEST(OrbPalette, WindowsTakeSurfaceAndElevated) {
               std::string(window) + " " + card + " " + raised);
   }
   const QString sheet = themeStyleSheet(OrbPalette{AppTheme::amber});
-  EXPECT_TRUE(sheet.contains(
-      QStringLiteral(R"(QFrame[card="true"] { background: rgba(20, 22, 40, 0.880);)")));
-  EXPECT_TRUE(sheet.contains(
-      QStringLiteral(R"(QFrame[rowcard="true"] { background: rgba(29, 32, 54, 1.000);)")));
+  EXPECT_TRUE(sheet.contains(uR"(QFrame[card="true"] { background: rgba(20, 22, 40, 0.880);)"_s));
+  EXPECT_TRUE(
+      sheet.contains(uR"(QFrame[rowcard="true"] { background: rgba(29, 32, 54, 1.000);)"_s));
 }
 
 TEST(MiniOrb, ArcDotAndBareDot) {

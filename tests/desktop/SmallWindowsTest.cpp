@@ -15,6 +15,8 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 TEST(AlertEditor, OnlyPlainPositiveNumbersAreTargets) {
   const std::pair<const char*, std::optional<double>> cases[] = {
       {"12.50", 12.5}, {"1,200", 1200}, {"1,234.5", 1234.5}, {"+3", 3}, {"0", {}},   {"-5", {}},
@@ -51,12 +53,12 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
                            "通知权限。",
                            "当前价格", "1,468.80", "价格达到或高于", "价格达到或低于", "清除提醒",
                            "保存提醒"}));
-    QTest::keyClicks(&editor.price(), QStringLiteral("12x"));
-    EXPECT_EQ(editor.message().text(), QStringLiteral("请输入有效且大于 0 的数字。"));
+    QTest::keyClicks(&editor.price(), u"12x"_s);
+    EXPECT_EQ(editor.message().text(), u"请输入有效且大于 0 的数字。"_s);
     editor.save();
     EXPECT_EQ(closed, 0);
     EXPECT_EQ(model->alertPrice(), std::nullopt);
-    editor.price().setText(QStringLiteral("1,500"));
+    editor.price().setText(u"1,500"_s);
     EXPECT_EQ(editor.message().text(), QString());
     // The chosen direction is the selected pill, whichever was chosen before.
     const auto selected = [&] {
@@ -67,9 +69,9 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
           on << pill->text();
       return on;
     };
-    EXPECT_EQ(selected(), QStringList{QStringLiteral("价格达到或高于")});
+    EXPECT_EQ(selected(), QStringList{u"价格达到或高于"_s});
     editor.setAbove(false);
-    EXPECT_EQ(selected(), QStringList{QStringLiteral("价格达到或低于")});
+    EXPECT_EQ(selected(), QStringList{u"价格达到或低于"_s});
     QTest::keyClick(&editor.price(), Qt::Key_Return);  // Return saves
     EXPECT_EQ(closed, 1);
     EXPECT_EQ(model->alertPrice(), 1500);
@@ -88,9 +90,9 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
   }
   model->setMasked(true);
   AlertEditorView masked(*model, [&] { ++closed; });
-  EXPECT_EQ(masked.current().text(), QStringLiteral("当前价格已遮蔽"));
+  EXPECT_EQ(masked.current().text(), u"当前价格已遮蔽"_s);
   EXPECT_EQ(masked.price().text(), QString());
-  EXPECT_EQ(masked.price().placeholderText(), QStringLiteral("目标价格已遮蔽"));
+  EXPECT_EQ(masked.price().placeholderText(), u"目标价格已遮蔽"_s);
   masked.clear();
   EXPECT_EQ(closed, 2);
   EXPECT_EQ(model->alertPrice(), std::nullopt);

@@ -17,9 +17,11 @@
 namespace tidemark {
 namespace {
 
-const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
-const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+using namespace Qt::StringLiterals;
+
+const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
+const QString itemInterface = u"org.kde.StatusNotifierItem"_s;
+const QString menuInterface = u"com.canonical.dbusmenu"_s;
 
 // Collects the item's label signals; QtDBus hands signals only to slots.
 class LabelLog : public QObject {
@@ -33,8 +35,7 @@ class LabelLog : public QObject {
 // A StatusNotifierHost on a connection of its own, so every call really crosses the bus.
 struct Host {
   QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "host");
-  QString name =
-      QStringLiteral("org.kde.StatusNotifierHost-%1").arg(QCoreApplication::applicationPid());
+  QString name = u"org.kde.StatusNotifierHost-%1"_s.arg(QCoreApplication::applicationPid());
 
   QDBusMessage call(const QString& service, const QString& path, const QString& interface,
                     const QString& method, const QVariantList& args = {}) {
@@ -49,19 +50,18 @@ struct Host {
   QVariant property(const QString& service, const QString& path, const QString& interface,
                     const QString& name) {
     const QDBusMessage reply =
-        call(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-             QStringLiteral("Get"), {interface, name});
+        call(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {interface, name});
     return reply.arguments().value(0).value<QDBusVariant>().variant();
   }
   bool registerWithWatcher() {
     bus.registerService(name);
-    return call(watcherName, QStringLiteral("/StatusNotifierWatcher"), watcherName,
-                QStringLiteral("RegisterStatusNotifierHost"), {name})
+    return call(watcherName, u"/StatusNotifierWatcher"_s, watcherName,
+                u"RegisterStatusNotifierHost"_s, {name})
                .type() == QDBusMessage::ReplyMessage;
   }
   QStringList registeredItems() {
-    return property(watcherName, QStringLiteral("/StatusNotifierWatcher"), watcherName,
-                    QStringLiteral("RegisteredStatusNotifierItems"))
+    return property(watcherName, u"/StatusNotifierWatcher"_s, watcherName,
+                    u"RegisteredStatusNotifierItems"_s)
         .toStringList();
   }
 };
@@ -77,15 +77,15 @@ class FakePortal : public QObject {
 
   explicit FakePortal(QVariantMap given) : values(std::move(given)) {
     bus.registerObject(path, this, QDBusConnection::ExportAllSlots);
-    bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    bus.registerService(u"org.freedesktop.portal.Desktop"_s);
   }
   ~FakePortal() override {
-    bus.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    bus.unregisterService(u"org.freedesktop.portal.Desktop"_s);
     bus.unregisterObject(path);
   }
   void change(const QString& group, const QString& key, const QVariant& value) {
-    QDBusMessage signal = QDBusMessage::createSignal(
-        path, QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+    QDBusMessage signal =
+        QDBusMessage::createSignal(path, u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
     signal << group << key << QVariant::fromValue(QDBusVariant(value));
     bus.send(signal);
   }
@@ -97,21 +97,21 @@ class FakePortal : public QObject {
     const QString name = group + u' ' + key;
     if (!values.contains(name)) {
       message.setDelayedReply(true);
-      bus.send(message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"),
-                                        QStringLiteral("Requested setting not found")));
+      bus.send(message.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s,
+                                        u"Requested setting not found"_s));
       return {};
     }
     return QDBusVariant(QVariant::fromValue(QDBusVariant(values.value(name))));
   }
 
  private:
-  const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+  const QString path = u"/org/freedesktop/portal/desktop"_s;
 };
 
 struct Watcher {
   QProcess process;
   void start(Host& host) {
-    process.start(QStringLiteral("status-notifier-watcher"), {});
+    process.start(u"status-notifier-watcher"_s, {});
     ASSERT_TRUE(process.waitForStarted()) << "status-notifier-watcher is not installed";
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return host.bus.interface()->isServiceRegistered(watcherName).value(); }, 5000));
@@ -132,21 +132,20 @@ std::string shown(const sni::MenuLayoutItem& item) {
   for (const auto& child : item.children) {
     const QVariantMap& p = child.properties;
     if (!text.empty()) text += " | ";
-    if (p.value(QStringLiteral("type")) == QStringLiteral("separator")) {
+    if (p.value(u"type"_s) == u"separator"_s) {
       text += "—";
       continue;
     }
-    text += p.value(QStringLiteral("label")).toString().toStdString();
-    if (p.contains(QStringLiteral("toggle-state")))
-      text += p.value(QStringLiteral("toggle-state")).toInt() ? " [x]" : " [ ]";
-    if (p.value(QStringLiteral("enabled"), true) == false) text += " (off)";
+    text += p.value(u"label"_s).toString().toStdString();
+    if (p.contains(u"toggle-state"_s)) text += p.value(u"toggle-state"_s).toInt() ? " [x]" : " [ ]";
+    if (p.value(u"enabled"_s, true) == false) text += " (off)";
     if (!child.children.empty()) text += " {" + shown(child) + "}";
   }
   return text;
 }
 
 const sni::MenuLayoutItem* findLabel(const sni::MenuLayoutItem& item, const QString& label) {
-  if (item.properties.value(QStringLiteral("label")).toString() == label) return &item;
+  if (item.properties.value(u"label"_s).toString() == label) return &item;
   for (const auto& child : item.children)
     if (const auto* found = findLabel(child, label)) return found;
   return nullptr;
@@ -163,42 +162,40 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
     return made;
   }});
   ASSERT_TRUE(item);
-  const QString service = item->serviceName(), path = QStringLiteral("/StatusNotifierItem");
+  const QString service = item->serviceName(), path = u"/StatusNotifierItem"_s;
   ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 3000));
   EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
 
   // Every property, as a host reads them.
   const QDBusMessage all =
-      host.call(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                QStringLiteral("GetAll"), {itemInterface});
+      host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface});
   const QVariantMap p = qdbus_cast<QVariantMap>(all.arguments().value(0));
   const std::pair<const char*, QVariant> plain[] = {
-      {"Category", QStringLiteral("ApplicationStatus")},
-      {"Id", QStringLiteral("tidemark")},
-      {"Title", QStringLiteral("潮汐栏")},
-      {"Status", QStringLiteral("Active")},
+      {"Category", u"ApplicationStatus"_s},
+      {"Id", u"tidemark"_s},
+      {"Title", u"潮汐栏"_s},
+      {"Status", u"Active"_s},
       {"ItemIsMenu", false},
-      {"XAyatanaLabel", QStringLiteral("600519  1,468.80  +1.16%")},
-      {"XAyatanaLabelGuide", QStringLiteral("888888  8,888.88  +88.88%")},
+      {"XAyatanaLabel", u"600519  1,468.80  +1.16%"_s},
+      {"XAyatanaLabelGuide", u"888888  8,888.88  +88.88%"_s},
   };
   for (const auto& [name, value] : plain) EXPECT_EQ(p.value(QLatin1String(name)), value) << name;
-  EXPECT_EQ(qdbus_cast<QDBusObjectPath>(p.value(QStringLiteral("Menu"))).path(),
-            QStringLiteral("/MenuBar"));
-  const auto icons = qdbus_cast<sni::IconPixmapList>(p.value(QStringLiteral("IconPixmap")));
+  EXPECT_EQ(qdbus_cast<QDBusObjectPath>(p.value(u"Menu"_s)).path(), u"/MenuBar"_s);
+  const auto icons = qdbus_cast<sni::IconPixmapList>(p.value(u"IconPixmap"_s));
   ASSERT_EQ(icons.size(), 2);
   EXPECT_EQ(std::tuple(icons[0].width, icons[0].height, icons[0].bytes.size()),
             std::tuple(22, 22, 22 * 22 * 4));
   EXPECT_EQ(std::tuple(icons[1].width, icons[1].height, icons[1].bytes.size()),
             std::tuple(44, 44, 44 * 44 * 4));
   EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
-  const auto tip = qdbus_cast<sni::ToolTip>(p.value(QStringLiteral("ToolTip")));
-  EXPECT_EQ(tip.title, QStringLiteral("潮汐栏"));
+  const auto tip = qdbus_cast<sni::ToolTip>(p.value(u"ToolTip"_s));
+  EXPECT_EQ(tip.title, u"潮汐栏"_s);
   EXPECT_EQ(tip.text.toStdString(), d.delegate->tooltip());
 
   // The label follows the price, and is empty while masked.
   LabelLog log;
-  ASSERT_TRUE(host.bus.connect(service, path, itemInterface, QStringLiteral("XAyatanaNewLabel"),
-                               &log, SLOT(label(QString, QString))));
+  ASSERT_TRUE(host.bus.connect(service, path, itemInterface, u"XAyatanaNewLabel"_s, &log,
+                               SLOT(label(QString, QString))));
   d.model->refresh();
   d.h.scheduler.advance(1);
   ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.isEmpty(); }, 3000));
@@ -209,22 +206,19 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
 
   // Activate hides the orb; a wheel step either way moves to the next symbol.
   ASSERT_TRUE(d.delegate->panel().isVisible());
-  host.call(service, path, itemInterface, QStringLiteral("Activate"), {0, 0});
+  host.call(service, path, itemInterface, u"Activate"_s, {0, 0});
   EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, 3000));
   for (const auto& [delta, next] : {std::pair{120, "00700"}, {-120, "NVDA"}}) {
-    host.call(service, path, itemInterface, QStringLiteral("Scroll"),
-              {delta, QStringLiteral("vertical")});
+    host.call(service, path, itemInterface, u"Scroll"_s, {delta, u"vertical"_s});
     EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->activeID() == next; }, 3000)) << delta;
   }
 
   // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
-  const QString menu = QStringLiteral("/MenuBar");
-  EXPECT_TRUE(host.call(service, menu, menuInterface, QStringLiteral("AboutToShow"), {0})
-                  .arguments()
-                  .value(0)
-                  .toBool());
+  const QString menu = u"/MenuBar"_s;
+  EXPECT_TRUE(
+      host.call(service, menu, menuInterface, u"AboutToShow"_s, {0}).arguments().value(0).toBool());
   const QDBusMessage layout =
-      host.call(service, menu, menuInterface, QStringLiteral("GetLayout"), {0, -1, QStringList()});
+      host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()});
   const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
   EXPECT_EQ(shown(root),
             "模拟源 (off) | — | 显示灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [x] | "
@@ -232,41 +226,31 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
             "灵球尺寸 {72 pt [ ] | 96 pt [x] | 132 pt [ ]} | "
             "演示数据状态 {加载 [ ] | 正常 [x] | 过期 [ ] | 降级 [ ] | 离线 [ ]} | 使用引导 | "
             "退出潮汐栏");
-  const auto* refresh = findLabel(root, QStringLiteral("立即刷新"));
+  const auto* refresh = findLabel(root, u"立即刷新"_s);
   ASSERT_TRUE(refresh);
   EXPECT_FALSE(d.model->hasPendingRefresh());
-  host.call(service, menu, menuInterface, QStringLiteral("Event"),
-            {refresh->id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0u});
+  host.call(service, menu, menuInterface, u"Event"_s,
+            {refresh->id, u"clicked"_s, QVariant::fromValue(QDBusVariant(0)), 0u});
   EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->hasPendingRefresh(); }, 3000));
 
   // The wire types hosts rely on, as signatures.
   const std::tuple<QString, QString, QVariantList, QString> signatures[] = {
-      {menu, QStringLiteral("GetLayout"), {0, -1, QStringList()}, QStringLiteral("u(ia{sv}av)")},
+      {menu, u"GetLayout"_s, {0, -1, QStringList()}, u"u(ia{sv}av)"_s},
       {menu,
-       QStringLiteral("GetGroupProperties"),
+       u"GetGroupProperties"_s,
        {QVariant::fromValue(QList<int>{refresh->id}), QStringList()},
-       QStringLiteral("a(ia{sv})")},
-      {menu,
-       QStringLiteral("GetProperty"),
-       {refresh->id, QStringLiteral("label")},
-       QStringLiteral("v")},
-      {menu,
-       QStringLiteral("AboutToShowGroup"),
-       {QVariant::fromValue(QList<int>{0, 999})},
-       QStringLiteral("aiai")},
-      {menu,
-       QStringLiteral("EventGroup"),
-       {QVariant::fromValue(sni::MenuEventList{})},
-       QStringLiteral("ai")},
+       u"a(ia{sv})"_s},
+      {menu, u"GetProperty"_s, {refresh->id, u"label"_s}, u"v"_s},
+      {menu, u"AboutToShowGroup"_s, {QVariant::fromValue(QList<int>{0, 999})}, u"aiai"_s},
+      {menu, u"EventGroup"_s, {QVariant::fromValue(sni::MenuEventList{})}, u"ai"_s},
   };
   for (const auto& [object, method, args, signature] : signatures)
     EXPECT_EQ(host.call(service, object, menuInterface, method, args).signature(), signature)
         << method.toStdString();
-  EXPECT_EQ(all.signature(), QStringLiteral("a{sv}"));
+  EXPECT_EQ(all.signature(), u"a{sv}"_s);
   const QDBusMessage xml =
-      host.call(service, path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
-                QStringLiteral("Introspect"));
-  EXPECT_TRUE(xml.arguments().value(0).toString().contains(QStringLiteral("XAyatanaNewLabel")));
+      host.call(service, path, u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s);
+  EXPECT_TRUE(xml.arguments().value(0).toString().contains(u"XAyatanaNewLabel"_s));
 
   // A restarted watcher knows the item again once its host is back.
   watcher.stop();
@@ -277,8 +261,8 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
 }
 
 TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
-  const QString gnome = QStringLiteral("org.gnome.desktop.interface enable-animations");
-  const QString kde = QStringLiteral("org.kde.kdeglobals.KDE AnimationDurationFactor");
+  const QString gnome = u"org.gnome.desktop.interface enable-animations"_s;
+  const QString kde = u"org.kde.kdeglobals.KDE AnimationDurationFactor"_s;
   const struct {
     const char* what;
     std::optional<QVariantMap> portal;
@@ -307,13 +291,10 @@ TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
   std::vector<bool> changes;
   setting.watch([&](bool calm) { changes.push_back(calm); });
   ASSERT_TRUE(QTest::qWaitFor([&] { return portal.reads == 2; }, 3000));
-  portal.change(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations"),
-                false);
+  portal.change(u"org.gnome.desktop.interface"_s, u"enable-animations"_s, false);
   ASSERT_TRUE(QTest::qWaitFor([&] { return !changes.empty(); }, 3000));
-  portal.change(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("font-name"),
-                QStringLiteral("Sans 11"));
-  portal.change(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations"),
-                true);
+  portal.change(u"org.gnome.desktop.interface"_s, u"font-name"_s, u"Sans 11"_s);
+  portal.change(u"org.gnome.desktop.interface"_s, u"enable-animations"_s, true);
   ASSERT_TRUE(QTest::qWaitFor([&] { return changes.size() == 2; }, 3000));
   EXPECT_EQ(changes, (std::vector<bool>{true, false}));
 }

@@ -25,6 +25,8 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using Strings = std::vector<std::string>;
 const Date now{800000000};
 
@@ -240,20 +242,20 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   }
   // The tray examples follow the model: nothing to show while masked.
   QTest::qWait(1);
-  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("仅图标")));
+  EXPECT_TRUE(named<QPushButton>(*view, u"仅图标"_s));
   model->setMasked(false);
   QTest::qWait(1);
-  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("+1.16%")));
-  EXPECT_TRUE(named<QPushButton>(*view, QStringLiteral("600519  1,468.80  +1.16%")));
+  EXPECT_TRUE(named<QPushButton>(*view, u"+1.16%"_s));
+  EXPECT_TRUE(named<QPushButton>(*view, u"600519  1,468.80  +1.16%"_s));
 
   // Starting at login: the switch shows the entry's presence, also after a refusal.
-  auto* login = named<QCheckBox>(*view, QStringLiteral("登录时启动"));
+  auto* login = named<QCheckBox>(*view, u"登录时启动"_s);
   login->click();
   EXPECT_TRUE(autostart);
   autostartFailure = "无法删除自启动项 /x";
   login->click();
   EXPECT_TRUE(login->isChecked());
-  EXPECT_TRUE(named<QLabel>(*view, QStringLiteral("无法删除自启动项 /x")));
+  EXPECT_TRUE(named<QLabel>(*view, u"无法删除自启动项 /x"_s));
 
   view->resetPreferences();  // declined
   EXPECT_EQ(model->theme(), AppTheme::aurora);
@@ -275,21 +277,21 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   EXPECT_EQ(view->transferMessage(), QString());
   chosen = QString::fromStdString(path.string());
   view->importWatchlist();
-  EXPECT_EQ(view->transferMessage(), QStringLiteral("导入失败：无法读取 ") + chosen);
+  EXPECT_EQ(view->transferMessage(), u"导入失败：无法读取 "_s + chosen);
   view->exportWatchlist();
-  EXPECT_EQ(view->transferMessage(), QStringLiteral("已导出到 ") + chosen);
+  EXPECT_EQ(view->transferMessage(), u"已导出到 "_s + chosen);
   model->remove("NVDA");
   view->importWatchlist();
-  EXPECT_EQ(view->transferMessage(), QStringLiteral("已导入 5 个标的"));
+  EXPECT_EQ(view->transferMessage(), u"已导入 5 个标的"_s);
   for (const auto& [body, message] : bad) {
     ASSERT_FALSE(writeFileAtomically(path, body));
     view->importWatchlist();
     EXPECT_EQ(view->transferMessage().toStdString(), message);
     EXPECT_EQ(model->watchlist().size(), 5u);
   }
-  chosen = QStringLiteral("/proc/no/such/folder/list.json");
+  chosen = u"/proc/no/such/folder/list.json"_s;
   view->exportWatchlist();
-  EXPECT_EQ(view->transferMessage(), QStringLiteral("导出失败：无法写入 ") + chosen);
+  EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 "_s + chosen);
 }
 
 TEST_F(Windows, DetailFiguresHoverAndClosing) {
@@ -299,10 +301,10 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   detail.resize(980, 680);
   detail.show();
   QTest::qWait(20);
-  EXPECT_EQ(detail.orb().priceDisplay(), QStringLiteral("1,468.80"));
-  EXPECT_EQ(detail.orb().changeDisplay(), QStringLiteral("+1.16%"));
-  EXPECT_EQ(detail.orb().chartLabel(), QStringLiteral("贵州茅台极坐标分时图"));
-  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("示意走势 · 1 日"));
+  EXPECT_EQ(detail.orb().priceDisplay(), u"1,468.80"_s);
+  EXPECT_EQ(detail.orb().changeDisplay(), u"+1.16%"_s);
+  EXPECT_EQ(detail.orb().chartLabel(), u"贵州茅台极坐标分时图"_s);
+  EXPECT_EQ(detail.chart().captionText(), u"示意走势 · 1 日"_s);
   EXPECT_EQ(detail.figureTexts(),
             (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
                          "11-20 02:00:00", "模拟源"}));
@@ -314,8 +316,8 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(h.source.intradayRequests[0].first, "600519");
   h.source.intradayRequests[0].second(std::vector<double>{1460, 1470.5, 1468.8});
   QTest::qWait(1);
-  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("实时分时 · 1 日"));
-  EXPECT_EQ(detail.figureTexts()[1], QStringLiteral("1,460.00"));
+  EXPECT_EQ(detail.chart().captionText(), u"实时分时 · 1 日"_s);
+  EXPECT_EQ(detail.figureTexts()[1], u"1,460.00"_s);
 
   LinearQuoteChart& chart = detail.chart();
   const QRectF plot = chart.plotRect();
@@ -327,9 +329,9 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   QApplication::sendEvent(&chart, &leave);
   EXPECT_EQ(chart.hoveredIndex(), std::nullopt);
 
-  named<QPushButton>(detail, QStringLiteral("设置价格预警"))->click();
+  named<QPushButton>(detail, u"设置价格预警"_s)->click();
   EXPECT_EQ(alerted, 1);
-  named<QPushButton>(detail, QStringLiteral("关闭"))->click();  // with motion: shrinks away first
+  named<QPushButton>(detail, u"关闭"_s)->click();  // with motion: shrinks away first
   EXPECT_TRUE(detail.orb().closing());
   EXPECT_EQ(closed, 0);
   EXPECT_TRUE(QTest::qWaitFor([&] { return closed == 1; }, 5000));
@@ -391,19 +393,19 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   hover(detail.chart(), detail.chart().plotRect().center());
   const QStringList shown = detail.figureTexts();
   EXPECT_EQ(shown.mid(1, 6), (QStringList{"—", "••••", "••••", "••••", "••••", "••••"}));
-  EXPECT_EQ(detail.orb().priceDisplay(), QStringLiteral("••••••"));
-  EXPECT_EQ(detail.orb().changeDisplay(), QStringLiteral("••••%"));
-  EXPECT_EQ(detail.chart().captionText(), QStringLiteral("••••"));
-  EXPECT_EQ(detail.chart().readoutText(), QStringLiteral("••••"));
-  EXPECT_EQ(detail.chart().volumeReadout(), QStringLiteral("成交量 ••••"));
+  EXPECT_EQ(detail.orb().priceDisplay(), u"••••••"_s);
+  EXPECT_EQ(detail.orb().changeDisplay(), u"••••%"_s);
+  EXPECT_EQ(detail.chart().captionText(), u"••••"_s);
+  EXPECT_EQ(detail.chart().readoutText(), u"••••"_s);
+  EXPECT_EQ(detail.chart().volumeReadout(), u"成交量 ••••"_s);
 
   auto view = settings("预警与隐私");
   QStringList texts = list.shownTexts();
   for (const QLabel* label : view->findChildren<QLabel*>()) texts << label->text();
-  EXPECT_TRUE(texts.contains(QStringLiteral("600519  贵州茅台\n价格达到或高于 目标价格已遮蔽")));
-  const QRegularExpression figure(QStringLiteral("[0-9][,.][0-9]|%"));
+  EXPECT_TRUE(texts.contains(u"600519  贵州茅台\n价格达到或高于 目标价格已遮蔽"_s));
+  const QRegularExpression figure(u"[0-9][,.][0-9]|%"_s);
   for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
-  EXPECT_EQ(list.shownTexts().count(QStringLiteral("••••")), 10);
+  EXPECT_EQ(list.shownTexts().count(u"••••"_s), 10);
 }
 
 // Each row's buttons, found by their texts in the row of their symbol.
@@ -456,8 +458,7 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   EXPECT_TRUE(shows("添加、删除和排序会自动保存，卫星环同步更新。"));
   EXPECT_TRUE(shows("我的自选 · 5"));
   settle();
-  const int firstRow =
-      named<QLabel>(view, QStringLiteral("600519  贵州茅台"))->mapTo(&view, QPoint()).y();
+  const int firstRow = named<QLabel>(view, u"600519  贵州茅台"_s)->mapTo(&view, QPoint()).y();
   view.choose("sort", "涨幅从低到高");
   EXPECT_EQ(rows(), (Strings{"000858", "03033", "600519", "00700", "NVDA"}));
   view.choose("sort", "自选顺序");
@@ -474,10 +475,10 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   EXPECT_TRUE(shows("已在自选")) << "found again, and told it is watched";
   view.setSearch("");
 
-  named<QPushButton>(view, QStringLiteral("加入"))->click();  // the first quote not yet watched
+  named<QPushButton>(view, u"加入"_s)->click();  // the first quote not yet watched
   EXPECT_EQ(model->watchlist().size(), 6u);
   QTest::qWait(1);
-  named<QPushButton>(view, QStringLiteral("设为当前标的"))->click();  // the first row not active
+  named<QPushButton>(view, u"设为当前标的"_s)->click();  // the first row not active
   EXPECT_EQ(model->activeID(), "00700");
   model->setWatchlist({});
   QTest::qWait(1);
@@ -485,9 +486,9 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   EXPECT_TRUE(shows("从右侧添加，开始构建你的星系。"));
   // In the list's place, not under it.
   settle();
-  auto* empty = named<QLabel>(view, QStringLiteral("当前没有自选股"));
+  auto* empty = named<QLabel>(view, u"当前没有自选股"_s);
   EXPECT_LT(std::abs(empty->mapTo(&view, QPoint()).y() - firstRow), 60);
-  named<QPushButton>(view, QStringLiteral("恢复默认自选"))->click();
+  named<QPushButton>(view, u"恢复默认自选"_s)->click();
   EXPECT_EQ(model->watchlist().size(), 5u);
 }
 
@@ -502,13 +503,11 @@ TEST_F(Windows, ALongWatchlistShowsItsFirstRowsAndAFullOneAddsNothing) {
     settle();
     int built = 0;  // one select button a row
     for (const QPushButton* b : view.findChildren<QPushButton*>())
-      built += b->toolTip() == QStringLiteral("设为当前标的");
+      built += b->toolTip() == u"设为当前标的"_s;
     EXPECT_EQ(built, 200) << count;
     const QStringList texts = view.shownTexts();
-    EXPECT_TRUE(texts.contains(
-        QStringLiteral("显示前 200 个，共 %1 个 · 用搜索或筛选找到其余的").arg(count)));
-    EXPECT_EQ(texts.contains(QStringLiteral("自选已满 5000 个，移除一些才能加入。")),
-              count == 5000);
+    EXPECT_TRUE(texts.contains(u"显示前 200 个，共 %1 个 · 用搜索或筛选找到其余的"_s.arg(count)));
+    EXPECT_EQ(texts.contains(u"自选已满 5000 个，移除一些才能加入。"_s), count == 5000);
     view.setSearch(std::to_string(600000 + count - 1));
     settle();
     EXPECT_EQ(view.rows().size(), 1u);
@@ -521,7 +520,7 @@ TEST_F(Windows, ALongWatchlistShowsItsFirstRowsAndAFullOneAddsNothing) {
 QStringList cutTexts(QWidget& window) {
   QStringList cut;
   const auto report = [&](const QWidget* w, const QString& text, int needs, int has) {
-    cut << QStringLiteral("%1 \"%2\" needs %3, has %4")
+    cut << u"%1 \"%2\" needs %3, has %4"_s
                .arg(QString::fromLatin1(w->metaObject()->className()), text)
                .arg(needs)
                .arg(has);
@@ -556,11 +555,10 @@ QStringList cutTexts(QWidget& window) {
         report(edit, edit->placeholderText(), needs, edit->width());
     } else if (auto* area = qobject_cast<QScrollArea*>(w)) {
       if (area->widget() && area->horizontalScrollBar()->isVisible())
-        report(area, QStringLiteral("(scrolls sideways)"), area->widget()->width(),
-               area->viewport()->width());
+        report(area, u"(scrolls sideways)"_s, area->widget()->width(), area->viewport()->width());
       if (area->widget() && area->horizontalScrollBarPolicy() == Qt::ScrollBarAlwaysOff &&
           area->widget()->width() > area->viewport()->width())
-        report(area, QStringLiteral("(content cut at the right)"), area->widget()->width(),
+        report(area, u"(content cut at the right)"_s, area->widget()->width(),
                area->viewport()->width());
     }
   }
