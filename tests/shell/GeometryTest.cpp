@@ -35,7 +35,6 @@ TEST(OrbHitShape, CoreControlsAndTransparentParts) {
       {"core rim R+5", free, {283, 230}, true, true},
       {"just past the rim", free, {283.01, 230}, false, false},
       {"ring 0 open", ring, ringButtonCenter(0, 96), true, false},
-      {"ring 4 open", ring, ringButtonCenter(4, 96), true, false},
       {"ring 0 corner", ring, ringButtonCenter(0, 96) + Vector{24, 31}, true, false},
       {"past ring 0", ring, ringButtonCenter(0, 96) + Vector{24.5, 0}, false, false},
       {"ring 0 closed", free, ringButtonCenter(0, 96), false, false},
@@ -47,7 +46,6 @@ TEST(OrbHitShape, CoreControlsAndTransparentParts) {
       {"no satellites", state(none, true), {230, 160}, false, false},
       {"docked satellites", state(left, true, false, 4), {230, 160}, false, false},
       {"corner", ring, {2, 2}, false, false},
-      {"far corner", fourOut, {458, 458}, false, false},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(isInteractive(r.p, r.state), r.interactive) << r.what;
@@ -90,14 +88,6 @@ TEST(OrbLayout, SatellitesRingAndClip) {
   EXPECT_DOUBLE_EQ(satelliteDotDiameter(2.5), 10.5);
 }
 
-TEST(OrbLayout, DockEdgeRawValues) {
-  std::string names;
-  for (DockEdge e : allDockEdges()) names += std::string(rawValue(e)) + ",";
-  EXPECT_EQ(names, "left,right,top,bottom,");
-  for (const char* raw : {"bottom", "", "Left"})
-    EXPECT_EQ(dockEdgeFromRawValue(raw), raw[0] == 'b' ? Edge(bottom) : none) << raw;
-}
-
 const Screen mainScreen{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}};
 const Screen sideScreen{{1920, 0, 1280, 800}, {1920, 0, 1280, 800}};
 const Screen tinyScreen{{0, 0, 100, 60}, {0, 0, 100, 60}};
@@ -133,17 +123,11 @@ TEST(DockGeometry, ADockedOrbKeepsItsScreenAcrossASharedBorder) {
   } rows[] = {
       {sideBySide, {1920, 500}, left, 1, {1920, 500}, {1984, 500}},
       {sideBySide, {1920, 500}, right, 0, {1920, 500}, {1856, 500}},
-      {sideBySide, {0, 500}, left, 0, {0, 500}, {64, 500}},
-      {sideBySide, {3840, 500}, right, 1, {3840, 500}, {3776, 500}},
       {sideBySide, {1930, 0}, top, 1, {1969, 0}, {1984, 64}},
       {sideBySide, {1910, 1080}, bottom, 0, {1871, 1080}, {1856, 1016}},
       {sideBySide, {1920, 2000}, left, 1, {1920, 1031}, {1984, 1016}},  // kept on its screen
       {stacked, {500, 1080}, top, 1, {500, 1080}, {500, 1144}},
       {stacked, {500, 1080}, bottom, 0, {500, 1080}, {500, 1016}},
-      {stacked, {500, 0}, top, 0, {500, 0}, {500, 64}},
-      {stacked, {500, 2160}, bottom, 1, {500, 2160}, {500, 2096}},
-      {stacked, {0, 1500}, left, 1, {0, 1500}, {64, 1500}},
-      {stacked, {1920, 700}, right, 0, {1920, 700}, {1856, 700}},
   };
   for (const auto& row : rows) {
     const std::string what = std::string(rawValue(row.edge)) + " at " + std::to_string(row.c.x) +
@@ -161,14 +145,12 @@ TEST(DockGeometry, ADockedOrbKeepsItsScreenAcrossASharedBorder) {
 }
 
 TEST(WindowPlacement, CentredOrBesideTheOrbAndNeverLargerThanTheScreen) {
-  const Rect screen{0, 0, 1280, 800}, right{1280, 0, 1920, 1080}, small{0, 0, 640, 480};
+  const Rect screen{0, 0, 1280, 800}, small{0, 0, 640, 480};
   const struct {
     const char* what;
     Rect placed, expected;
   } rows[] = {
       // Frames add 8 × 36 around the window's own size.
-      {"settings centred", centredWindow(screen, {960, 740}), {156, 12, 960, 740}},
-      {"on the second screen", centredWindow(right, {960, 740}), {1756, 152, 960, 740}},
       {"shrunk to a small screen", centredWindow(small, {960, 740}), {0, 0, 632, 444}},
       {"guide right of a centred orb",
        windowBesideOrb(screen, {640, 400}, 96, {480, 600}),
