@@ -47,12 +47,6 @@ struct Host {
         << method.toStdString();
     return pending.reply();
   }
-  QVariant property(const QString& service, const QString& path, const QString& interface,
-                    const QString& name) {
-    const QDBusMessage reply =
-        call(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {interface, name});
-    return reply.arguments().value(0).value<QDBusVariant>().variant();
-  }
   bool registerWithWatcher() {
     bus.registerService(name);
     return call(watcherName, u"/StatusNotifierWatcher"_s, watcherName,
@@ -60,8 +54,12 @@ struct Host {
                .type() == QDBusMessage::ReplyMessage;
   }
   QStringList registeredItems() {
-    return property(watcherName, u"/StatusNotifierWatcher"_s, watcherName,
-                    u"RegisteredStatusNotifierItems"_s)
+    return call(watcherName, u"/StatusNotifierWatcher"_s, u"org.freedesktop.DBus.Properties"_s,
+                u"Get"_s, {watcherName, u"RegisteredStatusNotifierItems"_s})
+        .arguments()
+        .value(0)
+        .value<QDBusVariant>()
+        .variant()
         .toStringList();
   }
 };
@@ -183,10 +181,9 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   EXPECT_EQ(qdbus_cast<QDBusObjectPath>(p.value(u"Menu"_s)).path(), u"/MenuBar"_s);
   const auto icons = qdbus_cast<sni::IconPixmapList>(p.value(u"IconPixmap"_s));
   ASSERT_EQ(icons.size(), 2);
-  EXPECT_EQ(std::tuple(icons[0].width, icons[0].height, icons[0].bytes.size()),
-            std::tuple(22, 22, 22 * 22 * 4));
-  EXPECT_EQ(std::tuple(icons[1].width, icons[1].height, icons[1].bytes.size()),
-            std::tuple(44, 44, 44 * 44 * 4));
+  for (int i : {0, 1})  // 22 and 44 pixels square
+    EXPECT_EQ(std::tuple(icons[i].width, icons[i].height, icons[i].bytes.size()),
+              std::tuple(22 << i, 22 << i, (22 << i) * (22 << i) * 4));
   EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
   const auto tip = qdbus_cast<sni::ToolTip>(p.value(u"ToolTip"_s));
   EXPECT_EQ(tip.title, u"潮汐栏"_s);
@@ -234,18 +231,17 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->hasPendingRefresh(); }, 3000));
 
   // The wire types hosts rely on, as signatures.
-  const std::tuple<QString, QString, QVariantList, QString> signatures[] = {
-      {menu, u"GetLayout"_s, {0, -1, QStringList()}, u"u(ia{sv}av)"_s},
-      {menu,
-       u"GetGroupProperties"_s,
+  const std::tuple<QString, QVariantList, QString> signatures[] = {
+      {u"GetLayout"_s, {0, -1, QStringList()}, u"u(ia{sv}av)"_s},
+      {u"GetGroupProperties"_s,
        {QVariant::fromValue(QList<int>{refresh->id}), QStringList()},
        u"a(ia{sv})"_s},
-      {menu, u"GetProperty"_s, {refresh->id, u"label"_s}, u"v"_s},
-      {menu, u"AboutToShowGroup"_s, {QVariant::fromValue(QList<int>{0, 999})}, u"aiai"_s},
-      {menu, u"EventGroup"_s, {QVariant::fromValue(sni::MenuEventList{})}, u"ai"_s},
+      {u"GetProperty"_s, {refresh->id, u"label"_s}, u"v"_s},
+      {u"AboutToShowGroup"_s, {QVariant::fromValue(QList<int>{0, 999})}, u"aiai"_s},
+      {u"EventGroup"_s, {QVariant::fromValue(sni::MenuEventList{})}, u"ai"_s},
   };
-  for (const auto& [object, method, args, signature] : signatures)
-    EXPECT_EQ(host.call(service, object, menuInterface, method, args).signature(), signature)
+  for (const auto& [method, args, signature] : signatures)
+    EXPECT_EQ(host.call(service, menu, menuInterface, method, args).signature(), signature)
         << method.toStdString();
   EXPECT_EQ(all.signature(), u"a{sv}"_s);
   const QDBusMessage xml =
@@ -299,18 +295,15 @@ TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
   EXPECT_EQ(changes, (std::vector<bool>{true, false}));
 }
 
+// Alpha, red, green and blue, row by row, not premultiplied.
 TEST(TrayItem, IconPixelsGoOutAsAlphaRedGreenBlue) {
-  const std::pair<QRgb, QByteArray> cases[] = {
-      {qRgba(0x11, 0x22, 0x33, 0xff), QByteArray("\xff\x11\x22\x33", 4)},
-      {qRgba(0x11, 0x22, 0x33, 0x80), QByteArray("\x80\x11\x22\x33", 4)},
-      {qRgba(0, 0, 0, 0), QByteArray(4, 0)},
-  };
-  for (const auto& [pixel, bytes] : cases) {
-    QImage image(1, 1, QImage::Format_ARGB32);
-    image.setPixel(0, 0, pixel);
-    const sni::IconPixmap icon = sni::iconPixmap(image);
-    EXPECT_EQ(std::tuple(icon.width, icon.height, icon.bytes), std::tuple(1, 1, bytes));
-  }
+  QImage image(3, 1, QImage::Format_ARGB32);
+  image.setPixel(0, 0, qRgba(0x11, 0x22, 0x33, 0xff));
+  image.setPixel(1, 0, qRgba(0x11, 0x22, 0x33, 0x80));
+  image.setPixel(2, 0, qRgba(0, 0, 0, 0));
+  const sni::IconPixmap icon = sni::iconPixmap(image);
+  EXPECT_EQ(std::tuple(icon.width, icon.height, icon.bytes),
+            std::tuple(3, 1, QByteArray("\xff\x11\x22\x33\x80\x11\x22\x33\0\0\0\0", 12)));
 }
 
 TEST(TrayItem, TheGuideKeepsTheLabelsWidestShape) {
