@@ -67,15 +67,13 @@ struct DesktopOptions {
 
 struct Desktop {
   explicit Desktop(DesktopOptions options = {}) : screens(options.screens) {
-    h.store.setData(AppModel::preferencesKey,
-                    std::string(R"({"activeID":"600519","theme":"dark","reduceMotion":)") +
-                        (options.reduceMotion ? "true" : "false") +
-                        R"(,"refreshInterval":0.0,"sourceMode":"mock","masked":false,)"
-                        R"("orbSize":96.0,"autoRotate":false,"menuDensity":2,"phase":"live",)"
-                        R"("latencyMS":0,"updatedAt":816832800.0,"onboardingSeen":true,)"
-                        R"("alertAbove":true,"alertTriggered":false})");
     if (options.position) h.store.setData(AppDelegate::positionKey, *options.position);
     model = h.make();
+    model->setReduceMotion(options.reduceMotion);
+    model->setRefreshInterval(0);
+    model->setAutoRotate(false);
+    model->setMenuDensity(2);
+    model->setOnboardingSeen(true);
     std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting;
     if (options.systemCalm)
       motionSetting = [this, calm = *options.systemCalm] {
