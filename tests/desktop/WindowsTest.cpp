@@ -43,7 +43,6 @@ TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
     const char* status;
     const char* category;  // the one change filter besides 全部 that matches, if any
   } cases[] = {
-      {fund, "正常", "平盘"},
       {quoteAt("161725", "A股基金", "f", 1, 1, 129600), "正常", "平盘"},
       {quoteAt("161725", "A股基金", "f", 1, 1, 129601), "已过期", "平盘"},
       {quoteAt("600519", "A股", "a", 100.0002, 100, 300), "正常", "上涨"},
@@ -60,9 +59,7 @@ TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
           << c.status << " " << filter;
   }
   const std::pair<const char*, bool> searches[] = {
-      {"", true},      {"  \n ", true},     {" 白酒 ", true}, {"1617", true},
-      {"a股基", true}, {"A股基金\t", true}, {"茅台", false},
-  };
+      {"  \n ", true}, {" 白酒 ", true}, {"1617", true}, {"a股基", true}, {"茅台", false}};
   for (const auto& [text, matches] : searches)
     EXPECT_EQ(matchesSearch(text, fund.id, fund.market, &fund), matches) << text;
   EXPECT_FALSE(matchesSearch("白酒", "161725", "A股基金", nullptr));
@@ -116,8 +113,6 @@ TEST(Charts, PolarGeometryAndAxisLabels) {
   EXPECT_EQ(polarChartGeometry({}, 480, 300).ringRadii, (std::array<double, 3>{88, 132, 176}));
   const auto near = [](Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y) < 1e-9; };
   EXPECT_TRUE(near(small.ticks[0].inner, {120, 28}));  // a quarter mark, from 92
-  EXPECT_TRUE(
-      near(small.ticks[1].inner, {120 + 96 * std::sin(M_PI / 12), 120 - 96 * std::cos(M_PI / 12)}));
   EXPECT_TRUE(near(small.ticks[6].outer, {220, 120}));
   const Point expected[] = {
       {120, 74}, {120 + 46 + 44.0 / 3, 120}, {120, 120 + 46 + 88.0 / 3}, {30, 120}};
