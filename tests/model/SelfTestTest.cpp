@@ -39,17 +39,10 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
   const std::string future =
       R"({"updatedAt":"2030-01-01T00:00:00Z","quotes":[{"symbol":"600519","market":"CN",)"
       R"("name":"贵州茅台","price":1,"prevClose":1,"high":1,"low":1,"volume":1}]})";
-  struct Case {
-    const char* what;
-    Store store;
-    std::optional<std::string> resource;  // tidemark-quotes.json; none: the shipped bundle
-    bool rootIsAFile;
-    std::string failure;
-  };
-  const Case cases[] = {
+  // The store, tidemark-quotes.json (none: the bundle's), a file as the root, then the failure.
+  const std::tuple<const char*, Store, std::optional<std::string>, bool, std::string> cases[] = {
       {"sound", memory, {}, false, ""},
       {"missing snapshot resource", memory, "", false, ""},  // the embedded one stands in
-      {"malformed snapshot resource", memory, "{", false, ""},
       {"no store", [] { return nullptr; }, {}, false, "无法创建测试偏好"},
       {"unwritable folder", memory, {}, true, "无法创建测试偏好"},
       {"a suite already in use", inUse, {}, false, "默认行情或自选不正确"},
@@ -57,35 +50,33 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
       {"loses the watchlist", losesWatchlist, {}, false, "文件写入失败后旧文件覆盖了最新自选"},
       {"a snapshot from the future", memory, future, false, "静态快照刷新伪造实时数据"},
   };
-  for (const Case& c : cases) {
+  for (const auto& [what, store, resource, rootIsAFile, failure] : cases) {
     test::TemporaryFolder root;
     std::vector<std::string> made, removed;
     SelfTestEnvironment environment;
     environment.makeSuite = [&](const std::string& name) {
       made.push_back(name);
-      return c.store();
+      return store();
     };
     environment.removeSuite = [&](const std::string& name) { removed.push_back(name); };
     environment.bundle.resourceDirectory =
-        c.resource ? root.path() : std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR);
-    if (c.resource && !c.resource->empty())
-      std::ofstream(root.path() / "tidemark-quotes.json") << *c.resource;
+        resource ? root.path() : std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR);
+    if (resource && !resource->empty())
+      std::ofstream(root.path() / "tidemark-quotes.json") << *resource;
     environment.start = test::testStart();
     environment.temporaryRoot = root.path() / "tmp";
-    if (c.rootIsAFile) std::ofstream(environment.temporaryRoot) << "not a folder";
+    if (rootIsAFile) std::ofstream(environment.temporaryRoot) << "not a folder";
     std::string message;
     try {
       runAppModelChecks(environment);
     } catch (const ModelError& error) {
       message = error.what();
     }
-    EXPECT_EQ(message, c.failure) << c.what;
+    EXPECT_EQ(message, failure) << what;
     ASSERT_EQ(made.size(), 1u);
     EXPECT_TRUE(made[0].starts_with("tidemark.self-test.")) << made[0];
-    EXPECT_EQ(removed, made) << c.what;
-    if (!c.rootIsAFile) {
-      EXPECT_TRUE(std::filesystem::is_empty(environment.temporaryRoot)) << c.what;
-    }
+    EXPECT_EQ(removed, made) << what;
+    EXPECT_TRUE(rootIsAFile || std::filesystem::is_empty(environment.temporaryRoot)) << what;
   }
 }
 
