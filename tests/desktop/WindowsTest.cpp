@@ -557,12 +557,18 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   QWidget* settings = d.delegate->window("settings");
   SettingsView* view = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(view);
-  for (AppTheme theme : allCases<AppTheme>()) {
+  // A theme recolours every open window at once, with its backdrop.
+  const std::pair<AppTheme, QColor> themes[] = {
+      {AppTheme::dark, 0x0B0D1C},  {AppTheme::light, 0xEEF0F8}, {AppTheme::aurora, 0x081A1A},
+      {AppTheme::amber, 0x20170D}, {AppTheme::rose, 0x1E101C},  {AppTheme::ocean, 0x0A1422}};
+  for (const auto& [theme, backdrop] : themes) {
     d.model->setTheme(theme);
     for (bool masked : {false, true}) {
       d.model->setMasked(masked);
       d.h.scheduler.runDue();
       const std::string when = std::string(rawValue(theme)) + (masked ? " masked" : "");
+      for (const char* key : {"guide", "alert", "settings"})
+        EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window), backdrop) << key;
       for (const char* key : {"guide", "alert"}) {
         settle();
         EXPECT_EQ(cutTexts(*d.delegate->window(key)), QStringList()) << key << " " << when;
