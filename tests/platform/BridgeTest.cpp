@@ -23,15 +23,16 @@ namespace tidemark {
 namespace {
 
 struct Bridge {
+  // Without `node`, neither the usual places nor the PATH (the script's folder) hold Node.js.
   explicit Bridge(std::optional<std::filesystem::path> script =
                       std::filesystem::path(TIDEMARK_TEST_RESOURCE_DIR) / "bridge" /
                       "stock-sdk-bridge.mjs",
-                  double deadline = 22, size_t maxResidentBytes = 0)
+                  double deadline = 22, size_t maxResidentBytes = 0, bool node = true)
       : runner(maxResidentBytes), bridge(runner, clock, [&] {
-          BridgeSetup setup;
-          setup.script = script;
-          setup.environment = currentEnvironment();
-          setup.quoteDeadline = deadline;
+          BridgeSetup setup{
+              .script = script, .environment = currentEnvironment(), .quoteDeadline = deadline};
+          if (!node) setup.environment = {{"PATH", script->parent_path()}};
+          if (!node) setup.nodeCandidates = {};
           return setup;
         }()) {}
 
@@ -67,13 +68,19 @@ struct Bridge {
   StockSDKBridge bridge;
 };
 
-TEST(RealBridge, HealthQuotesAndTimelineFromAMirroredTencentFeed) {
+bool asked(const std::vector<std::string>& targets, const std::string& target) {
+  return std::find(targets.begin(), targets.end(), target) != targets.end();
+}
+
+TEST(RealBridge, HealthQuotesTimelineAndSearchFromAMirroredTencentFeed) {
+  using Reply = test::LoopbackServer::Reply;
   const std::string body = test::testData("tencent-basic.gbk");
   const std::string minute = test::testData("tencent-minute-sh600519.json");
-  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
-    if (target.starts_with("/?q=")) return {200, body};
-    if (target == "/appstock/app/minute/query?code=sh600519") return {200, minute};
-    return {404, ""};
+  const std::string hint = test::testData("smartbox-search.txt");
+  Reply search, quote{200, body};
+  test::LoopbackServer server([&](const std::string& target) {
+    if (target == "/appstock/app/minute/query?code=sh600519") return Reply{200, minute};
+    return target.starts_with("/s3/?") ? search : target.starts_with("/?q=") ? quote : Reply{404};
   });
   DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
   endpoints.stockSDKTencentBase = server.base();
@@ -94,17 +101,9 @@ TEST(RealBridge, HealthQuotesAndTimelineFromAMirroredTencentFeed) {
           {"NVDA", "美股", "英伟达", 186.25, 182.4, 187.9, 181.75, 168420310,
            *parseISO8601("2026-10-16T20:00:01Z"), "stock-sdk"},
           {"000858", "A股", "五粮液", 127.05, 128.4, 129.12, 126.55, 184332, close, "stock-sdk"}}));
-  EXPECT_NE(
-      std::find(server.targets.begin(), server.targets.end(), "/?q=sh600519%2Csz000858%2Csh601318"),
-      server.targets.end());
-
+  EXPECT_TRUE(asked(server.targets, "/?q=sh600519%2Csz000858%2Csh601318"));
   EXPECT_EQ(b.timeline(endpoints), (std::vector<double>{1455.0, 1456.5, 1458.2}));
-}
 
-TEST(RealBridge, SearchThroughAMirroredSmartbox) {
-  using Reply = test::LoopbackServer::Reply;
-  const std::string hint = test::testData("smartbox-search.txt");
-  const std::string body = test::testData("tencent-basic.gbk");
   const std::string failed = "stock-sdk 搜索失败";
   // Exchange-traded funds in Hong Kong and the US: their markets say so.
   const std::string funds = R"(v_hint="hk~00700~a~a~ETF^us~nvda.oq~b~b~ETF^sh~600519~c~c~GP-A")";
@@ -119,65 +118,19 @@ TEST(RealBridge, SearchThroughAMirroredSmartbox) {
       {{200, hint, test::LoopbackServer::Delivery::cut}, {200, body}, {}, failed},
       {{200, hint}, {500, ""}, {}, failed},  // hits without quotes are no answer
   };
-  for (const auto& [search, quote, ids, error] : cases) {
-    test::LoopbackServer server([&](const std::string& target) -> Reply {
-      if (target.starts_with("/s3/?")) return search;
-      if (target.starts_with("/?q=")) return quote;
-      return {404, ""};
-    });
-    DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
-    endpoints.stockSDKTencentBase = server.base();
-    Bridge b;
-    auto [quotes, text] = b.search(endpoints);
-    std::vector<std::string> found;
-    for (const QuoteSnapshot& q : quotes) found.push_back(q.id + " " + q.market);
-    EXPECT_EQ(found, ids) << search.body;
+  for (const auto& [searchReply, quoteReply, ids, error] : cases) {
+    search = searchReply;
+    quote = quoteReply;
+    server.targets.clear();
+    auto [found, text] = b.search(endpoints);
+    std::vector<std::string> hits;
+    for (const QuoteSnapshot& q : found) hits.push_back(q.id + " " + q.market);
+    EXPECT_EQ(hits, ids) << search.body;
     EXPECT_EQ(text, error) << search.body;
-    ASSERT_FALSE(server.targets.empty());
-    EXPECT_EQ(server.targets[0], "/s3/?v=2&t=all&q=%E8%8C%85%E5%8F%B0");
     // The index, the off-exchange fund and the bond among the hits are never asked for.
     if (!ids.empty() && search.body == hint) {
-      EXPECT_NE(std::find(server.targets.begin(), server.targets.end(), "/?q=sh600519%2Csz000858"),
-                server.targets.end());
+      EXPECT_TRUE(asked(server.targets, "/?q=sh600519%2Csz000858"));
     }
-  }
-}
-
-// A bridge script of the test's own, in a folder of its own.
-std::filesystem::path script(const test::TemporaryFolder& folder, const char* name,
-                             const char* code) {
-  const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path) << code;
-  return path;
-}
-
-TEST(RealBridge, FailuresEndInTheirTexts) {
-  test::TemporaryFolder folder;
-  const std::tuple<const char*, const char*, double, const char*> children[] = {
-      {"hung", "setInterval(() => {}, 1000);", 0.5, "stock-sdk 未返回有效报价"},
-      {"silent", "", 22, "stock-sdk 未返回有效报价"},
-      {"flood", "import {writeSync} from 'node:fs'; for (;;) writeSync(1, 'x'.repeat(1 << 20));",
-       22, "stock-sdk 输出的数据过大"},
-  };
-  for (const auto& [name, code, deadline, text] : children) {
-    Bridge bridge(script(folder, name, code), deadline);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_EQ(bridge.quotes({}, {"600519"}).second, text) << name;
-    EXPECT_LT(elapsed.elapsed(), 5000) << name << " was not stopped in time";
-  }
-  {
-    ManualClock clock;
-    QtProcessRunner runner;
-    BridgeSetup setup;
-    setup.script = script(folder, "nonode", "");
-    setup.nodeCandidates = {};
-    setup.environment = {{"PATH", folder.path().string()}};
-    StockSDKBridge bridge(runner, clock, setup);
-    std::optional<std::string> text;
-    bridge.fetchQuotes({}, {"600519"}, [&](auto, auto error) { text = error; });
-    EXPECT_EQ(text, "未找到 Node.js，无法启动 stock-sdk");
   }
 }
 
@@ -213,36 +166,54 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
   }
 }
 
-TEST(RealBridge, ChildrenGetAHeapBoundAndOneThatGrowsIsKilled) {
+// Scripts of the test's own, each in a folder of its own: every way a child fails ends in its
+// text well before the deadline, and one that grows past its memory bound is killed near it.
+TEST(RealBridge, ChildrenGetAHeapBoundAndEveryFailureEndsInItsText) {
   test::TemporaryFolder folder;
-  // Prints a whole answer, then takes 2 MB every 10 ms.
-  const auto grows = script(folder, "grows",
-                            "console.log('[{\"id\":\"600519\",\"name\":\"x\",\"price\":1,"
-                            "\"prevClose\":1}]'); const held = [];"
-                            "setInterval(() => held.push(Buffer.alloc(2 << 20, 1)), 10);");
+  const auto script = [&](const char* name, const char* code) {
+    const auto path = folder.path() / name / "stock-sdk-bridge.mjs";
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path) << code;
+    return path;
+  };
   const size_t bound = StockSDKBridge::childMemoryLimit;
-  test::PeakMemory memory(::getpid());
-  Bridge growing(grows, 22, bound);
-  QElapsedTimer elapsed;
-  elapsed.start();
-  // What it printed before it was killed is not taken.
-  EXPECT_EQ(growing.quotes({}, {"600519"}).second, "stock-sdk 未返回有效报价");
-  EXPECT_LT(elapsed.elapsed(), 5000) << "killed at the deadline, not for its memory";
-  memory.stop();
-  ASSERT_EQ(memory.descendants.size(), 1u);
-  const size_t peak = memory.descendants.begin()->second.peakKB << 10;
-  // Killed near the bound (the last sample may come a little before the kill), not far past it.
-  EXPECT_GT(peak, bound - (16 << 20));
-  EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
+  const std::string nothing = "stock-sdk 未返回有效报价";
+  // Without code, no Node.js is found for the script. The one that grows prints a whole answer,
+  // then takes 2 MB every 10 ms: what it printed before it was killed is not taken.
+  const std::tuple<const char*, const char*, double, size_t, std::string> children[] = {
+      {"hung", "setInterval(() => {}, 1000);", 0.5, 0, nothing},
+      {"silent", "", 22, 0, nothing},
+      {"flood", "import {writeSync} from 'node:fs'; for (;;) writeSync(1, 'x'.repeat(1 << 20));",
+       22, 0, "stock-sdk 输出的数据过大"},
+      {"nonode", nullptr, 22, 0, "未找到 Node.js，无法启动 stock-sdk"},
+      {"grows",
+       "console.log('[{\"id\":\"600519\",\"name\":\"x\",\"price\":1,\"prevClose\":1}]');"
+       "const held = []; setInterval(() => held.push(Buffer.alloc(2 << 20, 1)), 10);",
+       22, bound, nothing},
+  };
+  for (const auto& [name, code, deadline, limit, text] : children) {
+    test::PeakMemory memory(::getpid());
+    Bridge bridge(script(name, code ? code : ""), deadline, limit, code != nullptr);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_EQ(bridge.quotes({}, {"600519"}).second, text) << name;
+    EXPECT_LT(elapsed.elapsed(), 5000) << name << " was not stopped in time";
+    memory.stop();
+    if (!limit) continue;
+    ASSERT_EQ(memory.descendants.size(), 1u);
+    const size_t peak = memory.descendants.begin()->second.peakKB << 10;
+    // Killed near the bound (the last sample may come a little before the kill), not far past it.
+    EXPECT_GT(peak, bound - (16 << 20));
+    EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
+  }
 
   // The heap limit reaches V8: the price is the limit in megabytes (old space 64 plus the young
   // generation), where Node's own default is gigabytes.
-  const auto heap =
-      script(folder, "heap",
-             "import v8 from 'node:v8'; const mb ="
-             "v8.getHeapStatistics().heap_size_limit / 1048576; console.log("
-             "JSON.stringify([{id: '600519', name: 'x', price: mb, prevClose: 1}]));");
-  Bridge bounded(heap, 22, bound);
+  Bridge bounded(script("heap",
+                        "import v8 from 'node:v8'; const mb ="
+                        "v8.getHeapStatistics().heap_size_limit / 1048576; console.log("
+                        "JSON.stringify([{id: '600519', name: 'x', price: mb, prevClose: 1}]));"),
+                 22, bound);
   auto [quotes, error] = bounded.quotes({}, {"600519"});
   ASSERT_EQ(quotes.size(), 1u) << error.value_or("");
   EXPECT_GE(quotes[0].price, 64);
@@ -255,44 +226,45 @@ TEST(Bridge, OneChildPerKindOfRun) {
   ManualScheduler scheduler(clock);
   test::FakeProcessRunner runner(scheduler);
   runner.holdRuns = true;
-  const std::string one = R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])";
-  const std::string three = R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])";
   runner.results = {
-      {{}, 0, true, false, one}, {{}, 1, true, false, ""}, {{}, 0, true, false, three}};
-  BridgeSetup setup;
-  setup.script = "/b/stock-sdk-bridge.mjs";
-  setup.environment = {{"NODE_OPTIONS", "--use-openssl-ca"}};
-  setup.isExecutable = [](const std::string&) { return true; };
-  StockSDKBridge bridge(runner, clock, setup);
+      {{},
+       0,
+       true,
+       false,
+       R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])"},
+      {{}, 1, true, false, ""},
+      {{}, 0, true, false, R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])"}};
+  StockSDKBridge bridge(runner, clock,
+                        {.script = "/b/stock-sdk-bridge.mjs",
+                         .environment = {{"NODE_OPTIONS", "--use-openssl-ca"}},
+                         .isExecutable = [](const std::string&) { return true; }});
   std::vector<std::string> log;
-  const auto quotes = [&](const std::string& who, const std::string& base,
-                          std::vector<std::string> symbols) {
-    DataSourceEndpoints endpoints;
-    endpoints.stockSDKTencentBase = base;
-    bridge.fetchQuotes(endpoints, symbols, [&log, who](auto found, auto error) {
-      log.push_back(who + ": " + (found.empty() ? error.value_or("") : found[0].id));
+  const auto quotes = [&](const std::string& who, const std::string& base, const char* symbol) {
+    bridge.fetchQuotes({.stockSDKTencentBase = base}, {symbol}, [&log, who](auto found, auto e) {
+      log.push_back(who + ": " + (found.empty() ? e.value_or("") : found[0].id));
     });
   };
-  quotes("a", "m", {"600519"});
-  quotes("a again", "m", {"600519"});  // shares the running child
+  const auto end = [&](size_t run) {
+    runner.end(run);
+    scheduler.runDue();
+  };
+  quotes("a", "m", "600519");
+  quotes("a again", "m", "600519");  // shares the running child
   bridge.fetchTimeline({}, "600519", "A股", [&](auto values) {
     log.push_back(values ? "series" : "no series");
-  });                                      // another kind: runs at once
-  quotes("a elsewhere", "n", {"600519"});  // another endpoint set: waits
-  quotes("b", "m", {"00700"});             // takes the waiting one's place
+  });                                    // another kind: runs at once
+  quotes("a elsewhere", "n", "600519");  // another endpoint set: waits
+  quotes("b", "m", "00700");             // takes the waiting one's place
   EXPECT_EQ(runner.requests.size(), 2u);
   EXPECT_EQ(log, std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价"});
-  runner.end(1);
-  scheduler.runDue();
-  runner.end(0);
-  scheduler.runDue();
+  end(1);
+  end(0);
   EXPECT_EQ(log, (std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价", "no series",
                                            "a: 600519", "a again: 600519"}));
   ASSERT_EQ(runner.requests.size(), 3u);  // b's child, once a's had ended
   EXPECT_EQ(runner.requests[2].arguments,
             (std::vector<std::string>{"/b/stock-sdk-bridge.mjs", "--quotes", R"(["00700"])"}));
-  runner.end(2);
-  scheduler.runDue();
+  end(2);
   EXPECT_EQ(log.back(), "b: NVDA");
   for (const ProcessRequest& request : runner.requests)
     EXPECT_EQ(request.environment.at("NODE_OPTIONS"), "--use-openssl-ca --max-old-space-size=64");

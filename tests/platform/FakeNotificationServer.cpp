@@ -7,6 +7,8 @@
 #include <QDBusVirtualObject>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class Server final : public QDBusVirtualObject {
@@ -14,21 +16,16 @@ class Server final : public QDBusVirtualObject {
   QString introspect(const QString&) const override { return {}; }
 
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-    const QString member = message.member();
     const QList<QVariant> args = message.arguments();
-    QList<QVariant> reply;
-    if (member == QStringLiteral("GetServerInformation")) {
-      reply = {QStringLiteral("fake"), QStringLiteral("tidemark"), QStringLiteral("1.0"),
-               QStringLiteral("1.2")};
-    } else if (member == QStringLiteral("Notify") && args.size() == 8) {
+    QList<QVariant> reply;  // to GetServerInformation too: the notifier reads no field of it
+    if (message.member() == u"Notify"_s && args.size() == 8) {
       const uint replaces = args[1].toUInt();
-      print(QStringLiteral("Notify|%1|%2|%3|%4")
-                .arg(args[0].toString(), QString::number(replaces), args[3].toString(),
-                     args[4].toString()));
+      print(u"Notify|%1|%2|%3|%4"_s.arg(args[0].toString(), QString::number(replaces),
+                                        args[3].toString(), args[4].toString()));
       reply = {QVariant::fromValue(replaces ? replaces : ++lastID_)};
-    } else if (member == QStringLiteral("CloseNotification")) {
-      print(QStringLiteral("CloseNotification|") + QString::number(args.value(0).toUInt()));
-    } else {
+    } else if (message.member() == u"CloseNotification"_s) {
+      print(u"CloseNotification|"_s + QString::number(args.value(0).toUInt()));
+    } else if (message.member() != u"GetServerInformation"_s) {
       return false;
     }
     connection.send(message.createReply(reply));
@@ -49,8 +46,8 @@ int main(int argc, char** argv) {
   QCoreApplication app(argc, argv);
   Server server;
   QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), &server) ||
-      !bus.registerService(QStringLiteral("org.freedesktop.Notifications"))) {
+  if (!bus.registerVirtualObject(u"/org/freedesktop/Notifications"_s, &server) ||
+      !bus.registerService(u"org.freedesktop.Notifications"_s)) {
     std::fprintf(stderr, "cannot register the notification service\n");
     return 1;
   }
