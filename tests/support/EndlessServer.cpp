@@ -8,7 +8,7 @@
 
 namespace tidemark::test {
 
-EndlessServer::EndlessServer(bool announceLength) : announceLength_(announceLength) {
+EndlessServer::EndlessServer() {
   listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -54,8 +54,7 @@ void EndlessServer::serve(int connection) {
     targets_.push_back(request.substr(from, request.find(' ', from) - from));
     lock.unlock();
     const std::string head =
-        "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n" +
-        std::string(announceLength_ ? "Content-Length: 1073741824\r\n" : "") + "\r\n";
+        "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n\r\n";
     const std::string block(64 << 10, 'x');
     for (ssize_t sent = ::send(connection, head.data(), head.size(), MSG_NOSIGNAL); going(sent);
          sent_ += std::max<ssize_t>(sent, 0))

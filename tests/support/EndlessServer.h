@@ -13,8 +13,7 @@ namespace tidemark::test {
 // a client that buffers without bound shows it at once (a server paced by the reader hides it).
 class EndlessServer {
  public:
-  // Without a Content-Length, or announcing a gigabyte.
-  explicit EndlessServer(bool announceLength = false);
+  EndlessServer();
   ~EndlessServer();
 
   std::string base() const { return "http://127.0.0.1:" + std::to_string(port_); }
@@ -27,7 +26,6 @@ class EndlessServer {
  private:
   void serve(int connection);
 
-  bool announceLength_;
   int listener_, port_;
   std::atomic<bool> stopping_{false};
   std::atomic<size_t> sent_{0};
