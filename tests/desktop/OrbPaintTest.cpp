@@ -1,15 +1,21 @@
-// What the orb and the tray icon look like, checked at a few pixels, and how the orb moves.
+// What the orb and the tray icon look like, checked at a few pixels, how the orb moves, and the
+// springs, frame ticker and symbols it is drawn with.
 
 #include <gtest/gtest.h>
 
 #include <numbers>
 
+#include <QImage>
+#include <QPainter>
 #include <QTest>
 
 #include "core/ManualScheduler.h"
 #include "shell/OrbContentView.h"
 #include "support/ModelHarness.h"
+#include "views/FrameTicker.h"
 #include "views/MiniOrb.h"
+#include "views/Spring.h"
+#include "views/Symbols.h"
 #include "views/Theme.h"
 
 namespace tidemark {
@@ -278,7 +284,60 @@ TEST(OrbMotion, SatellitesUnfoldAndFreshQuotesPulseOnlyWithMotion) {
     }
     orb.run(2);
     EXPECT_NEAR(orb.orb().swapOffset(), 0, 1e-3);
+    // At rest only the slow drift asks for frames; without motion nothing does.
+    EXPECT_EQ(orb.orb().ticker().isRunning(), motion);
   }
+}
+
+// The overshoot its damping gives, a period set by its response, a turn without a jump in
+// velocity, and a snap that stops it at once.
+TEST(Spring, SettlesWithItsOvershootAndTurnsSmoothly) {
+  // Damping fraction, largest value on the way from 0 to 1, frames to rest at most.
+  const std::tuple<double, double, double, int> runs[] = {{1.0, 0.0, 1.0, 90},
+                                                          {0.3, 1.3, 1.4, 400}};
+  for (const auto& [damping, atLeast, atMost, frames] : runs) {
+    Spring spring(0.5, damping);
+    spring.setTarget(1);
+    double peak = 0;
+    int n = 0;
+    for (; spring.isMoving() && n < 600; ++n) {
+      spring.advance(1.0 / 60);
+      peak = std::max(peak, spring.value());
+    }
+    EXPECT_GE(peak, atLeast) << damping;  // ζ = 0.3 overshoots by about 37 %
+    EXPECT_LE(peak, atMost) << damping;
+    EXPECT_LT(n, frames) << damping;
+  }
+  Spring quick(0.2, 1.0), slow(0.8, 1.0);
+  for (Spring* s : {&quick, &slow}) {
+    s->setTarget(1);
+    s->advance(0.1);
+  }
+  EXPECT_GT(quick.value(), 0.5);
+  EXPECT_LT(slow.value(), 0.2);
+  const double speed = quick.velocity();
+  quick.setTarget(-100);
+  EXPECT_EQ(quick.velocity(), speed);  // no jump: it turns round smoothly
+  quick.snap(7);
+  EXPECT_FALSE(quick.isMoving());
+  EXPECT_EQ(quick.value(), 7);
+}
+
+TEST(Symbols, EveryNameDrawsAndOthersDrawNothing) {
+  for (std::string_view name : symbolNames()) {
+    QImage image(24, 24, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    EXPECT_TRUE(drawSymbol(painter, name, QRectF(0, 0, 24, 24), Qt::black));
+    painter.end();
+    int inked = 0;
+    for (int y = 0; y < 24; ++y)
+      for (int x = 0; x < 24; ++x) inked += image.pixelColor(x, y).alpha() > 128;
+    EXPECT_GT(inked, 12) << name;
+  }
+  QImage image(24, 24, QImage::Format_ARGB32_Premultiplied);
+  QPainter painter(&image);
+  EXPECT_FALSE(drawSymbol(painter, "star.fill", QRectF(0, 0, 24, 24), Qt::black));
 }
 
 }  // namespace

@@ -1,0 +1,228 @@
+// Value types, number texts, dates, the endpoint set and the change signal.
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <limits>
+#include <vector>
+
+#include "core/ChangeSignal.h"
+#include "core/DataSourceEndpoints.h"
+#include "core/Date.h"
+#include "core/Enums.h"
+#include "core/NumberText.h"
+#include "core/QuoteSnapshot.h"
+#include "core/Url.h"
+
+namespace tidemark {
+namespace {
+
+using List = std::vector<std::string>;
+
+TEST(ChangeSignal, SubscriptionsEndWithTheirTokenAndMayOutliveTheSignal) {
+  ChangeSignal::Subscription survivor;
+  int calls = 0;
+  {
+    ChangeSignal signal;
+    auto first = signal.subscribe([&] { ++calls; });
+    {
+      auto second = signal.subscribe([&] { calls += 10; });
+      signal.notify();
+    }
+    signal.notify();
+    survivor = signal.subscribe([&] { ++calls; });
+  }
+  survivor.reset();  // the signal is gone: nothing happens
+  EXPECT_EQ(calls, 12);
+}
+
+TEST(Date, ReadsAndWritesInternetDateTimes) {
+  const std::pair<const char*, double> valid[] = {
+      {"2026-10-16T09:30:00+08:00", 1792114200},   {"2026-10-16T01:30:00Z", 1792114200},
+      {"2026-10-16T01:30:00.250Z", 1792114200.25}, {"2026-10-15T20:30:00-0500", 1792114200},
+      {"2001-01-01T00:00:00Z", 978307200},         {"2024-02-29T00:00:00Z", 1709164800},
+      {"2026-10-16T09:30:00+23:59", 1792056660},
+  };
+  for (const auto& [text, unixSeconds] : valid)
+    EXPECT_EQ(parseISO8601(text).value_or(Date::fromUnix(-1)).unixSeconds(), unixSeconds) << text;
+  // 2026 is no leap year; the offset is required and its hours end at 23.
+  for (const char* text : {"2026-02-29T00:00:00Z", "2026-10-16T09:30:00", "2026-10-16 09:30:00Z",
+                           "2026-10-16T24:00:00Z", "2026-10-16T09:30:00+08:",
+                           "2026-10-16T09:30:00+24:00", "2026-10-16T09:30:00Zjunk", ""})
+    EXPECT_EQ(parseISO8601(text), std::nullopt) << text;
+  // Written back in UTC with whole seconds.
+  EXPECT_EQ(formatISO8601(Date{0}), "2001-01-01T00:00:00Z");
+  EXPECT_EQ(formatISO8601(Date::fromUnix(1792114200.9)), "2026-10-16T01:30:00Z");
+  EXPECT_EQ(formatISO8601(Date::fromUnix(-1)), "1969-12-31T23:59:59Z");
+}
+
+TEST(Endpoints, OneBadFieldInvalidatesTheSet) {
+  const std::pair<std::vector<const char*>, bool> hosts[] = {
+      // The bundled set holds the other allowed domains.
+      {{"https://gtimg.cn/q=", "https://deep.sub.qt.gtimg.cn/q=", "HTTPS://QT.GTIMG.CN/q=",
+        "https://finance.sina.com.cn/x"},
+       true},
+      {{"http://qt.gtimg.cn/q=", "https://user@qt.gtimg.cn/q=", "https://evilgtimg.cn/q=",
+        "https://qt.gtimg.cn.evil.com/q=", "https:///q=", "https://qt.gtimg.cn/q =", ""},
+       false},
+  };
+  for (const auto& [texts, valid] : hosts)
+    for (const char* text : texts)
+      for (auto field : {&DataSourceEndpoints::tencentQuote, &DataSourceEndpoints::yahooSearch}) {
+        DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+        endpoints.*field = text;
+        EXPECT_EQ(endpoints.isValid(), valid) << text;
+      }
+}
+
+TEST(Manifest, ValidityDecodingAndTheTrustedHost) {
+  const std::tuple<int64_t, int64_t, bool> cases[] = {
+      {1, 1, true}, {2, 1, false}, {0, 3, false}, {1, 0, false}};
+  for (auto [schema, revision, valid] : cases)
+    EXPECT_EQ((DataSourceManifest{schema, revision, DataSourceEndpoints::bundled()}.isValid()),
+              valid)
+        << schema << " " << revision;
+  // A manifest as the remote host serves it; the bridge script gets the same endpoint object.
+  const std::string served =
+      R"({"schemaVersion":1,"revision":4,"endpoints":{"tencentQuote":"a","stockSDKTencentBase":"b",)"
+      R"("sinaQuote":"c","tencentSearch":"d","sinaSearch":"e","eastmoneyFundEstimate":"f",)"
+      R"("eastmoneyFundHistory":"g","yahooChart":"h","yahooSearch":"i"}})";
+  const DataSourceManifest manifest{1, 4, {"a", "b", "c", "d", "e", "f", "g", "h", "i"}};
+  EXPECT_EQ(decodeManifest(served), manifest);
+  EXPECT_EQ(toJson(manifest).dump(), served);
+  for (const char* bad : {"{}", "[]", R"({"schemaVersion":1,"revision":2})",
+                          R"({"schemaVersion":"1","revision":2,"endpoints":{}})", "nope"})
+    EXPECT_EQ(decodeManifest(bad), std::nullopt) << bad;
+  // It is fetched only over https from the one trusted host.
+  EXPECT_TRUE(isTrustedManifestURL("https://raw.githubusercontent.com/tidemark-app/c/x.json"));
+  for (const char* url :
+       {"HTTPS://raw.githubusercontent.com/x.json", "http://raw.githubusercontent.com/x.json",
+        "https://raw.githubusercontent.com.evil.org/x.json",
+        "https://gist.githubusercontent.com/x.json", "https://me@raw.githubusercontent.com/x.json",
+        ""})
+    EXPECT_FALSE(isTrustedManifestURL(url)) << url;
+}
+
+TEST(Url, Parts) {
+  auto url = parseUrl("http://127.0.0.1:8080/q=sh600519,usBRK.B?x=1");
+  ASSERT_TRUE(url);
+  EXPECT_EQ(std::tuple(url->scheme, url->host, url->port, url->path, url->query),
+            std::tuple("http", "127.0.0.1", 8080, "/q=sh600519,usBRK.B", "x=1"));
+  for (const char* bad : {"http://h:99999/", "http://h/%zz", "1http://h/", "http://h/\xe4\xb8\xad",
+                          "http://[::1/", "nocolon"})
+    EXPECT_EQ(parseUrl(bad), std::nullopt) << bad;
+  EXPECT_EQ(parseUrl("http://[::1]:80/")->host, "[::1]");
+}
+
+// Only the raw value is read back: not the case's name, nor another spelling such as `foreign`.
+template <class E>
+List rows(const char* foreign) {
+  EXPECT_EQ(fromRawValue<E>(foreign), std::nullopt);
+  List out;
+  for (E value : allCases<E>()) {
+    out.push_back(std::string(rawValue(value)) + "=" + std::string(label(value)));
+    EXPECT_EQ(fromRawValue<E>(rawValue(value)), value);
+  }
+  return out;
+}
+
+TEST(Enums, CasesInDeclarationOrderWithRawValuesAndLabels) {
+  EXPECT_EQ(rows<SourceMode>("staticJSON"),
+            (List{"mock=模拟源", "static=静态 JSON", "automatic=自动容错", "tencent=腾讯行情",
+                  "sina=新浪行情", "stockSDK=stock-sdk"}));
+  EXPECT_EQ(rows<QuotePhase>("Live"),
+            (List{"loading=加载中", "live=实时", "stale=已过期", "degraded=降级", "offline=离线"}));
+  EXPECT_EQ(rows<AppTheme>(""), (List{"dark=深空", "light=晨雾", "aurora=极光", "amber=琥珀",
+                                      "rose=樱粉", "ocean=深海"}));
+}
+
+void expectTexts(const char* locale) {
+  const std::pair<double, const char*> prices[] = {
+      {1234.5, "1,234.50"}, {0.5, "0.50"},         {-123.4, "-123.40"},
+      {1.0234, "1.02"},     {999.999, "1,000.00"}, {-1234.5, "-1,234.50"},
+      {100, "100.00"},      {0, "0.00"},           {1234567.891, "1,234,567.89"},
+  };
+  for (auto [value, text] : prices) EXPECT_EQ(priceText(value), text) << value << locale;
+  const std::pair<double, const char*> percentages[] = {
+      {1.234, "+1.23%"}, {-0.5, "-0.50%"}, {0, "0.00%"}, {0.001, "+0.00%"}, {-0.001, "-0.00%"},
+  };
+  for (auto [value, text] : percentages) EXPECT_EQ(percentText(value), text) << value << locale;
+  const std::pair<int64_t, const char*> volumes[] = {
+      {9999, "9999"}, {10000, "1.0万"}, {99999999, "10000.0万"}, {100000000, "1.00亿"}, {-5, "-5"},
+  };
+  for (auto [value, text] : volumes) EXPECT_EQ(volumeText(value), text) << value << locale;
+}
+
+TEST(NumberText, PricesPercentagesAndVolumesWhateverTheProcessLocale) {
+  expectTexts("");
+  if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "no German locale installed";
+  expectTexts(" in de_DE");
+  std::setlocale(LC_ALL, "C");
+}
+
+TEST(NumberText, QuoteColorsWithDeadBand) {
+  const Color red = Color::hex(0xFF453A), green = Color::hex(0x32D74B), grey = Color::hex(0x8E8E93);
+  const std::pair<double, Color> cases[] = {
+      {0.0001, grey}, {-0.0001, grey}, {0.00011, red}, {-0.00011, green}};
+  for (auto [change, color] : cases) EXPECT_EQ(quoteColor(change), color) << change;
+  EXPECT_DOUBLE_EQ(red.red, 1.0);
+  EXPECT_DOUBLE_EQ(red.green, 0x45 / 255.0);
+}
+
+QuoteSnapshot sample() {
+  return {"600519", "A股", "贵州茅台",          1468.8,   1452, 1475,
+          1448.1,   32165, Date{813'000'000.5}, "tencent"};
+}
+
+TEST(QuoteSnapshot, ChangePercentAndCurrency) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  // Price, previous close and market; the change in percent, zero unless the previous close is
+  // positive, and the currency, by the exact market label.
+  const std::tuple<double, double, const char*, double, const char*> cases[] = {
+      {11, 10, "港股", 10, "HKD"},    {9, 10, "港股基金", -10, "HKD"}, {5, 0, "美股", 0, "USD"},
+      {5, nan, "美股基金", 0, "USD"}, {5, -2, "A股", 0, "CNY"},        {5, 5, "A股基金", 0, "CNY"},
+      {5, 5, "", 0, "CNY"},           {5, 5, "港股 ", 0, "CNY"},
+  };
+  for (auto [price, prevClose, market, percent, currency] : cases) {
+    QuoteSnapshot q = sample();
+    q.price = price;
+    q.prevClose = prevClose;
+    q.market = market;
+    EXPECT_EQ(std::pair(q.changePct(), q.currency()), std::pair(percent, std::string(currency)))
+        << price << " " << prevClose << " " << market;
+  }
+}
+
+TEST(QuoteSnapshot, TrendRunsFromPreviousCloseToPrice) {
+  // Its length, ends and repeatability are checked by the self-test.
+  const QuoteSnapshot q = sample();
+  const auto trend = q.trend();
+  ASSERT_EQ(trend.size(), 60u);
+  // Worked out by hand from the formula: seed 309 (the bytes of "600519"), amplitude
+  // max(16.8 × 0.16, 1452 × 0.0015) = 2.688.
+  const std::pair<int, double> points[] = {
+      {1, 1452.3217910742378}, {30, 1460.7445063504247}, {58, 1468.458441745519}};
+  for (const auto& [i, value] : points) EXPECT_NEAR(trend[i], value, 1e-9) << i;
+  EXPECT_NE(trend, syntheticTrend("600520", q.price, q.prevClose));
+  EXPECT_EQ(syntheticTrend("600519", 0, 0), std::vector<double>(60, 0.0));  // no amplitude
+}
+
+TEST(QuoteSnapshot, DecodingFailsOnAMissingKeyOrAWrongType) {
+  const std::vector<std::pair<std::string, Json>> breaks{
+      {"id", nullptr},       {"volume", 1.5}, {"volume", "1"},   {"price", "1468.8"},
+      {"updatedAt", "2026"}, {"source", 3},   {"market", false},
+  };
+  for (const auto& [key, value] : breaks) {
+    Json object = toJson(sample());
+    object[key] = value;
+    EXPECT_EQ(quoteFromJson(object), std::nullopt) << key << "=" << value;
+    object.erase(key);
+    EXPECT_EQ(quoteFromJson(object), std::nullopt) << "without " << key;
+  }
+  Json wholeVolume = toJson(sample());
+  wholeVolume["volume"] = 32165.0;
+  EXPECT_EQ(quoteFromJson(wholeVolume), sample());
+}
+
+}  // namespace
+}  // namespace tidemark
