@@ -295,8 +295,9 @@ TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
   EXPECT_EQ(changes, (std::vector<bool>{true, false}));
 }
 
-// Alpha, red, green and blue, row by row, not premultiplied.
-TEST(TrayItem, IconPixelsGoOutAsAlphaRedGreenBlue) {
+// The icon's pixels go out as alpha, red, green and blue, row by row, not premultiplied; the
+// label's guide is its widest shape, so the panel keeps its room as the figures change.
+TEST(TrayItem, IconBytesAndTheLabelsGuide) {
   QImage image(3, 1, QImage::Format_ARGB32);
   image.setPixel(0, 0, qRgba(0x11, 0x22, 0x33, 0xff));
   image.setPixel(1, 0, qRgba(0x11, 0x22, 0x33, 0x80));
@@ -304,16 +305,12 @@ TEST(TrayItem, IconPixelsGoOutAsAlphaRedGreenBlue) {
   const sni::IconPixmap icon = sni::iconPixmap(image);
   EXPECT_EQ(std::tuple(icon.width, icon.height, icon.bytes),
             std::tuple(3, 1, QByteArray("\xff\x11\x22\x33\x80\x11\x22\x33\0\0\0\0", 12)));
-}
-
-TEST(TrayItem, TheGuideKeepsTheLabelsWidestShape) {
-  const std::pair<const char*, const char*> cases[] = {
+  const std::pair<const char*, const char*> guides[] = {
       {"+1.16%", "+88.88%"},
       {"600519  1,468.80  -12.50%", "888888  8,888.88  -88.88%"},
       {"暂无自选", "暂无自选"},
-      {"", ""},
-  };
-  for (const auto& [label, guide] : cases)
+      {"", ""}};
+  for (const auto& [label, guide] : guides)
     EXPECT_EQ(StatusNotifierItem::labelGuide(QString::fromUtf8(label)), QString::fromUtf8(guide));
 }
 

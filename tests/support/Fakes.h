@@ -50,17 +50,16 @@ class FakeMarketDataSource final : public MarketDataSource {
   struct Call {
     SourceMode source;
     std::vector<std::string> symbols;
-    std::string tencentQuote;  // the endpoint the request was built from
   };
   struct Answer {
     std::vector<QuoteSnapshot> quotes;
     std::optional<std::string> error;
   };
 
-  void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
+  void fetchQuotes(SourceMode source, const DataSourceEndpoints&,
                    const std::vector<std::string>& symbols, const QuoteMap&,
                    QuotesCompletion completion) override {
-    calls.push_back({source, symbols, endpoints.tencentQuote});
+    calls.push_back({source, symbols});
     held.emplace_back(source, std::move(completion));
     if (!holdAnswers) releaseNext(held.size() - 1);
   }
