@@ -1,5 +1,6 @@
-// The tray item exported over D-Bus, read by a host written here, with the real
-// status-notifier-watcher on a private session bus (the test runs under dbus-run-session).
+// The desktop's session-bus parts on a private bus (the test runs under dbus-run-session): the
+// tray item, read by a host written here with the real status-notifier-watcher; the settings
+// portal's reduce-motion switch; the price alert's notifications.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 #include <QTest>
 
 #include "desktop/DesktopFixture.h"
+#include "platform/DBusNotifier.h"
 #include "platform/DesktopPortal.h"
 #include "platform/StatusNotifierItem.h"
 
@@ -104,6 +106,33 @@ class FakePortal : public QObject {
 
  private:
   const QString path = u"/org/freedesktop/portal/desktop"_s;
+};
+
+// The freedesktop notification service on a connection of its own; it keeps each Notify and
+// CloseNotification as a line.
+class FakeNotifications : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+ public:
+  QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "notifications");
+  QStringList calls;
+
+  FakeNotifications() {
+    bus.registerObject(u"/org/freedesktop/Notifications"_s, this, QDBusConnection::ExportAllSlots);
+    bus.registerService(u"org.freedesktop.Notifications"_s);
+  }
+
+ public Q_SLOTS:
+  QString GetServerInformation(QString&, QString&, QString&) { return u"fake"_s; }
+  uint Notify(const QString& app, uint replaces, const QString&, const QString& summary,
+              const QString& body, const QStringList&, const QVariantMap&, int) {
+    calls << u"Notify|%1|%2|%3|%4"_s.arg(app, QString::number(replaces), summary, body);
+    return replaces ? replaces : ++lastID_;
+  }
+  void CloseNotification(uint id) { calls << u"CloseNotification|"_s + QString::number(id); }
+
+ private:
+  uint lastID_ = 0;
 };
 
 struct Watcher {
@@ -314,7 +343,41 @@ TEST(TrayItem, IconBytesAndTheLabelsGuide) {
     EXPECT_EQ(StatusNotifierItem::labelGuide(QString::fromUtf8(label)), QString::fromUtf8(guide));
 }
 
+bool authorized(DBusNotifier& notifier) {
+  std::optional<bool> answer;
+  notifier.queryAuthorization([&](bool value) { answer = value; });
+  EXPECT_FALSE(answer) << "answered inline";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }, 5000));
+  return answer.value_or(false);
+}
+
+// Without a bus or a notification service nothing is authorised and a post still completes;
+// with one, an alert is posted, replaced and withdrawn.
+TEST(DBusNotifier, WithoutAServiceNothingFailsWithOneItPostsReplacesAndWithdraws) {
+  DBusNotifier unconnected(
+      QDBusConnection::connectToBus(u"unix:path=/nonexistent/bus"_s, u"nowhere"_s));
+  EXPECT_FALSE(authorized(unconnected));
+  DBusNotifier notifier;
+  EXPECT_FALSE(authorized(notifier));
+  int completions = 0;
+  const auto add = [&](const char* body) {
+    notifier.add({"tidemark.price-alert.600519", "贵州茅台 价格提醒", body},
+                 [&] { ++completions; });
+    return QTest::qWaitFor([&, want = completions + 1] { return completions == want; }, 5000);
+  };
+  EXPECT_TRUE(add("no service"));
+  FakeNotifications service;
+  EXPECT_TRUE(authorized(notifier));
+  for (const char* body : {"CNY 1,600.50", "again"}) EXPECT_TRUE(add(body));
+  notifier.remove("tidemark.price-alert.600519");
+  notifier.remove("tidemark.price-alert.00700");  // never shown: nothing to withdraw
+  EXPECT_TRUE(QTest::qWaitFor([&] { return service.calls.size() == 3; }, 5000));
+  EXPECT_EQ(service.calls,
+            (QStringList{"Notify|潮汐栏|0|贵州茅台 价格提醒|CNY 1,600.50",
+                         "Notify|潮汐栏|1|贵州茅台 价格提醒|again", "CloseNotification|1"}));
+}
+
 }  // namespace
 }  // namespace tidemark
 
-#include "TrayItemTest.moc"
+#include "SessionBusTest.moc"
