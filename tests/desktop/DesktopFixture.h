@@ -84,11 +84,8 @@ struct Desktop {
     delegate = std::make_unique<AppDelegate>(
         AppDelegate::Dependencies{*model, h.store, h.clock, h.scheduler, windows, keys,
                                   standardWindowContent(
-                                      *model, h.clock, [this] { return autostart; },
-                                      [this](bool on) -> std::optional<std::string> {
-                                        autostart = on;
-                                        return std::nullopt;
-                                      }),
+                                      *model, h.clock, [] { return false; },
+                                      [](bool) { return std::optional<std::string>{}; }),
                                   [this] { return screens; }, [this] { return mouse; },
                                   std::move(options.notifier), std::move(motionSetting)});
     keys.takenElsewhere = options.keysTakenElsewhere;
@@ -121,7 +118,6 @@ struct Desktop {
   Point mouse{640, 400};
   FakeMotionSetting* motion = nullptr;
   int quits = 0;
-  bool autostart = false;
   std::unique_ptr<AppDelegate> delegate;
 };
 
