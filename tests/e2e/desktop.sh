@@ -30,10 +30,17 @@ pids+=($!)
 
 # The window below the panel: xev reports every button press it gets. Its background is white.
 xev -geometry 1280x800+0+0 -name below -event button >"$tmp/below.log" 2>&1 &
-pids+=($!)
+xev_pid=$!
+pids+=($xev_pid)
 below=
 find_below() { below=$(xdotool search --onlyvisible --name '^below$' 2>/dev/null | head -1) && [ -n "$below" ]; }
-wait_for 10 find_below || die "the window below did not appear"
+below_missing() {
+  local state=ended
+  running "$xev_pid" && state=running
+  die "the window below $1 (xev $state; its log: $(head -c 400 "$tmp/below.log" | tr '\n' ' ')" \
+    "windows named below: $(xwininfo -root -tree | grep -c '"below"'); openbox: $(tail -c 300 "$tmp/openbox.log"))"
+}
+wait_for 20 find_below || below_missing "did not appear"
 white="srgb(255,255,255)"
 
 panel=
@@ -206,7 +213,7 @@ else
   fail "after a click on the desktop the ring button still shows: $(pixel 553 366)"
 fi
 xdotool windowmap --sync "$below"
-wait_for 5 find_below || die "the window below did not come back"
+wait_for 5 find_below || below_missing "did not come back"
 wait_for 5 pixel_is 553 366 "$white" || fail "the window below is not behind the orb again"
 # A left and a right click in another window.
 for button in 1 3; do
