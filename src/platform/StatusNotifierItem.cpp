@@ -470,7 +470,10 @@ void StatusNotifierItem::rebuildMenu() {
     }
     return node;
   };
-  layout_ = walk(*exported_, 0);
+  sni::MenuLayoutItem layout = walk(*exported_, 0);
+  // Hosts keep the layout they fetched until told it changed; an unchanged one keeps its revision.
+  if (revision_ > 0 && layout == layout_) return;
+  layout_ = std::move(layout);
   ++revision_;
   emitSignal(menuPath, "com.canonical.dbusmenu", "LayoutUpdated",
              {QVariant::fromValue(revision_), 0});

@@ -32,6 +32,9 @@ class StatusNotifierItem final : public StatusNotifier {
   void setIcon(const QImage& small, const QImage& large) override;
   void setToolTip(const std::string& text) override;
   void setLabel(const std::string& text) override;
+  void menuChanged() override { rebuildMenu(); }
+  // The revision of the exported menu's layout; a new one is announced with LayoutUpdated.
+  uint menuRevision() const { return revision_; }
   const QString& serviceName() const { return serviceName_; }
 
   // The longest text the label is likely to show in its present form, so the panel keeps its

@@ -37,6 +37,7 @@ struct MenuLayoutItem {
   int id = 0;
   QVariantMap properties;
   std::vector<MenuLayoutItem> children;
+  friend bool operator==(const MenuLayoutItem&, const MenuLayoutItem&) = default;
 };
 
 // (ia{sv}): an item's properties.
