@@ -3,6 +3,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
+#include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
 #include <algorithm>
@@ -34,10 +35,30 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
   return value;
 }
 
+xcb_window_t rootOf(xcb_connection_t* connection) {
+  return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+}
+
+std::vector<xcb_rectangle_t> deviceRectangles(QWidget& window, const QRegion& region) {
+  std::vector<xcb_rectangle_t> rectangles;
+  const qreal ratio = window.devicePixelRatioF();
+  for (const QRect& r : region) {
+    // The X window is in device pixels.
+    rectangles.push_back({static_cast<int16_t>(std::lround(r.x() * ratio)),
+                          static_cast<int16_t>(std::lround(r.y() * ratio)),
+                          static_cast<uint16_t>(std::lround(r.width() * ratio)),
+                          static_cast<uint16_t>(std::lround(r.height() * ratio))});
+  }
+  return rectangles;
+}
+
 class QuietWindowSystem final : public WindowSystem {
  public:
   void setInputRegion(QWidget&, const QRegion&) override {}
-  void showOnAllDesktops(QWidget&) override {}
+  void setVisibleRegion(QWidget&, const std::optional<QRegion>&) override {}
+  void prepareOrbWindow(QWidget&) override {}
+  bool compositing() const override { return true; }
+  void watchCompositing(std::function<void(bool)>) override {}
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool) override {}
   void watchPointerPresses(std::function<void(unsigned long)>) override {}
@@ -45,10 +66,13 @@ class QuietWindowSystem final : public WindowSystem {
 
 class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFilter {
  public:
-  explicit X11WindowSystem(xcb_connection_t* connection) : connection_(connection) {}
-  ~X11WindowSystem() override {
-    if (inputOpcode_) QCoreApplication::instance()->removeNativeEventFilter(this);
+  explicit X11WindowSystem(xcb_connection_t* connection)
+      : connection_(connection),
+        // Qt talks to the display's default screen; Xvfb and Xwayland have only screen 0.
+        compositorSelection_(atom(connection, "_NET_WM_CM_S0")) {
+    QCoreApplication::instance()->installNativeEventFilter(this);
   }
+  ~X11WindowSystem() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
 
   // Raw button events of the X input extension reach every client that asks for them on the
   // root window, whichever window the press goes to; a grab would take the press away.
@@ -61,17 +85,44 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
       xcb_input_event_mask_t head;
       uint32_t bits;
     } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS};
-    xcb_input_xi_select_events(connection_,
-                               xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root, 1,
-                               &mask.head);
+    xcb_input_xi_select_events(connection_, rootOf(connection_), 1, &mask.head);
     xcb_flush(connection_);
-    QCoreApplication::instance()->installNativeEventFilter(this);
+  }
+
+  // A compositing manager owns the _NET_WM_CM_S0 selection; XFixes reports every change of owner.
+  bool compositing() const override {
+    auto cookie = xcb_get_selection_owner(connection_, compositorSelection_);
+    xcb_get_selection_owner_reply_t* reply =
+        xcb_get_selection_owner_reply(connection_, cookie, nullptr);
+    const bool owned = reply && reply->owner != XCB_NONE;
+    std::free(reply);
+    return owned;
+  }
+
+  void watchCompositing(std::function<void(bool)> changed) override {
+    const xcb_query_extension_reply_t* fixes = xcb_get_extension_data(connection_, &xcb_xfixes_id);
+    if (!fixes || !fixes->present) return;
+    std::free(xcb_xfixes_query_version_reply(connection_,
+                                             xcb_xfixes_query_version(connection_, 1, 0), nullptr));
+    compositingChanged_ = std::move(changed);
+    fixesEvent_ = fixes->first_event;
+    xcb_xfixes_select_selection_input(connection_, rootOf(connection_), compositorSelection_,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    xcb_flush(connection_);
   }
 
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr*) override {
     if (type != "xcb_generic_event_t") return false;
     auto* event = static_cast<xcb_generic_event_t*>(message);
-    if ((event->response_type & ~0x80) != XCB_GE_GENERIC) return false;
+    const uint8_t kind = event->response_type & ~0x80;
+    if (compositingChanged_ && kind == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY) {
+      const auto* notify = reinterpret_cast<xcb_xfixes_selection_notify_event_t*>(event);
+      if (notify->selection == compositorSelection_) compositingChanged_(notify->owner != XCB_NONE);
+      return false;  // Qt follows the compositor too
+    }
+    if (kind != XCB_GE_GENERIC || !inputOpcode_) return false;
     auto* generic = reinterpret_cast<xcb_ge_generic_event_t*>(event);
     if (generic->extension != inputOpcode_ || generic->event_type != XCB_INPUT_RAW_BUTTON_PRESS)
       return false;
@@ -82,30 +133,32 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   }
 
   void setInputRegion(QWidget& window, const QRegion& region) override {
-    std::vector<xcb_rectangle_t> rectangles;
-    const qreal ratio = window.devicePixelRatioF();
-    for (const QRect& r : region) {
-      // The X window is in device pixels.
-      rectangles.push_back({static_cast<int16_t>(std::lround(r.x() * ratio)),
-                            static_cast<int16_t>(std::lround(r.y() * ratio)),
-                            static_cast<uint16_t>(std::lround(r.width() * ratio)),
-                            static_cast<uint16_t>(std::lround(r.height() * ratio))});
-    }
-    xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
-                         XCB_CLIP_ORDERING_UNSORTED, static_cast<xcb_window_t>(window.winId()), 0,
-                         0, static_cast<uint32_t>(rectangles.size()), rectangles.data());
+    setShape(window, XCB_SHAPE_SK_INPUT, region);
+  }
+
+  void setVisibleRegion(QWidget& window, const std::optional<QRegion>& region) override {
+    if (region) return setShape(window, XCB_SHAPE_SK_BOUNDING, *region);
+    xcb_shape_mask(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
+                   static_cast<xcb_window_t>(window.winId()), 0, 0, XCB_NONE);
     xcb_flush(connection_);
   }
 
-  void showOnAllDesktops(QWidget& window) override {
-    // Qt sets neither property. Window managers differ in which one they honour, so both.
+  void prepareOrbWindow(QWidget& window) override {
     const auto id = static_cast<xcb_window_t>(window.winId());
+    // Qt leaves the background undefined and keeps pixels at the top left on a resize. A clear
+    // background, and pixels that stay where they are on the screen, let the window grow or
+    // shrink round the orb in one request without a frame of shifted or stale pixels.
+    const uint32_t values[] = {0, XCB_GRAVITY_STATIC};
+    xcb_change_window_attributes(connection_, id, XCB_CW_BACK_PIXEL | XCB_CW_BIT_GRAVITY, values);
+    // Qt sets neither property. Window managers differ in which one they honour, so both.
     const uint32_t everyDesktop = 0xFFFFFFFF;
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id,
                         atom(connection_, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1,
                         &everyDesktop);
-    const std::array<xcb_atom_t, 2> states{atom(connection_, "_NET_WM_STATE_STICKY"),
-                                           atom(connection_, "_NET_WM_STATE_ABOVE")};
+    const std::array<xcb_atom_t, 4> states{atom(connection_, "_NET_WM_STATE_STICKY"),
+                                           atom(connection_, "_NET_WM_STATE_ABOVE"),
+                                           atom(connection_, "_NET_WM_STATE_SKIP_TASKBAR"),
+                                           atom(connection_, "_NET_WM_STATE_SKIP_PAGER")};
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, id, atom(connection_, "_NET_WM_STATE"),
                         XCB_ATOM_ATOM, 32, static_cast<uint32_t>(states.size()), states.data());
     xcb_flush(connection_);
@@ -116,9 +169,20 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   void setExcludedFromCapture(QWidget&, bool) override {}
 
  private:
+  void setShape(QWidget& window, xcb_shape_kind_t kind, const QRegion& region) {
+    const std::vector<xcb_rectangle_t> rectangles = deviceRectangles(window, region);
+    xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_UNSORTED,
+                         static_cast<xcb_window_t>(window.winId()), 0, 0,
+                         static_cast<uint32_t>(rectangles.size()), rectangles.data());
+    xcb_flush(connection_);
+  }
+
   xcb_connection_t* connection_;
+  xcb_atom_t compositorSelection_;
   uint8_t inputOpcode_ = 0;
+  uint8_t fixesEvent_ = 0;
   std::function<void(unsigned long)> pressed_;
+  std::function<void(bool)> compositingChanged_;
 };
 
 class QuietHotKeys final : public GlobalHotKeys {
@@ -190,9 +254,7 @@ class X11HotKeys final : public GlobalHotKeys, public QAbstractNativeEventFilter
   static constexpr std::array<uint16_t, 4> lockVariants{0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2,
                                                         XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 
-  xcb_window_t rootWindow() const {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-  }
+  xcb_window_t rootWindow() const { return rootOf(connection_); }
 
   bool grab(int id, xcb_keysym_t keysym) {
     xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols_, keysym);

@@ -9,6 +9,7 @@
 #include <QScrollArea>
 #include <QStyleHints>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include "core/NumberText.h"
 #include "shell/WindowPlacement.h"
@@ -37,10 +38,6 @@ constexpr WindowSpec windowSpecs[] = {
     {"guide", "欢迎来到岚舟", {480, 600}, {480, 560}, false},
     {"alert", "价格预警", {420, 540}, {420, 540}, false},
 };
-
-QRect toQRect(const Rect& r) {
-  return QRectF(r.x, r.y, r.width, r.height).toAlignedRect();
-}
 
 std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
@@ -98,8 +95,9 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::launch() {
   auto* self = this;
-  panel_ = std::make_unique<OrbPanel>(deps_.model, windowModel_, deps_.clock,
-                                      [self](int command) { self->ringAction(command); });
+  panel_ = std::make_unique<OrbPanel>(
+      deps_.model, windowModel_, deps_.clock, [self](int command) { self->ringAction(command); },
+      deps_.managedOrbWindow);
   OrbContentView& content = panel_->content();
   content.onClick = [self] { self->scheduleClick(); };
   content.onDoubleClick = [self] {
@@ -121,6 +119,9 @@ void AppDelegate::launch() {
   content.onDragMove = [self](QPointF p) { self->moveDrag({p.x(), p.y()}); };
   content.onDragEnd = [self] { self->endDrag(); };
   panel_->onKey = [self](int key) { return self->handleKey(key); };
+  // Focus taken elsewhere closes the ring menu, also where presses in other programs go unseen
+  // (Wayland's own windows).
+  panel_->onDeactivated = [self] { self->windowModel_.setRadialOpen(false); };
   // While the pointer is over the orb the window system reports it leaving; only elsewhere
   // must the pointer be looked for.
   panel_->onPointerEntered = [self] {
@@ -138,9 +139,17 @@ void AppDelegate::launch() {
       deps_.statusNotifier ? deps_.statusNotifier() : nullptr,
       [self] { self->deps_.model.cycleActive(); });
 
-  deps_.windowSystem.showOnAllDesktops(*panel_);
+  // Everything about the window is settled before it is mapped: compositors honour some of it
+  // only then.
+  deps_.windowSystem.prepareOrbWindow(*panel_);
+  compositing_ = deps_.windowSystem.compositing();
+  content.orbView().setCompositing(compositing_);
+  deps_.windowSystem.watchCompositing([self](bool on) { self->setCompositing(on); });
+  content.orbView().onExtentChanged = [self] { self->applyWindowGeometry(); };
   restorePosition();
-  panel_->show();
+  applyWindowGeometry();
+  shown_ = true;
+  applyOrbVisibility();
   panel_->raise();
 
   // Screens come and go; every change re-settles the orb once the dust has settled.
@@ -162,9 +171,11 @@ void AppDelegate::launch() {
   }
 
   subscriptions_.push_back(deps_.model.subscribe([self] { self->scheduleSynchronize(); }));
-  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyInputRegion(); }));
+  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyWindowGeometry(); }));
   synchronize();
-  applyInputRegion();
+  if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+    focusConnection_ = QObject::connect(app, &QGuiApplication::focusWindowChanged, panel_.get(),
+                                        [self] { self->updateYield(); });
 
   hoverTimer_.setInterval(80);
   QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_,
@@ -183,6 +194,7 @@ void AppDelegate::launch() {
     self->pressedAt(p);
   });
   QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
+  windowWatcher_ = watchOwnWindows([self] { self->updateYield(); });
 
   if (deps_.motionSetting) motion_ = deps_.motionSetting();
   if (motion_) {
@@ -216,6 +228,8 @@ void AppDelegate::terminate() {
   hoverTimer_.stop();
   glideTimer_.stop();
   keysRetry_.cancel();
+  QObject::disconnect(focusConnection_);
+  panel_->content().orbView().onExtentChanged = nullptr;
   for (const auto& connection : screenConnections_) QObject::disconnect(connection);
   screenConnections_.clear();
   subscriptions_.clear();
@@ -334,7 +348,11 @@ void AppDelegate::synchronize() {
     deps_.windowSystem.setExcludedFromCapture(*window, exclude);
   }
   applyTheme(m.theme());
-  applyInputRegion();
+  applyWindowGeometry();
+  if (const std::string menu = menuState(); statusItem_ && menu != menuState_) {
+    menuState_ = menu;
+    statusItem_->menuChanged();
+  }
 }
 
 void AppDelegate::showHint(const std::string& text) {
@@ -348,21 +366,20 @@ void AppDelegate::showHint(const std::string& text) {
 
 void AppDelegate::showOrb() {
   if (!panel_) return;
-  if (!panel_->isVisible()) return toggleOrb();
+  if (!shown_) return toggleOrb();
   panel_->raise();
   showHint(usageHint);
 }
 
 void AppDelegate::toggleOrb() {
   if (!panel_) return;
-  if (panel_->isVisible()) {
-    panel_->hide();
-    return;
+  shown_ = !shown_;
+  applyOrbVisibility();
+  if (shown_) {
+    panel_->raise();
+    showHint(usageHint);
   }
-  panel_->show();
-  panel_->raise();
-  applyInputRegion();
-  showHint(usageHint);
+  scheduleSynchronize();  // the tray menu names what a click does now
 }
 
 void AppDelegate::toggleMask() {
@@ -469,58 +486,6 @@ bool AppDelegate::handleKey(int key) {
   }
 }
 
-void AppDelegate::setPassThrough(bool on) {
-  if (passThrough_ == on) return;
-  passThrough_ = on;
-  applyInputRegion();
-}
-
-void AppDelegate::applyInputRegion() {
-  if (!panel_) return;
-  QRegion region;
-  if (!passThrough_) {
-    const OrbHitState state = panel_->content().hitState();
-    const double r = state.orbSize / 2;
-    const Point c = canvasCenter;
-    if (!state.dock) {
-      const double d = r + 5;
-      region = QRegion(QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect(), QRegion::Ellipse);
-    } else {
-      region = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
-    }
-    for (const Rect& r : controlRects(state)) region += toQRect(r);
-  }
-  deps_.windowSystem.setInputRegion(*panel_, region);
-}
-
-void AppDelegate::updatePointerMode() {
-  if (!panel_ || !panel_->isVisible()) return;
-  if (windowModel_.forcedObserve()) {
-    setPassThrough(true);
-    return;
-  }
-  const Point mouse = deps_.mouseLocation();
-  const Point o = origin();
-  const QPointF p(mouse.x - o.x, mouse.y - o.y);
-  if (panel_->content().isInteractive(p) || windowModel_.dragging()) {
-    leaveDate_.reset();
-    setPassThrough(false);
-    hoverTimer_.setInterval(80);
-    return;
-  }
-  const Date now = deps_.clock.now();
-  if (!leaveDate_) {
-    leaveDate_ = now;
-  } else if (now - *leaveDate_ > 0.4) {
-    setPassThrough(true);
-  }
-  // Each look at the pointer is a round trip to the display server. Far from the panel, where
-  // the pointer needs a while to reach the orb, looking half as often is enough.
-  const bool far =
-      p.x() < -120 || p.y() < -120 || p.x() > canvasSide + 120 || p.y() > canvasSide + 120;
-  hoverTimer_.setInterval(passThrough_ && far ? 160 : 80);
-}
-
 std::optional<Screen> AppDelegate::orbScreen() const {
   const auto all = screens();
   if (!panel_) return std::nullopt;
@@ -531,17 +496,17 @@ std::optional<Screen> AppDelegate::orbScreen() const {
   return all[*index];
 }
 
-void AppDelegate::placeWindow(QWidget& window, const std::string& key, QSize size) {
+void AppDelegate::placeWindow(QWidget& window, QSize size) {
   const auto screen = orbScreen();
   if (!screen) {
     window.resize(size);
     return;
   }
   const WindowRequest request{double(size.width()), double(size.height())};
-  // The guide explains the orb, so it stands beside it; the others open in the middle.
-  const Rect r = key == "guide" ? windowBesideOrb(screen->visibleFrame, centerOfOrigin(origin()),
-                                                  deps_.model.orbSize(), request)
-                                : centredWindow(screen->visibleFrame, request);
+  // Beside the orb where the screen has room, so neither hides the other; else in the middle,
+  // where the orb stands aside while the window has the focus.
+  const Rect r = windowBesideOrb(screen->visibleFrame, centerOfOrigin(origin()),
+                                 deps_.model.orbSize(), request);
   window.resize(static_cast<int>(r.width), static_cast<int>(r.height));
   window.move(static_cast<int>(std::lround(r.x)), static_cast<int>(std::lround(r.y)));
 }
@@ -583,7 +548,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   auto* window = new QWidget(nullptr, Qt::Window);
   window->setAttribute(Qt::WA_QuitOnClose, false);
   window->setWindowTitle(QString::fromUtf8(spec->title));
-  placeWindow(*window, key, spec->size);
+  placeWindow(*window, spec->size);
   const QSize size = window->size();
   window->setMinimumSize(spec->minimum.boundedTo(size));
   if (!spec->resizable) window->setFixedSize(size);
@@ -599,6 +564,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   layout->addWidget(scrollingArea(root, window, true));
   applySystemCalm(*window);
   tellShortcuts(*window);
+  window->installEventFilter(windowWatcher_.get());
   windows_[key] = window;
   window->show();
   window->raise();

@@ -25,6 +25,10 @@ namespace tidemark {
 
 class AppDelegate;
 
+// Calls `changed` whenever a window it watches (as an event filter) moves, resizes, shows or
+// hides.
+std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed);
+
 // Builds the root widget of an auxiliary window: "settings" (with its initial section), "guide"
 // or "alert". The windows themselves belong to the delegate.
 using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const std::string& key,
@@ -55,6 +59,9 @@ class AppDelegate {
     std::function<std::unique_ptr<StatusNotifier>()> statusNotifier = {};
     // The desktop's reduce-motion switch; none in tests.
     std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting = {};
+    // The orb's window is managed by the window manager (Wayland sessions) rather than bypassing
+    // it (X11 sessions).
+    bool managedOrbWindow = false;
   };
 
   static constexpr const char* positionKey = "tidemark.orb.position.v2";
@@ -75,6 +82,8 @@ class AppDelegate {
   std::string unavailableKeys() const;
 
   void showHint(const std::string& text);
+  // Whether the orb is shown; it may still stand aside for a window of ours (yieldsToWindow).
+  bool orbShown() const { return shown_; }
   void toggleOrb();
   // Brings a hidden orb back (as toggleOrb does), or a shown one to the front.
   void showOrb();
@@ -92,6 +101,14 @@ class AppDelegate {
   // A press somewhere on the desktop at this time, reported by the window system before or after
   // a window of ours got it.
   void pressedSomewhere(unsigned long time);
+  // A compositing manager started or stopped: without one the orb's window shows only what is
+  // drawn, without glows.
+  void setCompositing(bool on);
+  // One of our windows has the focus and overlaps the orb, which then fades to a quarter (hides,
+  // without a compositor) and lets the pointer through until that window closes, moves off it or
+  // loses the focus.
+  bool yieldsToWindow() const { return yielding_; }
+  void updateYield();
   // The desktop asks for less motion: the orb and the detail follow it.
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
@@ -100,6 +117,10 @@ class AppDelegate {
   void openSettings(const std::string& section);
   void closeWindow(const std::string& key);
   QWidget* window(const std::string& key) const;
+
+  // Where the orb's 460-point canvas stands on the screen (its top left); the window covers
+  // only the part of it that draws something.
+  Point origin() const;
 
   // Drag, glide and docking.
   void startDrag();
@@ -124,13 +145,17 @@ class AppDelegate {
 
  private:
   void buildStatusMenu(QMenu& menu);
-  Point origin() const;
+  // Everything the tray menu's labels and check marks are made of.
+  std::string menuState() const;
   void moveOrigin(Point origin);
-  void applyInputRegion();
+  // Sizes the window to what is drawn and sets its input and (without a compositor) visible
+  // regions.
+  void applyWindowGeometry();
+  void applyOrbVisibility();
   void setPassThrough(bool on);
   std::vector<Screen> screens() const { return deps_.screens(); }
   void scheduleSynchronize();
-  void placeWindow(QWidget& window, const std::string& key, QSize size);
+  void placeWindow(QWidget& window, QSize size);
   void applySystemCalm(QWidget& window);
   void tellShortcuts(QWidget& window);
   // The screen the orb stands on (for a docked orb, the one whose edge it sits on).
@@ -153,6 +178,12 @@ class AppDelegate {
   std::optional<double> lastDockedSize_;
   bool synchronizePending_ = false;
   bool passThrough_ = false;
+  bool shown_ = false, yielding_ = false, compositing_ = true;
+  std::string menuState_;
+  QRegion lastInput_;
+  std::optional<QRegion> lastVisible_;
+  std::unique_ptr<QObject> windowWatcher_;
+  QMetaObject::Connection focusConnection_;
   std::vector<QMetaObject::Connection> screenConnections_;
   std::unique_ptr<QObject> pressWatcher_;
   std::unique_ptr<DesktopMotionSetting> motion_;

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include <QImage>
 #include <QMenu>
@@ -11,17 +12,26 @@
 
 namespace tidemark {
 
-// What the shell needs from the window system beyond Qt: a pointer-input region for the mostly
-// transparent panel, presence on every virtual desktop, exclusion from screen capture, and the
-// two global shortcuts. Each platform supplies its own; the quiet one does nothing.
+// What the shell needs from the window system beyond Qt: a pointer-input region and a visible
+// region for the orb's window, presence on every virtual desktop, whether a compositor blends
+// translucent windows, exclusion from screen capture, and the presses elsewhere that close the
+// ring menu. Each platform supplies its own; the quiet one does nothing and always composites.
 class WindowSystem {
  public:
   virtual ~WindowSystem() = default;
   // Only `region` (window coordinates) takes pointer input; an empty region lets every click
   // through to the window below.
   virtual void setInputRegion(QWidget& window, const QRegion& region) = 0;
-  // Call before the window is first shown.
-  virtual void showOnAllDesktops(QWidget& window) = 0;
+  // Only `region` (window coordinates) of the window shows on the screen; none shows all of it.
+  virtual void setVisibleRegion(QWidget& window, const std::optional<QRegion>& region) = 0;
+  // Call before the window is first shown: it is put on every desktop, kept out of task bars,
+  // its empty parts are clear, and a move and resize in one request leaves its pixels where they
+  // stand on the screen.
+  virtual void prepareOrbWindow(QWidget& window) = 0;
+  // Whether a compositing manager blends translucent windows now; `changed` hears one start or
+  // stop.
+  virtual bool compositing() const = 0;
+  virtual void watchCompositing(std::function<void(bool on)> changed) = 0;
   // Where the system can keep a window out of screenshots and screen sharing.
   virtual bool canExcludeFromCapture() const = 0;
   virtual void setExcludedFromCapture(QWidget& window, bool excluded) = 0;
@@ -71,6 +81,9 @@ class StatusNotifier {
   virtual void setToolTip(const std::string& text) = 0;
   // The text beside the icon; empty for none.
   virtual void setLabel(const std::string& text) = 0;
+  // A label, check mark or submenu of the menu may have changed: hosts that keep the menu they
+  // were given hear of it.
+  virtual void menuChanged() = 0;
 };
 
 // The desktop's own switch for less motion (GNOME's animations, KDE's animation speed) where the

@@ -59,12 +59,8 @@ void OrbContentView::press(QMouseEvent* event, int clickCount) {
     return;
   }
   if (event->button() != Qt::LeftButton) return;
-  if (QWidget* top = window()) {
-    top->activateWindow();
-    startOrigin_ = top->pos();
-  } else {
-    startOrigin_ = {};
-  }
+  if (QWidget* top = window(); top != this) top->activateWindow();
+  startOrigin_ = canvasOrigin ? canvasOrigin() : QPointF();
   setFocus(Qt::MouseFocusReason);
   startMouse_ = event->globalPosition();
   moved_ = false;

@@ -29,8 +29,10 @@ class OrbContentView final : public QWidget {
   OrbView& orbView() { return *orb_; }
 
   std::function<void()> onClick, onDoubleClick, onRightClick, onDragStart, onDragEnd;
-  // The new panel origin, in screen coordinates.
+  // The new canvas origin, in screen coordinates.
   std::function<void(QPointF)> onDragMove;
+  // Where the canvas's top left stands on the screen now.
+  std::function<QPointF()> canvasOrigin;
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;

@@ -7,16 +7,6 @@
 
 namespace tidemark {
 
-Point AppDelegate::origin() const {
-  return panel_ ? Point{static_cast<double>(panel_->x()), static_cast<double>(panel_->y())}
-                : Point{};
-}
-
-void AppDelegate::moveOrigin(Point origin) {
-  if (panel_)
-    panel_->move(static_cast<int>(std::lround(origin.x)), static_cast<int>(std::lround(origin.y)));
-}
-
 void AppDelegate::startDrag() {
   clickWork_.cancel();
   glideTimer_.stop();
@@ -105,7 +95,8 @@ void AppDelegate::centerOrb() {
     moveOrigin(originOfCenter(all[index].visibleFrame.center()));
   }
   if (panel_) {
-    panel_->show();
+    shown_ = true;
+    applyOrbVisibility();
     panel_->raise();
   }
   savePosition();

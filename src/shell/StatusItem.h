@@ -30,6 +30,10 @@ class StatusItem {
   void setToolTip(const std::string& text);
   // The text beside the icon where the desktop can show one.
   void setTitle(const std::string& text);
+  // The menu's labels or check marks changed.
+  void menuChanged() {
+    if (notifier_) notifier_->menuChanged();
+  }
   const std::string& title() const { return title_; }
   const QImage& image() const { return image_; }
   std::string toolTip() const;

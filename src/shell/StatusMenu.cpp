@@ -8,6 +8,13 @@
 
 namespace tidemark {
 
+std::string AppDelegate::menuState() const {
+  const AppModel& m = deps_.model;
+  return m.sourceLabel() + "|" + std::to_string(shown_) + std::to_string(m.masked()) +
+         std::to_string(windowModel_.forcedObserve()) + "|" + std::to_string(m.orbSize()) + "|" +
+         std::string(rawValue(m.phase()));
+}
+
 void AppDelegate::buildStatusMenu(QMenu& menu) {
   AppModel& m = deps_.model;
   const auto add = [&menu](const char* title, const char* key, std::function<void()> action,
@@ -24,8 +31,7 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
 
   menu.addAction(QString::fromStdString(m.sourceLabel()))->setEnabled(false);
   menu.addSeparator();
-  const bool visible = panel_ && panel_->isVisible();
-  add(visible ? "隐藏灵球" : "显示灵球", "", [this] { toggleOrb(); });
+  add(shown_ ? "隐藏灵球" : "显示灵球", "", [this] { toggleOrb(); });
   add("设置…", ",", [this] { openSettings("外观"); });
   menu.addSeparator();
   add("立即刷新", "R", [this] { refresh(); });
@@ -33,7 +39,8 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
   add(
       "屏幕共享遮蔽", "M", [this] { toggleMask(); }, m.masked());
   add(
-      "鼠标穿透（仅菜单栏可恢复）", "", [this] { toggleObserve(); }, windowModel_.forcedObserve());
+      "鼠标穿透（仅托盘菜单可恢复）", "", [this] { toggleObserve(); },
+      windowModel_.forcedObserve());
   add("重新居中 / 解除贴边", "", [this] { centerOrb(); });
   menu.addSeparator();
 

@@ -13,21 +13,60 @@
 
 namespace tidemark {
 
+namespace {
+
+struct SatelliteParts {
+  double radius;   // the dot's
+  double reach;    // with the active one's ring round it
+  QRectF capsule;  // the caption's
+  QString code, change;
+  double codeWidth, changeWidth;
+};
+
+SatelliteParts satelliteParts(QPointF dot, const QuoteSnapshot& quote, const SatelliteLook& look) {
+  const double scale = look.hovered ? 1.4 : look.selected ? 1.2 : 1.0;
+  SatelliteParts parts;
+  parts.radius = satelliteDotDiameter(quote.changePct()) / 2 * scale;
+  parts.reach = look.selected ? parts.radius + 2 + 1.5 + 1.5 : parts.radius;
+  parts.code = QString::fromStdString(quote.id);
+  parts.change = QString::fromStdString(look.masked ? "••••" : percentText(quote.changePct()));
+  parts.codeWidth = QFontMetricsF(uiFont(9, QFont::Bold)).horizontalAdvance(parts.code);
+  parts.changeWidth = QFontMetricsF(uiFont(9, QFont::DemiBold)).horizontalAdvance(parts.change);
+  const double textWidth = parts.codeWidth + 4 + parts.changeWidth;
+  parts.capsule = QRectF(dot.x() - textWidth / 2 - 8, dot.y() + 10, textWidth + 16, 18);
+  return parts;
+}
+
+}  // namespace
+
+QRegion discRegion(QPointF c, double radius) {
+  return QRegion(QRectF(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius).toAlignedRect(),
+                 QRegion::Ellipse);
+}
+
+QRegion roundedRegion(const QRectF& r, double radius) {
+  QPainterPath path;
+  path.addRoundedRect(r, radius, radius);
+  return QRegion(path.toFillPolygon().toPolygon());
+}
+
 void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
                     const SatelliteLook& look, const OrbPalette& palette) {
   painter.save();
   const QColor colour = qt(quoteColor(quote.changePct()));
-  const double scale = look.hovered ? 1.4 : look.selected ? 1.2 : 1.0;
-  const double radius = satelliteDotDiameter(quote.changePct()) / 2 * scale;
+  const SatelliteParts parts = satelliteParts(dot, quote, look);
+  const double radius = parts.radius;
 
-  QRadialGradient glow(dot, radius * 2.2);
-  QColor glowColour = colour;
-  glowColour.setAlphaF(0.7f);
-  glow.setColorAt(0.4, glowColour);
-  glow.setColorAt(1, Qt::transparent);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(glow);
-  painter.drawEllipse(dot, radius * 2.2, radius * 2.2);
+  if (look.glow) {
+    QRadialGradient glow(dot, radius * 2.2);
+    QColor glowColour = colour;
+    glowColour.setAlphaF(0.7f);
+    glow.setColorAt(0.4, glowColour);
+    glow.setColorAt(1, Qt::transparent);
+    painter.setBrush(glow);
+    painter.drawEllipse(dot, radius * 2.2, radius * 2.2);
+  }
   painter.setBrush(colour);
   painter.drawEllipse(dot, radius, radius);
   if (look.selected) {
@@ -39,28 +78,28 @@ void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
   }
   if (look.captionOpacity > 0.001) {
     painter.setOpacity(painter.opacity() * look.captionOpacity);
-    const QString code = QString::fromStdString(quote.id);
-    const QString change =
-        QString::fromStdString(look.masked ? "••••" : percentText(quote.changePct()));
-    const QFont codeFont = uiFont(9, QFont::Bold), changeFont = uiFont(9, QFont::DemiBold);
-    const double codeWidth = QFontMetricsF(codeFont).horizontalAdvance(code);
-    const double changeWidth = QFontMetricsF(changeFont).horizontalAdvance(change);
-    const double textWidth = codeWidth + 4 + changeWidth;
-    const QRectF capsule(dot.x() - textWidth / 2 - 8, dot.y() + 10, textWidth + 16, 18);
+    const QRectF capsule = parts.capsule;
     painter.setPen(QPen(qt(palette.line()), 1));
     painter.setBrush(qt(palette.surface()));
     painter.drawRoundedRect(capsule, 9, 9);
-    painter.setFont(codeFont);
+    painter.setFont(uiFont(9, QFont::Bold));
     painter.setPen(qt(palette.ink()));
-    painter.drawText(QRectF(capsule.x() + 8, capsule.y(), codeWidth + 1, capsule.height()),
-                     Qt::AlignVCenter | Qt::AlignLeft, code);
-    painter.setFont(changeFont);
+    painter.drawText(QRectF(capsule.x() + 8, capsule.y(), parts.codeWidth + 1, capsule.height()),
+                     Qt::AlignVCenter | Qt::AlignLeft, parts.code);
+    painter.setFont(uiFont(9, QFont::DemiBold));
     painter.setPen(look.masked ? qt(palette.secondary()) : colour);
-    painter.drawText(
-        QRectF(capsule.x() + 8 + codeWidth + 4, capsule.y(), changeWidth + 1, capsule.height()),
-        Qt::AlignVCenter | Qt::AlignLeft, change);
+    painter.drawText(QRectF(capsule.x() + 8 + parts.codeWidth + 4, capsule.y(),
+                            parts.changeWidth + 1, capsule.height()),
+                     Qt::AlignVCenter | Qt::AlignLeft, parts.change);
   }
   painter.restore();
+}
+
+QRegion satelliteRegion(QPointF dot, const QuoteSnapshot& quote, const SatelliteLook& look) {
+  const SatelliteParts parts = satelliteParts(dot, quote, look);
+  QRegion region = discRegion(dot, parts.reach + 1);
+  if (look.captionOpacity > 0.001) region += roundedRegion(parts.capsule.adjusted(-1, -1, 1, 1), 9);
+  return region;
 }
 
 RingButton::RingButton(QWidget* parent, std::string label, std::string symbol)
@@ -76,6 +115,18 @@ void RingButton::setLook(const OrbPalette& palette, double appearance) {
   appearance_ = std::clamp(appearance, 0.0, 1.0);
   setVisible(appearance_ > 0.001);
   update();
+}
+
+QRegion RingButton::paintedRegion() const {
+  if (appearance_ <= 0.001) return {};
+  const double scale = 0.2 + 0.8 * appearance_;
+  const QPointF middle(width() / 2.0, height() / 2.0);
+  const auto scaled = [&](QPointF p) { return middle + (p - middle) * scale; };
+  const QFont font = uiFont(9, QFont::DemiBold);
+  const double w = QFontMetricsF(font).horizontalAdvance(QString::fromStdString(label_)) + 10;
+  const QRectF pill(scaled({width() / 2.0 - w / 2, 43}), scaled({width() / 2.0 + w / 2, 59}));
+  return discRegion(scaled({width() / 2.0, 20}), 19.5 * scale + 1) +
+         roundedRegion(pill.adjusted(-1, -1, 1, 1), 8 * scale);
 }
 
 void RingButton::paintEvent(QPaintEvent*) {

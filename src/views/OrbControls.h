@@ -5,6 +5,7 @@
 
 #include <QAbstractButton>
 #include <QPainter>
+#include <QRegion>
 
 #include "core/QuoteSnapshot.h"
 #include "views/OrbPalette.h"
@@ -17,9 +18,16 @@ namespace tidemark {
 struct SatelliteLook {
   bool selected = false, masked = false, hovered = false;
   double captionOpacity = 0;
+  bool glow = true;  // only where a compositor blends it
 };
 void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
                     const SatelliteLook& look, const OrbPalette& palette);
+// What paintSatellite covers without its glow: the dot with its ring, and the caption.
+QRegion satelliteRegion(QPointF dot, const QuoteSnapshot& quote, const SatelliteLook& look);
+
+// Regions for what the orb paints, for a window that shows only that (no compositor).
+QRegion discRegion(QPointF centre, double radius);
+QRegion roundedRegion(const QRectF& r, double radius);
 
 // One of the five ring-menu items: a round button with a symbol over its label; `appearance`
 // (0…1) scales it up from 0.2 and fades it in.
@@ -27,6 +35,8 @@ class RingButton final : public QAbstractButton {
  public:
   RingButton(QWidget* parent, std::string label, std::string symbol);
   void setLook(const OrbPalette& palette, double appearance);
+  // The face and the label's pill as drawn now, in the button's coordinates.
+  QRegion paintedRegion() const;
   std::function<bool(QPoint)> yieldsAt;
 
  protected:

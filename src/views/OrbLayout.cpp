@@ -92,6 +92,26 @@ Rect dockClip(std::optional<DockEdge> edge, Rect frame) {
   return frame;
 }
 
+Rect hintCapsule(double orbSize, std::optional<DockEdge> dock, double textWidth) {
+  const double s = orbSize, w = textWidth + 24, cx = canvasCenter.x, cy = canvasCenter.y;
+  Point at{cx, cy + 1.35 * s};
+  switch (dock.value_or(DockEdge::bottom)) {
+    case DockEdge::left:
+      at = {cx + s / 2 + 12 + w / 2, cy};
+      break;
+    case DockEdge::right:
+      at = {cx - s / 2 - 12 - w / 2, cy};
+      break;
+    case DockEdge::top:
+      at = {cx, cy + s / 2 + 24};
+      break;
+    case DockEdge::bottom:
+      if (dock) at = {cx, cy - s / 2 - 24};
+      break;
+  }
+  return centeredRect(at, w, 24);
+}
+
 double rangeProgress(double price, double low, double high, bool hasQuote) {
   if (!hasQuote) return 0.5;
   // A flat day (high == low) must not divide by zero.

@@ -58,6 +58,10 @@ Rect ringButtonHitRect(int k, double orbSize);
 // The part of `frame` left visible while docked: the half facing away from the edge.
 Rect dockClip(std::optional<DockEdge> edge, Rect frame);
 
+// The transient hint's capsule for a text `textWidth` wide: below the free orb, clear of the
+// spread satellites; beside a docked half-disc, on its visible side.
+Rect hintCapsule(double orbSize, std::optional<DockEdge> dock, double textWidth);
+
 // Where the price stands in the day's range, 0...1; the middle when there is no quote.
 double rangeProgress(double price, double low, double high, bool hasQuote);
 // Grows with the move, capped at 4 %: 6 to 13.2.

@@ -42,6 +42,21 @@ class OrbView final : public QWidget {
   // The desktop's own reduce-motion setting.
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
+  // Whether a compositor blends the window. Without one only paintedRegion() shows, so the glows
+  // and the idle drift are left out.
+  void setCompositing(bool on);
+  bool compositing() const { return compositing_; }
+  // Satellites or ring buttons away from the sphere, or on their way.
+  bool controlsOut() const;
+  // The sphere's size now or the one it is heading for, whichever is larger.
+  double drawnSize() const;
+  // The hint's capsule while a hint shows.
+  std::optional<Rect> hintRect() const;
+  // What is drawn, the glows left out, in this view's coordinates.
+  QRegion paintedRegion() const;
+  // Called whenever the extent of what is drawn may have changed: each frame of a moving
+  // control or size, once when they come to rest, and on every change of state.
+  std::function<void()> onExtentChanged;
   // The text a screen reader speaks for the orb.
   std::string accessibilityText() const;
   // Presses at points where this answers true belong to the orb's core, not to the controls
@@ -88,6 +103,10 @@ class OrbView final : public QWidget {
   void paintBody(QPainter& painter);
   void paintSatellites(QPainter& painter, bool behind) const;
   void setHovered(std::optional<std::size_t> index);
+  SatelliteLook satelliteLook(std::size_t i) const;
+  void extentChanged() {
+    if (onExtentChanged) onExtentChanged();
+  }
   double now() const { return clock_.now().sinceReference; }
 
   AppModel& model_;
@@ -113,7 +132,10 @@ class OrbView final : public QWidget {
   std::optional<std::size_t> hovered_, pressed_;
   std::vector<RingButton*> ringButtons_;
   bool systemCalm_ = false;
+  bool compositing_ = true;
+  bool extentMoving_ = false;
 
+  static constexpr double rippleSeconds = 1.15;
   int pulseCount_ = 0;
   double pulseStart_ = -1e9, flashStart_ = -1e9, swapAt_ = -1e9;
   std::vector<double> ripples_;  // start times

@@ -18,13 +18,19 @@ namespace tidemark::test {
 
 struct RecordingWindowSystem final : WindowSystem {
   void setInputRegion(QWidget&, const QRegion& r) override { region = r; }
-  void showOnAllDesktops(QWidget&) override {}
+  void setVisibleRegion(QWidget&, const std::optional<QRegion>& r) override { visible = r; }
+  void prepareOrbWindow(QWidget&) override {}
+  bool compositing() const override { return composited; }
+  void watchCompositing(std::function<void(bool)> c) override { compositingChanged = std::move(c); }
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool on) override { excluded = on; }
   void watchPointerPresses(std::function<void(unsigned long)> p) override {
     pressed = std::move(p);
   }
-  QRegion region;
+  QRegion region;  // in the window's coordinates
+  std::optional<QRegion> visible;
+  bool composited = true;
+  std::function<void(bool)> compositingChanged;
   bool excluded = false;
   std::function<void(unsigned long time)> pressed;  // a press somewhere on the desktop
 };
@@ -93,6 +99,12 @@ struct Desktop {
     delegate->launch();
   }
   OrbContentView& content() { return delegate->panel().content(); }
+  // A point of the canvas in the orb window's own coordinates.
+  QPoint at(QPointF canvas) {
+    return (canvas - QPointF(delegate->panel().frame().topLeft())).toPoint();
+  }
+  // Places the canvas's top left at (x, y) on the screen.
+  void moveCanvas(int x, int y) { delegate->panel().place({x, y}, delegate->panel().frame()); }
   QWindow* window() { return delegate->panel().windowHandle(); }
   // The first widget of this type in the window opened under `key`. Some views carry no
   // meta-object of their own, so a plain cast finds them.

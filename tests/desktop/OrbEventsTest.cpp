@@ -50,8 +50,9 @@ std::string section(Desktop& d) {
 std::string state(Desktop& d) {
   const OrbWindowModel& w = d.delegate->windowModel();
   return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
-         (w.dockEdge() ? "docked " : "") + "at " + std::to_string(d.delegate->panel().x() + 230) +
-         "," + std::to_string(d.delegate->panel().y() + 230) +
+         (w.dockEdge() ? "docked " : "") + "at " +
+         std::to_string(int(d.delegate->origin().x) + 230) + "," +
+         std::to_string(int(d.delegate->origin().y) + 230) +
          (section(d).empty() ? "" : " " + section(d));
 }
 
@@ -79,7 +80,7 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   };
   for (const auto& [events, expected] : cases) {
     Desktop d;
-    const QPointF origin = d.delegate->panel().pos();
+    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y);
     for (const auto& [type, p] : events) send(d.content(), type, p, origin);
     d.h.scheduler.advance(QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0 -
                           0.01);
@@ -90,11 +91,11 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   // Through the window, where the orb's parts decide which of them takes a press: the core
   // spreads the satellites; the third (NVDA), 3 below its dot, selects and starts no drag.
   Desktop d;
-  QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(230, 230));
+  QTest::mouseClick(d.window(), Qt::LeftButton, {}, d.at({230, 230}));
   d.h.scheduler.advance(1);
   ASSERT_EQ(state(d), "spread at 640,400");
   const Point nvda = satelliteCenter(2, 5, 96, true);
-  QTest::mouseClick(d.window(), Qt::LeftButton, {}, QPoint(int(nvda.x), int(nvda.y + 3)));
+  QTest::mouseClick(d.window(), Qt::LeftButton, {}, d.at({nvda.x, nvda.y + 3}));
   EXPECT_EQ(d.model->activeID(), "NVDA");
   EXPECT_EQ(state(d), "spread at 640,400");
 }
@@ -147,7 +148,7 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {tray, "设置…", none, windows, "settings 外观"},
       {tray, "价格预警…", none, windows, "alert "},
       {tray, "屏幕共享遮蔽", none, masking, "1行情数字已遮蔽"},
-      {tray, "鼠标穿透（仅菜单栏可恢复）", none,
+      {tray, "鼠标穿透（仅托盘菜单可恢复）", none,
        [](Desktop& d) { return std::to_string(d.delegate->passesPointerThrough()); }, "1"},
       {tray, "72 pt", none, size, "72"},
       {tray, "离线", none, [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
@@ -167,11 +168,13 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {key, "Return", spread, state, "at 640,400"},
       {key, "Esc", spread, state, "at 640,400"},
       {key, "Esc",
-       [](Desktop& d) { QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230)); },
+       [](Desktop& d) {
+         QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
+       },
        state, "at 640,400"},
       {key, "Esc",
        [](Desktop& d) {
-         d.delegate->panel().move(-225, 170);
+         d.moveCanvas(-225, 170);
          d.delegate->settle(std::nullopt);
        },
        state, "at 64,400"},  // undocked
@@ -182,7 +185,7 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
     k.before(d);
     const QString name = QString::fromUtf8(k.name);
     if (k.via == ring) {
-      QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+      QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
       ASSERT_TRUE(d.delegate->windowModel().radialOpen());
       QAbstractButton* button = d.ringButton(name);
       ASSERT_TRUE(button) << k.name;
@@ -248,12 +251,14 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
       {"in our settings window", inSettings(Qt::LeftButton), false},
       {"a right click in our settings window", inSettings(Qt::RightButton), false},
       {"a second right click on the core",
-       [](Desktop& d) { QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230)); },
+       [](Desktop& d) {
+         QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
+       },
        false},
   };
   for (const Case& k : cases) {
     Desktop d;
-    QTest::mouseClick(d.window(), Qt::RightButton, {}, QPoint(230, 230));
+    QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
     ASSERT_TRUE(d.delegate->windowModel().radialOpen());
     k.press(d);
     EXPECT_EQ(d.delegate->windowModel().radialOpen(), k.staysOpen) << k.what;
@@ -328,11 +333,11 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   EXPECT_TRUE(d.windows.region.isEmpty());
   d.delegate->toggleObserve();
   d.delegate->updatePointerMode();
-  EXPECT_TRUE(d.windows.region.contains(QPoint(230, 230)));
-  EXPECT_FALSE(d.windows.region.contains(QPoint(10, 10)));
+  EXPECT_TRUE(d.windows.region.contains(d.at({230, 230})));
+  EXPECT_FALSE(d.windows.region.contains(d.at({130, 130})));
 }
 
-TEST(Delegate, WindowsAreReusedCentredAndTheAlertEditorStartsAfresh) {
+TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings("外观");
   QWidget* settings = d.delegate->window("settings");
@@ -352,8 +357,8 @@ TEST(Delegate, WindowsAreReusedCentredAndTheAlertEditorStartsAfresh) {
   click(u"编辑预警…"_s);
   QPointer<QWidget> first = d.delegate->window("alert");
   ASSERT_TRUE(first);
-  // Centred on the 1280 × 800 screen, the frame's 8 × 36 included.
-  EXPECT_EQ(QRect(first->pos(), first->size()), QRect(426, 112, 420, 540));
+  // Right of the orb at 640 + 0.8 × 96 + 12, centred on it with the frame's 36 included.
+  EXPECT_EQ(QRect(first->pos(), first->size()), QRect(729, 112, 420, 540));
   click(u"编辑预警…"_s);
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
@@ -372,18 +377,18 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
     QPoint guide;
     const char* undocked;  // by Esc
   } rows[] = {
-      // The guide at 1920 + 0.8 × 132 + 12, rounded; 400 − 636 / 2.
-      {R"({"x":1920.0,"y":400.0,"edge":"left"})", {2396, 152, 960, 740}, {2038, 82}, "1772,170"},
-      // 1920 − 0.8 × 132 − 12 − 488, rounded.
-      {R"({"x":1920.0,"y":400.0,"edge":"right"})", {476, 152, 960, 740}, {1314, 82}, "1608,170"},
+      // Right of 1920 + 0.8 × 132 + 12, rounded; the guide at 400 − 636 / 2.
+      {R"({"x":1920.0,"y":400.0,"edge":"left"})", {2038, 12, 960, 740}, {2038, 82}, "1772,170"},
+      // Left of 1920 − 0.8 × 132 − 12: the settings 968 wide with their frame, the guide 488.
+      {R"({"x":1920.0,"y":400.0,"edge":"right"})", {834, 12, 960, 740}, {1314, 82}, "1608,170"},
   };
   for (const auto& row : rows) {
     Desktop d({.screens = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
                            {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}},
                .position = row.position});
     const auto where = [&] {
-      return std::to_string(d.delegate->panel().x()) + "," +
-             std::to_string(d.delegate->panel().y()) +
+      return std::to_string(int(d.delegate->origin().x)) + "," +
+             std::to_string(int(d.delegate->origin().y)) +
              (d.delegate->windowModel().dockEdge() ? " docked" : "");
     };
     EXPECT_EQ(where(), "1690,170 docked") << "restored " << row.position;
@@ -393,7 +398,7 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
     d.h.scheduler.runDue();
     EXPECT_EQ(where(), "1690,170 docked") << "size changed " << row.position;
     EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.position);
-    // Windows open on the orb's screen; the guide beside the orb's visible half.
+    // Windows open on the orb's screen, beside the orb's visible half.
     d.delegate->openSettings("外观");
     QWidget* settings = d.delegate->window("settings");
     EXPECT_EQ(QRect(settings->pos(), settings->size()), row.settings) << row.position;
@@ -429,12 +434,12 @@ TEST(Delegate, WindowsFitASmallScreenAndScroll) {
 
 TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
   Desktop d;
-  d.delegate->panel().move(-225, 20 - 230);
+  d.moveCanvas(-225, 20 - 230);
   d.delegate->settle(std::nullopt);
-  ASSERT_EQ(d.delegate->panel().pos(), QPoint(-230, 49 - 230));  // kept whole along the edge
+  ASSERT_EQ(d.delegate->origin(), (Point{-230, 49 - 230}));  // kept whole along the edge
   d.model->setOrbSize(132);
   d.h.scheduler.runDue();
-  EXPECT_EQ(d.delegate->panel().pos(), QPoint(-230, 67 - 230));
+  EXPECT_EQ(d.delegate->origin(), (Point{-230, 67 - 230}));
   EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":0.0,"y":67.0,"edge":"left"})");
 }
 

@@ -248,7 +248,7 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
   EXPECT_EQ(shown(root),
             "模拟源 (off) | — | 显示灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [x] | "
-            "鼠标穿透（仅菜单栏可恢复） [ ] | 重新居中 / 解除贴边 | — | "
+            "鼠标穿透（仅托盘菜单可恢复） [ ] | 重新居中 / 解除贴边 | — | "
             "灵球尺寸 {72 pt [ ] | 96 pt [x] | 132 pt [ ]} | "
             "演示数据状态 {加载 [ ] | 正常 [x] | 过期 [ ] | 降级 [ ] | 离线 [ ]} | 使用引导 | "
             "退出潮汐栏");

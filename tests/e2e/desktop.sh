@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # The orb panel on a real X server with a window manager and a compositor, driven by xdotool:
-# placement, the input shape, the ring menu closing on presses elsewhere, both global keys with
-# NumLock off and on, the hint, the windows' places, dragging, docking, a second start, a screen
-# that shrinks under a docked orb and the guide of a first run. Every step waits for what it
-# expects to see, not for a fixed time.
+# the window sized to what is drawn, the input shape, the compositor stopping and starting under
+# the running app, the ring menu closing on presses elsewhere, both global keys with NumLock off
+# and on, the hint, the windows' places, dragging, docking, a second start, a screen that shrinks
+# under a docked orb and the guide of a first run. Every step waits for what it expects to see,
+# not for a fixed time.
 # Usage: desktop.sh TIDEMARK [SCREENSHOT_DIR]
 set -euo pipefail
 
@@ -22,8 +23,13 @@ quiet_home 0
 export DBUS_SESSION_BUS_ADDRESS="unix:path=$tmp/runtime/no-bus"
 
 start_x 1280x800x24
-xcompmgr >"$tmp/xcompmgr.log" 2>&1 &
-pids+=($!)
+compositor=
+start_compositor() {
+  xcompmgr >>"$tmp/xcompmgr.log" 2>&1 &
+  compositor=$!
+  pids+=($compositor)
+}
+start_compositor
 # A system tray (XEmbed) at the top right, out of the way of the orb's checks.
 trayer --edge top --align right --widthtype pixel --width 80 --height 24 >"$tmp/trayer.log" 2>&1 &
 pids+=($!)
@@ -56,11 +62,15 @@ stop_app() {
   app_pid=
 }
 
-origin() {
-  xwininfo -id "$panel" |
-    awk '/Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF } END { print x, y }'
+# The orb's window: its place and size on the screen. It covers only what is drawn: an orb of 96
+# centred at (x, y) collapsed is 208 × 208 at (x − 104, y − 104), the whole 460 × 460 canvas
+# while satellites or the ring are out, docked only the half on the screen.
+geometry() {
+  xwininfo -id "$panel" | awk '/Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
+    /Width:/ { w = $NF } /Height:/ { h = $NF } END { print x, y, w "x" h }'
 }
-origin_is() { [ "$(origin)" = "$1 $2" ]; }
+geometry_is() { [ "$(geometry)" = "$1 $2 $3" ]; }
+orb_at() { geometry_is $(($1 - 104)) $(($2 - 104)) 208x208; }
 map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
 mapped_as() { [ "$(map_state)" = "$1" ]; }
 app_gone() { ! running "$app_pid"; }
@@ -107,14 +117,12 @@ price_masked() { [ "$(price_reds)" = 0 ]; }
 numlock() { xset q | grep -o 'Num Lock: *[a-z]*' | awk '{ print $NF }'; }
 numlock_is() { [ "$(numlock)" = "$1" ]; }
 
-# 1. A first launch centres the panel on the screen.
+# 1. A first launch centres the orb on the screen; its window covers the orb and its glow.
 start_app
-read -r x y <<<"$(origin)"
-size=$(xwininfo -id "$panel" | awk '/Width:/ { w = $NF } /Height:/ { h = $NF } END { print w "x" h }')
-if [ "$x $y $size" = "410 170 460x460" ]; then
-  ok "panel 460x460 at (410,170), centred on 1280x800"
+if orb_at 640 400; then
+  ok "the orb's window 208x208 at (536,296), the orb centred on 1280x800"
 else
-  fail "panel $size at ($x,$y), expected 460x460 at (410,170)"
+  fail "the orb's window: $(geometry), expected (536,296) 208x208"
 fi
 shot 1-centred
 # On every virtual desktop: the window manager reads desktop 0xFFFFFFFF and the sticky state.
@@ -153,8 +161,43 @@ else
   fail "a click on the orb's core at (640,400): satellites $(pixel 640 317), presses $before → $(presses)"
 fi
 shot 2-spread
+if geometry_is 410 170 460x460; then
+  ok "spread, the window covers the whole canvas"
+else
+  fail "spread, the window is $(geometry), expected (410,170) 460x460"
+fi
 xdotool key Escape
 wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
+wait_for 5 orb_at 640 400 || fail "collapsed, the window stayed $(geometry)"
+
+# 2b. Without a compositor nothing blends the window: it shows only what is drawn, without the
+# glow, and the window below shows right beside the sphere (its rim at x = 688) and between the
+# satellites. The compositor coming back brings the glow back, without a restart.
+glow_x=696
+kill "$compositor"
+wait "$compositor" 2>/dev/null || true
+if wait_for 5 pixel_is "$glow_x" 400 "$white" && pixel_is 540 300 "$white" && pixel_not 640 400 "$white"; then
+  ok "no compositor: white beside the sphere and in the window's corner, the sphere drawn"
+else
+  fail "no compositor: ($glow_x,400) $(pixel $glow_x 400), (540,300) $(pixel 540 300), centre $(pixel 640 400)"
+fi
+shot 2b-no-compositor
+point_at 640 400
+xdotool click 1
+if wait_for 5 pixel_not 640 317 "$white" && pixel_is 600 330 "$white" && pixel_is 700 450 "$white"; then
+  ok "no compositor, spread: the satellites' captions drawn, white between them"
+else
+  fail "no compositor, spread: caption $(pixel 640 317), between $(pixel 600 330) and $(pixel 700 450)"
+fi
+shot 2b-no-compositor-spread
+xdotool key Escape
+wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
+start_compositor
+if wait_for 10 pixel_not "$glow_x" 400 "$white" && orb_at 640 400; then
+  ok "the compositor started again: the glow is back"
+else
+  fail "with the compositor back: ($glow_x,400) $(pixel $glow_x 400), window $(geometry)"
+fi
 
 # 3. Both global keys, with NumLock off and on. Showing the orb shows the usage hint below it.
 hint_gone() { pixel_is 640 530 "$white"; }
@@ -205,6 +248,7 @@ xdotool windowunmap --sync "$below"
 backdrop=$(pixel_now 1100 700)
 open_ring "$backdrop"
 shot 4-ring-menu
+geometry_is 410 170 460x460 || fail "the ring menu is out, yet the window is $(geometry)"
 point_off 1100 700
 xdotool click 1
 if wait_for 5 pixel_is 553 366 "$backdrop"; then
@@ -274,10 +318,10 @@ fi
 
 # 6. A drag moves the panel with the pointer; the place outlives a restart.
 drag 640 400 840 500
-if wait_for 5 origin_is 610 270; then
-  ok "dragged by (+200,+100): panel at (610,270)"
+if wait_for 5 orb_at 840 500; then
+  ok "dragged by (+200,+100): the orb at (840,500)"
 else
-  fail "dragged by (+200,+100): panel at ($(origin)), expected (610,270)"
+  fail "dragged by (+200,+100): window $(geometry), expected the orb at (840,500)"
 fi
 # Quit through the ring menu's 退出 button: its round face at (902,567).
 point_at 840 500
@@ -295,18 +339,18 @@ else
   stop_app
 fi
 start_app
-if origin_is 610 270; then
-  ok "after a restart the panel is back at (610,270)"
+if orb_at 840 500; then
+  ok "after a restart the orb is back at (840,500)"
 else
-  fail "after a restart the panel is at ($(origin)), expected (610,270)"
+  fail "after a restart the window is $(geometry), expected the orb at (840,500)"
 fi
 
 # 7. Released near the left edge, the orb docks as a half-disc centred on x = 0.
 drag 840 500 5 500
-if wait_for 5 origin_is -230 270; then
-  ok "docked left: panel at (-230,270), orb centre on x = 0"
+if wait_for 5 geometry_is 0 396 104x208; then
+  ok "docked left: the orb's centre on x = 0, its window only the visible half"
 else
-  fail "released at x = 5: panel at ($(origin)), expected (-230,270)"
+  fail "released at x = 5: window $(geometry), expected (0,396) 104x208"
 fi
 if wait_for 5 pixel_not 20 500 "$white" && pixel_is 150 500 "$white"; then
   ok "the visible half-disc is drawn at x = 20; x = 150 shows the window below"
@@ -320,10 +364,10 @@ xdotool key ctrl+alt+space
 wait_for 5 mapped_as IsUnMapped || fail "Ctrl+Alt+Space did not hide the panel"
 second=0
 timeout 10 "$app" >>"$tmp/second.log" 2>&1 || second=$?
-if [ "$second" = 0 ] && wait_for 5 mapped_as IsViewable && origin_is -230 270 && running "$app_pid"; then
+if [ "$second" = 0 ] && wait_for 5 mapped_as IsViewable && [[ $(geometry) == "0 396 "*x208 ]] && running "$app_pid"; then
   ok "a second start exited 0 and the running app showed its orb where it was"
 else
-  fail "a second start: status $second, panel $(map_state) at ($(origin)); $(cat "$tmp/second.log")"
+  fail "a second start: status $second, panel $(map_state) at $(geometry); $(cat "$tmp/second.log")"
 fi
 # Started again while the orb is shown: it stays, and the usage hint beside it says it was asked.
 wait_for 5 pixel_is 100 500 "$white" || fail "the hint beside the docked orb stayed"
@@ -342,18 +386,18 @@ fi
 
 # 8. A screen that shrinks under a right-docked orb keeps it on the new right edge.
 drag 20 500 1275 500
-if wait_for 5 origin_is 1050 270; then
-  ok "docked right: panel at (1050,270)"
+if wait_for 5 geometry_is 1176 396 104x208; then
+  ok "docked right: the orb's centre on x = 1280"
 else
-  fail "released at x = 1275: panel at ($(origin)), expected (1050,270)"
+  fail "released at x = 1275: window $(geometry), expected (1176,396) 104x208"
 fi
 xrandr --newmode 1024x768 63.50 1024 1072 1176 1328 768 771 775 798 -hsync +vsync
 xrandr --addmode screen 1024x768
 xrandr --output screen --mode 1024x768
-if wait_for 5 origin_is 794 270; then
-  ok "screen shrunk to 1024x768: panel at (794,270), orb centre on x = 1024"
+if wait_for 5 geometry_is 920 396 104x208; then
+  ok "screen shrunk to 1024x768: the orb's centre on x = 1024"
 else
-  fail "screen shrunk to 1024x768: panel at ($(origin)), expected (794,270) with the centre on x = 1024"
+  fail "screen shrunk to 1024x768: window $(geometry), expected (920,396) 104x208 with the centre on x = 1024"
 fi
 shot 8-docked-right-1024
 

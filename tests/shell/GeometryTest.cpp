@@ -4,6 +4,7 @@
 
 #include "shell/DockGeometry.h"
 #include "shell/HitShape.h"
+#include "shell/OrbFrame.h"
 #include "shell/WindowPlacement.h"
 
 namespace tidemark {
@@ -86,6 +87,30 @@ TEST(OrbLayout, SatellitesRingAndClip) {
   for (const auto& p : progress) EXPECT_DOUBLE_EQ(rangeProgress(p[0], p[1], p[2], p[3]), p[4]);
   EXPECT_DOUBLE_EQ(satelliteDotDiameter(-7.5), 13.2);
   EXPECT_DOUBLE_EQ(satelliteDotDiameter(2.5), 10.5);
+}
+
+// The orb's window on the canvas: an orb of 96 reaches 104 from the centre (230, 230).
+TEST(OrbFrame, TheWindowCoversWhatIsDrawn) {
+  const Rect below = hintCapsule(96, none, 200), beside = hintCapsule(96, left, 200);
+  ASSERT_EQ(below, (Rect{118, 347.6, 224, 24}));
+  ASSERT_EQ(beside, (Rect{290, 218, 224, 24}));
+  const struct {
+    const char* what;
+    FrameState state;
+    Rect frame;
+  } rows[] = {
+      {"collapsed", {96, none, false, {}}, {126, 126, 208, 208}},
+      {"satellites or ring out", {96, none, true, {}}, {0, 0, 460, 460}},
+      {"docked left: the half on the screen", {96, left, false, {}}, {230, 126, 104, 208}},
+      {"docked right", {96, right, false, {}}, {126, 126, 104, 208}},
+      {"docked top", {96, top, false, {}}, {126, 230, 208, 104}},
+      {"docked bottom", {96, bottom, false, {}}, {126, 126, 208, 104}},
+      {"docked, controls settling", {96, left, true, {}}, {230, 126, 104, 208}},
+      {"a hint below, 2 more round it", {96, none, false, below}, {116, 126, 228, 248}},
+      {"a hint beside the docked half", {96, left, false, beside}, {230, 126, 230, 208}},
+      {"growing to 132.4: whole points", {132.4, none, false, {}}, {89, 89, 282, 282}},
+  };
+  for (const auto& r : rows) EXPECT_EQ(windowFrame(r.state), r.frame) << r.what;
 }
 
 const Screen mainScreen{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}};

@@ -1,0 +1,165 @@
+// What the orb's window covers and lets through: its frame on the canvas, the input and visible
+// regions, the pointer passing through, and the orb standing aside for a window of ours.
+
+#include <cmath>
+
+#include <QApplication>
+#include <QEvent>
+
+#include "shell/AppDelegate.h"
+#include "shell/OrbFrame.h"
+
+namespace tidemark {
+namespace {
+
+QRect toQRect(const Rect& r) {
+  return QRectF(r.x, r.y, r.width, r.height).toAlignedRect();
+}
+
+class WindowWatcher final : public QObject {
+ public:
+  explicit WindowWatcher(std::function<void()> changed) : changed_(std::move(changed)) {}
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    switch (event->type()) {
+      case QEvent::Move:
+      case QEvent::Resize:
+      case QEvent::Show:
+      case QEvent::Hide:
+        changed_();
+        break;
+      default:
+        break;
+    }
+    return false;
+  }
+
+ private:
+  std::function<void()> changed_;
+};
+
+}  // namespace
+
+std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed) {
+  return std::make_unique<WindowWatcher>(std::move(changed));
+}
+
+Point AppDelegate::origin() const {
+  if (!panel_) return {};
+  const QPoint o = panel_->canvasOrigin();
+  return {double(o.x()), double(o.y())};
+}
+
+void AppDelegate::moveOrigin(Point origin) {
+  if (!panel_) return;
+  panel_->place(QPoint(int(std::lround(origin.x)), int(std::lround(origin.y))), panel_->frame());
+  updateYield();
+}
+
+void AppDelegate::applyWindowGeometry() {
+  if (!panel_) return;
+  OrbView& orb = panel_->content().orbView();
+  const OrbHitState state = panel_->content().hitState();
+  const QRect frame =
+      toQRect(windowFrame({orb.drawnSize(), state.dock, orb.controlsOut(), orb.hintRect()}));
+  const bool reframed = frame != panel_->frame();
+  panel_->place(panel_->canvasOrigin(), frame);
+
+  QRegion input;
+  if (!passThrough_ && !yielding_) {
+    const double r = state.orbSize / 2;
+    const Point c = canvasCenter;
+    if (!state.dock) {
+      const double d = r + 5;
+      input = QRegion(QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect(), QRegion::Ellipse);
+    } else {
+      input = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
+    }
+    for (const Rect& control : controlRects(state)) input += toQRect(control);
+    input = (input & frame).translated(-frame.topLeft());
+  }
+  // The regions are the window's own: a new frame moves them even when they are the same.
+  if (reframed || input != lastInput_) {
+    lastInput_ = input;
+    deps_.windowSystem.setInputRegion(*panel_, input);
+  }
+  std::optional<QRegion> visible;
+  if (!compositing_) visible = (orb.paintedRegion() & frame).translated(-frame.topLeft());
+  if (reframed || visible != lastVisible_) {
+    lastVisible_ = visible;
+    deps_.windowSystem.setVisibleRegion(*panel_, visible);
+  }
+  if (reframed) updateYield();
+}
+
+void AppDelegate::setCompositing(bool on) {
+  if (!panel_ || compositing_ == on) return;
+  compositing_ = on;
+  panel_->content().orbView().setCompositing(on);
+  applyOrbVisibility();
+  applyWindowGeometry();
+}
+
+void AppDelegate::applyOrbVisibility() {
+  if (!panel_) return;
+  // Standing aside, the orb fades where a compositor can blend it and hides where none can.
+  const bool visible = shown_ && !(yielding_ && !compositing_);
+  panel_->setWindowOpacity(yielding_ && compositing_ ? 0.25 : 1.0);
+  if (visible != panel_->isVisible()) panel_->setVisible(visible);
+}
+
+void AppDelegate::updateYield() {
+  if (!panel_) return;
+  bool yield = false;
+  const QWidget* active = QApplication::activeWindow();
+  // The sphere, or its visible half: a window that only reaches into the glow leaves it be.
+  const double r = deps_.model.orbSize() / 2;
+  const Rect sphere =
+      dockClip(windowModel_.dockEdge(), {canvasCenter.x - r, canvasCenter.y - r, 2 * r, 2 * r});
+  const QRect orb = toQRect(sphere).translated(panel_->canvasOrigin());
+  for (const auto& [key, window] : windows_)
+    if (window && window == active && window->isVisible() &&
+        window->frameGeometry().intersects(orb))
+      yield = true;
+  if (yield == yielding_) return;
+  yielding_ = yield;
+  applyOrbVisibility();
+  applyWindowGeometry();
+}
+
+void AppDelegate::setPassThrough(bool on) {
+  if (passThrough_ == on) return;
+  passThrough_ = on;
+  applyWindowGeometry();
+}
+
+void AppDelegate::updatePointerMode() {
+  if (!panel_ || !panel_->isVisible()) return;
+  if (windowModel_.forcedObserve()) {
+    setPassThrough(true);
+    return;
+  }
+  const Point mouse = deps_.mouseLocation();
+  const Point o = origin();
+  const QPointF p(mouse.x - o.x, mouse.y - o.y);
+  if (panel_->content().isInteractive(p) || windowModel_.dragging()) {
+    leaveDate_.reset();
+    setPassThrough(false);
+    hoverTimer_.setInterval(80);
+    return;
+  }
+  const Date now = deps_.clock.now();
+  if (!leaveDate_) {
+    leaveDate_ = now;
+  } else if (now - *leaveDate_ > 0.4) {
+    setPassThrough(true);
+  }
+  // Each look at the pointer is a round trip to the display server. Far from the panel, where
+  // the pointer needs a while to reach the orb, looking half as often is enough.
+  const bool far =
+      p.x() < -120 || p.y() < -120 || p.x() > canvasSide + 120 || p.y() > canvasSide + 120;
+  hoverTimer_.setInterval(passThrough_ && far ? 160 : 80);
+}
+
+}  // namespace tidemark

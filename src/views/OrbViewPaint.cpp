@@ -1,0 +1,381 @@
+// The orb view's painting: the sphere and its face, the satellites, the hint and the dock preview,
+// and the region all of it covers.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+#include <QDateTime>
+#include <QPainter>
+#include <QPainterPath>
+
+#include "core/NumberText.h"
+#include "views/Easing.h"
+#include "views/OrbLayout.h"
+#include "views/OrbView.h"
+#include "views/Symbols.h"
+#include "views/TextStyle.h"
+
+namespace tidemark {
+namespace {
+
+constexpr double pi = std::numbers::pi;
+
+QRectF toQ(const Rect& r) {
+  return QRectF(r.x, r.y, r.width, r.height);
+}
+
+const char* badgeSymbol(const AppModel& model) {
+  if (model.masked()) return "lock.fill";
+  if (model.alertTriggered()) return "bell.badge.fill";
+  switch (model.phase()) {
+    case QuotePhase::loading:
+      return "arrow.triangle.2.circlepath";
+    case QuotePhase::live:
+      return "checkmark";
+    case QuotePhase::stale:
+      return "clock";
+    case QuotePhase::degraded:
+      return "exclamationmark.triangle";
+    case QuotePhase::offline:
+      return "wifi.slash";
+  }
+  return "checkmark";
+}
+
+const char* edgeWord(DockEdge edge) {
+  switch (edge) {
+    case DockEdge::left:
+      return "左";
+    case DockEdge::right:
+      return "右";
+    case DockEdge::top:
+      return "上";
+    case DockEdge::bottom:
+      return "下";
+  }
+  return "";
+}
+
+QColor faded(const Color& color, double opacity) {
+  return qt(withOpacity(color, color.opacity * opacity));
+}
+
+}  // namespace
+
+// The glow around the orb and the shaded sphere, centred at c.
+void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                    bool offline, bool glow, bool shadow) {
+  // 1. Glow: the halo, then a tint of the quote's direction.
+  if (glow) {
+    QRadialGradient halo(c, 0.75 * s);
+    halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
+    halo.setColorAt(0.72 / 0.75, Qt::transparent);
+    halo.setColorAt(1, Qt::transparent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(halo);
+    painter.drawEllipse(c, 0.75 * s, 0.75 * s);
+    QRadialGradient tint(c, 0.8 * s);
+    tint.setColorAt(0, Qt::transparent);
+    tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
+    tint.setColorAt(0.78 / 0.8, Qt::transparent);
+    tint.setColorAt(1, Qt::transparent);
+    painter.setBrush(tint);
+    painter.drawEllipse(c, 0.8 * s, 0.8 * s);
+  }
+
+  // 2. The sphere: shadow, body, rim and inner shading.
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  {
+    painter.setPen(Qt::NoPen);
+    if (shadow) {
+      QRadialGradient below(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
+      below.setColorAt(0, qt(palette.halo()));
+      below.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
+      below.setColorAt(1, Qt::transparent);
+      painter.setBrush(below);
+      painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+    }
+
+    QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
+    body.setColorAt(0, qt(palette.orbLit()));
+    body.setColorAt(0.46, qt(palette.orbMid()));
+    body.setColorAt(0.76, qt(palette.orbShade()));
+    body.setColorAt(1, qt(palette.orbDeep()));
+    painter.setBrush(body);
+    painter.drawEllipse(sphere);
+    painter.save();
+    QPainterPath clip;
+    clip.addEllipse(sphere);
+    painter.setClipPath(clip, Qt::IntersectClip);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
+    painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
+    painter.restore();
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
+    painter.drawEllipse(sphere);
+  }
+}
+
+std::optional<Rect> OrbView::hintRect() const {
+  const auto& hint = windowModel_.hint();
+  if (!hint) return std::nullopt;
+  const double textWidth =
+      QFontMetricsF(uiFont(11, QFont::DemiBold)).horizontalAdvance(QString::fromStdString(*hint));
+  return hintCapsule(size_.value(), windowModel_.dockEdge(), textWidth);
+}
+
+QRegion OrbView::paintedRegion() const {
+  QRegion region = discRegion({canvasCenter.x, canvasCenter.y}, size_.value() / 2 + 1);
+  for (size_t i = 0; i < satellites_.size(); ++i)
+    region += satelliteRegion(satelliteDot(i), satellites_[i].quote, satelliteLook(i));
+  for (const RingButton* button : ringButtons_)
+    region += button->paintedRegion().translated(button->pos());
+  if (const auto hint = hintRect()) region += roundedRegion(toQ(hint->insetBy(-1)), 12);
+  if (windowModel_.previewEdge()) {
+    const double r = size_.value() / 2 + 6;
+    region += discRegion({canvasCenter.x, canvasCenter.y}, r + 2) -
+              discRegion({canvasCenter.x, canvasCenter.y}, r - 2);
+  }
+  if (auto edge = windowModel_.dockEdge())
+    region &= toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})).toAlignedRect();
+  return region;
+}
+
+SatelliteLook OrbView::satelliteLook(size_t i) const {
+  const Satellite& satellite = satellites_[i];
+  SatelliteLook look;
+  look.selected = satellite.quote.id == model_.activeID();
+  look.masked = model_.masked();
+  look.hovered = hovered_ == i;
+  look.captionOpacity = captionOpacity(satellite.radius.value());
+  look.glow = compositing_;
+  return look;
+}
+
+void OrbView::paintSatellites(QPainter& painter, bool behind) const {
+  const OrbPalette palette{model_.theme()};
+  for (size_t i = 0; i < satellites_.size(); ++i) {
+    const Satellite& satellite = satellites_[i];
+    if (drawnBehindSphere(satellite.radius.value()) != behind) continue;
+    paintSatellite(painter, satelliteDot(i), satellite.quote, satelliteLook(i), palette);
+  }
+}
+
+void OrbView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  paintBody(painter);
+  // For start-up measurements only: the wall-clock time of the first painted orb.
+  static bool reported = false;
+  if (!reported && qEnvironmentVariableIsSet("TIDEMARK_REPORT_FIRST_PAINT")) {
+    reported = true;
+    std::fprintf(stderr, "first paint at %lld ms\n",
+                 static_cast<long long>(QDateTime::currentMSecsSinceEpoch()));
+  }
+}
+
+void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const {
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const bool offline = model_.phase() == QuotePhase::offline;
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
+  if (!core) {
+    painter.save();
+    painter.setOpacity(offline ? 0.2 : 1);
+    const double radius = s / 2 - 0.06 * s;
+    const QRectF ring(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius);
+    painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
+    painter.drawEllipse(ring);
+    const double progress =
+        quote ? rangeProgress(quote->price, quote->low, quote->high, true) : 0.5;
+    QPen arcPen(QBrush(palette.aurora(ring)), 0.026 * s, Qt::SolidLine, Qt::RoundCap);
+    painter.setPen(arcPen);
+    painter.drawArc(ring, 90 * 16, static_cast<int>(std::lround(-progress * 360 * 16)));
+    const double end = pi / 2 - progress * 2 * pi;
+    const QPointF dot(c.x() + radius * std::cos(end), c.y() - radius * std::sin(end));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(qt(trend));
+    painter.drawEllipse(dot, 0.045 * s / 2, 0.045 * s / 2);
+    painter.restore();
+  }
+
+  // 4. The core: label, price and change.
+  if (core) {
+    painter.save();
+    const QColor text = qt(palette.orbText());
+    const bool masked = model_.masked();
+    if (quote) {
+      painter.setFont(uiFont(0.105 * s, QFont::Black));
+      painter.setPen(text);
+      const std::string label = model_.orbShowsName() ? quote->name : quote->id;
+      painter.drawText(QRectF(sphere.x(), c.y() - 0.3 * s, s, 0.14 * s), Qt::AlignCenter,
+                       QString::fromStdString(label));
+    }
+    const std::string price = masked ? "••••" : quote ? priceText(quote->price) : "—";
+    QFont priceFont = uiFont(0.185 * s, QFont::Black);
+    priceFont.setLetterSpacing(QFont::AbsoluteSpacing, -0.4);
+    const QString priceString = QString::fromStdString(price);
+    const double fits = 0.78 * s;
+    const double wide = QFontMetricsF(priceFont).horizontalAdvance(priceString);
+    if (wide > fits) priceFont.setPixelSize(std::max(1, static_cast<int>(0.185 * s * fits / wide)));
+    painter.setFont(priceFont);
+    painter.setPen(quote && !masked ? qt(trend) : text);
+    painter.drawText(QRectF(sphere.x(), c.y() - 0.13 * s, s, 0.24 * s), Qt::AlignCenter,
+                     priceString);
+    // Masking hides the number, not its direction; without a quote the change reads as none.
+    const QString percent =
+        QString::fromStdString(masked ? "••••" : percentText(quote ? quote->changePct() : 0));
+    const QFont percentFont = uiFont(0.095 * s, QFont::Bold);
+    const double w = QFontMetricsF(percentFont).horizontalAdvance(percent) + 0.08 * s;
+    const QRectF capsule(c.x() - w / 2, c.y() + 0.12 * s, w, 0.13 * s);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(faded(trend, 0.15));
+    painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
+    painter.setFont(percentFont);
+    painter.setPen(qt(trend));
+    painter.drawText(capsule, Qt::AlignCenter, percent);
+    painter.restore();
+  }
+
+  // 5. The state badge, low on the sphere where its light colour stands out.
+  if (!core) {
+    const double side = 0.095 * s;
+    drawSymbol(painter, badgeSymbol(model_),
+               QRectF(c.x() - side / 2, c.y() + 0.3 * s - side / 2, side, side),
+               qt(palette.orbLit()), true);
+  }
+}
+
+std::string OrbView::faceKey(double s) const {
+  // Everything the sphere and its face are drawn from.
+  const QuoteSnapshot* q = model_.activeQuote();
+  std::string key = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
+                    "|" + std::to_string(devicePixelRatioF()) + "|" + badgeSymbol(model_) + "|" +
+                    std::to_string(model_.masked()) + std::to_string(model_.orbShowsName()) +
+                    std::to_string(static_cast<int>(model_.phase())) + std::to_string(compositing_);
+  if (q)
+    key += "|" + q->id + "|" + q->name + "|" + std::to_string(q->price) + "|" +
+           std::to_string(q->prevClose) + "|" + std::to_string(q->high) + "|" +
+           std::to_string(q->low);
+  return key;
+}
+
+void OrbView::paintBody(QPainter& painter) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const bool offline = model_.phase() == QuotePhase::offline;
+  const double s = size_.value();
+  const double t = now();
+
+  if (auto edge = windowModel_.dockEdge())
+    painter.setClipRect(toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})));
+
+  // Idle breathing and a slight drift, only while nothing else holds the orb still.
+  QPointF c(canvasCenter.x, canvasCenter.y);
+  double breath = 1;
+  if (availableMotion()) {
+    breath = 1 + 0.012 * std::sin(2 * pi * idlePhase_ / 4.2);
+    c += QPointF(1.5 * std::sin(2 * pi * idlePhase_ / 5.3),
+                 1.2 * std::cos(2 * pi * idlePhase_ / 6.1));
+  }
+
+  painter.save();
+  // A fast drag stretches the orb along its direction of travel.
+  const double stretch = stretch_.value();
+  painter.translate(c);
+  painter.rotate(windowModel_.dragAngle());
+  painter.scale(breath * (1 + stretch), breath * (1 - stretch * 0.5));
+  painter.rotate(-windowModel_.dragAngle());
+  painter.translate(-c);
+
+  // The orb changes only when the model does, so it is drawn once into two images, the sphere
+  // with its ring and the core's texts, and reused for every frame of the idle motion, the fades
+  // and the core springing into place after a new symbol.
+  const double glowRadius = 0.86 * s + 2;
+  const QRectF frame(c.x() - glowRadius, c.y() - glowRadius, 2 * glowRadius, 2 * glowRadius);
+  std::string key = faceKey(s);
+  if (key != cacheKey_ || sphereCache_.isNull()) {
+    cacheKey_ = std::move(key);
+    const double ratio = devicePixelRatioF();
+    const int side = static_cast<int>(std::ceil(2 * glowRadius * ratio));
+    const QPointF centre(glowRadius, glowRadius);
+    for (QImage* image : {&sphereCache_, &coreCache_}) {
+      if (image->width() != side || image->devicePixelRatio() != ratio) {
+        *image = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
+        image->setDevicePixelRatio(ratio);
+      }
+      image->fill(Qt::transparent);
+      QPainter layer(image);
+      layer.setRenderHint(QPainter::Antialiasing);
+      layer.setRenderHint(QPainter::TextAntialiasing);
+      if (image == &sphereCache_)
+        paintOrbSphere(layer, centre, s, palette, trend, offline, compositing_, compositing_);
+      paintFace(layer, centre, s, image == &coreCache_);
+    }
+  }
+  paintSatellites(painter, true);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.drawImage(frame, sphereCache_);
+  const double swap = swap_.value();
+  painter.save();
+  painter.setOpacity(1 - 0.6 * swap);
+  painter.drawImage(frame.translated(0, 0.12 * s * swap), coreCache_);
+  painter.restore();
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  if (const double f = flash(); f > 0) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(faded(palette.orbLit(), 0.22 * f));
+    painter.drawEllipse(sphere);
+  }
+
+  // Ripples and the pulse of a fresh quote spread from the rim.
+  painter.setBrush(Qt::NoBrush);
+  for (double start : ripples_) {
+    const double f = easeOut((t - start) / rippleSeconds);
+    painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
+    painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
+  }
+  if (const double f = pulse(); f > 0) {
+    painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
+    painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
+  }
+
+  painter.restore();
+  paintSatellites(painter, false);
+
+  // A transient hint below the orb, clear of the spread satellites; beside a docked half-disc,
+  // on its visible side.
+  if (const auto capsuleRect = hintRect()) {
+    const QRectF capsule =
+        toQ(*capsuleRect).translated(c - QPointF(canvasCenter.x, canvasCenter.y));
+    painter.setPen(QPen(qt(palette.line()), 1));
+    painter.setBrush(qt(palette.surface()));
+    painter.drawRoundedRect(capsule, 12, 12);
+    painter.setFont(uiFont(11, QFont::DemiBold));
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(capsule, Qt::AlignCenter, QString::fromStdString(*windowModel_.hint()));
+  }
+
+  // Where the orb would dock if released now.
+  if (auto edge = windowModel_.previewEdge()) {
+    // 4 on, 3 off: the pattern counts in pen widths, and only flat caps keep it so.
+    QPen dashed(qt(palette.auroraA()), 2, Qt::CustomDashLine, Qt::FlatCap);
+    dashed.setDashPattern({2, 1.5});
+    painter.setPen(dashed);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(c, s / 2 + 6, s / 2 + 6);
+    painter.setFont(uiFont(9));
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(QRectF(c.x() - 60, c.y() + s / 2 + 24 - 8, 120, 16), Qt::AlignCenter,
+                     QString::fromStdString(std::string("吸附") + edgeWord(*edge) + "边"));
+  }
+}
+
+}  // namespace tidemark
