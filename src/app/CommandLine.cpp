@@ -62,7 +62,15 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
       QStringLiteral("render-previews"),
       QStringLiteral("Render every view in every theme as PNG files into the directory given as "
                      "the last argument; nothing stored is read or written."));
-  parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews});
+  const QCommandLineOption toggleOrb(
+      QStringLiteral("toggle-orb"),
+      QStringLiteral("Show or hide the running app's orb, as Ctrl+Alt+Space does; for a key bound "
+                     "in the desktop's keyboard settings. Exits 1 when the app is not running."));
+  const QCommandLineOption toggleMask(
+      QStringLiteral("toggle-mask"),
+      QStringLiteral("Mask or unmask every figure of the running app, as Ctrl+Alt+M does."));
+  parser.addOptions(
+      {selfTest, quotes, json, watch, source, symbols, endpoints, previews, toggleOrb, toggleMask});
 
   // The directory is the last argument whatever comes before it, so this mode skips the parser.
   if (arguments.contains(QStringLiteral("--render-previews"))) {
@@ -85,6 +93,14 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   }
   if (parser.isSet(version)) {
     line.mode = CommandLine::Mode::version;
+    return line;
+  }
+  for (const auto& [option, mode] : {std::pair{&toggleOrb, CommandLine::Mode::toggleOrb},
+                                     {&toggleMask, CommandLine::Mode::toggleMask}}) {
+    if (!parser.isSet(*option)) continue;
+    if (parser.optionNames().size() > 1)
+      return "--" + option->names().constFirst().toStdString() + " takes no other option";
+    line.mode = mode;
     return line;
   }
   if (parser.isSet(selfTest)) {

@@ -13,7 +13,7 @@
 namespace tidemark {
 
 struct CommandLine {
-  enum class Mode { desktop, quotes, selfTest, previews, help, version };
+  enum class Mode { desktop, quotes, selfTest, previews, help, version, toggleOrb, toggleMask };
   Mode mode = Mode::desktop;
   bool json = false;
   bool watch = false;

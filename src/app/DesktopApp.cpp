@@ -14,6 +14,7 @@
 #include <QLibraryInfo>
 #include <QScreen>
 #include <QSocketNotifier>
+#include <QStandardPaths>
 #include <QTranslator>
 
 #include "app/AppInfo.h"
@@ -23,6 +24,7 @@
 #include "app/StoreNotices.h"
 #include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
+#include "platform/GnomeShortcuts.h"
 #include "platform/QtScheduler.h"
 #include "platform/SessionBusProbe.h"
 #include "platform/SettingsStore.h"
@@ -100,11 +102,15 @@ PlatformChoice choosePlatform(const std::function<const char*(const char*)>& env
   };
   const char* session = environment("XDG_SESSION_TYPE");
   const bool wayland = set("WAYLAND_DISPLAY") || (session && std::string(session) == "wayland");
-  if (set("QT_QPA_PLATFORM") || !wayland) return {};
+  if (!wayland) return {};
+  // A platform the user chose is kept; on X11 the app still lives in a Wayland session.
+  if (const char* chosen = environment("QT_QPA_PLATFORM"); chosen && *chosen)
+    return {"", "", std::string(chosen).starts_with("xcb")};
   if (set("DISPLAY"))
     return {"xcb",
             "tidemark: Wayland session: running on X11 through XWayland, so the orb can stay "
-            "above other windows, dock at a screen edge and take the global keys"};
+            "above other windows and dock at a screen edge",
+            true};
   return {"",
           "tidemark: Wayland session without XWayland: the orb cannot keep itself above other "
           "windows or dock at a screen edge, and Ctrl+Alt+Space and Ctrl+Alt+M do not work; "
@@ -194,20 +200,53 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                  std::nullopt, true, bundle);
   StoreNotices notices(model, store->fileName().toStdString(), std::cerr);
   auto windowSystem = makeWindowSystem();
-  auto hotKeys = makeGlobalHotKeys();
+  // Under Wayland an X11 grab hears keys only while a window of ours has the focus; the desktop
+  // binds our toggles instead.
+  auto hotKeys = makeGlobalHotKeys(!choice.wayland);
+  const QString executable = QCoreApplication::applicationFilePath();
+  const GnomeShortcuts gnome(executable);
+  const bool gnomeKeys = choice.wayland && GnomeShortcuts::isGnomeDesktop() && gnome.isAvailable();
+  SettingsView::DesktopKeys keys;
+  keys.wayland = choice.wayland;
+  // The commands as the user would type them: the bare name when it finds this program.
+  if (QStandardPaths::findExecutable(QStringLiteral("tidemark")) != executable)
+    keys.program = executable;
+  if (gnomeKeys) {
+    keys.gnomeInstalled = [&gnome] { return gnome.isInstalled(); };
+    keys.addGnome = [&gnome] { return gnome.install(); };
+  }
   const WindowContentFactory windows = standardWindowContent(
       model, clock, [] { return Autostart::isEnabled(); },
-      [](bool on) { return Autostart::setEnabled(on, QCoreApplication::applicationFilePath()); });
+      [executable](bool on) { return Autostart::setEnabled(on, executable); }, keys);
   AppDelegate delegate({model, *store, clock, scheduler, *windowSystem, *hotKeys, windows,
                         qtScreens,
                         [] {
                           const QPoint p = QCursor::pos();
                           return Point{double(p.x()), double(p.y())};
                         },
-                        makeStatusNotifier, makeDesktopMotionSetting});
+                        makeStatusNotifier, makeDesktopMotionSetting, choice.wayland,
+                        [&] { return gnomeKeys && gnome.isInstalled(); }});
   delegate.onQuit = [] { QCoreApplication::quit(); };
-  instance.onShowRequested = [&delegate] { delegate.showOrb(); };
+  instance.onRequest = [&delegate](SingleInstance::Request request) {
+    switch (request) {
+      case SingleInstance::Request::show:
+        return delegate.showOrb();
+      case SingleInstance::Request::toggleOrb:
+        return delegate.toggleOrb();
+      case SingleInstance::Request::toggleMask:
+        return delegate.toggleMask();
+    }
+  };
   delegate.launch();
+  if (choice.wayland && gnomeKeys && gnome.isInstalled()) {
+    std::cerr << "tidemark: Ctrl+Alt+Space and Ctrl+Alt+M are GNOME shortcuts that run "
+                 "tidemark --toggle-orb and --toggle-mask\n";
+  } else if (choice.wayland) {
+    std::cerr << "tidemark: no global keys in a Wayland session until the desktop binds them: "
+                 "bind tidemark --toggle-orb and tidemark --toggle-mask in its keyboard settings"
+              << (gnomeKeys ? " (or press 添加 GNOME 快捷键 in the settings, under 外观)" : "")
+              << "\n";
+  }
   const int status = app.exec();
   delegate.terminate();
   return status;

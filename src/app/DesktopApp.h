@@ -14,6 +14,7 @@ namespace tidemark {
 struct PlatformChoice {
   std::string platform;  // empty: Qt's own choice
   std::string message;   // empty: nothing to say
+  bool wayland = false;  // a Wayland session, run through its X server
 };
 PlatformChoice choosePlatform(const std::function<const char*(const char*)>& environment);
 

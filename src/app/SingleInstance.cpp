@@ -8,8 +8,18 @@
 namespace tidemark {
 namespace {
 
-const QByteArray showRequest = "show\n";
 const QByteArray acknowledged = "ok\n";
+const std::pair<SingleInstance::Request, QByteArray> requestLines[] = {
+    {SingleInstance::Request::show, "show\n"},
+    {SingleInstance::Request::toggleOrb, "toggle-orb\n"},
+    {SingleInstance::Request::toggleMask, "toggle-mask\n"},
+};
+
+QByteArray lineOf(SingleInstance::Request request) {
+  for (const auto& [r, line] : requestLines)
+    if (r == request) return line;
+  return {};
+}
 
 }  // namespace
 
@@ -26,11 +36,11 @@ SingleInstance::SingleInstance(QString path, int answerMilliseconds)
   lock_.setStaleLockTime(0);
 }
 
-bool SingleInstance::askRunning() {
+bool SingleInstance::tell(const QString& path, Request request) {
   QLocalSocket running;
-  running.connectToServer(path_);
+  running.connectToServer(path);
   if (!running.waitForConnected(500)) return false;
-  running.write(showRequest);
+  running.write(lineOf(request));
   running.waitForBytesWritten(500);
   QByteArray answer;
   while (!answer.endsWith('\n') && running.waitForReadyRead(500)) answer += running.readAll();
@@ -43,7 +53,7 @@ SingleInstance::Claim SingleInstance::claim() {
     // The holder may still be starting: it listens early but answers from its event loop.
     const QDeadlineTimer deadline(answerMilliseconds_);
     do {
-      if (askRunning()) return Claim::forwarded;
+      if (tell(path_, Request::show)) return Claim::forwarded;
       QThread::msleep(100);
     } while (!deadline.hasExpired());
     return Claim::unresponsive;
@@ -57,10 +67,12 @@ SingleInstance::Claim SingleInstance::claim() {
       QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
       QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket] {
         if (!socket->canReadLine()) return;
-        if (socket->readLine() == showRequest) {
+        const QByteArray line = socket->readLine();
+        for (const auto& [request, text] : requestLines) {
+          if (line != text) continue;
           socket->write(acknowledged);
           socket->flush();
-          if (onShowRequested) onShowRequested();
+          if (onRequest) onRequest(request);
         }
         socket->disconnectFromServer();
       });

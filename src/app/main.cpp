@@ -7,6 +7,7 @@
 #include "app/DesktopApp.h"
 #include "app/Previews.h"
 #include "app/QuotesCommand.h"
+#include "app/SingleInstance.h"
 
 int main(int argc, char** argv) {
   QStringList arguments;
@@ -34,6 +35,19 @@ int main(int argc, char** argv) {
       return tidemark::runRenderPreviews(argc, argv, line.previewDirectory);
     case tidemark::CommandLine::Mode::desktop:
       return tidemark::runDesktop(argc, argv, line);
+    case tidemark::CommandLine::Mode::toggleOrb:
+    case tidemark::CommandLine::Mode::toggleMask: {
+      QCoreApplication app(argc, argv);
+      QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
+      using Request = tidemark::SingleInstance::Request;
+      const Request request = line.mode == tidemark::CommandLine::Mode::toggleOrb
+                                  ? Request::toggleOrb
+                                  : Request::toggleMask;
+      if (tidemark::SingleInstance::tell(tidemark::SingleInstance::defaultPath(), request))
+        return 0;
+      std::cerr << "潮汐栏没有在运行\n";
+      return 1;
+    }
     case tidemark::CommandLine::Mode::quotes: {
       QCoreApplication app(argc, argv);
       QCoreApplication::setApplicationName(QStringLiteral("tidemark"));

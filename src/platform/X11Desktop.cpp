@@ -297,8 +297,8 @@ std::unique_ptr<WindowSystem> makeWindowSystem() {
   return std::make_unique<QuietWindowSystem>();
 }
 
-std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys() {
-  if (xcb_connection_t* connection = x11Connection())
+std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys(bool grab) {
+  if (xcb_connection_t* connection = grab ? x11Connection() : nullptr)
     return std::make_unique<X11HotKeys>(connection);
   return std::make_unique<QuietHotKeys>();
 }

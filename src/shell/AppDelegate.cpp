@@ -68,9 +68,10 @@ class PressWatcher final : public QObject {
 
 WindowContentFactory standardWindowContent(
     AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
-    std::function<std::optional<std::string>(bool on)> setAutostart) {
-  return [&model, &clock, autostartEnabled, setAutostart](AppDelegate& d, const std::string& key,
-                                                          const std::string& section) -> QWidget* {
+    std::function<std::optional<std::string>(bool on)> setAutostart,
+    SettingsView::DesktopKeys keys) {
+  return [&model, &clock, autostartEnabled, setAutostart, keys](
+             AppDelegate& d, const std::string& key, const std::string& section) -> QWidget* {
     if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
     if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
     if (key == "settings") {
@@ -80,6 +81,8 @@ WindowContentFactory standardWindowContent(
       actions.close = [&d] { d.closeWindow("settings"); };
       actions.autostartEnabled = autostartEnabled;
       actions.setAutostart = setAutostart;
+      actions.keys = keys;
+      actions.keys.changed = [&d] { d.desktopKeysChanged(); };
       return new SettingsView(model, clock, std::move(actions), section);
     }
     return nullptr;
@@ -97,7 +100,7 @@ void AppDelegate::launch() {
   auto* self = this;
   panel_ = std::make_unique<OrbPanel>(
       deps_.model, windowModel_, deps_.clock, [self](int command) { self->ringAction(command); },
-      deps_.managedOrbWindow);
+      deps_.waylandSession);
   OrbContentView& content = panel_->content();
   content.onClick = [self] { self->scheduleClick(); };
   content.onDoubleClick = [self] {
@@ -202,6 +205,7 @@ void AppDelegate::launch() {
     setSystemCalm(motion_->calm());
   }
 
+  desktopKeysBound_ = deps_.desktopKeysBound && deps_.desktopKeysBound();
   deps_.hotKeys.install([self](int id) {
     if (id == 1) self->toggleOrb();
     if (id == 2) self->toggleMask();
@@ -306,11 +310,18 @@ std::string AppDelegate::unavailableKeys() const {
   return keys.empty() ? "" : keys + " 已被其他程序占用";
 }
 
+void AppDelegate::desktopKeysChanged() {
+  desktopKeysBound_ = deps_.desktopKeysBound && deps_.desktopKeysBound();
+  synchronize();
+}
+
 std::string AppDelegate::tooltip() const {
   const AppModel& m = deps_.model;
-  std::string text = "岚舟 · " + m.sourceLabel() +
-                     "\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · "
-                     "Ctrl+Alt+M 遮蔽";
+  // Under Wayland the keys are there only once the desktop's own shortcuts run our toggles.
+  const bool bound = !deps_.waylandSession || desktopKeysBound_;
+  std::string text = "岚舟 · " + m.sourceLabel() + "\n左键显示/隐藏灵球 · 右键管理和设置\n" +
+                     (bound ? "Ctrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M 遮蔽"
+                            : "全局快捷键未绑定 · 见设置 › 外观 › 快捷键");
   if (const std::string keys = unavailableKeys(); !keys.empty()) text += "\n" + keys;
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote())

@@ -20,6 +20,7 @@
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"
 #include "views/OrbWindowModel.h"
+#include "views/SettingsView.h"
 
 namespace tidemark {
 
@@ -38,7 +39,8 @@ using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const
 // login switch given), the guide and the alert editor, each closing its own window.
 WindowContentFactory standardWindowContent(
     AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
-    std::function<std::optional<std::string>(bool on)> setAutostart);
+    std::function<std::optional<std::string>(bool on)> setAutostart,
+    SettingsView::DesktopKeys keys = {});
 
 // The desktop shell: owns the orb panel, the tray item, the auxiliary windows, the global keys,
 // and keeps them in step with the model.
@@ -59,9 +61,12 @@ class AppDelegate {
     std::function<std::unique_ptr<StatusNotifier>()> statusNotifier = {};
     // The desktop's reduce-motion switch; none in tests.
     std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting = {};
-    // The orb's window is managed by the window manager (Wayland sessions) rather than bypassing
-    // it (X11 sessions).
-    bool managedOrbWindow = false;
+    // A Wayland session (through its X server): the orb's window is managed rather than
+    // bypassing the window manager, and the global keys are the desktop's to bind.
+    bool waylandSession = false;
+    // There, whether the desktop's own shortcuts run our toggles (GNOME's, as the settings add
+    // them); asked at launch and after the settings add them.
+    std::function<bool()> desktopKeysBound = {};
   };
 
   static constexpr const char* positionKey = "tidemark.orb.position.v2";
@@ -80,6 +85,8 @@ class AppDelegate {
   std::string tooltip() const;
   // Which global keys other programs hold, in words; empty when both are ours.
   std::string unavailableKeys() const;
+  // The desktop's shortcuts for our toggles were added: the tooltip says so.
+  void desktopKeysChanged();
 
   void showHint(const std::string& text);
   // Whether the orb is shown; it may still stand aside for a window of ours (yieldsToWindow).
@@ -170,6 +177,7 @@ class AppDelegate {
   QTimer hoverTimer_, glideTimer_;
   TimerHandle keysRetry_;
   bool keysInstalled_ = false;
+  bool desktopKeysBound_ = false;
   TimerHandle clickWork_, hintWork_;
   std::optional<Date> leaveDate_;
   Point lastMouse_;

@@ -98,7 +98,8 @@ class DesktopMotionSetting {
 
 // The best seams for the platform the application runs on (X11 or none).
 std::unique_ptr<WindowSystem> makeWindowSystem();
-std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys();
+// Without `grab` (a Wayland session, where X11 grabs reach only X11 windows) none are taken.
+std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys(bool grab = true);
 // None without a session bus.
 std::unique_ptr<StatusNotifier> makeStatusNotifier();
 std::unique_ptr<DesktopMotionSetting> makeDesktopMotionSetting();

@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -258,13 +259,7 @@ QWidget* SettingsView::appearancePage() {
       QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"), "muted", 12));
   layout->addWidget(tray);
 
-  auto* keys = new ProductCard(QStringLiteral("快捷键"), page);
-  for (const char* line : {"Ctrl+Alt+Space  显示或隐藏灵球", "Ctrl+Alt+M  遮蔽所有行情数字"})
-    keys->content().addWidget(themedLabel(QString::fromUtf8(line), nullptr, 13, QFont::Normal));
-  shortcutNotice_ = themedLabel(QString(), "warning", 12, QFont::Normal, keys);
-  shortcutNotice_->hide();
-  keys->content().addWidget(shortcutNotice_);
-  layout->addWidget(keys);
+  layout->addWidget(keysCard(page));
 
   if (actions_.autostartEnabled && actions_.setAutostart) {
     auto* start = new ProductCard(QStringLiteral("启动"), page);
@@ -290,6 +285,62 @@ QWidget* SettingsView::appearancePage() {
   }
   layout->addStretch();
   return page;
+}
+
+QWidget* SettingsView::keysCard(QWidget* page) {
+  auto* keys = new ProductCard(QStringLiteral("快捷键"), page);
+  const DesktopKeys& desktop = actions_.keys;
+  const auto line = [keys](const QString& text, const char* role = nullptr, double size = 13) {
+    auto* label = themedLabel(text, role, size, QFont::Normal, keys);
+    label->setWordWrap(true);
+    keys->content().addWidget(label);
+    return label;
+  };
+  if (!desktop.wayland) {
+    line(QStringLiteral("Ctrl+Alt+Space  显示或隐藏灵球"));
+    line(QStringLiteral("Ctrl+Alt+M  遮蔽所有行情数字"));
+  } else {
+    line(QStringLiteral("Wayland 会话中，其他程序的窗口有焦点时收不到 Ctrl+Alt+Space 和 "
+                        "Ctrl+Alt+M。请在桌面的键盘设置里为这两条命令绑定按键："),
+         "muted", 12);
+    for (const auto& [option, what] :
+         {std::pair{"--toggle-orb", "显示或隐藏灵球"}, {"--toggle-mask", "遮蔽所有行情数字"}}) {
+      auto* command = line(desktop.program + u' ' + QLatin1String(option) + QStringLiteral("  ") +
+                           QString::fromUtf8(what));
+      command->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    }
+    line(QStringLiteral("灵球有焦点时，它自己的按键照常可用：R 刷新、1/2/3 尺寸、M 遮蔽、←/→ "
+                        "切换、回车展开。"),
+         "muted", 12);
+    if (desktop.gnomeInstalled && desktop.addGnome) {
+      auto* add = new QPushButton(QStringLiteral("添加 GNOME 快捷键"), keys);
+      auto* outcome = line(QString(), "muted", 12);
+      const auto tell = [outcome](const QString& text, const char* role) {
+        outcome->setText(text);
+        outcome->setProperty("role", QString::fromLatin1(role));
+        outcome->style()->unpolish(outcome);
+        outcome->style()->polish(outcome);
+      };
+      if (desktop.gnomeInstalled())
+        tell(QStringLiteral("GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"), "muted");
+      QObject::connect(add, &QPushButton::clicked, this, [this, tell] {
+        if (const auto failure = actions_.keys.addGnome()) {
+          tell(QString::fromStdString(*failure), "error");
+          return;
+        }
+        tell(QStringLiteral("GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"), "muted");
+        if (actions_.keys.changed) actions_.keys.changed();
+      });
+      auto* row = new QHBoxLayout;
+      row->addWidget(add);
+      row->addStretch();
+      keys->content().addLayout(row);
+    }
+  }
+  shortcutNotice_ = themedLabel(QString(), "warning", 12, QFont::Normal, keys);
+  shortcutNotice_->hide();
+  keys->content().addWidget(shortcutNotice_);
+  return keys;
 }
 
 void SettingsView::showEvent(QShowEvent*) {

@@ -26,6 +26,16 @@ class WatchlistView;
 // the model's setters, so the orb and the tray follow at once.
 class SettingsView final : public QWidget {
  public:
+  // The global keys where X11 grabs cannot reach other programs' windows (a Wayland session): the
+  // commands to bind in the desktop's keyboard settings, and on GNOME a button that adds them.
+  struct DesktopKeys {
+    bool wayland = false;
+    QString program = QStringLiteral("tidemark");  // as the commands name it
+    std::function<bool()> gnomeInstalled;          // none: not GNOME
+    std::function<std::optional<std::string>()> addGnome;
+    std::function<void()> changed;  // the shortcuts were added
+  };
+
   struct Actions {
     std::function<void()> openGuide;
     std::function<void()> openAlert;
@@ -38,6 +48,7 @@ class SettingsView final : public QWidget {
     // Starting at login; without these the switch is not offered.
     std::function<bool()> autostartEnabled;
     std::function<std::optional<std::string>(bool on)> setAutostart;
+    DesktopKeys keys;
   };
 
   static const std::vector<std::string>& sections();
@@ -64,6 +75,7 @@ class SettingsView final : public QWidget {
 
  private:
   QWidget* appearancePage();
+  QWidget* keysCard(QWidget* page);
   QWidget* sourcePage();
   QWidget* alertPage();
   void sync();

@@ -162,6 +162,10 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
        "tidemark: unknown source 'yahoo' (mock, static, automatic, tencent, sina, stockSDK) See "
        "--help.\n"},
       {"--symbols ,", 2, "", "tidemark: --symbols needs at least one symbol See --help.\n"},
+      {"--toggle-orb", 1, "", "潮汐栏没有在运行\n"},
+      {"--toggle-mask", 1, "", "潮汐栏没有在运行\n"},
+      {"--toggle-mask --json", 2, "",
+       "tidemark: --toggle-mask takes no other option See --help.\n"},
       {"--endpoints /nonexistent.json", 2, "",
        "tidemark: cannot read /nonexistent.json: No such file or directory See --help.\n"},
       {"--endpoints " + minute, 2, "",
@@ -410,21 +414,27 @@ TEST(Platform, QtsOwnTextsAreChinese) {
 
 TEST(Platform, WaylandSessionsRunThroughXWaylandUnlessTheUserChose) {
   using Environment = std::map<std::string, std::string>;
-  // The environment, the platform chosen and a word of the message (or no message at all).
-  const std::tuple<Environment, std::string, std::string> cases[] = {
-      {{{"DISPLAY", ":0"}}, "", ""},
-      {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}}, "xcb", "XWayland"},
-      {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", ":1"}}, "xcb", "XWayland"},
-      {{{"WAYLAND_DISPLAY", "wayland-0"}}, "", "do not work"},
-      {{{"WAYLAND_DISPLAY", "w"}, {"DISPLAY", ":0"}, {"QT_QPA_PLATFORM", "wayland"}}, "", ""},
-      {{{"XDG_SESSION_TYPE", "x11"}, {"DISPLAY", ":0"}}, "", ""},
+  // The environment, the platform chosen, a word of the message (or no message at all) and
+  // whether the app runs as in a Wayland session (a managed orb, the desktop's keys).
+  const std::tuple<Environment, std::string, std::string, bool> cases[] = {
+      {{{"DISPLAY", ":0"}}, "", "", false},
+      {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}}, "xcb", "XWayland", true},
+      {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", ":1"}}, "xcb", "XWayland", true},
+      {{{"WAYLAND_DISPLAY", "wayland-0"}}, "", "do not work", false},
+      {{{"WAYLAND_DISPLAY", "w"}, {"DISPLAY", ":0"}, {"QT_QPA_PLATFORM", "wayland"}},
+       "",
+       "",
+       false},
+      {{{"WAYLAND_DISPLAY", "w"}, {"DISPLAY", ":0"}, {"QT_QPA_PLATFORM", "xcb"}}, "", "", true},
+      {{{"XDG_SESSION_TYPE", "x11"}, {"DISPLAY", ":0"}}, "", "", false},
   };
-  for (const auto& [environment, platform, says] : cases) {
+  for (const auto& [environment, platform, says, wayland] : cases) {
     const PlatformChoice choice = choosePlatform([&](const char* name) -> const char* {
       const auto it = environment.find(name);
       return it == environment.end() ? nullptr : it->second.c_str();
     });
     EXPECT_EQ(choice.platform, platform);
+    EXPECT_EQ(choice.wayland, wayland) << choice.message;
     EXPECT_EQ(choice.message.empty(), says.empty()) << choice.message;
     EXPECT_THAT(choice.message, HasSubstr(says));
   }
@@ -441,22 +451,30 @@ TEST(SingleInstance, StaleLocksGoLaterStartsAreForwardedSilentHoldersReported) {
       << QHostInfo::localHostName().toStdString() << "\n";
   std::ofstream(folder.path() / "tidemark.socket") << "";
 
+  using Request = SingleInstance::Request;
+  EXPECT_FALSE(SingleInstance::tell(path, Request::toggleOrb)) << "nobody runs yet";
   SingleInstance first(path);
-  int shown = 0;
-  first.onShowRequested = [&] { ++shown; };
+  std::vector<Request> heard;
+  first.onRequest = [&](Request request) { heard.push_back(request); };
   ASSERT_EQ(first.claim(), SingleInstance::Claim::first);
 
-  // A later start, in a thread of its own while this one serves the socket.
-  std::atomic<int> later{-1};
-  std::thread second([&] { later = int(SingleInstance(path).claim()); });
-  EXPECT_TRUE(QTest::qWaitFor([&] { return later != -1; }, 8000));
-  second.join();
-  EXPECT_EQ(later, int(SingleInstance::Claim::forwarded));
-  EXPECT_EQ(shown, 1);
+  // A later start and the two toggles, each in a thread of its own while this one serves.
+  const auto later = [&](std::function<int()> ask) {
+    std::atomic<int> answer{-1};
+    std::thread other([&] { answer = ask(); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return answer != -1; }, 8000));
+    other.join();
+    return int(answer);
+  };
+  EXPECT_EQ(later([&] { return int(SingleInstance(path).claim()); }),
+            int(SingleInstance::Claim::forwarded));
+  EXPECT_EQ(later([&] { return int(SingleInstance::tell(path, Request::toggleOrb)); }), 1);
+  EXPECT_EQ(later([&] { return int(SingleInstance::tell(path, Request::toggleMask)); }), 1);
+  EXPECT_EQ(heard, (std::vector{Request::show, Request::toggleOrb, Request::toggleMask}));
 
   // Nobody serves the socket while this thread is blocked: the holder does not answer.
   EXPECT_EQ(SingleInstance(path, 300).claim(), SingleInstance::Claim::unresponsive);
-  EXPECT_EQ(shown, 1);
+  EXPECT_EQ(heard.size(), 3u);
 }
 
 }  // namespace

@@ -69,6 +69,9 @@ struct DesktopOptions {
   std::function<std::unique_ptr<StatusNotifier>()> notifier;
   std::optional<bool> systemCalm;    // a desktop that reports its reduce-motion switch
   std::set<int> keysTakenElsewhere;  // global keys another program holds at launch
+  bool wayland = false;              // a Wayland session: the desktop binds the global keys
+  SettingsView::DesktopKeys keys;
+  std::function<bool()> desktopKeysBound;
 };
 
 struct Desktop {
@@ -87,13 +90,13 @@ struct Desktop {
         motion = setting.get();
         return setting;
       };
-    delegate = std::make_unique<AppDelegate>(
-        AppDelegate::Dependencies{*model, h.store, h.clock, h.scheduler, windows, keys,
-                                  standardWindowContent(
-                                      *model, h.clock, [] { return false; },
-                                      [](bool) { return std::optional<std::string>{}; }),
-                                  [this] { return screens; }, [this] { return mouse; },
-                                  std::move(options.notifier), std::move(motionSetting)});
+    delegate = std::make_unique<AppDelegate>(AppDelegate::Dependencies{
+        *model, h.store, h.clock, h.scheduler, windows, keys,
+        standardWindowContent(
+            *model, h.clock, [] { return false; },
+            [](bool) { return std::optional<std::string>{}; }, options.keys),
+        [this] { return screens; }, [this] { return mouse; }, std::move(options.notifier),
+        std::move(motionSetting), options.wayland, options.desktopKeysBound});
     keys.takenElsewhere = options.keysTakenElsewhere;
     delegate->onQuit = [this] { ++quits; };
     delegate->launch();

@@ -307,6 +307,43 @@ TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   EXPECT_TRUE(d.model->masked());
 }
 
+// Under Wayland the keys are the desktop's: the settings name the commands to bind and, on GNOME,
+// add them with a button; the tooltip says whether they are bound.
+TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
+  bool bound = false;
+  int adds = 0;
+  SettingsView::DesktopKeys keys{true, u"/opt/tm/tidemark"_s, [&] { return bound; },
+                                 [&] {
+                                   ++adds;
+                                   bound = true;
+                                   return std::optional<std::string>{};
+                                 }};
+  Desktop d({.wayland = true, .keys = keys, .desktopKeysBound = [&] { return bound; }});
+  const std::string unbound =
+      "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\n全局快捷键未绑定 · 见设置 › 外观 › 快捷键"
+      "\n贵州茅台  CNY1,468.80";
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), unbound);
+  EXPECT_TRUE(d.delegate->panel().isManaged());
+  d.delegate->openSettings("外观");
+  QWidget* settings = d.delegate->window("settings");
+  QStringList texts;
+  for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
+  EXPECT_TRUE(texts.contains(u"/opt/tm/tidemark --toggle-orb  显示或隐藏灵球"_s));
+  EXPECT_TRUE(texts.contains(u"/opt/tm/tidemark --toggle-mask  遮蔽所有行情数字"_s));
+  EXPECT_FALSE(texts.contains(u"Ctrl+Alt+Space  显示或隐藏灵球"_s));
+  QPushButton* add = nullptr;
+  for (auto* button : settings->findChildren<QPushButton*>())
+    if (button->text() == u"添加 GNOME 快捷键"_s) add = button;
+  ASSERT_TRUE(add);
+  EXPECT_EQ(adds, 0) << "nothing is written before the button is pressed";
+  add->click();
+  EXPECT_EQ(adds, 1);
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80");
+  texts.clear();
+  for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
+  EXPECT_TRUE(texts.contains(u"GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"_s));
+}
+
 TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   Desktop d;
   const Point core{640, 400}, corner{420, 180};

@@ -12,6 +12,7 @@
 
 #include "core/FileIO.h"
 #include "platform/Autostart.h"
+#include "platform/GnomeShortcuts.h"
 #include "platform/QtHttpClient.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
@@ -21,6 +22,7 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
 using Delivery = test::LoopbackServer::Delivery;
 using List = std::vector<std::string>;
 using Told = std::vector<std::optional<StoreWriteFailure>>;
@@ -234,6 +236,60 @@ TEST(Autostart, OnWritesTheEntryQuotingOnlyWhatNeedsItOffRemovesItFailuresAreWor
   EXPECT_EQ(Autostart::setEnabled(true, QStringLiteral("/usr/bin/tidemark")),
             "无法创建自启动目录 " + (folder.path() / "autostart").string());
   EXPECT_FALSE(Autostart::isEnabled());
+}
+
+// GNOME's custom shortcuts through the real gsettings tool, stored in a key file of the test's
+// own: the user's shortcut stays, ours are added once, and what GNOME reads is pinned.
+TEST(GnomeShortcuts, AddedBesideTheUsersOwnAndReadBack) {
+  const std::pair<const char*, QStringList> printed[] = {
+      {"@as []", {}},
+      {"['/a/', '/b/']", {u"/a/"_s, u"/b/"_s}},
+      {R"("it's")", {u"it's"_s}},
+      {R"('back\\slash \'q\'')", {uR"(back\slash 'q')"_s}},
+  };
+  for (const auto& [text, items] : printed)
+    EXPECT_EQ(GnomeShortcuts::parseStringArray(QString::fromUtf8(text)), items) << text;
+
+  test::TemporaryFolder folder;
+  ConfigHome home(folder.path());
+  qputenv("GSETTINGS_BACKEND", "keyfile");
+  const std::filesystem::path keyfile = folder.path() / "glib-2.0/settings/keyfile";
+  std::filesystem::create_directories(keyfile.parent_path());
+  const std::string users =
+      "[org/gnome/settings-daemon/plugins/media-keys]\n"
+      "custom-keybindings=['/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/"
+      "custom0/']\n";
+  std::ofstream(keyfile) << users;
+
+  const GnomeShortcuts gnome(u"/opt/My Apps/tidemark"_s);
+  ASSERT_TRUE(gnome.isAvailable());
+  EXPECT_FALSE(gnome.isInstalled());
+  EXPECT_EQ(gnome.install(), std::nullopt);
+  EXPECT_TRUE(gnome.isInstalled());
+  EXPECT_EQ(gnome.install(), std::nullopt);  // again: nothing doubles
+  std::error_code error;
+  EXPECT_EQ(
+      readFile(keyfile, error),
+      "[org/gnome/settings-daemon/plugins/media-keys]\n"
+      "custom-keybindings=['/org/gnome/settings-daemon/plugins/media-keys/"
+      "custom-keybindings/custom0/', '/org/gnome/settings-daemon/plugins/media-keys/"
+      "custom-keybindings/tidemark-toggle-orb/', '/org/gnome/settings-daemon/plugins/"
+      "media-keys/custom-keybindings/tidemark-toggle-mask/']\n\n"
+      "[org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/tidemark-toggle-orb]\n"
+      "name='潮汐栏：显示或隐藏灵球'\n"
+      "command=\"'/opt/My Apps/tidemark' --toggle-orb\"\n"
+      "binding='<Control><Alt>space'\n\n"
+      "[org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/tidemark-toggle-mask]\n"
+      "name='潮汐栏：遮蔽行情数字'\n"
+      "command=\"'/opt/My Apps/tidemark' --toggle-mask\"\n"
+      "binding='<Control><Alt>m'\n");
+  // Another program's path: the shortcuts no longer run this one.
+  EXPECT_FALSE(GnomeShortcuts(u"/usr/bin/tidemark"_s).isInstalled());
+
+  const GnomeShortcuts missing(u"/usr/bin/tidemark"_s, u"/nonexistent/gsettings"_s);
+  EXPECT_FALSE(missing.isAvailable());
+  EXPECT_EQ(missing.install(), "无法读取 GNOME 的自定义快捷键（gsettings 不可用）");
+  qunsetenv("GSETTINGS_BACKEND");
 }
 
 }  // namespace
