@@ -70,6 +70,10 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
       : connection_(connection),
         // Qt talks to the display's default screen; Xvfb and Xwayland have only screen 0.
         compositorSelection_(atom(connection, "_NET_WM_CM_S0")) {
+    const auto cookie = xcb_query_extension(connection, 8, "XWAYLAND");
+    xcb_query_extension_reply_t* reply = xcb_query_extension_reply(connection, cookie, nullptr);
+    xwayland_ = reply && reply->present;
+    std::free(reply);
     QCoreApplication::instance()->installNativeEventFilter(this);
   }
   ~X11WindowSystem() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
@@ -133,6 +137,10 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   }
 
   void setInputRegion(QWidget& window, const QRegion& region) override {
+    // mutter takes an input shape without rectangles for no shape at all, the whole window: under
+    // Xwayland one point in the top left corner, which shows nothing, stands for none.
+    if (region.isEmpty() && xwayland_)
+      return setShape(window, XCB_SHAPE_SK_INPUT, QRect(0, 0, 1, 1));
     setShape(window, XCB_SHAPE_SK_INPUT, region);
   }
 
@@ -145,11 +153,12 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
 
   void prepareOrbWindow(QWidget& window) override {
     const auto id = static_cast<xcb_window_t>(window.winId());
-    // Qt leaves the background undefined and keeps pixels at the top left on a resize. A clear
-    // background, and pixels that stay where they are on the screen, let the window grow or
-    // shrink round the orb in one request without a frame of shifted or stale pixels.
-    const uint32_t values[] = {0, XCB_GRAVITY_STATIC};
-    xcb_change_window_attributes(connection_, id, XCB_CW_BACK_PIXEL | XCB_CW_BIT_GRAVITY, values);
+    // Qt keeps a window's pixels at its top left when it is resized. Pixels that stay where they
+    // are on the screen let the window grow or shrink round the orb in one request without a
+    // frame of shifted pixels. (A background pixel would clear the new parts too, but mutter then
+    // takes the window's input region as the whole window.)
+    const uint32_t staticGravity = XCB_GRAVITY_STATIC;
+    xcb_change_window_attributes(connection_, id, XCB_CW_BIT_GRAVITY, &staticGravity);
     // Qt sets neither property. Window managers differ in which one they honour, so both.
     const uint32_t everyDesktop = 0xFFFFFFFF;
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id,
@@ -181,6 +190,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   xcb_atom_t compositorSelection_;
   uint8_t inputOpcode_ = 0;
   uint8_t fixesEvent_ = 0;
+  bool xwayland_ = false;
   std::function<void(unsigned long)> pressed_;
   std::function<void(bool)> compositingChanged_;
 };

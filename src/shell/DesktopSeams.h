@@ -24,9 +24,8 @@ class WindowSystem {
   virtual void setInputRegion(QWidget& window, const QRegion& region) = 0;
   // Only `region` (window coordinates) of the window shows on the screen; none shows all of it.
   virtual void setVisibleRegion(QWidget& window, const std::optional<QRegion>& region) = 0;
-  // Call before the window is first shown: it is put on every desktop, kept out of task bars,
-  // its empty parts are clear, and a move and resize in one request leaves its pixels where they
-  // stand on the screen.
+  // Call before the window is first shown: it is put on every desktop, kept out of task bars, and
+  // a move and resize in one request leaves its pixels where they stand on the screen.
   virtual void prepareOrbWindow(QWidget& window) = 0;
   // Whether a compositing manager blends translucent windows now; `changed` hears one start or
   // stop.

@@ -90,6 +90,8 @@ void OrbContentView::mouseMoveEvent(QMouseEvent* event) {
 void OrbContentView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton || !startMouse_) return;
   if (moved_) {
+    // The last moves may not have been reported before the release; it says where the pointer is.
+    if (onDragMove) onDragMove(startOrigin_ + (event->globalPosition() - *startMouse_));
     call(onDragEnd);
   } else if (clickCount_ < 2) {
     call(onClick);

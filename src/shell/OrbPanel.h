@@ -16,8 +16,10 @@ namespace tidemark {
 //
 // In an X11 session the window bypasses the window manager: it is then on every desktop, and no
 // manager stacks it below a window or pushes a dragged orb back onto the screen. Under Wayland's
-// X servers it is a managed window instead, because mutter honours an unmanaged window's input
-// shape only as set before mapping, and KWin neither its input shape nor a click's focus.
+// X servers it is a managed window instead: KWin ignores an unmanaged window's input shape and
+// gives it no keyboard focus on a click, and mutter follows later changes of its input shape
+// only for a managed one. (mutter 43 also drops an X window's input shape whenever new pixels
+// of the window reach it; there only the window's own size keeps the clicks free around the orb.)
 class OrbPanel final : public QWidget {
  public:
   OrbPanel(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,

@@ -140,6 +140,10 @@ void AppDelegate::updatePointerMode() {
     setPassThrough(true);
     return;
   }
+  // Under Wayland the X server learns where the pointer is only while it is over a window of
+  // X11 clients: a panel that let everything through would never hear of the pointer coming
+  // back to the orb. Its input region alone lets the rest through there.
+  if (deps_.waylandSession) return setPassThrough(false);
   const Point mouse = deps_.mouseLocation();
   const Point o = origin();
   const QPointF p(mouse.x - o.x, mouse.y - o.y);
