@@ -12,11 +12,24 @@ namespace {
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
 const QString interface = QStringLiteral("org.freedesktop.Notifications");
+// The app's desktop entry and the name of its icon in the icon theme.
+const QString desktopEntry = QStringLiteral("org.tidemark.Tidemark");
 
 }  // namespace
 
 DBusNotifier::DBusNotifier(QDBusConnection bus, QString applicationName)
-    : bus_(std::move(bus)), applicationName_(std::move(applicationName)) {}
+    : bus_(std::move(bus)), applicationName_(std::move(applicationName)) {
+  if (!bus_.isConnected()) return;
+  watcher_.setConnection(bus_);
+  watcher_.addWatchedService(service);
+  watcher_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+  // A new service numbers its notifications afresh: ours of the old one mean nothing to it.
+  QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &context_,
+                   [this](const QString&, const QString&, const QString& owner) {
+                     service_ = owner;
+                     shown_.clear();
+                   });
+}
 
 void DBusNotifier::call(const QString& method, const QList<QVariant>& arguments,
                         std::function<void(const QDBusMessage&)> done) {
@@ -53,13 +66,16 @@ void DBusNotifier::requestAuthorization(std::function<void(bool)> completion) {
 
 void DBusNotifier::add(const NotificationRequest& request, std::function<void()> completion) {
   const auto previous = shown_.find(request.identifier);
-  const uint32_t replaces = previous == shown_.end() ? 0 : previous->second;
+  const uint32_t replaces =
+      previous == shown_.end() || previous->second.service != service_ ? 0 : previous->second.id;
   QVariantMap hints;
   hints.insert(QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(1)));
   hints.insert(QStringLiteral("category"), QStringLiteral("x-tidemark.price-alert"));
+  // The daemon shows the app's icon from its desktop entry, or by the icon's name.
+  hints.insert(QStringLiteral("desktop-entry"), desktopEntry);
   const QList<QVariant> arguments{applicationName_,
                                   QVariant::fromValue(replaces),
-                                  QString(),
+                                  desktopEntry,
                                   QString::fromStdString(request.title),
                                   QString::fromStdString(request.body),
                                   QStringList(),
@@ -68,8 +84,12 @@ void DBusNotifier::add(const NotificationRequest& request, std::function<void()>
   call(QStringLiteral("Notify"), arguments,
        [this, identifier = request.identifier,
         completion = std::move(completion)](const QDBusMessage& reply) {
-         if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
-           shown_[identifier] = reply.arguments().constFirst().toUInt();
+         if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
+           // The first answer tells which service runs, when the watcher has not said yet.
+           if (service_.isEmpty()) service_ = reply.service();
+           if (reply.service() == service_)
+             shown_[identifier] = {reply.arguments().constFirst().toUInt(), service_};
+         }
          completion();
        });
 }
@@ -77,8 +97,9 @@ void DBusNotifier::add(const NotificationRequest& request, std::function<void()>
 void DBusNotifier::remove(const std::string& identifier) {
   const auto shown = shown_.find(identifier);
   if (shown == shown_.end()) return;
-  call(QStringLiteral("CloseNotification"), {QVariant::fromValue(shown->second)},
-       [](const QDBusMessage&) {});
+  if (shown->second.service == service_)
+    call(QStringLiteral("CloseNotification"), {QVariant::fromValue(shown->second.id)},
+         [](const QDBusMessage&) {});
   shown_.erase(shown);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
 
@@ -14,7 +15,9 @@ namespace tidemark {
 
 // Desktop notifications through the freedesktop notification service on D-Bus. There is no
 // permission to ask for there: notifications count as authorised when the service answers, and
-// without a service nothing is posted and nothing fails.
+// without a service nothing is posted and nothing fails. Notifications carry the app's icon and
+// desktop entry. An id names a notification only for the service that gave it: when the service
+// is restarted or replaced, the ids it gave are forgotten and never replaced or closed.
 class DBusNotifier final : public Notifier {
  public:
   explicit DBusNotifier(QDBusConnection bus = QDBusConnection::sessionBus(),
@@ -32,9 +35,16 @@ class DBusNotifier final : public Notifier {
 
   QDBusConnection bus_;
   QString applicationName_;
-  // The service's id of the last notification shown per identifier, so a new one replaces it.
-  std::map<std::string, uint32_t> shown_;
+  // The service's id of the last notification shown per identifier, so a new one replaces it,
+  // with the unique bus name of the service that gave it.
+  struct Shown {
+    uint32_t id;
+    QString service;
+  };
+  std::map<std::string, Shown> shown_;
+  QString service_;  // the service's unique name, as far as known
   QObject context_;  // owns pending calls; their callbacks die with the notifier
+  QDBusServiceWatcher watcher_;
 };
 
 }  // namespace tidemark

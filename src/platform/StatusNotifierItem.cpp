@@ -1,6 +1,9 @@
 #include "platform/StatusNotifierItem.h"
 
+#include <signal.h>
 #include <unistd.h>
+
+#include <atomic>
 
 #include <QAction>
 #include <QDBusConnectionInterface>
@@ -8,7 +11,9 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVirtualObject>
+#include <QDir>
 #include <QMenu>
+#include <QStandardPaths>
 #include <QTimer>
 
 namespace tidemark {
@@ -105,6 +110,7 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
 <property name="Title" type="s" access="read"/><property name="Status" type="s" access="read"/>
 <property name="WindowId" type="i" access="read"/>
 <property name="IconName" type="s" access="read"/>
+<property name="IconThemePath" type="s" access="read"/>
 <property name="IconPixmap" type="a(iiay)" access="read"/>
 <property name="OverlayIconName" type="s" access="read"/>
 <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
@@ -283,6 +289,7 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus)
 }
 
 StatusNotifierItem::~StatusNotifierItem() {
+  removeIconFiles(false);
   bus_.disconnect(watcherService, watcherPath, watcherService,
                   QStringLiteral("StatusNotifierHostRegistered"), listener_.get(),
                   SLOT(hostRegistered()));
@@ -376,7 +383,8 @@ QVariantMap StatusNotifierItem::itemProperties() const {
       {QStringLiteral("Title"), QStringLiteral("潮汐栏")},
       {QStringLiteral("Status"), QStringLiteral("Active")},
       {QStringLiteral("WindowId"), 0},
-      {QStringLiteral("IconName"), none},
+      {QStringLiteral("IconName"), iconName_},
+      {QStringLiteral("IconThemePath"), iconName_.isEmpty() ? none : iconFolder()},
       {QStringLiteral("IconPixmap"), QVariant::fromValue(icon_)},
       {QStringLiteral("OverlayIconName"), none},
       {QStringLiteral("OverlayIconPixmap"), noPixmaps},
@@ -405,7 +413,43 @@ void StatusNotifierItem::setIcon(const QImage& small, const QImage& large) {
   const sni::IconPixmapList icon{sni::iconPixmap(small), sni::iconPixmap(large)};
   if (icon == icon_) return;
   icon_ = icon;
+  writeIconFile(large);
   emitSignal(itemPath, "org.kde.StatusNotifierItem", "NewIcon");
+}
+
+QString StatusNotifierItem::iconFolder() {
+  return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+         QStringLiteral("/tidemark-tray");
+}
+
+void StatusNotifierItem::writeIconFile(const QImage& image) {
+  static std::atomic<unsigned> written{0};
+  const QDir folder(iconFolder());
+  if (iconName_.isEmpty()) removeIconFiles(true);  // left by an earlier run that ended abruptly
+  if (!QDir().mkpath(folder.path())) return;
+  // Hosts look an icon up by its name once: a new image needs a new name.
+  const QString name = QStringLiteral("tidemark-tray-%1-%2").arg(::getpid()).arg(++written);
+  if (!image.save(folder.filePath(name + QStringLiteral(".png")), "PNG")) return;
+  // The one before stays until the next change, for a host still reading it.
+  if (!previousIconName_.isEmpty())
+    QFile::remove(folder.filePath(previousIconName_ + QStringLiteral(".png")));
+  previousIconName_ = iconName_;
+  iconName_ = name;
+}
+
+void StatusNotifierItem::removeIconFiles(bool othersToo) {
+  QDir folder(iconFolder());
+  const QString own = QStringLiteral("tidemark-tray-%1-").arg(::getpid());
+  for (const QString& file :
+       folder.entryList({QStringLiteral("tidemark-tray-*.png")}, QDir::Files)) {
+    const bool ours = file.startsWith(own) && (file == iconName_ + QStringLiteral(".png") ||
+                                               file == previousIconName_ + QStringLiteral(".png"));
+    // Another run's files go only once that run has ended.
+    const pid_t owner = file.section(u'-', 2, 2).toInt();
+    if (ours || (othersToo && owner > 0 && owner != ::getpid() && ::kill(owner, 0) != 0))
+      folder.remove(file);
+  }
+  folder.rmdir(folder.path());  // only when empty
 }
 
 void StatusNotifierItem::setToolTip(const std::string& text) {

@@ -18,6 +18,11 @@ namespace tidemark {
 // The tray item exported over D-Bus: org.kde.StatusNotifierItem at /StatusNotifierItem with the
 // Ayatana label beside the icon, and its menu as com.canonical.dbusmenu at /MenuBar. It registers
 // with org.kde.StatusNotifierWatcher, again whenever a watcher appears or a host registers.
+//
+// The icon goes out as pixmaps, and, for the hosts that draw only named icons (the Ayatana
+// indicator hosts), as a PNG file in a folder of the app's own under the runtime folder, named
+// anew for every new image and published as IconThemePath and IconName. The files go with the
+// item.
 class StatusNotifierItem final : public StatusNotifier {
  public:
   static constexpr const char* itemPath = "/StatusNotifierItem";
@@ -36,6 +41,8 @@ class StatusNotifierItem final : public StatusNotifier {
   // The revision of the exported menu's layout; a new one is announced with LayoutUpdated.
   uint menuRevision() const { return revision_; }
   const QString& serviceName() const { return serviceName_; }
+  // The folder of the icon files: "tidemark-tray" in the runtime folder.
+  static QString iconFolder();
 
   // The longest text the label is likely to show in its present form, so the panel keeps its
   // width while the price moves: every digit as the widest one, and a two-digit percentage.
@@ -69,7 +76,11 @@ class StatusNotifierItem final : public StatusNotifier {
   std::unique_ptr<Listener> listener_;
   QDBusServiceWatcher watcher_;
 
+  void writeIconFile(const QImage& image);
+  void removeIconFiles(bool othersToo);
+
   sni::IconPixmapList icon_;
+  QString iconName_, previousIconName_;
   QString toolTip_, label_, guide_;
 
   std::unique_ptr<QMenu> exported_;

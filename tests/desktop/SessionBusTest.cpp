@@ -2,13 +2,16 @@
 // tray item, read by a host written here with the real status-notifier-watcher; the settings
 // portal's reduce-motion switch; the price alert's notifications.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
+#include <QFile>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 #include "desktop/DesktopFixture.h"
@@ -20,6 +23,7 @@ namespace tidemark {
 namespace {
 
 using namespace Qt::StringLiterals;
+using testing::MatchesRegex;
 
 const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
 const QString itemInterface = u"org.kde.StatusNotifierItem"_s;
@@ -30,8 +34,10 @@ class LabelLog : public QObject {
   Q_OBJECT
  public:
   QStringList labels;
+  QList<uint> revisions;
  public Q_SLOTS:
   void label(const QString& text, const QString&) { labels << text; }
+  void layout(uint revision, int) { revisions << revision; }
 };
 
 // A StatusNotifierHost on a connection of its own, so every call really crosses the bus.
@@ -106,33 +112,6 @@ class FakePortal : public QObject {
 
  private:
   const QString path = u"/org/freedesktop/portal/desktop"_s;
-};
-
-// The freedesktop notification service on a connection of its own; it keeps each Notify and
-// CloseNotification as a line.
-class FakeNotifications : public QObject {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
- public:
-  QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "notifications");
-  QStringList calls;
-
-  FakeNotifications() {
-    bus.registerObject(u"/org/freedesktop/Notifications"_s, this, QDBusConnection::ExportAllSlots);
-    bus.registerService(u"org.freedesktop.Notifications"_s);
-  }
-
- public Q_SLOTS:
-  QString GetServerInformation(QString&, QString&, QString&) { return u"fake"_s; }
-  uint Notify(const QString& app, uint replaces, const QString&, const QString& summary,
-              const QString& body, const QStringList&, const QVariantMap&, int) {
-    calls << u"Notify|%1|%2|%3|%4"_s.arg(app, QString::number(replaces), summary, body);
-    return replaces ? replaces : ++lastID_;
-  }
-  void CloseNotification(uint id) { calls << u"CloseNotification|"_s + QString::number(id); }
-
- private:
-  uint lastID_ = 0;
 };
 
 struct Watcher {
@@ -214,6 +193,22 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
     EXPECT_EQ(std::tuple(icons[i].width, icons[i].height, icons[i].bytes.size()),
               std::tuple(22 << i, 22 << i, (22 << i) * (22 << i) * 4));
   EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
+  // The same image as a named icon, for the hosts that draw only names.
+  const auto namedIcon = [&] {
+    const QVariantMap now = qdbus_cast<QVariantMap>(
+        host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface})
+            .arguments()
+            .value(0));
+    EXPECT_EQ(
+        now.value(u"IconThemePath"_s).toString(),
+        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/tidemark-tray"_s);
+    const QString file = now.value(u"IconThemePath"_s).toString() + u'/' +
+                         now.value(u"IconName"_s).toString() + u".png"_s;
+    const auto pixmaps = qdbus_cast<sni::IconPixmapList>(now.value(u"IconPixmap"_s));
+    EXPECT_EQ(sni::iconPixmap(QImage(file)), pixmaps.value(1)) << file.toStdString();
+    return file;
+  };
+  const QString firstIcon = namedIcon();
   const auto tip = qdbus_cast<sni::ToolTip>(p.value(u"ToolTip"_s));
   EXPECT_EQ(tip.title, u"潮汐栏"_s);
   EXPECT_EQ(tip.text.toStdString(), d.delegate->tooltip());
@@ -229,18 +224,41 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   d.model->setMasked(true);
   d.h.scheduler.runDue();
   ASSERT_TRUE(QTest::qWaitFor([&] { return log.labels.last().isEmpty(); }, 3000));
+  // Masked, the icon is the bare orb: a new file under a new name.
+  const QString maskedIcon = namedIcon();
+  EXPECT_NE(maskedIcon, firstIcon);
 
   // Activate hides the orb; a wheel step either way moves to the next symbol.
   ASSERT_TRUE(d.delegate->panel().isVisible());
   host.call(service, path, itemInterface, u"Activate"_s, {0, 0});
   EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, 3000));
+  d.h.scheduler.runDue();
   for (const auto& [delta, next] : {std::pair{120, "00700"}, {-120, "NVDA"}}) {
     host.call(service, path, itemInterface, u"Scroll"_s, {delta, u"vertical"_s});
     EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->activeID() == next; }, 3000)) << delta;
   }
 
-  // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
+  // A host that keeps the menu it fetched hears of every change: the global key shows the orb,
+  // and the menu says "隐藏灵球" without being opened again.
   const QString menu = u"/MenuBar"_s;
+  ASSERT_TRUE(host.bus.connect(service, menu, menuInterface, u"LayoutUpdated"_s, &log,
+                               SLOT(layout(uint, int))));
+  const auto orbItem = [&] {
+    const auto kept = qdbus_cast<sni::MenuLayoutItem>(
+        host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()})
+            .arguments()
+            .value(1));
+    return kept.children.at(2).properties.value(u"label"_s).toString().toStdString();
+  };
+  for (const char* shown : {"隐藏灵球", "显示灵球"}) {
+    const qsizetype heard = log.revisions.size();
+    d.keys.pressed(1);
+    d.h.scheduler.runDue();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return log.revisions.size() > heard; }, 3000)) << shown;
+    EXPECT_EQ(orbItem(), shown);
+  }
+
+  // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
   EXPECT_TRUE(
       host.call(service, menu, menuInterface, u"AboutToShow"_s, {0}).arguments().value(0).toBool());
   const QDBusMessage layout =
@@ -283,6 +301,10 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   watcher.start(host);
   EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 5000));
   EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
+  // The files go with the item.
+  d.delegate.reset();
+  EXPECT_FALSE(QFile::exists(maskedIcon));
+  EXPECT_FALSE(QFile::exists(firstIcon));
 }
 
 TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
@@ -351,30 +373,96 @@ bool authorized(DBusNotifier& notifier) {
   return answer.value_or(false);
 }
 
-// Without a bus or a notification service nothing is authorised and a post still completes;
-// with one, an alert is posted, replaced and withdrawn.
-TEST(DBusNotifier, WithoutAServiceNothingFailsWithOneItPostsReplacesAndWithdraws) {
+// A program the test runs until it ends.
+struct Running {
+  QProcess process;
+  Running(const QString& program, const QStringList& arguments, QProcessEnvironment environment) {
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    EXPECT_TRUE(process.waitForStarted()) << program.toStdString() << " is not installed";
+  }
+  ~Running() {
+    process.terminate();
+    if (!process.waitForFinished(3000)) process.kill();
+    process.waitForFinished();
+  }
+};
+
+// The calls to the notification service as dbus-monitor prints them: the member and its first
+// number (Notify's replaces_id, CloseNotification's id), and what else a line names.
+QStringList notificationCalls(const QString& monitored) {
+  QStringList calls;
+  for (const QString& block : monitored.split(u"method call "_s).mid(1)) {
+    if (!block.contains(u"destination=org.freedesktop.Notifications"_s)) continue;
+    const QString member = block.section(u"member="_s, 1).section(u'\n', 0, 0);
+    if (member != u"Notify"_s && member != u"CloseNotification"_s) continue;
+    const QString number = block.section(u"uint32 "_s, 1).section(u'\n', 0, 0);
+    calls << member + u' ' + number;
+    if (member == u"Notify"_s && !block.contains(uR"(string "org.tidemark.Tidemark")"_s))
+      calls << u"(no app icon or desktop entry)"_s;
+  }
+  return calls;
+}
+
+// With a real notification daemon (dunst on an X server of the test's own) and the calls as
+// dbus-monitor sees them: alerts are posted with the app's icon and replaced; after the daemon
+// restarts, the old ids are forgotten: nothing is replaced or closed with them.
+TEST(DBusNotifier, PostsReplacesAndForgetsTheIdsOfADaemonThatRestarted) {
   DBusNotifier unconnected(
       QDBusConnection::connectToBus(u"unix:path=/nonexistent/bus"_s, u"nowhere"_s));
   EXPECT_FALSE(authorized(unconnected));
   DBusNotifier notifier;
-  EXPECT_FALSE(authorized(notifier));
   int completions = 0;
-  const auto add = [&](const char* body) {
-    notifier.add({"tidemark.price-alert.600519", "贵州茅台 价格提醒", body},
-                 [&] { ++completions; });
+  const auto add = [&](const char* identifier) {
+    notifier.add({identifier, "贵州茅台 价格提醒", "CNY 1,600.50"}, [&] { ++completions; });
     return QTest::qWaitFor([&, want = completions + 1] { return completions == want; }, 5000);
   };
-  EXPECT_TRUE(add("no service"));
-  FakeNotifications service;
+  EXPECT_FALSE(authorized(notifier)) << "no daemon yet";
+  EXPECT_TRUE(add("a")) << "no daemon: the post still completes";
+
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  QProcess xvfb;
+  xvfb.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
+  ASSERT_TRUE(xvfb.waitForStarted() && xvfb.waitForReadyRead(10000)) << "Xvfb did not start";
+  environment.insert(u"DISPLAY"_s, u":"_s + QString::fromLatin1(xvfb.readLine().trimmed()));
+  Running monitor(u"dbus-monitor"_s, {u"--session"_s, u"interface=org.freedesktop.Notifications"_s},
+                  environment);
+  QString monitored;
+  const auto owner = [] {
+    return QDBusConnection::sessionBus()
+        .interface()
+        ->serviceOwner(u"org.freedesktop.Notifications"_s)
+        .value();
+  };
+  QString previousOwner;
+  const auto startDaemon = [&] {
+    auto daemon = std::make_unique<Running>(u"dunst"_s, QStringList{}, environment);
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return !owner().isEmpty() && owner() != previousOwner; }, 10000));
+    previousOwner = owner();
+    return daemon;
+  };
+  auto dunst = startDaemon();
   EXPECT_TRUE(authorized(notifier));
-  for (const char* body : {"CNY 1,600.50", "again"}) EXPECT_TRUE(add(body));
-  notifier.remove("tidemark.price-alert.600519");
-  notifier.remove("tidemark.price-alert.00700");  // never shown: nothing to withdraw
-  EXPECT_TRUE(QTest::qWaitFor([&] { return service.calls.size() == 3; }, 5000));
-  EXPECT_EQ(service.calls,
-            (QStringList{"Notify|潮汐栏|0|贵州茅台 价格提醒|CNY 1,600.50",
-                         "Notify|潮汐栏|1|贵州茅台 价格提醒|again", "CloseNotification|1"}));
+  for (const char* identifier : {"a", "b", "a"}) EXPECT_TRUE(add(identifier)) << identifier;
+  dunst.reset();
+  dunst = startDaemon();
+  notifier.remove("b");  // the old daemon's id 2: nothing to close here
+  EXPECT_TRUE(add("a"));
+  notifier.remove("a");
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] {
+        monitored += QString::fromUtf8(monitor.process.readAllStandardOutput());
+        return notificationCalls(monitored).size() >= 5;
+      },
+      5000));
+  // The daemons number as they like: the replaced id is the first daemon's, the closed one the
+  // second's; "b" of the first daemon is never closed.
+  EXPECT_THAT(notificationCalls(monitored).join(u", "_s).toStdString(),
+              MatchesRegex("Notify 0, Notify 0, Notify [1-9][0-9]*, Notify 0, "
+                           "CloseNotification [1-9][0-9]*"));
+  xvfb.terminate();
+  xvfb.waitForFinished();
 }
 
 }  // namespace
