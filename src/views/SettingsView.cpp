@@ -57,6 +57,45 @@ class ThemeSwatch final : public QPushButton {
   AppTheme theme_;
 };
 
+// What each data source is, in a line a newcomer can tell them apart by.
+QString modeDescription(SourceMode mode) {
+  switch (mode) {
+    case SourceMode::mock:
+      return QStringLiteral("演示用的模拟价格，会自己跳动，不是真实行情。");
+    case SourceMode::staticJSON:
+      return QStringLiteral("读取一份固定的行情快照文件，价格不会变化。");
+    case SourceMode::automatic:
+      return QStringLiteral(
+          "实时行情，依次尝试 stock-sdk、腾讯和新浪，一个失败就换下一个（推荐）。");
+    case SourceMode::tencent:
+      return QStringLiteral("只用腾讯的实时行情。");
+    case SourceMode::sina:
+      return QStringLiteral("只用新浪的实时行情。");
+    case SourceMode::stockSDK:
+      return QStringLiteral("通过 Node.js 运行 stock-sdk 取实时行情，本机需要装有 Node.js。");
+  }
+  return {};
+}
+
+// The list of sections and the sections themselves. Their wrapped texts must not make their
+// height depend on their width: the window would then ask for the tallest section's whole height
+// and scroll as a whole, this list included, instead of the section alone.
+class SideBar final : public QFrame {
+ public:
+  using QFrame::QFrame;
+  bool hasHeightForWidth() const override { return false; }
+};
+
+class SectionPage final : public QWidget {
+ public:
+  explicit SectionPage(QWidget* content) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+  }
+  bool hasHeightForWidth() const override { return false; }
+};
+
 // A row of pills, one per choice; the checked one follows `current`.
 struct PillRow {
   QHBoxLayout* layout;
@@ -93,7 +132,7 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
 
-  auto* side = new QFrame(this);
+  auto* side = new SideBar(this);
   side->setProperty("card", true);
   side->setFixedWidth(168);
   auto* sideLayout = new QVBoxLayout(side);
@@ -122,7 +161,7 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   detail_ = new DetailView(model, actions_.close, actions_.openAlert);
   stack_->addWidget(scrollingArea(detail_));
   watchlist_ = new WatchlistView(model, clock);
-  stack_->addWidget(watchlist_);
+  stack_->addWidget(new SectionPage(watchlist_));
   stack_->addWidget(scrollingArea(sourcePage()));
   stack_->addWidget(scrollingArea(alertPage()));
   layout->addWidget(stack_, 1);
@@ -363,6 +402,7 @@ QWidget* SettingsView::sourcePage() {
   });
   card->content().addWidget(mode);
   auto* hint = themedLabel(QString(), "muted", 12, QFont::Normal, card);
+  hint->setWordWrap(true);
   card->content().addWidget(hint);
   auto* interval = new QHBoxLayout;
   interval->addWidget(themedLabel(QStringLiteral("自动刷新"), "secondary", 13));
@@ -411,10 +451,8 @@ QWidget* SettingsView::sourcePage() {
       const QSignalBlocker quiet(mode);
       mode->setCurrentIndex(mode->findData(int(model_.sourceMode())));
     }
-    hint->setText(QStringLiteral("当前来源：") + QString::fromStdString(model_.sourceLabel()) +
-                  (model_.sourceMode() == SourceMode::automatic
-                       ? QStringLiteral("\n失败时按顺序切换 stock-sdk、腾讯和新浪行情")
-                       : QString()));
+    hint->setText(modeDescription(model_.sourceMode()) + QStringLiteral("\n当前来源：") +
+                  QString::fromStdString(model_.sourceLabel()));
     for (auto [seconds, pill] : intervals) pill->setSelected(model_.refreshInterval() == seconds);
     const Date updated = model_.updatedAt();
     const QString when = updated.sinceReference == 0

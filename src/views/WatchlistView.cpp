@@ -380,14 +380,17 @@ void WatchlistView::fillCandidates() {
   // The candidates show codes, names and markets only; new prices leave them as they are. A
   // search shows what it found, watched or not; the quotes at hand only what can be added.
   std::vector<const QuoteSnapshot*> results, candidates;
+  std::unordered_set<std::string_view> found;
   std::string shown;
   for (const QuoteSnapshot& quote : model_.sourceSearchResults()) {
     results.push_back(&quote);
+    found.insert(quote.id);
     shown += quote.id + quote.name + quote.market + (watched(quote.id) ? "*|" : "|");
   }
   shown += "#";
+  // A quote the search found is offered there, not twice.
   for (const QuoteSnapshot& quote : model_.quotes()) {
-    if (watched(quote.id)) continue;
+    if (watched(quote.id) || found.contains(quote.id)) continue;
     candidates.push_back(&quote);
     shown += quote.id + quote.name + quote.market + "|";
   }

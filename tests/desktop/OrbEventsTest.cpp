@@ -9,6 +9,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyleHints>
 #include <QTest>
 
@@ -344,6 +345,41 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
   EXPECT_TRUE(texts.contains(u"GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"_s));
 }
 
+// A window of ours that is active and covers the orb: the orb fades to a quarter and lets the
+// pointer through, or hides where no compositor blends it; it comes back when the window closes.
+// Without a compositor the orb's window shows only what is drawn, without the glow.
+TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
+  for (const bool composited : {true, false}) {
+    Desktop d;
+    OrbPanel& panel = d.delegate->panel();
+    ASSERT_TRUE(d.windows.compositingChanged);
+    d.windows.compositingChanged(composited);
+    EXPECT_EQ(panel.content().orbView().compositing(), composited);
+    EXPECT_EQ(d.windows.visible.has_value(), !composited) << composited;
+    if (!composited) {  // the sphere shows, a point beside it in the glow does not
+      EXPECT_TRUE(d.windows.visible->contains(d.at({230, 230})));
+      EXPECT_FALSE(d.windows.visible->contains(d.at({230 + 48 + 4, 230})));
+    }
+    d.delegate->openSettings("外观");  // 960 wide: no room beside the orb, so in the middle
+    QWidget* settings = d.delegate->window("settings");
+    QApplication::setActiveWindow(settings);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->yieldsToWindow(); }, 2000)) << composited;
+    EXPECT_NEAR(panel.windowOpacity(), composited ? 0.25 : 1.0, 0.005);  // in 255ths
+    EXPECT_EQ(panel.isVisible(), composited);
+    EXPECT_TRUE(d.windows.region.isEmpty()) << "the pointer goes through";
+    EXPECT_TRUE(d.delegate->orbShown()) << "standing aside is not hiding";
+    settings->move(900, 0);  // off the orb
+    EXPECT_FALSE(d.delegate->yieldsToWindow());
+    settings->move(100, 100);
+    EXPECT_TRUE(d.delegate->yieldsToWindow());
+    d.delegate->closeWindow("settings");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !d.delegate->yieldsToWindow(); }, 2000));
+    EXPECT_EQ(panel.windowOpacity(), 1.0);
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_TRUE(d.windows.region.contains(d.at({230, 230})));
+  }
+}
+
 TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   Desktop d;
   const Point core{640, 400}, corner{420, 180};
@@ -385,6 +421,18 @@ TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
   EXPECT_EQ(settings->windowTitle(), u"设置 · 使用偏好"_s);
+  // At its size the window does not scroll as a whole: each section scrolls on its own, and the
+  // side bar's last button is in view in every section.
+  for (const std::string& name : SettingsView::sections()) {
+    d.delegate->openSettings(name);
+    QApplication::processEvents();
+    EXPECT_EQ(settings->findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0) << name;
+    for (auto* button : settings->findChildren<QPushButton*>())
+      if (button->text() == u"恢复默认设置"_s)
+        EXPECT_TRUE(
+            settings->rect().contains(QRect(button->mapTo(settings, QPoint()), button->size())))
+            << name;
+  }
   // The settings window's own buttons open the other windows.
   const auto click = [&](const QString& text) {
     for (auto* button : settings->findChildren<QPushButton*>())

@@ -195,6 +195,16 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
       if (label->isVisibleTo(view.get())) shown << label->text();
     EXPECT_TRUE(shown.contains(QString::fromUtf8(heading))) << section;
   }
+  // Each data source says in a line what it is; the demonstration says it is not the market.
+  for (const auto& [mode, line] :
+       {std::pair{SourceMode::mock,
+                  "演示用的模拟价格，会自己跳动，不是真实行情。\n当前来源：模拟源"},
+        {SourceMode::staticJSON,
+         "读取一份固定的行情快照文件，价格不会变化。\n当前来源：静态 JSON"}}) {
+    model->setSourceMode(mode);
+    QTest::qWait(1);
+    EXPECT_TRUE(named<QLabel>(*view, QString::fromUtf8(line))) << line;
+  }
 
   // Every control changes its own preference and no other, as a restart reads them; a pill or
   // swatch clicked is the one marked.
@@ -455,6 +465,10 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   ASSERT_EQ(model->sourceSearchResults().size(), 1u);
   settle();
   EXPECT_TRUE(shows("已在自选")) << "found again, and told it is watched";
+  view.setSearch("AAPL");
+  view.submitSearch();
+  settle();
+  EXPECT_EQ(view.shownTexts().count(u"AAPL  苹果"_s), 1) << "found, and not offered a second time";
   view.setSearch("");
 
   named<QPushButton>(view, u"加入"_s)->click();  // the first quote not yet watched
