@@ -427,11 +427,11 @@ TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
     d.delegate->openSettings(name);
     QApplication::processEvents();
     EXPECT_EQ(settings->findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0) << name;
-    for (auto* button : settings->findChildren<QPushButton*>())
-      if (button->text() == u"恢复默认设置"_s)
-        EXPECT_TRUE(
-            settings->rect().contains(QRect(button->mapTo(settings, QPoint()), button->size())))
-            << name;
+    for (auto* button : settings->findChildren<QPushButton*>()) {
+      if (button->text() != u"恢复默认设置"_s) continue;
+      const QRect at(button->mapTo(settings, QPoint()), button->size());
+      EXPECT_TRUE(settings->rect().contains(at)) << name;
+    }
   }
   // The settings window's own buttons open the other windows.
   const auto click = [&](const QString& text) {
