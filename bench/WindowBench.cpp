@@ -35,10 +35,10 @@ class InstantSource final : public MarketDataSource {
   }
   bool canFetchIntraday() const override { return true; }
   void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
-                     std::function<void(std::optional<std::vector<double>>)> done) override {
+                     std::function<void(Intraday)> done) override {
     std::vector<double> values;
     for (int i = 0; i < 240; ++i) values.push_back(1450 + 20 * std::sin(i / 17.0) + i * 0.05);
-    done(values);
+    done({values});
   }
 };
 

@@ -101,8 +101,8 @@ class QuotesOnly final : public MarketDataSource {
   }
   bool canFetchIntraday() const override { return false; }
   void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
-                     std::function<void(std::optional<std::vector<double>>)> completion) override {
-    completion(std::nullopt);
+                     std::function<void(Intraday)> completion) override {
+    completion({});
   }
 
  private:

@@ -37,10 +37,15 @@ class MarketDataSource {
 
   // Whether intraday series can be asked for at all (the bridge and Node.js are installed).
   virtual bool canFetchIntraday() const = 0;
-  // Today's prices of one quote, oldest first; none when the series could not be read.
-  virtual void fetchIntraday(
-      const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
-      std::function<void(std::optional<std::vector<double>>)> completion) = 0;
+  // Today's prices of one quote, oldest first; none when the series could not be read, and
+  // `skipped` besides when the request never ran because a newer one took its place.
+  struct Intraday {
+    std::optional<std::vector<double>> values;
+    bool skipped = false;
+  };
+  virtual void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
+                             const std::string& market,
+                             std::function<void(Intraday)> completion) = 0;
 
   // Securities whose code or name matches the text, with their quotes, best match first. No
   // quotes and no error: nothing matched. An error: the search itself failed, which is all a

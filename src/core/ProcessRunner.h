@@ -24,6 +24,7 @@ struct ProcessResult {
   bool timedOut = false;
   std::string standardOutput;   // standard error goes to the null device
   bool outputTooLarge = false;  // killed for printing more than maxOutput; no output kept
+  bool replaced = false;        // never run: a newer request took its place first
 };
 
 // Child processes; the completion runs once, on the main thread, never inside run().

@@ -71,11 +71,19 @@ void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
   // Copies: an answer given at once may replace the quotes `quote` lives in.
   const std::string id = quote.id, market = quote.market;
   deps_.dataSource.fetchIntraday(dataSourceEndpoints_, id, market,
-                                 guarded(std::function<void(std::optional<std::vector<double>>)>(
-                                     [this, id](std::optional<std::vector<double>> values) {
-                                       if (!values || values->size() < 2) return;
+                                 guarded(std::function<void(MarketDataSource::Intraday)>(
+                                     [this, id, now](MarketDataSource::Intraday answer) {
+                                       // Never asked, because a newer request took its place: the
+                                       // next look may ask.
+                                       if (answer.skipped) {
+                                         if (auto it = intradayRequestedAt_.find(id);
+                                             it != intradayRequestedAt_.end() && it->second == now)
+                                           intradayRequestedAt_.erase(it);
+                                         return;
+                                       }
+                                       if (!answer.values || answer.values->size() < 2) return;
                                        auto series = intradaySeries_;
-                                       series[id] = std::move(*values);
+                                       series[id] = std::move(*answer.values);
                                        assign(intradaySeries_, std::move(series));
                                      })));
 }

@@ -110,9 +110,9 @@ void LiveMarketData::fetchManifest(const std::string& url,
   });
 }
 
-void LiveMarketData::fetchIntraday(
-    const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
-    std::function<void(std::optional<std::vector<double>>)> completion) {
+void LiveMarketData::fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
+                                   const std::string& market,
+                                   std::function<void(Intraday)> completion) {
   bridge_.fetchTimeline(endpoints, id, market, std::move(completion));
 }
 

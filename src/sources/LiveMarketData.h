@@ -26,8 +26,7 @@ class LiveMarketData final : public MarketDataSource {
                      std::function<void(std::optional<std::string>)> completion) override;
   bool canFetchIntraday() const override { return bridge_.isAvailable(); }
   void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
-                     const std::string& market,
-                     std::function<void(std::optional<std::vector<double>>)> completion) override;
+                     const std::string& market, std::function<void(Intraday)> completion) override;
   // The text feeds have no search; the bridge asks the package's own.
   void searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
                         QuotesCompletion completion) override;

@@ -135,6 +135,7 @@ void StockSDKBridge::launch(Purpose purpose, ProcessRequest request, Answer answ
   if (replaced) {
     ProcessResult none;  // never started: as if it had found no time to answer
     none.timedOut = true;
+    none.replaced = true;
     replaced->answer(none);
   }
 }
@@ -229,17 +230,17 @@ void StockSDKBridge::probeHealth(const DataSourceEndpoints& endpoints,
          });
 }
 
-void StockSDKBridge::fetchTimeline(
-    const DataSourceEndpoints& endpoints, const std::string& id, const std::string& market,
-    std::function<void(std::optional<std::vector<double>>)> completion) {
+void StockSDKBridge::fetchTimeline(const DataSourceEndpoints& endpoints, const std::string& id,
+                                   const std::string& market,
+                                   std::function<void(MarketDataSource::Intraday)> completion) {
   const auto node = nodePath();
   const auto argument = dumpStrict(Json{{"id", id}, {"market", market}});
-  if (!setup_.script || !node || !argument) return completion(std::nullopt);
+  if (!setup_.script || !node || !argument) return completion({});
   launch(timelineRun, request(*node, endpoints, {"--timeline", *argument}, setup_.timelineDeadline),
          [completion = std::move(completion)](ProcessResult result) {
            if (result.launchError || !result.exitedNormally || result.exitCode != 0)
-             return completion(std::nullopt);
-           completion(decodeTimeline(result.standardOutput));
+             return completion({std::nullopt, result.replaced});
+           completion({decodeTimeline(result.standardOutput)});
          });
 }
 

@@ -78,7 +78,7 @@ class StockSDKBridge {
                    std::function<void(std::optional<bool>)> completion);
   void fetchTimeline(const DataSourceEndpoints& endpoints, const std::string& id,
                      const std::string& market,
-                     std::function<void(std::optional<std::vector<double>>)> completion);
+                     std::function<void(MarketDataSource::Intraday)> completion);
   // The package's own search: the stocks and funds it finds, with their quotes. An empty answer
   // is a search that matched nothing; an error text is a search that failed.
   void search(const DataSourceEndpoints& endpoints, const std::string& text,

@@ -20,8 +20,8 @@ class UnavailableDataSource final : public MarketDataSource {
   }
   bool canFetchIntraday() const override { return false; }
   void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
-                     std::function<void(std::optional<std::vector<double>>)> done) override {
-    done(std::nullopt);
+                     std::function<void(Intraday)> done) override {
+    done({});
   }
   void searchSecurities(const DataSourceEndpoints&, const std::string&,
                         QuotesCompletion done) override {

@@ -160,9 +160,9 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   card->content().addLayout(busyRow);
   searchMessage_ = themedLabel(QString(), "warning", 12, QFont::Normal, card);
   card->content().addWidget(searchMessage_);
-  full_ = themedLabel(
-      QStringLiteral("自选已满 %1 个，移除一些才能加入。").arg(AppModel::maxWatchlistLength),
-      "warning", 12, QFont::Normal, card);
+  // What the model refuses at the limit, said before anyone tries.
+  full_ = themedLabel(QStringLiteral("自选最多 %1 个标的").arg(AppModel::maxWatchlistLength),
+                      "warning", 12, QFont::Normal, card);
   card->content().addWidget(full_);
 
   auto* lists = new QWidget;

@@ -306,7 +306,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   QTest::qWait(1);
   ASSERT_EQ(h.source.intradayRequests.size(), 1u);
   EXPECT_EQ(h.source.intradayRequests[0].first, "600519");
-  h.source.intradayRequests[0].second(std::vector<double>{1460, 1470.5, 1468.8});
+  h.source.intradayRequests[0].second({std::vector<double>{1460, 1470.5, 1468.8}});
   QTest::qWait(1);
   EXPECT_EQ(detail.chart().captionText(), u"实时分时 · 1 日"_s);
   EXPECT_EQ(detail.figureTexts()[1], u"1,460.00"_s);
@@ -503,7 +503,7 @@ TEST_F(Windows, ALongWatchlistShowsItsFirstRowsAndAFullOneAddsNothing) {
     EXPECT_EQ(built, 200) << count;
     const QStringList texts = view.shownTexts();
     EXPECT_TRUE(texts.contains(u"显示前 200 个，共 %1 个 · 用搜索或筛选找到其余的"_s.arg(count)));
-    EXPECT_EQ(texts.contains(u"自选已满 5000 个，移除一些才能加入。"_s), count == 5000);
+    EXPECT_EQ(texts.contains(u"自选最多 5000 个标的"_s), count == 5000);
     view.setSearch(std::to_string(600000 + count - 1));
     settle();
     EXPECT_EQ(view.rows().size(), 1u);

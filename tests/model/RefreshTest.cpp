@@ -349,13 +349,22 @@ TEST(Intraday, GuardsThrottleAndSeries) {
   m->fetchIntraday(*m->quote("00700"));  // not throttled by the refused attempt
   EXPECT_EQ(h.source.intradayRequests.size(), 3u);
   const QuoteSnapshot active = *m->quote("600519");
-  h.source.intradayRequests.at(0).second(std::vector<double>{10.5});
+  h.source.intradayRequests.at(0).second({std::vector<double>{10.5}});
   EXPECT_FALSE(m->hasRealIntraday(active));
   EXPECT_EQ(m->priceSeries(active), active.trend());
-  h.source.intradayRequests.at(1).second(std::vector<double>{10.5, 10.6});
-  h.source.intradayRequests.at(2).second(std::nullopt);
+  h.source.intradayRequests.at(1).second({std::vector<double>{10.5, 10.6}});
   EXPECT_TRUE(m->hasRealIntraday(active));
   EXPECT_EQ(m->priceSeries(active), (std::vector<double>{10.5, 10.6}));
+  // A failure keeps the minute's wait; a request that never ran (a newer one took its place in
+  // the bridge) does not, so a symbol landed on again gets its series at once.
+  h.source.intradayRequests.at(2).second({});
+  m->fetchIntraday(*m->quote("00700"));
+  EXPECT_EQ(h.source.intradayRequests.size(), 3u);
+  h.clock.advance(60);
+  m->fetchIntraday(*m->quote("00700"));
+  h.source.intradayRequests.at(3).second({std::nullopt, true});
+  m->fetchIntraday(*m->quote("00700"));
+  EXPECT_EQ(h.source.intradayRequests.size(), 5u);
   EXPECT_EQ(m->intradaySeries().size(), 1u);
 }
 

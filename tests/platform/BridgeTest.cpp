@@ -59,8 +59,9 @@ struct Bridge {
     return wait([&](auto done) { bridge.search(endpoints, "茅台", done); });
   }
   std::optional<std::vector<double>> timeline(const DataSourceEndpoints& endpoints) {
-    return wait<std::optional<std::vector<double>>>(
-        [&](auto done) { bridge.fetchTimeline(endpoints, "600519", "A股", done); });
+    return wait<MarketDataSource::Intraday>(
+               [&](auto done) { bridge.fetchTimeline(endpoints, "600519", "A股", done); })
+        .values;
   }
 
   SystemClock clock;
@@ -229,6 +230,7 @@ TEST(Bridge, OneChildPerKindOfRun) {
        false,
        R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])"},
       {{}, 1, true, false, ""},
+      {{}, 1, true, false, ""},
       {{}, 0, true, false, R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])"}};
   StockSDKBridge bridge(runner, clock,
                         {.script = "/b/stock-sdk-bridge.mjs",
@@ -244,23 +246,33 @@ TEST(Bridge, OneChildPerKindOfRun) {
     runner.end(run);
     scheduler.runDue();
   };
+  const auto timeline = [&](const std::string& symbol) {
+    bridge.fetchTimeline({}, symbol, "A股", [&log, symbol](auto answer) {
+      log.push_back(symbol + ": " +
+                    (answer.skipped  ? "skipped"
+                     : answer.values ? "series"
+                                     : "none"));
+    });
+  };
   quotes("a", "m", "600519");
-  quotes("a again", "m", "600519");  // shares the running child
-  bridge.fetchTimeline({}, "600519", "A股", [&](auto values) {
-    log.push_back(values ? "series" : "no series");
-  });                                    // another kind: runs at once
+  quotes("a again", "m", "600519");      // shares the running child
+  timeline("600519");                    // another kind: runs at once
+  timeline("000858");                    // waits
+  timeline("00700");                     // takes its place: that one was never asked
   quotes("a elsewhere", "n", "600519");  // another endpoint set: waits
   quotes("b", "m", "00700");             // takes the waiting one's place
   EXPECT_EQ(runner.requests.size(), 2u);
-  EXPECT_EQ(log, std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价"});
+  EXPECT_EQ(log,
+            (std::vector<std::string>{"000858: skipped", "a elsewhere: stock-sdk 未返回有效报价"}));
   end(1);
   end(0);
-  EXPECT_EQ(log, (std::vector<std::string>{"a elsewhere: stock-sdk 未返回有效报价", "no series",
-                                           "a: 600519", "a again: 600519"}));
-  ASSERT_EQ(runner.requests.size(), 3u);  // b's child, once a's had ended
-  EXPECT_EQ(runner.requests[2].arguments,
+  EXPECT_EQ(log,
+            (std::vector<std::string>{"000858: skipped", "a elsewhere: stock-sdk 未返回有效报价",
+                                      "600519: none", "a: 600519", "a again: 600519"}));
+  ASSERT_EQ(runner.requests.size(), 4u);  // 00700's timeline, and b's child once a's had ended
+  EXPECT_EQ(runner.requests[3].arguments,
             (std::vector<std::string>{"/b/stock-sdk-bridge.mjs", "--quotes", R"(["00700"])"}));
-  end(2);
+  end(3);
   EXPECT_EQ(log.back(), "b: NVDA");
   for (const ProcessRequest& request : runner.requests)
     EXPECT_EQ(request.environment.at("NODE_OPTIONS"), "--use-openssl-ca --max-old-space-size=64");

@@ -82,7 +82,7 @@ class FakeMarketDataSource final : public MarketDataSource {
   bool canFetchIntraday() const override { return intradayAvailable; }
   // Held until the test answers it from `intradayRequests`.
   void fetchIntraday(const DataSourceEndpoints&, const std::string& id, const std::string&,
-                     std::function<void(std::optional<std::vector<double>>)> completion) override {
+                     std::function<void(Intraday)> completion) override {
     intradayRequests.emplace_back(id, std::move(completion));
   }
   // Answered from `searchAnswer` at once, or held until the test answers it.
@@ -104,8 +104,7 @@ class FakeMarketDataSource final : public MarketDataSource {
   std::vector<std::string> probedWith;  // tencentQuote of each probe's endpoint set
   std::optional<std::string> manifestBody;
   bool intradayAvailable = true;
-  std::vector<std::pair<std::string, std::function<void(std::optional<std::vector<double>>)>>>
-      intradayRequests;
+  std::vector<std::pair<std::string, std::function<void(Intraday)>>> intradayRequests;
   Answer searchAnswer;
   bool holdSearches = false;
   std::vector<std::pair<std::string, QuotesCompletion>> searches;  // text, then completion
