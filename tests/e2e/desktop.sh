@@ -125,6 +125,13 @@ else
   fail "the orb's window: $(geometry), expected (536,296) 208x208"
 fi
 shot 1-centred
+# Static bit gravity: when the window grows or shrinks round the orb, the X server leaves the
+# drawn pixels where they are on the screen until the new frame comes.
+if xwininfo -all -id "$panel" | grep -qi 'Bit gravity state: StaticGravity'; then
+  ok "the orb's window keeps its pixels in place when it is resized"
+else
+  fail "the orb's window: $(xwininfo -all -id "$panel" | grep -i gravity | tr '\n' ' ')"
+fi
 # On every virtual desktop: the window manager reads desktop 0xFFFFFFFF and the sticky state.
 on_desktop=$(xprop -id "$panel" _NET_WM_DESKTOP)
 states=$(xprop -id "$panel" _NET_WM_STATE)
@@ -151,9 +158,14 @@ else
   fail "a click at (430,190), inside the panel's transparent corner, did not reach the window below"
 fi
 # A click on the core stays with the orb: it spreads the satellites (the top one's caption
-# stands at (640,317)), and the window below gets nothing.
+# stands at (640,317)), and the window below gets nothing. The window grows to the whole canvas
+# and the pixels of the orb's face (clear of the satellites) stay exactly where they were.
+core() { grab && convert "$tmp/screen.png" -crop 60x40+610+380 +repage "$tmp/core-$1.png"; }
+same_core() { core now && [ "$(compare -metric AE "$tmp/core-before.png" "$tmp/core-now.png" null: 2>&1)" = 0 ]; }
+keep_core() { [ -z "$shots" ] || cp "$tmp/core-before.png" "$tmp/core-now.png" "$shots/"; }
 before=$(presses)
 point_at 640 400
+core before
 xdotool click 1
 if wait_for 5 pixel_not 640 317 "$white" && [ "$(presses)" = "$before" ]; then
   ok "a click on the orb's core spread the satellites and stayed with the orb"
@@ -161,14 +173,19 @@ else
   fail "a click on the orb's core at (640,400): satellites $(pixel 640 317), presses $before → $(presses)"
 fi
 shot 2-spread
-if geometry_is 410 170 460x460; then
-  ok "spread, the window covers the whole canvas"
+if geometry_is 410 170 460x460 && same_core; then
+  ok "spread, the window covers the whole canvas and the orb has not moved by a pixel"
 else
-  fail "spread, the window is $(geometry), expected (410,170) 460x460"
+  fail "spread, the window is $(geometry), expected (410,170) 460x460; the orb's core differs in $(compare -metric AE "$tmp/core-before.png" "$tmp/core-now.png" null: 2>&1) pixels"
+  keep_core
 fi
 xdotool key Escape
 wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
-wait_for 5 orb_at 640 400 || fail "collapsed, the window stayed $(geometry)"
+if wait_for 5 orb_at 640 400 && same_core; then
+  ok "collapsed, the window is the orb's again and the orb has not moved by a pixel"
+else
+  fail "collapsed, the window stayed $(geometry) or the orb's core moved"
+fi
 
 # 2b. Without a compositor nothing blends the window: it shows only what is drawn, without the
 # glow, and the window below shows right beside the sphere (its rim at x = 688) and between the
@@ -176,16 +193,18 @@ wait_for 5 orb_at 640 400 || fail "collapsed, the window stayed $(geometry)"
 glow_x=696
 kill "$compositor"
 wait "$compositor" 2>/dev/null || true
-if wait_for 5 pixel_is "$glow_x" 400 "$white" && pixel_is 540 300 "$white" && pixel_not 640 400 "$white"; then
-  ok "no compositor: white beside the sphere and in the window's corner, the sphere drawn"
+if wait_for 5 pixel_is "$glow_x" 400 "$white" && pixel_is 540 300 "$white" && pixel_not 640 400 "$white" &&
+  orb_at 640 400; then
+  ok "no compositor: the same window, white beside the sphere and in its corner, the sphere drawn"
 else
   fail "no compositor: ($glow_x,400) $(pixel $glow_x 400), (540,300) $(pixel 540 300), centre $(pixel 640 400)"
 fi
 shot 2b-no-compositor
 point_at 640 400
 xdotool click 1
-if wait_for 5 pixel_not 640 317 "$white" && pixel_is 600 330 "$white" && pixel_is 700 450 "$white"; then
-  ok "no compositor, spread: the satellites' captions drawn, white between them"
+if wait_for 5 pixel_not 640 317 "$white" && pixel_is 600 330 "$white" && pixel_is 700 450 "$white" &&
+  geometry_is 410 170 460x460; then
+  ok "no compositor, spread: the whole canvas, the satellites' captions drawn, white between them"
 else
   fail "no compositor, spread: caption $(pixel 640 317), between $(pixel 600 330) and $(pixel 700 450)"
 fi
