@@ -5,12 +5,21 @@ namespace tidemark {
 std::string setAsideLine(const AppModel::SetAsideRecord& r, const std::string& settingsFile) {
   const bool preferences = r.record == AppModel::preferencesKey;
   std::string line = "tidemark: could not read ";
-  line += preferences ? "the stored settings" : "the watchlist file " + r.record;
+  if (preferences) {
+    line += "the stored settings";
+  } else if (r.record == AppModel::holdingsKey) {
+    line += "the stored holdings";
+  } else if (r.record.ends_with("holdings.json")) {
+    line += "the holdings file " + r.record;
+  } else {
+    line += "the watchlist file " + r.record;
+  }
   line += " (" + r.problem + ")";
   if (r.keptAs.empty())
     return line + " nor move it aside (" + r.failure + "); it is left as it is and not written\n";
   line += "; kept as " + r.keptAs;
-  if (preferences) line += " in " + settingsFile + "; the defaults are used";
+  if (preferences || r.record == AppModel::holdingsKey) line += " in " + settingsFile;
+  if (preferences) line += "; the defaults are used";
   return line + "\n";
 }
 

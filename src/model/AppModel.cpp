@@ -56,6 +56,9 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
     activeID_ = watchlist_.empty() ? std::string() : watchlist_.front();
   if (!fileProblem.empty()) setAsideWatchlistFile(std::move(fileProblem));
+  if (watchlistURL_) holdingsURL_ = watchlistURL_->parent_path() / "holdings.json";
+  // Nothing is written for a user who never held anything.
+  const bool holdingsStored = restoreHoldings();
 
   ready_ = true;
   startFirstLoad();
@@ -63,6 +66,7 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   savePreferences();
   saveQuotes();
   saveWatchlist();
+  if (holdingsStored) saveHoldings();
   evaluateAlert();
 
   if (startTimers) {

@@ -18,6 +18,7 @@
 #include "core/QuoteSnapshot.h"
 #include "core/Scheduler.h"
 #include "model/DemoMarket.h"
+#include "model/Holdings.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
 #include "model/Watchlist.h"
@@ -54,6 +55,8 @@ class AppModel {
   static constexpr const char* watchlistKey = "tidemark.native.watchlist.v1";
   static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
   static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
+  static constexpr const char* holdingsKey = "tidemark.native.holdings.v1";
+  static constexpr const char* holdingsUnreadableKey = "tidemark.native.holdings.unreadable.v1";
   static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
   // The orb's hint when settingsWriteFailure() becomes set.
   static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
@@ -118,6 +121,8 @@ class AppModel {
   bool alertAbove() const { return alertAbove_; }
   bool alertTriggered() const { return alertTriggered_; }
   const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
+  const std::vector<Holding>& holdings() const { return holdings_; }
+  bool showsDayProfitInTray() const { return showsDayProfitInTray_; }
   // Why the settings cannot be saved: set by the first failed save after a good one (or since
   // the start), cleared by the next good save; failures in between change nothing. So it
   // changes, and notifies, once at each end of a streak of failures.
@@ -198,9 +203,27 @@ class AppModel {
   void addSearchResult(const QuoteSnapshot& quote);
   std::optional<std::vector<std::string>> readWatchlist() const;
   void saveWatchlist();
-  // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
+  // Both throw: file and encoding errors as std::system_error, bad content as ModelError. The
+  // holdings travel with the watchlist: an import that carries them replaces them, one without
+  // leaves them alone.
+  struct ImportResult {
+    size_t symbols = 0;
+    std::optional<size_t> holdings;  // none: the file carried no holdings
+    size_t skippedHoldings = 0;      // entries that are no holding
+  };
   void exportWatchlist(const std::filesystem::path& url) const;
-  void importWatchlist(const std::filesystem::path& url);
+  ImportResult importWatchlist(const std::filesystem::path& url);
+
+  // Holdings. Setting one replaces the symbol's; refused, with the reason in words, for a symbol
+  // not watched and for shares or a cost out of range. Figures come from the current quotes.
+  const Holding* holding(const std::string& symbol) const;
+  std::optional<std::string> setHolding(const std::string& symbol, double shares, double cost);
+  void removeHolding(const std::string& symbol);
+  void setShowsDayProfitInTray(bool on);
+  bool isWatched(const std::string& symbol) const;
+  // Per currency, of the watched holdings.
+  std::vector<HoldingsTotal> holdingsTotals() const;
+  const std::optional<std::filesystem::path>& holdingsURL() const { return holdingsURL_; }
 
   // Refresh engine.
   void heartbeat();
@@ -253,6 +276,10 @@ class AppModel {
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
   void setAsideWatchlistFile(std::string problem);
+  // Whether a record was found.
+  bool restoreHoldings();
+  void setAsideHoldingsFile(std::string problem);
+  void saveHoldings();
   void startFirstLoad();
   void requestActiveIntraday();
   void loadMock(bool resetMock);
@@ -297,6 +324,8 @@ class AppModel {
   bool alertTriggered_ = false;
   std::optional<std::string> alertSymbolID_;
   std::optional<StoreWriteFailure> settingsWriteFailure_;
+  std::vector<Holding> holdings_;
+  bool showsDayProfitInTray_ = false;
 
   // Unpublished.
   bool alertNotificationsAuthorized_ = false;
@@ -307,6 +336,8 @@ class AppModel {
   std::optional<std::filesystem::path> watchlistURL_;
   // An unreadable watchlist file that could not be moved aside is not written over.
   bool watchlistFileHeld_ = false;
+  std::optional<std::filesystem::path> holdingsURL_;  // "holdings.json" beside the watchlist file
+  bool holdingsFileHeld_ = false;
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;

@@ -147,12 +147,12 @@ void AppModel::saveWatchlist() {
 }
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {
-  std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_});
+  std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_);
   if (auto error = writeFileAtomically(url, text))
     throw std::system_error(error, "无法写入 " + url.string());
 }
 
-void AppModel::importWatchlist(const std::filesystem::path& url) {
+AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
   std::error_code error;
   auto bytes = readFile(url, error);
   if (!bytes) throw std::system_error(error, "无法读取 " + url.string());
@@ -174,7 +174,29 @@ void AppModel::importWatchlist(const std::filesystem::path& url) {
   if (list.size() > maxWatchlistLength)
     throw ModelError::invalidImport("自选最多 " + std::to_string(maxWatchlistLength) +
                                     " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
+  ImportResult result;
+  std::optional<std::vector<Holding>> held;
+  if (const auto entries = document->find("holdings"); entries != document->end()) {
+    if (!entries->is_array()) throw ModelError::invalidImport("文件中的持仓不是有效的列表");
+    held.emplace();
+    for (const Json& entry : *entries) {
+      auto holding = holdingFromJson(entry);
+      if (!holding) {
+        ++result.skippedHoldings;
+        continue;
+      }
+      std::erase_if(*held, [&](const Holding& h) { return h.symbolID == holding->symbolID; });
+      held->push_back(std::move(*holding));
+    }
+  }
+  result.symbols = list.size();
   setWatchlist(std::move(list));
+  if (held) {
+    result.holdings = held->size();
+    assign(holdings_, std::move(*held));
+    saveHoldings();
+  }
+  return result;
 }
 
 }  // namespace tidemark

@@ -124,11 +124,14 @@ std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes, 
   return backup;
 }
 
-std::string exportText(const WatchlistBackup& backup) {
+std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings) {
   // nlohmann::json (not ordered) keeps its keys sorted.
   nlohmann::json object{{"version", backup.version},
                         {"exportedAt", formatISO8601(backup.exportedAt)},
                         {"symbols", backup.symbols}};
+  for (const Holding& holding : holdings)
+    object["holdings"].push_back(
+        {{"symbolID", holding.symbolID}, {"shares", holding.shares}, {"cost", holding.cost}});
   return object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 

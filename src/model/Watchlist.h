@@ -9,6 +9,7 @@
 
 #include "core/Date.h"
 #include "core/Json.h"
+#include "model/Holdings.h"
 
 namespace tidemark {
 
@@ -42,7 +43,8 @@ Json toJson(const WatchlistBackup& backup);
 // not UTF-8, is dropped and counted in `dropped`. Anything else amiss rejects the record.
 std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes,
                                                         size_t* dropped = nullptr);
-// Export form: pretty-printed, keys sorted, the date as ISO 8601 text.
-std::string exportText(const WatchlistBackup& backup);
+// Export form: pretty-printed, keys sorted, the date as ISO 8601 text; the holdings, when there
+// are any, under "holdings" in their stored form.
+std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings = {});
 
 }  // namespace tidemark

@@ -553,8 +553,12 @@ void SettingsView::importWatchlist() {
   const QString path = actions_.chooseFile(false);
   if (path.isEmpty()) return;
   try {
-    model_.importWatchlist(path.toStdString());
-    transfer_->setText(QStringLiteral("已导入 %1 个标的").arg(model_.watchlist().size()));
+    const auto result = model_.importWatchlist(path.toStdString());
+    QString text = QStringLiteral("已导入 %1 个标的").arg(result.symbols);
+    if (result.holdings) text += QStringLiteral("、%1 项持仓").arg(*result.holdings);
+    if (result.skippedHoldings > 0)
+      text += QStringLiteral("（跳过 %1 项无效持仓）").arg(result.skippedHoldings);
+    transfer_->setText(text);
   } catch (const std::system_error&) {
     transfer_->setText(QStringLiteral("导入失败：无法读取 ") + path);
   } catch (const std::exception& error) {

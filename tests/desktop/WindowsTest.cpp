@@ -277,10 +277,14 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   model->remove("NVDA");
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"已导入 5 个标的"_s);
+  ASSERT_FALSE(writeFileAtomically(
+      path, R"({"symbols":["NVDA"],"holdings":[{"symbolID":"NVDA","shares":1,"cost":0},{}]})"));
+  view->importWatchlist();
+  EXPECT_EQ(view->transferMessage(), u"已导入 1 个标的、1 项持仓（跳过 1 项无效持仓）"_s);
   ASSERT_FALSE(writeFileAtomically(path, "{"));
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导入失败：文件不是有效的 JSON"_s);
-  EXPECT_EQ(model->watchlist().size(), 5u);
+  EXPECT_EQ(model->watchlist().size(), 1u);
   chosen = u"/proc/no/such/folder/list.json"_s;
   view->exportWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 "_s + chosen);

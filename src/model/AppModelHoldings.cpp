@@ -1,0 +1,125 @@
+// The holdings: what the user holds of the watched securities, kept like the watchlist (in the
+// store and in "holdings.json" beside the watchlist file, the newer one read), and their totals.
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/FileIO.h"
+#include "model/AppModel.h"
+#include "sources/QuoteFeeds.h"
+
+namespace tidemark {
+
+const Holding* AppModel::holding(const std::string& symbol) const {
+  for (const Holding& h : holdings_)
+    if (h.symbolID == symbol) return &h;
+  return nullptr;
+}
+
+bool AppModel::isWatched(const std::string& symbol) const {
+  return std::find(watchlist_.begin(), watchlist_.end(), symbol) != watchlist_.end();
+}
+
+std::optional<std::string> AppModel::setHolding(const std::string& symbol, double shares,
+                                                double cost) {
+  if (!isWatched(symbol)) return std::string("只能为自选中的标的录入持仓");
+  if (auto problem = holdingProblem(shares, cost)) return problem;
+  auto list = holdings_;
+  const auto same = [&](const Holding& h) { return h.symbolID == symbol; };
+  if (auto it = std::find_if(list.begin(), list.end(), same); it != list.end()) {
+    *it = Holding{symbol, shares, cost};
+  } else {
+    list.push_back(Holding{symbol, shares, cost});
+  }
+  assign(holdings_, std::move(list));
+  saveHoldings();
+  return std::nullopt;
+}
+
+void AppModel::removeHolding(const std::string& symbol) {
+  if (!holding(symbol)) return;
+  auto list = holdings_;
+  std::erase_if(list, [&](const Holding& h) { return h.symbolID == symbol; });
+  assign(holdings_, std::move(list));
+  saveHoldings();
+}
+
+void AppModel::setShowsDayProfitInTray(bool on) {
+  if (showsDayProfitInTray_ == on) return;
+  assign(showsDayProfitInTray_, on);
+  saveHoldings();
+}
+
+std::vector<HoldingsTotal> AppModel::holdingsTotals() const {
+  // A holding whose security left the watchlist is kept, but counts nowhere.
+  std::vector<Holding> watched;
+  for (const Holding& h : holdings_)
+    if (isWatched(h.symbolID)) watched.push_back(h);
+  return tidemark::holdingsTotals(
+      watched, [this](const std::string& symbol) { return quote(symbol); },
+      [](const std::string& symbol) {
+        QuoteSnapshot unquoted;
+        unquoted.market = feedMarketLabel(symbol);
+        return unquoted.currency();
+      });
+}
+
+bool AppModel::restoreHoldings() {
+  std::optional<HoldingsBackup> newest;
+  if (holdingsURL_) {
+    std::error_code error;
+    size_t dropped = 0;
+    if (auto bytes = readFile(*holdingsURL_, error)) {
+      newest = holdingsBackupFromBytes(*bytes, &dropped);
+      // A file that could not be read whole is kept aside; what could be read is used.
+      if (!newest) {
+        setAsideHoldingsFile("not a holdings record");
+      } else if (dropped > 0) {
+        setAsideHoldingsFile(std::to_string(dropped) + " of " +
+                             std::to_string(dropped + newest->holdings.size()) +
+                             " holdings unreadable, dropped");
+      }
+    } else if (std::filesystem::is_regular_file(*holdingsURL_)) {
+      setAsideHoldingsFile(error.message());
+    }
+  }
+  if (auto bytes = deps_.defaults.data(holdingsKey)) {
+    auto stored = holdingsBackupFromBytes(*bytes);
+    if (!stored) {
+      deps_.defaults.setData(holdingsUnreadableKey, *bytes);
+      setAside_.push_back({holdingsKey, "not a holdings record", holdingsUnreadableKey, ""});
+    } else if (!newest || stored->savedAt > newest->savedAt) {  // on a tie the file wins
+      newest = std::move(stored);
+    }
+  }
+  if (!newest) return false;
+  holdings_ = std::move(newest->holdings);
+  showsDayProfitInTray_ = newest->showsDayProfitInTray;
+  return true;
+}
+
+void AppModel::setAsideHoldingsFile(std::string problem) {
+  std::filesystem::path aside = *holdingsURL_;
+  aside.replace_filename("holdings.unreadable.json");
+  std::error_code error;
+  std::filesystem::rename(*holdingsURL_, aside, error);
+  holdingsFileHeld_ = static_cast<bool>(error);
+  setAside_.push_back({holdingsURL_->string(), std::move(problem),
+                       error ? std::string() : aside.string(), error ? error.message() : ""});
+}
+
+void AppModel::saveHoldings() {
+  if (!ready_) return;
+  auto bytes =
+      json::encode(toJson(HoldingsBackup{1, deps_.clock.now(), holdings_, showsDayProfitInTray_}));
+  if (!bytes) return;
+  // The store first, so it holds the newest list even when the file cannot be written.
+  deps_.defaults.setData(holdingsKey, *bytes);
+  if (!holdingsURL_ || holdingsFileHeld_) return;
+  std::error_code error;
+  std::filesystem::create_directories(holdingsURL_->parent_path(), error);
+  if (error) return;
+  writeFileAtomically(*holdingsURL_, *bytes);
+}
+
+}  // namespace tidemark

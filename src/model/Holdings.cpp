@@ -1,0 +1,142 @@
+#include "model/Holdings.h"
+
+#include <array>
+#include <cmath>
+#include <map>
+#include <unordered_map>
+
+#include "core/NumberText.h"
+
+namespace tidemark {
+namespace {
+
+bool validShares(double shares) {
+  return std::isfinite(shares) && shares > 0;
+}
+bool validCost(double cost) {
+  return std::isfinite(cost) && cost >= 0;
+}
+
+// Sums of one currency before the percentages are taken.
+struct Sums {
+  double marketValue = 0, dayProfit = 0, yesterday = 0, totalProfit = 0, paid = 0;
+  size_t counted = 0, missing = 0;
+};
+
+}  // namespace
+
+std::optional<std::string> holdingProblem(double shares, double cost) {
+  if (!validShares(shares)) return "持有数量须大于 0";
+  if (!validCost(cost)) return "成本价须为不小于 0 的数字";
+  return std::nullopt;
+}
+
+Json toJson(const Holding& holding) {
+  return Json{{"symbolID", holding.symbolID}, {"shares", holding.shares}, {"cost", holding.cost}};
+}
+
+std::optional<Holding> holdingFromJson(const Json& object) {
+  if (!object.is_object()) return std::nullopt;
+  auto symbol = json::string(object, "symbolID");
+  auto shares = json::number(object, "shares");
+  auto cost = json::number(object, "cost");
+  if (!symbol || symbol->empty() || !shares || !cost || holdingProblem(*shares, *cost))
+    return std::nullopt;
+  return Holding{*symbol, *shares, *cost};
+}
+
+Json toJson(const HoldingsBackup& backup) {
+  Json holdings = Json::array();
+  for (const Holding& holding : backup.holdings) holdings.push_back(toJson(holding));
+  return Json{{"version", backup.version},
+              {"savedAt", backup.savedAt.sinceReference},
+              {"holdings", std::move(holdings)},
+              {"showsDayProfitInTray", backup.showsDayProfitInTray}};
+}
+
+std::optional<HoldingsBackup> holdingsBackupFromBytes(std::string_view bytes, size_t* dropped) {
+  auto document = json::parse(bytes);
+  if (!document || !document->is_object()) return std::nullopt;
+  auto version = json::integer(*document, "version");
+  auto savedAt = json::date(*document, "savedAt");
+  auto list = document->find("holdings");
+  if (!version || !savedAt || list == document->end() || !list->is_array()) return std::nullopt;
+  HoldingsBackup backup{*version, *savedAt, {}, false};
+  // An absent switch is off; one of another type is a field amiss like any other.
+  if (document->contains("showsDayProfitInTray")) {
+    auto shows = json::boolean(*document, "showsDayProfitInTray");
+    if (!shows) return std::nullopt;
+    backup.showsDayProfitInTray = *shows;
+  }
+  size_t bad = 0;
+  std::unordered_map<std::string, size_t> at;
+  for (const Json& entry : *list) {
+    auto holding = holdingFromJson(entry);
+    if (!holding) {
+      ++bad;
+      continue;
+    }
+    if (auto it = at.find(holding->symbolID); it != at.end()) {
+      backup.holdings[it->second] = std::move(*holding);
+      continue;
+    }
+    at.emplace(holding->symbolID, backup.holdings.size());
+    backup.holdings.push_back(std::move(*holding));
+  }
+  if (dropped) *dropped = bad;
+  return backup;
+}
+
+HoldingFigures holdingFigures(const Holding& holding, const QuoteSnapshot& quote) {
+  const double p = quote.price, q = quote.prevClose, n = holding.shares;
+  HoldingFigures f;
+  f.marketValue = n * p;
+  f.dayProfit = n * (p - q);
+  f.dayProfitPct = quote.changePct();
+  f.totalProfit = n * (p - holding.cost);
+  if (holding.cost > 0) f.totalProfitPct = (p - holding.cost) / holding.cost * 100;
+  return f;
+}
+
+std::vector<HoldingsTotal> holdingsTotals(
+    const std::vector<Holding>& holdings,
+    const std::function<const QuoteSnapshot*(const std::string&)>& quote,
+    const std::function<std::string(const std::string&)>& currencyOf) {
+  static constexpr std::array<std::string_view, 3> order{"CNY", "HKD", "USD"};
+  std::map<std::string, Sums, std::less<>> sums;
+  for (const Holding& holding : holdings) {
+    const QuoteSnapshot* q = quote(holding.symbolID);
+    if (!q) {
+      ++sums[currencyOf(holding.symbolID)].missing;
+      continue;
+    }
+    Sums& s = sums[q->currency()];
+    const HoldingFigures f = holdingFigures(holding, *q);
+    s.marketValue += f.marketValue;
+    s.dayProfit += f.dayProfit;
+    s.yesterday += holding.shares * q->prevClose;
+    s.totalProfit += f.totalProfit;
+    s.paid += holding.shares * holding.cost;
+    ++s.counted;
+  }
+  std::vector<HoldingsTotal> totals;
+  for (std::string_view currency : order) {
+    auto it = sums.find(currency);
+    if (it == sums.end()) continue;
+    const Sums& s = it->second;
+    HoldingsTotal t{std::string(currency), s.marketValue, s.dayProfit, std::nullopt,
+                    s.totalProfit,         std::nullopt,  s.missing};
+    if (s.yesterday > 0) t.dayProfitPct = s.dayProfit / s.yesterday * 100;
+    if (s.paid > 0) t.totalProfitPct = s.totalProfit / s.paid * 100;
+    totals.push_back(std::move(t));
+  }
+  return totals;
+}
+
+std::string signedAmountText(double value) {
+  // A figure that rounds to zero shows no sign.
+  if (std::abs(value) < 0.005) return priceText(0);
+  return (value > 0 ? "+" : "-") + priceText(std::abs(value));
+}
+
+}  // namespace tidemark

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Date.h"
+#include "core/Json.h"
+#include "core/QuoteSnapshot.h"
+
+namespace tidemark {
+
+// How many shares of one watched security the user holds, at what average cost per share in the
+// security's own currency. At most one per symbol.
+struct Holding {
+  std::string symbolID;
+  double shares = 0;  // > 0; fractions allowed (fund units)
+  double cost = 0;    // >= 0
+  friend bool operator==(const Holding&, const Holding&) = default;
+};
+
+// The stored and exported record of the holdings.
+struct HoldingsBackup {
+  int64_t version = 1;
+  Date savedAt;
+  std::vector<Holding> holdings;
+  bool showsDayProfitInTray = false;
+  friend bool operator==(const HoldingsBackup&, const HoldingsBackup&) = default;
+};
+
+// Why these numbers cannot be a holding, in the user's words; none when they can.
+std::optional<std::string> holdingProblem(double shares, double cost);
+
+Json toJson(const Holding& holding);
+// None unless `symbolID` is a non-empty string, `shares` a finite number > 0 and `cost` a finite
+// number >= 0.
+std::optional<Holding> holdingFromJson(const Json& object);
+// Stored form: keys in field order, `savedAt` as seconds since 2001-01-01T00:00:00Z.
+Json toJson(const HoldingsBackup& backup);
+// A bad entry is dropped and counted in `dropped`; a later one for the same symbol replaces an
+// earlier one. Anything else amiss (not JSON, no version, date or list) rejects the record.
+std::optional<HoldingsBackup> holdingsBackupFromBytes(std::string_view bytes,
+                                                      size_t* dropped = nullptr);
+
+// What one holding is worth and made, from its security's quote.
+struct HoldingFigures {
+  double marketValue = 0;
+  double dayProfit = 0;
+  double dayProfitPct = 0;
+  double totalProfit = 0;
+  std::optional<double> totalProfitPct;  // none at a cost of 0
+  friend bool operator==(const HoldingFigures&, const HoldingFigures&) = default;
+};
+HoldingFigures holdingFigures(const Holding& holding, const QuoteSnapshot& quote);
+
+// The holdings of one currency added up; those without a quote are left out and counted.
+struct HoldingsTotal {
+  std::string currency;
+  double marketValue = 0;
+  double dayProfit = 0;
+  std::optional<double> dayProfitPct;  // none when the holdings were worth nothing yesterday
+  double totalProfit = 0;
+  std::optional<double> totalProfitPct;  // none when they cost nothing
+  size_t missing = 0;                    // holdings without a quote
+  friend bool operator==(const HoldingsTotal&, const HoldingsTotal&) = default;
+};
+
+// One total per currency present, CNY, HKD, USD in that order: amounts in different currencies
+// are never added, for no source publishes the rates to convert them. `quote` finds a symbol's
+// quote (none without); `currencyOf` names the currency of a symbol without a quote.
+std::vector<HoldingsTotal> holdingsTotals(
+    const std::vector<Holding>& holdings,
+    const std::function<const QuoteSnapshot*(const std::string&)>& quote,
+    const std::function<std::string(const std::string&)>& currencyOf);
+
+// An amount with its sign: "+1,680.00", "-270.00", "0.00".
+std::string signedAmountText(double value);
+
+}  // namespace tidemark
