@@ -62,6 +62,10 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
       QStringLiteral("render-previews"),
       QStringLiteral("Render every view in every theme as PNG files into the directory given as "
                      "the last argument; nothing stored is read or written."));
+  const QCommandLineOption holdings(
+      QStringLiteral("holdings"),
+      QStringLiteral("Print the holdings with today's and the total profit, a total line per "
+                     "currency; --source and --json apply; changes nothing."));
   const QCommandLineOption toggleOrb(
       QStringLiteral("toggle-orb"),
       QStringLiteral("Show or hide the running app's orb, as Ctrl+Alt+Space does; for a key bound "
@@ -69,8 +73,8 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   const QCommandLineOption toggleMask(
       QStringLiteral("toggle-mask"),
       QStringLiteral("Mask or unmask every figure of the running app, as Ctrl+Alt+M does."));
-  parser.addOptions(
-      {selfTest, quotes, json, watch, source, symbols, endpoints, previews, toggleOrb, toggleMask});
+  parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
+                     toggleOrb, toggleMask});
 
   // The directory is the last argument whatever comes before it, so this mode skips the parser.
   if (arguments.contains(QStringLiteral("--render-previews"))) {
@@ -104,14 +108,19 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
     return line;
   }
   if (parser.isSet(selfTest)) {
-    for (const auto* other : {&quotes, &json, &watch, &source, &symbols, &endpoints})
+    for (const auto* other : {&quotes, &json, &watch, &source, &symbols, &endpoints, &holdings})
       if (parser.isSet(*other)) return std::string("--self-test takes no other option");
     line.mode = CommandLine::Mode::selfTest;
     return line;
   }
   // Any of the quote options asks for the quotes; alone, --endpoints goes to the desktop app.
-  for (const auto* option : {&quotes, &json, &watch, &source, &symbols})
+  for (const auto* option : {&quotes, &json, &watch, &source, &symbols, &holdings})
     if (parser.isSet(*option)) line.mode = CommandLine::Mode::quotes;
+  line.holdings = parser.isSet(holdings);
+  // The holdings are the user's own: a list of symbols has none.
+  for (const auto* other : {&symbols, &watch})
+    if (line.holdings && parser.isSet(*other))
+      return "--holdings does not take --" + other->names().constFirst().toStdString();
   line.json = parser.isSet(json);
   line.watch = parser.isSet(watch);
   if (parser.isSet(source)) {

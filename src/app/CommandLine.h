@@ -17,6 +17,7 @@ struct CommandLine {
   Mode mode = Mode::desktop;
   bool json = false;
   bool watch = false;
+  bool holdings = false;  // the holdings instead of the quotes
   std::optional<SourceMode> source;
   std::optional<std::vector<std::string>> symbols;
   std::optional<DataSourceEndpoints> endpoints;

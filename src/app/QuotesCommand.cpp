@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "app/Environment.h"
+#include "app/HoldingsTable.h"
 #include "app/LiveSources.h"
 #include "app/TextTable.h"
 #include "core/NumberText.h"
@@ -168,6 +169,9 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
           QString::fromStdString((*support / "Tidemark" / "watchlist.json").string());
       if (QFile::exists(original))
         QFile::copy(original, QString::fromStdString(watchlistFile->string()));
+      // The holdings file lives beside the watchlist file.
+      const auto held = QString::fromStdString((*support / "Tidemark" / "holdings.json").string());
+      if (QFile::exists(held)) QFile::copy(held, scratch.filePath(QStringLiteral("holdings.json")));
     }
   }
   if (line.source) useSourceMode(*store, *line.source, clock.now());
@@ -176,7 +180,12 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
                  watchlistFile, false, bundle);
   waitForLoad(model);
   const auto print = [&] {
-    out << (line.json ? renderJson(model, !line.watch) : renderTable(model)) << std::flush;
+    if (line.holdings) {
+      out << (line.json ? renderHoldingsJson(model, true) : renderHoldingsTable(model));
+    } else {
+      out << (line.json ? renderJson(model, !line.watch) : renderTable(model));
+    }
+    out << std::flush;
   };
   print();
   if (!line.watch) return out ? 0 : 1;

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include <QDeadlineTimer>
@@ -210,6 +211,62 @@ TEST_F(CommandLine, QuotesOfTheDefaultOrTheUsersWatchlistWriteNothing) {
   EXPECT_THAT(result.out, Not(HasSubstr("600519")));
   EXPECT_EQ(contents(data / "watchlist.json"), saved);
   EXPECT_EQ(filesLeft(), std::vector<std::string>{"XDG_DATA_HOME/Tidemark/watchlist.json"});
+}
+
+// The holdings with their figures against the demonstration's prices, worked out by hand:
+// 600519 at 1,468.80 after 1,452.00, 00700 at 485.20 after 478.60; a symbol no longer watched is
+// shown but counted nowhere. Nothing is written.
+TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
+  std::filesystem::create_directories(data);
+  const std::string held =
+      R"({"version":1,"savedAt":800000000,"holdings":[{"symbolID":"600519","shares":100,)"
+      R"("cost":1500.5},{"symbolID":"00700","shares":200,"cost":380},)"
+      R"({"symbolID":"601318","shares":10,"cost":50}]})";
+  std::ofstream(data / "holdings.json") << held;
+  const Outcome table = run("--holdings");
+  ASSERT_EQ(table.code, 0) << table.err;
+  const std::vector<std::string> lines = [&] {
+    std::vector<std::string> split;
+    std::istringstream in(table.out);
+    for (std::string line; std::getline(in, line);) split.push_back(line);
+    return split;
+  }();
+  ASSERT_EQ(lines.size(), 6u) << table.out;
+  const std::vector<std::vector<std::string>> cells{
+      {"代码", "名称", "持有", "成本", "现价", "今日盈亏", "今日%", "持有盈亏", "持有%", "市值"},
+      {"600519", "贵州茅台", "100.00", "1,500.50", "1,468.80", "+1,680.00", "+1.16%", "-3,170.00",
+       "-2.11%", "146,880.00"},
+      {"00700", "腾讯控股", "200.00", "380.00", "485.20", "+1,320.00", "+1.38%", "+21,040.00",
+       "+27.68%", "97,040.00"},
+      {"601318", "不在自选中", "10.00", "50.00", "—", "—", "—", "—", "—", "—"}};
+  for (size_t i = 0; i < cells.size(); ++i) {
+    std::istringstream row(lines[i]);
+    std::vector<std::string> words;
+    for (std::string word; row >> word;) words.push_back(word);
+    EXPECT_EQ(words, cells[i]) << lines[i];
+  }
+  EXPECT_EQ(lines[4],
+            "合计 CNY  今日盈亏 +1,680.00 (+1.16%)  持有盈亏 -3,170.00 (-2.11%)  市值 146,880.00");
+  EXPECT_EQ(lines[5],
+            "合计 HKD  今日盈亏 +1,320.00 (+1.38%)  持有盈亏 +21,040.00 (+27.68%)  市值 97,040.00");
+
+  auto document = json::parse(run("--holdings --json").out);
+  ASSERT_TRUE(document);
+  EXPECT_EQ((*document)["holdings"][0].dump(),
+            R"({"id":"600519","name":"贵州茅台","currency":"CNY","shares":100.0,"cost":1500.5,)"
+            R"("price":1468.8,"prevClose":1452.0,"marketValue":146880.0,"dayProfit":1680.0,)"
+            R"("dayProfitPct":1.157,"totalProfit":-3170.0,"totalProfitPct":-2.1126})");
+  EXPECT_EQ((*document)["holdings"][2].dump(),
+            R"({"id":"601318","name":null,"currency":"CNY","shares":10.0,"cost":50.0,)"
+            R"("price":null,"prevClose":null,"marketValue":null,"dayProfit":null,)"
+            R"("dayProfitPct":null,"totalProfit":null,"totalProfitPct":null})");
+  EXPECT_EQ((*document)["totals"][1].dump(),
+            R"({"currency":"HKD","marketValue":97040.0,"dayProfit":1320.0,"dayProfitPct":1.379,)"
+            R"("totalProfit":21040.0,"totalProfitPct":27.6842,"missing":0})");
+  EXPECT_EQ(contents(data / "holdings.json"), held);
+  EXPECT_EQ(run("--holdings --symbols NVDA").err,
+            "tidemark: --holdings does not take --symbols See --help.\n");
+  EXPECT_THAT(run("--help").out, HasSubstr("--holdings"));
 }
 
 // What the desktop app set aside, told on standard error, also with a session bus that takes

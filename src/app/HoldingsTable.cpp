@@ -1,0 +1,109 @@
+#include "app/HoldingsTable.h"
+
+#include <cmath>
+
+#include "app/TextTable.h"
+#include "core/NumberText.h"
+#include "sources/QuoteFeeds.h"
+
+namespace tidemark {
+namespace {
+
+// A quote for the figures: only a watched holding has one.
+const QuoteSnapshot* quoteOf(const AppModel& model, const Holding& holding) {
+  return model.isWatched(holding.symbolID) ? model.quote(holding.symbolID) : nullptr;
+}
+
+std::string currencyOf(const AppModel& model, const std::string& symbol) {
+  if (const QuoteSnapshot* q = model.quote(symbol)) return q->currency();
+  QuoteSnapshot unquoted;
+  unquoted.market = feedMarketLabel(symbol);
+  return unquoted.currency();
+}
+
+std::string percent(const std::optional<double>& value) {
+  return value ? percentText(*value) : "—";
+}
+
+// Amounts to the cent and percentages to a ten-thousandth: what a sum of products has beyond
+// that is the arithmetic's noise, not the market's.
+Json amount(double value) {
+  return std::round(value * 100) / 100;
+}
+Json percentage(const std::optional<double>& value) {
+  return value ? Json(std::round(*value * 10000) / 10000) : Json(nullptr);
+}
+
+}  // namespace
+
+std::string renderHoldingsTable(const AppModel& model) {
+  if (model.holdings().empty()) return "还没有持仓 · 在设置的持仓盈亏里录入持有数量和成本价\n";
+  using Align = TextTable::Align;
+  TextTable table({{"代码"},
+                   {"名称"},
+                   {"持有", Align::right},
+                   {"成本", Align::right},
+                   {"现价", Align::right},
+                   {"今日盈亏", Align::right},
+                   {"今日%", Align::right},
+                   {"持有盈亏", Align::right},
+                   {"持有%", Align::right},
+                   {"市值", Align::right}});
+  for (const Holding& h : model.holdings()) {
+    const std::string shares = priceText(h.shares), cost = priceText(h.cost);
+    const QuoteSnapshot* q = quoteOf(model, h);
+    if (!q) {
+      const std::string why = model.isWatched(h.symbolID) ? "暂无行情" : "不在自选中";
+      table.addRow({h.symbolID, why, shares, cost, "—", "—", "—", "—", "—", "—"});
+      continue;
+    }
+    const HoldingFigures f = holdingFigures(h, *q);
+    table.addRow({h.symbolID, q->name, shares, cost, priceText(q->price),
+                  signedAmountText(f.dayProfit), percentText(f.dayProfitPct),
+                  signedAmountText(f.totalProfit), percent(f.totalProfitPct),
+                  priceText(f.marketValue)});
+  }
+  std::string text = table.render();
+  for (const HoldingsTotal& t : model.holdingsTotals()) {
+    text += "合计 " + t.currency + "  今日盈亏 " + signedAmountText(t.dayProfit) + " (" +
+            percent(t.dayProfitPct) + ")  持有盈亏 " + signedAmountText(t.totalProfit) + " (" +
+            percent(t.totalProfitPct) + ")  市值 " + priceText(t.marketValue);
+    if (t.missing > 0) text += "（" + std::to_string(t.missing) + " 项暂无行情）";
+    text += "\n";
+  }
+  return text;
+}
+
+std::string renderHoldingsJson(const AppModel& model, bool pretty) {
+  Json holdings = Json::array();
+  for (const Holding& h : model.holdings()) {
+    const QuoteSnapshot* q = quoteOf(model, h);
+    std::optional<HoldingFigures> f;
+    if (q) f = holdingFigures(h, *q);
+    holdings.push_back({{"id", h.symbolID},
+                        {"name", q ? Json(q->name) : Json(nullptr)},
+                        {"currency", currencyOf(model, h.symbolID)},
+                        {"shares", h.shares},
+                        {"cost", h.cost},
+                        {"price", q ? Json(q->price) : Json(nullptr)},
+                        {"prevClose", q ? Json(q->prevClose) : Json(nullptr)},
+                        {"marketValue", f ? amount(f->marketValue) : Json(nullptr)},
+                        {"dayProfit", f ? amount(f->dayProfit) : Json(nullptr)},
+                        {"dayProfitPct", f ? percentage(f->dayProfitPct) : Json(nullptr)},
+                        {"totalProfit", f ? amount(f->totalProfit) : Json(nullptr)},
+                        {"totalProfitPct", f ? percentage(f->totalProfitPct) : Json(nullptr)}});
+  }
+  Json totals = Json::array();
+  for (const HoldingsTotal& t : model.holdingsTotals())
+    totals.push_back({{"currency", t.currency},
+                      {"marketValue", amount(t.marketValue)},
+                      {"dayProfit", amount(t.dayProfit)},
+                      {"dayProfitPct", percentage(t.dayProfitPct)},
+                      {"totalProfit", amount(t.totalProfit)},
+                      {"totalProfitPct", percentage(t.totalProfitPct)},
+                      {"missing", t.missing}});
+  const Json document{{"holdings", std::move(holdings)}, {"totals", std::move(totals)}};
+  return document.dump(pretty ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace tidemark
