@@ -27,7 +27,8 @@ namespace tidemark {
 namespace {
 
 // The settings window's sections, in their order, as the file names call them.
-constexpr const char* sectionSlugs[] = {"appearance", "detail", "watchlist", "source", "alerts"};
+constexpr const char* sectionSlugs[] = {"appearance", "detail", "watchlist",
+                                        "holdings",   "source", "alerts"};
 
 constexpr QSize orbSize(460, 460), detailSize(980, 680), settingsSize(960, 740),
     watchlistSize(940, 650), onboardingSize(480, 600), alertSize(420, 540);
@@ -95,6 +96,9 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   model.setRefreshInterval(0);
   model.setReduceMotion(true);
   model.setAutoRotate(false);
+  // Holdings in two currencies, one of them at a loss, for the section and the detail.
+  model.setHolding("600519", 100, 1500.5);
+  model.setHolding("00700", 200, 380);
   OrbWindowModel windowModel;
   const auto file = [&](const std::string& name) { return directory / (name + ".png"); };
   const auto orb = [&](const std::string& name) {

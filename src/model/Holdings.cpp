@@ -1,7 +1,9 @@
 #include "model/Holdings.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <unordered_map>
 
@@ -125,12 +127,30 @@ std::vector<HoldingsTotal> holdingsTotals(
     if (it == sums.end()) continue;
     const Sums& s = it->second;
     HoldingsTotal t{std::string(currency), s.marketValue, s.dayProfit, std::nullopt,
-                    s.totalProfit,         std::nullopt,  s.missing};
+                    s.totalProfit,         std::nullopt,  s.missing,   s.counted};
     if (s.yesterday > 0) t.dayProfitPct = s.dayProfit / s.yesterday * 100;
     if (s.paid > 0) t.totalProfitPct = s.totalProfit / s.paid * 100;
     totals.push_back(std::move(t));
   }
   return totals;
+}
+
+std::vector<std::string> dayProfitTexts(const std::vector<HoldingsTotal>& totals) {
+  std::vector<std::string> texts;
+  for (const HoldingsTotal& t : totals)
+    if (t.counted > 0) texts.push_back(t.currency + " " + signedAmountText(t.dayProfit));
+  return texts;
+}
+
+std::string sharesText(double shares) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.4f", std::abs(shares));
+  std::string digits(buffer);
+  while (digits.back() == '0') digits.pop_back();
+  if (digits.back() == '.') digits.pop_back();
+  const size_t point = std::min(digits.find('.'), digits.size());
+  for (size_t at = point; at > 3; at -= 3) digits.insert(at - 3, ",");
+  return (shares < 0 ? "-" : "") + digits;
 }
 
 std::string signedAmountText(double value) {

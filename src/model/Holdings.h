@@ -66,6 +66,7 @@ struct HoldingsTotal {
   double totalProfit = 0;
   std::optional<double> totalProfitPct;  // none when they cost nothing
   size_t missing = 0;                    // holdings without a quote
+  size_t counted = 0;                    // holdings with one, which the sums are of
   friend bool operator==(const HoldingsTotal&, const HoldingsTotal&) = default;
 };
 
@@ -79,5 +80,12 @@ std::vector<HoldingsTotal> holdingsTotals(
 
 // An amount with its sign: "+1,680.00", "-270.00", "0.00".
 std::string signedAmountText(double value);
+// Today's profit of each currency whose holdings have quotes, "CNY +1,410.00", in the totals'
+// order; none when no holding has a quote.
+std::vector<std::string> dayProfitTexts(const std::vector<HoldingsTotal>& totals);
+
+// A number of shares as held: whole ones plain, fractions to at most four places, thousands
+// separated: "100", "1,234.56", "0.5".
+std::string sharesText(double shares);
 
 }  // namespace tidemark

@@ -299,7 +299,7 @@ void AppDelegate::scheduleSynchronize() {
 }
 
 std::string AppDelegate::statusTitle() const {
-  return statusTitleText(deps_.model, deps_.model.menuDensity());
+  return trayTitleText(deps_.model);
 }
 
 std::string AppDelegate::unavailableKeys() const {
@@ -326,6 +326,10 @@ std::string AppDelegate::tooltip() const {
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote())
     text += "\n" + quote->name + "  " + quote->currency() + priceText(quote->price);
+  if (const auto days = dayProfitTexts(m.holdingsTotals()); !days.empty()) {
+    text += "\n今日盈亏 ";
+    for (size_t i = 0; i < days.size(); ++i) text += (i ? " · " : "") + days[i];
+  }
   return text;
 }
 

@@ -206,11 +206,14 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figures_->setHorizontalSpacing(14);
   figures_->setVerticalSpacing(5);
   figures_->setColumnStretch(1, 1);
-  const char* names[] = {"开盘", "昨收", "最高", "最低", "成交量", "更新时间", "数据源"};
+  // The quote's figures, then the holding's, shown while the active security is held.
+  const char* names[] = {"开盘",   "昨收", "最高", "最低",     "成交量",  "更新时间",
+                         "数据源", "持有", "成本", "今日盈亏", "持有盈亏"};
   int row = 0;
   for (const char* name : names) {
     auto* caption = themedLabel(QString::fromUtf8(name), "muted", 12.5);
     caption->setWordWrap(false);
+    captions_.push_back(caption);
     figures_->addWidget(caption, row, 0);
     auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
     value->setWordWrap(false);
@@ -285,8 +288,34 @@ void DetailView::paintEvent(QPaintEvent*) {
 
 QStringList DetailView::figureTexts() const {
   QStringList texts{name_->text()};
-  for (const QLabel* value : values_) texts << value->text();
+  for (const QLabel* value : values_)
+    if (!value->isHidden()) texts << value->text();
   return texts;
+}
+
+void DetailView::showHolding(const std::optional<QuoteSnapshot>& quote) {
+  const Holding* held = quote ? model_.holding(quote->id) : nullptr;
+  for (size_t i = holdingRows; i < values_.size(); ++i) {
+    captions_[i]->setVisible(held != nullptr);
+    values_[i]->setVisible(held != nullptr);
+  }
+  if (!held) return;
+  const bool masked = model_.masked();
+  const HoldingFigures f = holdingFigures(*held, *quote);
+  const auto show = [&](size_t i, const std::string& text, std::optional<double> sign) {
+    values_[i]->setText(masked ? hidden : QString::fromStdString(text));
+    values_[i]->setStyleSheet(
+        masked || !sign ? QString() : QStringLiteral("color: ") + qt(quoteColor(*sign)).name());
+  };
+  show(holdingRows, sharesText(held->shares), std::nullopt);
+  show(holdingRows + 1, priceText(held->cost), std::nullopt);
+  // The amount over its percentage: a large position's figures are wider than the panel.
+  show(holdingRows + 2, signedAmountText(f.dayProfit) + "\n" + percentText(f.dayProfitPct),
+       f.dayProfit);
+  show(holdingRows + 3,
+       signedAmountText(f.totalProfit) + "\n" +
+           (f.totalProfitPct ? percentText(*f.totalProfitPct) : "—"),
+       f.totalProfit);
 }
 
 void DetailView::refresh() {
@@ -303,6 +332,7 @@ void DetailView::refresh() {
   if (!quote) {
     name_->setText(QStringLiteral("暂无自选"));
     for (QLabel* value : values_) value->setText(QStringLiteral("—"));
+    showHolding(std::nullopt);
     chart_->show({}, {}, false, masked, palette);
     orb_->update();
     return;
@@ -320,6 +350,7 @@ void DetailView::refresh() {
   values_[4]->setText(masked ? hidden : QString::fromStdString(volumeText(quote->volume)));
   values_[5]->setText(masked ? hidden : timeText(quote->updatedAt));
   values_[6]->setText(QString::fromStdString(sourceLabel({*quote}, model_.sourceMode())));
+  showHolding(*quote);
   chart_->show(*quote, std::move(series), real, masked, palette);
   orb_->update();
 }

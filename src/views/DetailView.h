@@ -103,6 +103,10 @@ class DetailView final : public QWidget {
   QWidget* side_;
   QLabel* name_;
   QGridLayout* figures_;
+  std::vector<QLabel*> captions_;
+  // The figures from this one on are the holding's.
+  static constexpr size_t holdingRows = 7;
+  void showHolding(const std::optional<QuoteSnapshot>& quote);
   std::vector<QLabel*> values_;
   std::string requestedFor_;
   ChangeSignal::Subscription subscription_;

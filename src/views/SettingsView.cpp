@@ -15,6 +15,7 @@
 
 #include "core/NumberText.h"
 #include "views/DetailView.h"
+#include "views/HoldingsView.h"
 #include "views/OrbView.h"
 #include "views/StatusTitle.h"
 #include "views/TextStyle.h"
@@ -105,8 +106,8 @@ struct PillRow {
 }  // namespace
 
 const std::vector<std::string>& SettingsView::sections() {
-  static const std::vector<std::string> names{"外观", "圆形详情", "自选管理", "数据源",
-                                              "预警与隐私"};
+  static const std::vector<std::string> names{"外观",     "圆形详情", "自选管理",
+                                              "持仓盈亏", "数据源",   "预警与隐私"};
   return names;
 }
 
@@ -162,6 +163,8 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   stack_->addWidget(scrollingArea(detail_));
   watchlist_ = new WatchlistView(model, clock);
   stack_->addWidget(new SectionPage(watchlist_));
+  holdings_ = new HoldingsView(model);
+  stack_->addWidget(scrollingArea(holdings_));
   stack_->addWidget(scrollingArea(sourcePage()));
   stack_->addWidget(scrollingArea(alertPage()));
   layout->addWidget(stack_, 1);

@@ -20,6 +20,7 @@
 namespace tidemark {
 
 class DetailView;
+class HoldingsView;
 class WatchlistView;
 
 // The settings window: a list of sections beside the chosen one. Every control writes through
@@ -61,6 +62,7 @@ class SettingsView final : public QWidget {
   QWidget* page(const std::string& section) const;
   DetailView& detail() { return *detail_; }
   WatchlistView& watchlist() { return *watchlist_; }
+  HoldingsView& holdings() { return *holdings_; }
 
   // What the settings say of the global keys: empty while both are the app's, else which other
   // programs hold.
@@ -87,6 +89,7 @@ class SettingsView final : public QWidget {
   QStackedWidget* stack_;
   DetailView* detail_;
   WatchlistView* watchlist_;
+  HoldingsView* holdings_;
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
   QLabel* shortcutNotice_ = nullptr;

@@ -23,14 +23,20 @@ QString editable(double price) {
 
 }  // namespace
 
-std::optional<double> parseAlertPrice(std::string input) {
+std::optional<double> parseTypedNumber(std::string input) {
   std::erase(input, ',');
   std::string_view text(input);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   double value = 0;
   auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  if (!std::isfinite(value) || !(value > 0)) return std::nullopt;
+  if (!std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::optional<double> parseAlertPrice(std::string input) {
+  auto value = parseTypedNumber(std::move(input));
+  if (!value || !(*value > 0)) return std::nullopt;
   return value;
 }
 

@@ -14,8 +14,10 @@
 
 namespace tidemark {
 
-// The target price as typed: thousands separators allowed, otherwise a plain number from the
-// first character to the last, finite and above 0.
+// A number as typed: thousands separators and a leading "+" allowed, otherwise a plain number
+// from the first character to the last, finite.
+std::optional<double> parseTypedNumber(std::string input);
+// The target price as typed: such a number above 0.
 std::optional<double> parseAlertPrice(std::string input);
 
 // Sets or clears the one price alert: which security, which direction, what price.

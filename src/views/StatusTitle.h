@@ -18,4 +18,14 @@ inline std::string statusTitleText(const AppModel& model, int64_t density) {
   return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
 }
 
+// The text beside the tray icon: today's profit of the first currency held when the holdings'
+// switch asks for it and a holding has a quote, else the title of the menu density.
+inline std::string trayTitleText(const AppModel& model) {
+  if (model.showsDayProfitInTray() && !model.masked()) {
+    const auto days = dayProfitTexts(model.holdingsTotals());
+    if (!days.empty()) return " 今日 " + days.front();
+  }
+  return statusTitleText(model, model.menuDensity());
+}
+
 }  // namespace tidemark

@@ -569,6 +569,11 @@ QStringList cutTexts(QWidget& window) {
 // every section, in every theme, masked and not.
 TEST(WindowText, NothingIsCutAtTheRealSizes) {
   test::Desktop d;
+  // Holdings with the longest figures a row shows, one without a quote, one no longer watched.
+  ASSERT_EQ(d.model->setHolding("600519", 123456.789, 1500.5), std::nullopt);
+  ASSERT_EQ(d.model->setHolding("00700", 20000, 380), std::nullopt);
+  ASSERT_EQ(d.model->setHolding("NVDA", 10, 0), std::nullopt);
+  d.model->remove("NVDA");
   d.delegate->openSettings("外观");
   d.delegate->openWindow("guide");
   d.delegate->openWindow("alert");

@@ -1,0 +1,301 @@
+#include "views/HoldingsView.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QTimer>
+
+#include "core/NumberText.h"
+#include "views/SmallWindows.h"
+#include "views/TextStyle.h"
+
+namespace tidemark {
+namespace {
+
+const QString hidden = QStringLiteral("••••");
+
+QString q(const std::string& s) {
+  return QString::fromStdString(s);
+}
+
+// An amount and its percentage, "+1,680.00 (+1.16%)", or the percentage's dash.
+std::string profitText(double amount, const std::optional<double>& pct) {
+  return signedAmountText(amount) + " (" + (pct ? percentText(*pct) : "—") + ")";
+}
+
+// A caption over its figure; the figure coloured by its sign when `signedValue` is given.
+QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
+                std::optional<double> signedValue = std::nullopt) {
+  auto* box = new QWidget(parent);
+  auto* layout = new QVBoxLayout(box);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(1);
+  auto* top = themedLabel(caption, "muted", 11.5, QFont::Normal, box);
+  top->setWordWrap(false);
+  auto* number = themedLabel(value, nullptr, 13.5, QFont::DemiBold, box);
+  number->setWordWrap(false);
+  if (signedValue)
+    number->setStyleSheet(QStringLiteral("color: ") + qt(quoteColor(*signedValue)).name());
+  layout->addWidget(top);
+  layout->addWidget(number);
+  return box;
+}
+
+void clearLayout(QLayout* layout) {
+  while (QLayoutItem* item = layout->takeAt(0)) {
+    if (QWidget* w = item->widget()) w->deleteLater();
+    delete item;
+  }
+}
+
+void collectTexts(const QWidget* root, QStringList& out) {
+  for (const QObject* child : root->children()) {
+    const auto* widget = qobject_cast<const QWidget*>(child);
+    if (!widget || widget->isHidden()) continue;
+    if (const auto* elided = dynamic_cast<const ElidedLabel*>(widget)) {
+      out << elided->fullText();
+    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+      if (!label->text().isEmpty()) out << label->text();
+    } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
+      if (!button->text().isEmpty()) out << button->text();
+    }
+    collectTexts(widget, out);
+  }
+}
+
+}  // namespace
+
+HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+  auto* page = new QVBoxLayout(this);
+  page->setContentsMargins(28, 24, 28, 24);
+  page->setSpacing(16);
+  page->addWidget(new ProductHeading(
+      QStringLiteral("持仓盈亏 · 本地保存"),
+      QStringLiteral("录入持有数量和成本价，今日盈亏与持有盈亏随行情刷新。"), this));
+
+  summaries_ = new QVBoxLayout;
+  summaries_->setSpacing(10);
+  page->addLayout(summaries_);
+
+  auto* list = new ProductCard(QStringLiteral("持仓"), this);
+  empty_ = themedLabel(QStringLiteral("还没有持仓 · 在这里录入持有数量和成本价"), "muted", 13,
+                       QFont::Normal, list);
+  list->content().addWidget(empty_);
+  rows_ = new QVBoxLayout;
+  rows_->setSpacing(6);
+  list->content().addLayout(rows_);
+  page->addWidget(list);
+
+  auto* form = new ProductCard(QStringLiteral("添加持仓"), this);
+  auto* fields = new QGridLayout;
+  fields->setHorizontalSpacing(10);
+  fields->setVerticalSpacing(8);
+  symbol_ = new QComboBox(form);
+  symbol_->setAccessibleName(QStringLiteral("标的"));
+  symbol_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  symbol_->setMinimumContentsLength(8);
+  shares_ = new QLineEdit(form);
+  shares_->setPlaceholderText(QStringLiteral("持有数量"));
+  shares_->setAccessibleName(QStringLiteral("持有数量"));
+  cost_ = new QLineEdit(form);
+  cost_->setPlaceholderText(QStringLiteral("成本价"));
+  cost_->setAccessibleName(QStringLiteral("成本价"));
+  const std::pair<const char*, QWidget*> inputs[] = {
+      {"标的", symbol_}, {"持有数量", shares_}, {"成本价", cost_}};
+  int column = 0;
+  for (const auto& [caption, input] : inputs) {
+    auto* label = themedLabel(QString::fromUtf8(caption), "secondary", 12.5, QFont::Normal, form);
+    label->setWordWrap(false);
+    fields->addWidget(label, 0, column);
+    fields->addWidget(input, 1, column);
+    fields->setColumnStretch(column, column == 0 ? 2 : 1);
+    ++column;
+  }
+  submit_ = new QPushButton(QStringLiteral("添加持仓"), form);
+  submit_->setProperty("primary", true);
+  fields->addWidget(submit_, 1, column);
+  form->content().addLayout(fields);
+  message_ = themedLabel(QString(), "error", 12, QFont::Normal, form);
+  message_->hide();
+  form->content().addWidget(message_);
+  QObject::connect(submit_, &QPushButton::clicked, this, [this] { submit(); });
+  for (QLineEdit* input : {shares_, cost_})
+    QObject::connect(input, &QLineEdit::returnPressed, this, [this] { submit(); });
+  page->addWidget(form);
+
+  auto* tray = new ProductCard(QStringLiteral("托盘"), this);
+  tray_ = new ProductSwitch(QStringLiteral("托盘显示今日盈亏"), tray);
+  QObject::connect(tray_, &QCheckBox::toggled, this,
+                   [this](bool on) { model_.setShowsDayProfitInTray(on); });
+  tray->content().addWidget(tray_);
+  tray->content().addWidget(themedLabel(
+      QStringLiteral("打开后，托盘图标旁的文字显示第一种货币的今日盈亏；遮蔽时不显示。"), "muted",
+      12));
+  page->addWidget(tray);
+  page->addStretch();
+
+  subscription_ = model.subscribe([this] {
+    if (refreshPending_) return;
+    refreshPending_ = true;
+    QTimer::singleShot(0, this, [this] {
+      refreshPending_ = false;
+      refresh();
+    });
+  });
+  refresh();
+}
+
+void HoldingsView::fillSymbols() {
+  const QString chosen = symbol_->currentData().toString();
+  const QSignalBlocker quiet(symbol_);
+  symbol_->clear();
+  for (const QuoteSnapshot& quote : model_.watchedQuotes())
+    symbol_->addItem(q(quote.id + "  " + quote.name), q(quote.id));
+  const int again = symbol_->findData(chosen);
+  symbol_->setCurrentIndex(again >= 0 ? again : 0);
+}
+
+void HoldingsView::submit() {
+  const std::string symbol = symbol_->currentData().toString().toStdString();
+  const auto shares = parseTypedNumber(shares_->text().toStdString());
+  const auto cost = parseTypedNumber(cost_->text().toStdString());
+  // Text that is no number at all is refused as the model refuses a number out of range.
+  std::optional<std::string> refused =
+      model_.setHolding(symbol, shares.value_or(0), cost.value_or(-1));
+  if (refused) {
+    message_->setText(q(*refused));
+    message_->show();
+    return;
+  }
+  message_->hide();
+  message_->clear();
+  shares_->clear();
+  cost_->clear();
+  submit_->setText(QStringLiteral("添加持仓"));
+}
+
+void HoldingsView::edit(const std::string& symbol) {
+  const Holding* holding = model_.holding(symbol);
+  if (!holding) return;
+  const int index = symbol_->findData(q(symbol));
+  if (index >= 0) symbol_->setCurrentIndex(index);
+  shares_->setText(q(sharesText(holding->shares)));
+  cost_->setText(QString::number(holding->cost, 'f', 2));
+  submit_->setText(QStringLiteral("保存持仓"));
+  shares_->setFocus();
+}
+
+QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) {
+  auto* card = new ProductCard(q(total.currency), parent);
+  const bool masked = model_.masked();
+  const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
+  auto* line = new QHBoxLayout;
+  line->setSpacing(14);
+  line->addWidget(figure(QStringLiteral("今日盈亏"),
+                         text(profitText(total.dayProfit, total.dayProfitPct)), card,
+                         masked ? std::nullopt : std::optional(total.dayProfit)));
+  line->addWidget(figure(QStringLiteral("持有盈亏"),
+                         text(profitText(total.totalProfit, total.totalProfitPct)), card,
+                         masked ? std::nullopt : std::optional(total.totalProfit)));
+  line->addWidget(figure(QStringLiteral("持仓市值"), text(priceText(total.marketValue)), card));
+  line->addStretch();
+  card->content().addLayout(line);
+  if (total.missing > 0)
+    card->content().addWidget(themedLabel(QStringLiteral("（%1 项暂无行情）").arg(total.missing),
+                                          "muted", 12, QFont::Normal, card));
+  return card;
+}
+
+QWidget* HoldingsView::row(const Holding& holding, QWidget* parent) {
+  auto* row = new QFrame(parent);
+  row->setProperty("rowcard", true);
+  auto* grid = new QGridLayout(row);
+  grid->setContentsMargins(10, 8, 8, 8);
+  grid->setHorizontalSpacing(14);
+  grid->setVerticalSpacing(6);
+  const bool masked = model_.masked(), watched = model_.isWatched(holding.symbolID);
+  const QuoteSnapshot* quote = watched ? model_.quote(holding.symbolID) : nullptr;
+  const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
+  const std::string name = quote ? quote->name : "";
+  grid->addWidget(elidedLabel(q(holding.symbolID + (name.empty() ? "" : "  " + name)), nullptr,
+                              13.5, QFont::DemiBold, row),
+                  0, 0, 1, 3);
+  auto* buttons = new QHBoxLayout;
+  buttons->setSpacing(4);
+  for (const auto& [label, tip] : {std::pair{"编辑", "编辑持仓"}, {"删除", "删除持仓"}}) {
+    auto* button = new QPushButton(QString::fromUtf8(label), row);
+    button->setProperty("flat", true);
+    button->setToolTip(QString::fromUtf8(tip));
+    button->setCursor(Qt::PointingHandCursor);
+    const std::string symbol = holding.symbolID;
+    const bool remove = std::string_view(label) == "删除";
+    QObject::connect(button, &QPushButton::clicked, this, [this, symbol, remove] {
+      if (remove) {
+        model_.removeHolding(symbol);
+      } else {
+        edit(symbol);
+      }
+    });
+    buttons->addWidget(button);
+  }
+  grid->addLayout(buttons, 0, 3, Qt::AlignRight);
+  grid->addWidget(figure(QStringLiteral("持有"), text(sharesText(holding.shares)), row), 1, 0);
+  grid->addWidget(figure(QStringLiteral("成本"), text(priceText(holding.cost)), row), 1, 1);
+  if (!quote) {
+    auto* why = themedLabel(watched ? QStringLiteral("暂无行情") : QStringLiteral("不在自选中"),
+                            "muted", 12.5, QFont::Normal, row);
+    why->setWordWrap(false);
+    grid->addWidget(why, 1, 2, 1, 2);
+    return row;
+  }
+  const HoldingFigures f = holdingFigures(holding, *quote);
+  grid->addWidget(figure(QStringLiteral("现价"), text(priceText(quote->price)), row), 1, 2);
+  grid->addWidget(figure(QStringLiteral("市值"), text(priceText(f.marketValue)), row), 1, 3);
+  grid->addWidget(figure(QStringLiteral("今日盈亏"), text(profitText(f.dayProfit, f.dayProfitPct)),
+                         row, masked ? std::nullopt : std::optional(f.dayProfit)),
+                  2, 0, 1, 2);
+  grid->addWidget(
+      figure(QStringLiteral("持有盈亏"), text(profitText(f.totalProfit, f.totalProfitPct)), row,
+             masked ? std::nullopt : std::optional(f.totalProfit)),
+      2, 2, 1, 2);
+  return row;
+}
+
+void HoldingsView::refresh() {
+  fillSymbols();
+  {
+    const QSignalBlocker quiet(tray_);
+    tray_->setChecked(model_.showsDayProfitInTray());
+  }
+  // Rebuilt only when something they show changed.
+  std::string shown = std::to_string(model_.masked()) + std::to_string(int(model_.theme()));
+  for (const Holding& h : model_.holdings()) {
+    shown += "|" + h.symbolID + std::to_string(h.shares) + std::to_string(h.cost) +
+             std::to_string(model_.isWatched(h.symbolID));
+    if (const QuoteSnapshot* quote = model_.quote(h.symbolID))
+      shown += quote->name + std::to_string(quote->price) + std::to_string(quote->prevClose);
+  }
+  if (shown == shown_) return;
+  shown_ = std::move(shown);
+  clearLayout(summaries_);
+  // Shown at once, not on a later turn as a layout would.
+  for (const HoldingsTotal& total : model_.holdingsTotals()) {
+    QWidget* card = summaryCard(total, this);
+    summaries_->addWidget(card);
+    card->show();
+  }
+  clearLayout(rows_);
+  for (const Holding& holding : model_.holdings()) {
+    QWidget* line = row(holding, this);
+    rows_->addWidget(line);
+    line->show();
+  }
+  empty_->setVisible(model_.holdings().empty());
+}
+
+QStringList HoldingsView::shownTexts() const {
+  QStringList texts;
+  collectTexts(this, texts);
+  return texts;
+}
+
+}  // namespace tidemark

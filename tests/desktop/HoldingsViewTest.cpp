@@ -1,0 +1,127 @@
+// The holdings section through the real delegate: add, refuse, edit, delete, masked; the detail's
+// figures, the tooltip and the tray label with the switch on and off. Figures worked out by hand
+// from the demonstration's 600519 at 1,468.80 after 1,452.00.
+
+#include <gtest/gtest.h>
+
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+
+#include "desktop/DesktopFixture.h"
+#include "views/DetailView.h"
+#include "views/HoldingsView.h"
+#include "views/SettingsView.h"
+
+namespace tidemark {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QPushButton* button(QWidget& root, const QString& text) {
+  for (auto* b : root.findChildren<QPushButton*>())
+    if (b->text() == text && b->isVisibleTo(&root)) return b;
+  return nullptr;
+}
+
+TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
+  test::Desktop d;
+  d.delegate->openSettings("持仓盈亏");
+  auto* settings = d.inWindow<SettingsView>("settings");
+  ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->currentSection(), "持仓盈亏");
+  HoldingsView& view = settings->holdings();
+  const auto settle = [] { QTest::qWait(1); };
+  EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+
+  const auto enter = [&](const QString& shares, const QString& cost) {
+    view.shares().setText(shares);
+    view.cost().setText(cost);
+    button(view, view.shownTexts().contains(u"保存持仓"_s) ? u"保存持仓"_s : u"添加持仓"_s)
+        ->click();
+    settle();
+  };
+  const std::tuple<QString, QString, QString> refused[] = {
+      {u"abc"_s, u"1500"_s, u"持有数量须大于 0"_s},
+      {u"0"_s, u"1500"_s, u"持有数量须大于 0"_s},
+      {u"100"_s, u"-1"_s, u"成本价须为不小于 0 的数字"_s},
+      {u"100"_s, u""_s, u"成本价须为不小于 0 的数字"_s},
+  };
+  for (const auto& [shares, cost, message] : refused) {
+    enter(shares, cost);
+    EXPECT_EQ(view.message(), message) << shares.toStdString() << " " << cost.toStdString();
+  }
+  EXPECT_TRUE(d.model->holdings().empty());
+
+  ASSERT_EQ(view.symbol().currentData().toString(), u"600519"_s);
+  enter(u"1,00"_s, u"1500.5"_s);  // typed with a separator
+  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 100, 1500.5}}));
+  EXPECT_EQ(view.message(), QString());
+  QStringList texts = view.shownTexts();
+  for (const char* shown : {"CNY", "600519  贵州茅台", "100", "1,500.50", "1,468.80", "146,880.00",
+                            "+1,680.00 (+1.16%)", "-3,170.00 (-2.11%)"})
+    EXPECT_TRUE(texts.contains(QString::fromUtf8(shown))) << shown;
+  EXPECT_FALSE(texts.contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+
+  // Edit fills the form from the row; saving replaces the holding.
+  button(view, u"编辑"_s)->click();
+  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"100"_s, u"1500.50"_s));
+  enter(u"200"_s, u"1500.50"_s);
+  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 200, 1500.5}}));
+  EXPECT_TRUE(view.shownTexts().contains(u"+3,360.00 (+1.16%)"_s));
+
+  // Masked, every figure of the section is bullets.
+  d.model->setMasked(true);
+  settle();
+  texts = view.shownTexts();
+  const QRegularExpression figure(u"[0-9][,.][0-9]|%"_s);
+  for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
+  EXPECT_GE(texts.count(u"••••"_s), 9);
+  d.model->setMasked(false);
+  settle();
+
+  button(view, u"删除"_s)->click();
+  settle();
+  EXPECT_TRUE(d.model->holdings().empty());
+  EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+}
+
+TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
+  test::Desktop d;  // the densest tray title: code, price and percentage
+  ASSERT_EQ(d.model->setHolding("600519", 100, 1500.5), std::nullopt);
+  ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);  // HKD: 485.20 after 478.60
+  d.h.scheduler.runDue();
+  const std::string head =
+      "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "
+      "遮蔽\n贵州茅台  CNY1,468.80";
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), head + "\n今日盈亏 CNY +1,680.00 · HKD +13.20");
+  const struct {
+    bool on, masked;
+    const char* title;
+  } titles[] = {
+      {false, false, " 600519  1,468.80  +1.16%"},
+      {true, false, " 今日 CNY +1,680.00"},
+      {true, true, ""},
+  };
+  for (const auto& t : titles) {
+    d.model->setShowsDayProfitInTray(t.on);
+    d.model->setMasked(t.masked);
+    d.h.scheduler.runDue();
+    EXPECT_EQ(d.delegate->statusItem().title(), t.title) << t.on << t.masked;
+  }
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), head.substr(0, head.rfind('\n')) + "\n行情已遮蔽");
+  d.model->setMasked(false);
+
+  d.delegate->openSettings("圆形详情");
+  auto* detail = d.inWindow<DetailView>("settings");
+  ASSERT_TRUE(detail);
+  QTest::qWait(1);
+  EXPECT_EQ(detail->figureTexts().mid(8),
+            (QStringList{"100", "1,500.50", "+1,680.00\n+1.16%", "-3,170.00\n-2.11%"}));
+  d.model->select("NVDA");  // not held: the holding's figures go
+  QTest::qWait(1);
+  EXPECT_EQ(detail->figureTexts().size(), 8);
+}
+
+}  // namespace
+}  // namespace tidemark
