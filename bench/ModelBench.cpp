@@ -60,6 +60,24 @@ void WatchlistSave(benchmark::State& state) {
 }
 BENCHMARK(WatchlistSave)->Arg(5)->Arg(50)->Arg(500)->Arg(5000)->Complexity();
 
+// The figures of every holding and the totals per currency, as the holdings section and the
+// tooltip take them after each refresh: one holding per watched symbol.
+void HoldingsFiguresAndTotals(benchmark::State& state) {
+  Fixture f(static_cast<size_t>(state.range(0)));
+  for (const std::string& symbol : f.model.watchlist())
+    f.model.setHolding(symbol, 100, f.model.quote(symbol)->price * 0.9);
+  for (auto _ : state) {
+    double sum = 0;
+    const auto lines = f.model.holdingLines();
+    for (const AppModel::HoldingLine& line : lines)
+      if (line.quote) sum += holdingFigures(*line.holding, *line.quote).totalProfit;
+    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(f.model.holdingsTotals(lines));
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(HoldingsFiguresAndTotals)->Arg(5)->Arg(50)->Arg(500)->Arg(5000)->Complexity();
+
 }  // namespace
 }  // namespace tidemark
 

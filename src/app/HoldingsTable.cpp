@@ -9,11 +9,6 @@
 namespace tidemark {
 namespace {
 
-// A quote for the figures: only a watched holding has one.
-const QuoteSnapshot* quoteOf(const AppModel& model, const Holding& holding) {
-  return model.isWatched(holding.symbolID) ? model.quote(holding.symbolID) : nullptr;
-}
-
 std::string currencyOf(const AppModel& model, const std::string& symbol) {
   if (const QuoteSnapshot* q = model.quote(symbol)) return q->currency();
   QuoteSnapshot unquoted;
@@ -49,11 +44,12 @@ std::string renderHoldingsTable(const AppModel& model) {
                    {"持有盈亏", Align::right},
                    {"持有%", Align::right},
                    {"市值", Align::right}});
-  for (const Holding& h : model.holdings()) {
-    const std::string shares = priceText(h.shares), cost = priceText(h.cost);
-    const QuoteSnapshot* q = quoteOf(model, h);
+  for (const AppModel::HoldingLine& line : model.holdingLines()) {
+    const Holding& h = *line.holding;
+    const std::string shares = sharesText(h.shares), cost = priceText(h.cost);
+    const QuoteSnapshot* q = line.quote;
     if (!q) {
-      const std::string why = model.isWatched(h.symbolID) ? "暂无行情" : "不在自选中";
+      const std::string why = line.watched ? "暂无行情" : "不在自选中";
       table.addRow({h.symbolID, why, shares, cost, "—", "—", "—", "—", "—", "—"});
       continue;
     }
@@ -76,8 +72,9 @@ std::string renderHoldingsTable(const AppModel& model) {
 
 std::string renderHoldingsJson(const AppModel& model, bool pretty) {
   Json holdings = Json::array();
-  for (const Holding& h : model.holdings()) {
-    const QuoteSnapshot* q = quoteOf(model, h);
+  for (const AppModel::HoldingLine& line : model.holdingLines()) {
+    const Holding& h = *line.holding;
+    const QuoteSnapshot* q = line.quote;
     std::optional<HoldingFigures> f;
     if (q) f = holdingFigures(h, *q);
     holdings.push_back({{"id", h.symbolID},

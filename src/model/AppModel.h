@@ -221,8 +221,17 @@ class AppModel {
   void removeHolding(const std::string& symbol);
   void setShowsDayProfitInTray(bool on);
   bool isWatched(const std::string& symbol) const;
-  // Per currency, of the watched holdings.
+  // Each holding with its security's quote (none when it has none, or is no longer watched),
+  // looked up once for the whole list.
+  struct HoldingLine {
+    const Holding* holding;
+    const QuoteSnapshot* quote;
+    bool watched;
+  };
+  std::vector<HoldingLine> holdingLines() const;
+  // Per currency, of the watched holdings (of these lines of them).
   std::vector<HoldingsTotal> holdingsTotals() const;
+  std::vector<HoldingsTotal> holdingsTotals(const std::vector<HoldingLine>& lines) const;
   const std::optional<std::filesystem::path>& holdingsURL() const { return holdingsURL_; }
 
   // Refresh engine.

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "core/FileIO.h"
 #include "model/AppModel.h"
@@ -50,18 +52,36 @@ void AppModel::setShowsDayProfitInTray(bool on) {
   saveHoldings();
 }
 
+std::vector<AppModel::HoldingLine> AppModel::holdingLines() const {
+  std::unordered_set<std::string_view> watched(watchlist_.begin(), watchlist_.end());
+  std::unordered_map<std::string_view, const QuoteSnapshot*> quotes;
+  quotes.reserve(quotes_.size());
+  for (const QuoteSnapshot& q : quotes_) quotes.emplace(q.id, &q);
+  std::vector<HoldingLine> lines;
+  lines.reserve(holdings_.size());
+  for (const Holding& h : holdings_) {
+    const bool isWatched = watched.contains(h.symbolID);
+    const auto q = isWatched ? quotes.find(h.symbolID) : quotes.end();
+    lines.push_back({&h, q == quotes.end() ? nullptr : q->second, isWatched});
+  }
+  return lines;
+}
+
 std::vector<HoldingsTotal> AppModel::holdingsTotals() const {
+  return holdingsTotals(holdingLines());
+}
+
+std::vector<HoldingsTotal> AppModel::holdingsTotals(const std::vector<HoldingLine>& lines) const {
   // A holding whose security left the watchlist is kept, but counts nowhere.
-  std::vector<Holding> watched;
-  for (const Holding& h : holdings_)
-    if (isWatched(h.symbolID)) watched.push_back(h);
-  return tidemark::holdingsTotals(
-      watched, [this](const std::string& symbol) { return quote(symbol); },
-      [](const std::string& symbol) {
-        QuoteSnapshot unquoted;
-        unquoted.market = feedMarketLabel(symbol);
-        return unquoted.currency();
-      });
+  std::vector<HeldQuote> held;
+  held.reserve(lines.size());
+  for (const HoldingLine& line : lines)
+    if (line.watched) held.push_back({line.holding, line.quote});
+  return tidemark::holdingsTotals(held, [](const std::string& symbol) {
+    QuoteSnapshot unquoted;
+    unquoted.market = feedMarketLabel(symbol);
+    return unquoted.currency();
+  });
 }
 
 bool AppModel::restoreHoldings() {

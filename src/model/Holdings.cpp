@@ -104,10 +104,19 @@ std::vector<HoldingsTotal> holdingsTotals(
     const std::vector<Holding>& holdings,
     const std::function<const QuoteSnapshot*(const std::string&)>& quote,
     const std::function<std::string(const std::string&)>& currencyOf) {
+  std::vector<HeldQuote> held;
+  held.reserve(holdings.size());
+  for (const Holding& holding : holdings) held.push_back({&holding, quote(holding.symbolID)});
+  return holdingsTotals(held, currencyOf);
+}
+
+std::vector<HoldingsTotal> holdingsTotals(
+    const std::vector<HeldQuote>& held,
+    const std::function<std::string(const std::string&)>& currencyOf) {
   static constexpr std::array<std::string_view, 3> order{"CNY", "HKD", "USD"};
   std::map<std::string, Sums, std::less<>> sums;
-  for (const Holding& holding : holdings) {
-    const QuoteSnapshot* q = quote(holding.symbolID);
+  for (const auto& [held, q] : held) {
+    const Holding& holding = *held;
     if (!q) {
       ++sums[currencyOf(holding.symbolID)].missing;
       continue;

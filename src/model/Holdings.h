@@ -71,8 +71,16 @@ struct HoldingsTotal {
 };
 
 // One total per currency present, CNY, HKD, USD in that order: amounts in different currencies
-// are never added, for no source publishes the rates to convert them. `quote` finds a symbol's
-// quote (none without); `currencyOf` names the currency of a symbol without a quote.
+// are never added, for no source publishes the rates to convert them. Each holding comes with
+// its security's quote (none without); `currencyOf` names the currency of a symbol without one.
+struct HeldQuote {
+  const Holding* holding;
+  const QuoteSnapshot* quote;
+};
+std::vector<HoldingsTotal> holdingsTotals(
+    const std::vector<HeldQuote>& held,
+    const std::function<std::string(const std::string&)>& currencyOf);
+// The same with the quotes found by `quote`.
 std::vector<HoldingsTotal> holdingsTotals(
     const std::vector<Holding>& holdings,
     const std::function<const QuoteSnapshot*(const std::string&)>& quote,

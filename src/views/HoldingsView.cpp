@@ -205,15 +205,16 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   return card;
 }
 
-QWidget* HoldingsView::row(const Holding& holding, QWidget* parent) {
+QWidget* HoldingsView::row(const AppModel::HoldingLine& line, QWidget* parent) {
+  const Holding& holding = *line.holding;
   auto* row = new QFrame(parent);
   row->setProperty("rowcard", true);
   auto* grid = new QGridLayout(row);
   grid->setContentsMargins(10, 8, 8, 8);
   grid->setHorizontalSpacing(14);
   grid->setVerticalSpacing(6);
-  const bool masked = model_.masked(), watched = model_.isWatched(holding.symbolID);
-  const QuoteSnapshot* quote = watched ? model_.quote(holding.symbolID) : nullptr;
+  const bool masked = model_.masked(), watched = line.watched;
+  const QuoteSnapshot* quote = line.quote;
   const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
   const std::string name = quote ? quote->name : "";
   grid->addWidget(elidedLabel(q(holding.symbolID + (name.empty() ? "" : "  " + name)), nullptr,
@@ -267,27 +268,29 @@ void HoldingsView::refresh() {
     tray_->setChecked(model_.showsDayProfitInTray());
   }
   // Rebuilt only when something they show changed.
+  const auto lines = model_.holdingLines();
   std::string shown = std::to_string(model_.masked()) + std::to_string(int(model_.theme()));
-  for (const Holding& h : model_.holdings()) {
+  for (const AppModel::HoldingLine& line : lines) {
+    const Holding& h = *line.holding;
     shown += "|" + h.symbolID + std::to_string(h.shares) + std::to_string(h.cost) +
-             std::to_string(model_.isWatched(h.symbolID));
-    if (const QuoteSnapshot* quote = model_.quote(h.symbolID))
+             std::to_string(line.watched);
+    if (const QuoteSnapshot* quote = line.quote)
       shown += quote->name + std::to_string(quote->price) + std::to_string(quote->prevClose);
   }
   if (shown == shown_) return;
   shown_ = std::move(shown);
   clearLayout(summaries_);
   // Shown at once, not on a later turn as a layout would.
-  for (const HoldingsTotal& total : model_.holdingsTotals()) {
+  for (const HoldingsTotal& total : model_.holdingsTotals(lines)) {
     QWidget* card = summaryCard(total, this);
     summaries_->addWidget(card);
     card->show();
   }
   clearLayout(rows_);
-  for (const Holding& holding : model_.holdings()) {
-    QWidget* line = row(holding, this);
-    rows_->addWidget(line);
-    line->show();
+  for (const AppModel::HoldingLine& line : lines) {
+    QWidget* widget = row(line, this);
+    rows_->addWidget(widget);
+    widget->show();
   }
   empty_->setVisible(model_.holdings().empty());
 }

@@ -38,7 +38,7 @@ class HoldingsView final : public QWidget {
   void refresh();
   void fillSymbols();
   QWidget* summaryCard(const HoldingsTotal& total, QWidget* parent);
-  QWidget* row(const Holding& holding, QWidget* parent);
+  QWidget* row(const AppModel::HoldingLine& line, QWidget* parent);
 
   AppModel& model_;
   QVBoxLayout* summaries_;
