@@ -20,7 +20,7 @@ struct SatelliteParts {
   double reach;    // with the active one's ring round it
   QRectF capsule;  // the caption's
   QString code, change;
-  double codeWidth, changeWidth;
+  double codeWidth = 0, changeWidth = 0;
 };
 
 SatelliteParts satelliteParts(QPointF dot, const QuoteSnapshot& quote, const SatelliteLook& look) {
@@ -28,6 +28,8 @@ SatelliteParts satelliteParts(QPointF dot, const QuoteSnapshot& quote, const Sat
   SatelliteParts parts;
   parts.radius = satelliteDotDiameter(quote.changePct()) / 2 * scale;
   parts.reach = look.selected ? parts.radius + 2 + 1.5 + 1.5 : parts.radius;
+  // The caption is measured only when it shows: a collapsed ring repaints without it.
+  if (look.captionOpacity <= 0.001) return parts;
   parts.code = QString::fromStdString(quote.id);
   parts.change = QString::fromStdString(look.masked ? "••••" : percentText(quote.changePct()));
   parts.codeWidth = QFontMetricsF(uiFont(9, QFont::Bold)).horizontalAdvance(parts.code);
