@@ -188,7 +188,21 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
 
   body_ = new QBoxLayout(QBoxLayout::LeftToRight);
   body_->setSpacing(16);
-  body_->addWidget(orb_, 0, Qt::AlignTop | Qt::AlignHCenter);
+  // The orb, and under it the holding's figures while the active security is held.
+  auto* orbColumn = new QVBoxLayout;
+  orbColumn->setSpacing(0);
+  orbColumn->addWidget(orb_, 0, Qt::AlignHCenter);
+  auto* holdingCard = new ProductCard(QString(), this);
+  holding_ = holdingCard;
+  holding_->setFixedWidth(DetailOrb::side);
+  auto* tiles = new QGridLayout;
+  tiles->setHorizontalSpacing(12);
+  tiles->setVerticalSpacing(2);
+  holdingCard->content().setContentsMargins(16, 10, 16, 10);
+  holdingCard->content().addLayout(tiles);
+  orbColumn->addWidget(holding_, 0, Qt::AlignHCenter);
+  body_->addLayout(orbColumn);
+  body_->setAlignment(orbColumn, Qt::AlignTop | Qt::AlignHCenter);
   side_ = new QWidget(this);
   auto* side = new QVBoxLayout(side_);
   side->setContentsMargins(0, 0, 0, 0);
@@ -206,19 +220,28 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figures_->setHorizontalSpacing(14);
   figures_->setVerticalSpacing(5);
   figures_->setColumnStretch(1, 1);
-  // The quote's figures, then the holding's, shown while the active security is held.
+  // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
+  // caption over its value.
   const char* names[] = {"开盘",   "昨收", "最高", "最低",     "成交量",  "更新时间",
                          "数据源", "持有", "成本", "今日盈亏", "持有盈亏"};
   int row = 0;
   for (const char* name : names) {
+    const bool held = size_t(row) >= holdingRows;
     auto* caption = themedLabel(QString::fromUtf8(name), "muted", 12.5);
     caption->setWordWrap(false);
     captions_.push_back(caption);
-    figures_->addWidget(caption, row, 0);
     auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
     value->setWordWrap(false);
     values_.push_back(value);
-    figures_->addWidget(value, row, 1);
+    if (held) {
+      const int column = row - int(holdingRows);
+      tiles->addWidget(caption, 0, column, Qt::AlignTop);
+      tiles->addWidget(value, 1, column, Qt::AlignTop);
+      tiles->setColumnStretch(column, 1);
+    } else {
+      figures_->addWidget(caption, row, 0);
+      figures_->addWidget(value, row, 1);
+    }
     ++row;
   }
   figuresCard->content().addLayout(figures_);
@@ -289,16 +312,13 @@ void DetailView::paintEvent(QPaintEvent*) {
 QStringList DetailView::figureTexts() const {
   QStringList texts{name_->text()};
   for (const QLabel* value : values_)
-    if (!value->isHidden()) texts << value->text();
+    if (value->isVisibleTo(this)) texts << value->text();
   return texts;
 }
 
 void DetailView::showHolding(const std::optional<QuoteSnapshot>& quote) {
   const Holding* held = quote ? model_.holding(quote->id) : nullptr;
-  for (size_t i = holdingRows; i < values_.size(); ++i) {
-    captions_[i]->setVisible(held != nullptr);
-    values_[i]->setVisible(held != nullptr);
-  }
+  holding_->setVisible(held != nullptr);
   if (!held) return;
   const bool masked = model_.masked();
   const HoldingFigures f = holdingFigures(*held, *quote);

@@ -101,6 +101,7 @@ class DetailView final : public QWidget {
   LinearQuoteChart* chart_;
   QBoxLayout* body_;
   QWidget* side_;
+  QWidget* holding_;  // the card of the holding's figures
   QLabel* name_;
   QGridLayout* figures_;
   std::vector<QLabel*> captions_;
