@@ -10,7 +10,12 @@ double QuoteSnapshot::changePct() const {
   return (price - prevClose) / prevClose * 100;
 }
 
+bool QuoteSnapshot::isIndex() const {
+  return market == "A股指数" || market == "港股指数" || market == "美股指数";
+}
+
 std::string QuoteSnapshot::currency() const {
+  if (isIndex()) return "";
   if (market == "港股" || market == "港股基金") return "HKD";
   if (market == "美股" || market == "美股基金") return "USD";
   return "CNY";

@@ -28,8 +28,10 @@ struct QuoteSnapshot {
   double change() const { return price - prevClose; }
   // 0 unless the previous close is positive (also for NaN), never infinite.
   double changePct() const;
-  // "HKD", "USD" or "CNY", by the exact market label.
+  // "HKD", "USD" or "CNY", by the exact market label; nothing for an index, which is points.
   std::string currency() const;
+  // The market label says index ("A股指数", "港股指数", "美股指数").
+  bool isIndex() const;
   // A deterministic 60-point path from prevClose to price, drawn when no real series exists.
   std::vector<double> trend() const;
 

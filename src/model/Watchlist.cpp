@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "core/Text.h"
+#include "sources/Indices.h"
 #include "sources/TextDecoding.h"
 
 namespace tidemark {
@@ -73,6 +74,7 @@ std::vector<std::string> validSymbols(const std::vector<std::string>& symbols, s
 }
 
 bool isRecognizedSymbol(std::string_view s) {
+  if (isIndexSymbol(s)) return true;
   auto allDigits = [](std::string_view t) {
     for (char c : t)
       if (!isAsciiDigit(c)) return false;

@@ -27,6 +27,7 @@ std::string_view trimmedSymbol(std::string_view symbol);
 //   five digits           Hong Kong shares and funds: 00700, 03033, 02800
 //   1–5 letters, then optionally "." or "-" and 1–2 letters
 //                         US tickers and share classes: NVDA, AAPL, BRK.B, BF-B
+//   an index symbol       sh000001, sz399001, hkHSI, usIXIC
 // Letters may be either case. Longer words such as "UNKNOWN" are not tickers any feed serves.
 bool isRecognizedSymbol(std::string_view trimmed);
 

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "core/Text.h"
+#include "sources/Indices.h"
 
 namespace tidemark {
 namespace {
@@ -272,6 +273,12 @@ std::vector<QuoteSnapshot> parseRows(std::string_view text, const std::vector<st
 
 std::optional<std::string> marketCode(std::string_view symbol, SourceMode source) {
   if (source != SourceMode::tencent && source != SourceMode::sina) return std::nullopt;
+  // Indices first: their prefix would read as a US ticker below.
+  if (isIndexSymbol(symbol)) {
+    const bool aShare = !symbol.starts_with("hk") && !symbol.starts_with("us");
+    if (source == SourceMode::sina && !aShare) return std::nullopt;
+    return std::string(symbol);
+  }
   if (hasNonDigit(symbol)) {
     const bool five = characterCount(symbol) == 5;
     if (source == SourceMode::tencent)
@@ -304,6 +311,7 @@ bool isFundStyleSymbol(std::string_view s) {
 }
 
 std::string feedMarketLabel(std::string_view symbol) {
+  if (auto index = indexMarketLabel(symbol)) return std::string(*index);
   if (hasNonDigit(symbol)) return "美股";
   return characterCount(symbol) == 5 ? "港股" : "A股";
 }

@@ -384,6 +384,26 @@ TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPathAndHeldOnesWhenTheFeedsFail
                                   "服务器返回的数据过大 · 保留上一份快照\n"));
 }
 
+// An index and the stock of the same digits through the Tencent feed: four rows, indices in
+// points with their own labels.
+TEST_F(CommandLine, IndicesBesideTheStockOfTheSameDigits) {
+  const std::string body = test::testData("tencent-indices.gbk");
+  test::LoopbackServer server([&](const std::string&) -> test::LoopbackServer::Reply {
+    return {200, body};
+  });
+  Outcome out = run("--symbols sh000001,000001,hkHSI,usIXIC --source tencent --endpoints " +
+                    endpointsFile(server.base()));
+  EXPECT_EQ(out.code, 0) << out.err;
+  EXPECT_TRUE(out.out.starts_with(
+      "代码      名称      市场           价格  涨跌幅   成交量  来源     状态\n"
+      "sh000001  上证指数  A股指数    3,882.78  +0.31%   4.85亿  tencent  实时\n"
+      "000001    平安银行  A股           11.61  +0.78%  103.8万  tencent  实时\n"
+      "hkHSI     恒生指数  港股指数  25,930.03  +0.39%        0  tencent  实时\n"
+      "usIXIC    纳斯达克  美股指数  22,870.35  -0.31%        0  tencent  实时\n"))
+      << out.out;
+  EXPECT_EQ(server.targets, std::vector<std::string>{"/q=sh000001,sz000001,hkHSI,usIXIC"});
+}
+
 // Peak resident memory of each process on its own, with the bridge's feeds on a server thread
 // that sends without end as fast as the socket takes it: the app at most 80 MB, every child
 // 200 MB, and never two bridge children of one kind at once; for the command line and for the

@@ -179,9 +179,18 @@ TEST(QuoteSnapshot, ChangePercentAndCurrency) {
   // Price, previous close and market; the change in percent, zero unless the previous close is
   // positive, and the currency, by the exact market label.
   const std::tuple<double, double, const char*, double, const char*> cases[] = {
-      {11, 10, "港股", 10, "HKD"},    {9, 10, "港股基金", -10, "HKD"}, {5, 0, "美股", 0, "USD"},
-      {5, nan, "美股基金", 0, "USD"}, {5, -2, "A股", 0, "CNY"},        {5, 5, "A股基金", 0, "CNY"},
-      {5, 5, "", 0, "CNY"},           {5, 5, "港股 ", 0, "CNY"},
+      {11, 10, "港股", 10, "HKD"},
+      {9, 10, "港股基金", -10, "HKD"},
+      {5, 0, "美股", 0, "USD"},
+      {5, nan, "美股基金", 0, "USD"},
+      {5, -2, "A股", 0, "CNY"},
+      {5, 5, "A股基金", 0, "CNY"},
+      {5, 5, "", 0, "CNY"},
+      {5, 5, "港股 ", 0, "CNY"},
+      // Indices are points.
+      {11, 10, "A股指数", 10, ""},
+      {9, 10, "港股指数", -10, ""},
+      {5, 0, "美股指数", 0, ""},
   };
   for (auto [price, prevClose, market, percent, currency] : cases) {
     QuoteSnapshot q = sample();

@@ -32,9 +32,9 @@ def tencent_hk(code, name, price, prev, vol, high, low):
     f[75] = "HKD"
     return f'v_{code}="' + "~".join(f) + '";\n'
 
-def tencent_us(code, name, price, prev, vol, high, low):
+def tencent_us(code, name, price, prev, vol, high, low, ticker=None):
     f = [""] * 70
-    f[0] = "200"; f[1] = name; f[2] = code[2:] + ".OQ"; f[3] = f"{price:.2f}"; f[4] = f"{prev:.2f}"; f[5] = f"{prev:.2f}"
+    f[0] = "200"; f[1] = name; f[2] = ticker or code[2:] + ".OQ"; f[3] = f"{price:.2f}"; f[4] = f"{prev:.2f}"; f[5] = f"{prev:.2f}"
     f[6] = str(vol); f[7] = "0"; f[8] = "0"
     for i in range(9, 29): f[i] = "0"
     f[30] = "2026-10-16 16:00:01"; f[31] = f"{price - prev:.2f}"; f[32] = f"{(price - prev) / prev * 100:.2f}"
@@ -77,6 +77,22 @@ sina = (
 )
 open("sina-basic.gbk", "wb").write(sina.encode("gb18030"))
 
+# Indices beside the stock of the same digits: the feed answers each under the code it was asked
+# by; a US index's own code field reads ".IXIC". Indices trade no volume in Hong Kong and the US.
+random.seed(11)
+indices = [
+    tencent_cn("sh000001", "上证指数", 3882.78, 3870.60, 3875.10, 485327116, 3890.12, 3862.45),
+    tencent_cn("sz000001", "平安银行", 11.61, 11.52, 11.55, 1038277, 11.66, 11.49, market="51"),
+    tencent_hk("hkHSI", "恒生指数", 25930.03, 25828.95, 0, 26012.47, 25790.12),
+    tencent_us("usIXIC", "纳斯达克", 22870.35, 22941.67, 0, 23010.50, 22812.40, ticker=".IXIC"),
+]
+open("tencent-indices.gbk", "wb").write("".join(indices).encode("gb18030"))
+sina_index = ('var hq_str_sh000001="上证指数,3875.1000,3870.6000,3882.7800,3890.1200,3862.4500,0,0,'
+              '485327116,612345678901,' + ",".join(["0", "0"] * 10) + ',2026-10-16,15:00:03,00,";\n'
+              + 'var hq_str_sz000001="平安银行,11.550,11.520,11.610,11.660,11.490,11.600,11.610,103827700,'
+              '1205000000.000,' + ",".join(["100", "11.60"] * 10) + ',2026-10-16,15:00:03,00,";\n')
+open("sina-indices.gbk", "wb").write(sina_index.encode("gb18030"))
+
 # A body that is neither GB 18030 nor UTF-8: 0xFF starts no character in either.
 open("tencent-undecodable.bin", "wb").write(
     b'v_sh600519="1~\xff\xfe' + "茅台".encode("utf-8") + b'~600519~10.00~9.00~9.50~100";\n')
@@ -114,3 +130,9 @@ hits = [("sh", "600519", "贵州茅台", "gzmt", "GP-A"), ("sh", "000001", "上�
 escaped = lambda s: "".join(c if ord(c) < 128 else "\\u%04x" % ord(c) for c in s)
 hint = "^".join("~".join((m, c, escaped(n), p, t)) for m, c, n, p, t in hits)
 open("smartbox-search.txt", "w").write('v_hint="' + hint + '"\n')
+
+# Index hits as the search names them: Hong Kong and US codes in lower case, a US one with a dot.
+hits = [("sh", "000001", "上证指数", "szzs", "ZS"), ("sz", "000001", "平安银行", "payh", "GP-A"),
+        ("hk", "hsi", "恒生指数", "hszs", "ZS"), ("us", ".ixic", "纳斯达克", "nsdk", "ZS")]
+hint = "^".join("~".join((m, c, escaped(n), p, t)) for m, c, n, p, t in hits)
+open("smartbox-indices.txt", "w").write('v_hint="' + hint + '"\n')

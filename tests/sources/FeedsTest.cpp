@@ -31,10 +31,25 @@ TEST(MarketCode, BothFeeds) {
   // Symbol, Tencent's code, Sina's code; five characters with a letter take the Hong Kong
   // prefix, tickers included. FetchQuotes pins 600519, 00700, NVDA and AAPL.
   const std::tuple<const char*, Code, Code> cases[] = {
-      {"510300", "sh510300", "sh510300"}, {"300750", "sz300750", "sz300750"},
-      {"830799", "bj830799", "bj830799"}, {"430047", "bj430047", "bj430047"},
-      {"nvda", "usNVDA", "gb_nvda"},      {"brk.b", "hkbrk.b", "rt_hkbrk.b"},
-      {"GOOGL", "hkGOOGL", "rt_hkGOOGL"}};
+      {"510300", "sh510300", "sh510300"},
+      {"300750", "sz300750", "sz300750"},
+      {"830799", "bj830799", "bj830799"},
+      {"430047", "bj430047", "bj430047"},
+      {"nvda", "usNVDA", "gb_nvda"},
+      {"brk.b", "hkbrk.b", "rt_hkbrk.b"},
+      {"GOOGL", "hkGOOGL", "rt_hkGOOGL"},
+      // Indices are their own codes, Sina has A-share ones only; the stock of the same digits
+      // and the forms that are no index keep the rules above.
+      {"sh000001", "sh000001", "sh000001"},
+      {"000001", "sz000001", "sz000001"},
+      {"sz399001", "sz399001", "sz399001"},
+      {"bj899050", "bj899050", "bj899050"},
+      {"hkHSI", "hkHSI", Code()},
+      {"usIXIC", "usIXIC", Code()},
+      {"hkHSTECH", "hkHSTECH", Code()},
+      {"usixic", "usUSIXIC", "gb_usixic"},
+      {"hkH", "usHKH", "gb_hkh"},
+      {"shABCD", "usSHABCD", "gb_shabcd"}};
   for (const auto& [symbol, tencent, sina] : cases)
     EXPECT_EQ(codes(symbol), std::pair(tencent, sina)) << symbol;
   for (const char* symbol : {"700000", ""})
@@ -90,6 +105,21 @@ TEST(FeedParsers, RecordedAndHandWrittenBodies) {
        {"600519", "000002", "000003", "000004", "000005", "000006"},
        {q("600519", "A股", "A", 2, 1, 2, 2, 5, "tencent"),
         q("000005", "A股", "E", 1.5, 1, 1.5, 1.5, INT64_MAX, "tencent")}},
+      // Indices beside the stock of the same digits, each under the code it was asked by.
+      {parseTencent,
+       file("tencent-indices.gbk"),
+       {"sh000001", "000001", "hkHSI", "usIXIC"},
+       {q("sh000001", "A股指数", "上证指数", 3882.78, 3870.60, 3890.12, 3862.45, 485327116,
+          "tencent"),
+        q("000001", "A股", "平安银行", 11.61, 11.52, 11.66, 11.49, 1038277, "tencent"),
+        q("hkHSI", "港股指数", "恒生指数", 25930.03, 25828.95, 26012.47, 25790.12, 0, "tencent"),
+        q("usIXIC", "美股指数", "纳斯达克", 22870.35, 22941.67, 23010.50, 22812.40, 0, "tencent")}},
+      {parseSina,
+       file("sina-indices.gbk"),
+       {"000001", "sh000001"},
+       {q("000001", "A股", "平安银行", 11.61, 11.52, 11.66, 11.49, 103827700, "sina"),
+        q("sh000001", "A股指数", "上证指数", 3882.78, 3870.60, 3890.12, 3862.45, 485327116,
+          "sina")}},
       // ABCDE reads the five-character layout: prevClose 4, price 5, high 2, low 3. AAPL's row
       // has its date in field 3, the price's; WXYZ1, WXYZ2 have 4, 5 fields; 000858's is empty.
       {parseSina,
