@@ -60,12 +60,13 @@ void AppModel::deliverPriceAlertNotification() {
   if (alertDeliveryInFlight_ || !alertPrice_) return;
   const QuoteSnapshot* q = alertQuote();
   if (!q) return;
-  const std::string currency = q->currency();
+  // "CNY 1,468.80"; an index's points stand alone.
+  const std::string currency = q->currency().empty() ? "" : q->currency() + " ";
   NotificationRequest request;
   request.identifier = alertIdentifierPrefix + q->id;
   request.title = q->name.empty() ? "价格提醒已触发" : q->name + " 价格提醒";
-  request.body = currency + " " + priceText(q->price) + "，目标 " + currency + " " +
-                 priceText(*alertPrice_) + " 已达到提醒条件。";
+  request.body = currency + priceText(q->price) + "，目标 " + currency + priceText(*alertPrice_) +
+                 " 已达到提醒条件。";
   alertDeliveryInFlight_ = true;
   deps_.notifier.add(request, guarded([this, generation = alertGeneration_] {
                        alertDeliveryInFlight_ = false;

@@ -8,6 +8,7 @@
 
 #include "core/FileIO.h"
 #include "model/AppModel.h"
+#include "sources/Indices.h"
 #include "sources/QuoteFeeds.h"
 
 namespace tidemark {
@@ -24,6 +25,7 @@ bool AppModel::isWatched(const std::string& symbol) const {
 
 std::optional<std::string> AppModel::setHolding(const std::string& symbol, double shares,
                                                 double cost) {
+  if (isIndexSymbol(symbol)) return std::string("指数不能录入持仓");
   if (!isWatched(symbol)) return std::string("只能为自选中的标的录入持仓");
   if (auto problem = holdingProblem(shares, cost)) return problem;
   auto list = holdings_;

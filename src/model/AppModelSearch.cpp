@@ -25,15 +25,23 @@ std::optional<int> matchRank(const QuoteSnapshot& quote, const std::string& fold
 }  // namespace
 
 std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
+  // The well-known indices are found too, by name or code.
   std::vector<QuoteSnapshot> pool;
   if (sourceMode_ == SourceMode::mock) {
-    pool = mockMarket_.quotes({}, deps_.clock.now());
+    std::vector<std::string> indices;
+    for (const DemoSecurity& index : demoIndices()) indices.emplace_back(index.id);
+    pool = mockMarket_.quotes(indices, deps_.clock.now());
   } else {
     try {
       pool = loadStaticSnapshot(bundle_).quotes;
     } catch (const ModelError&) {
       pool = embeddedQuotes(embeddedSnapshotDate(), "embedded_fallback");
     }
+    for (const DemoSecurity& s : demoIndices())
+      if (std::none_of(pool.begin(), pool.end(),
+                       [&](const QuoteSnapshot& q) { return q.id == s.id; }))
+        pool.push_back(QuoteSnapshot{s.id, s.market, s.name, s.price, s.prevClose, s.high, s.low,
+                                     s.volume, embeddedSnapshotDate(), "embedded_fallback"});
   }
   const std::string folded = toLowerAscii(text);
   std::vector<std::pair<int, QuoteSnapshot>> ranked;

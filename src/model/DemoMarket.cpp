@@ -1,10 +1,12 @@
 #include "model/DemoMarket.h"
 
+#include <algorithm>
 #include <cmath>
 #include <unordered_set>
 
 #include "core/Text.h"
 #include "model/Watchlist.h"
+#include "sources/Indices.h"
 
 namespace tidemark {
 namespace {
@@ -21,21 +23,27 @@ double roundPrice(double value) {
   return std::round(value * scale) / scale;
 }
 
-// The opening values of a symbol outside the demonstration set.
+// The opening values of a symbol outside the demonstration set; an index is in points, in the
+// thousands.
 DemoSecurity generated(const std::string& id, std::string& name) {
   const uint64_t hash = stableHash(id);
   const bool digits = id.find_first_not_of("0123456789") == std::string::npos;
+  const auto indexLabel = indexMarketLabel(id);
+  const bool index = indexLabel.has_value();
   const char* market = "美股";
-  if (digits && id.size() == 5) {
+  if (index) {
+    market = indexLabel->data();
+  } else if (digits && id.size() == 5) {
     market = "港股";
   } else if (digits) {
     bool fund = id.starts_with("5") || id.starts_with("15") || id.starts_with("16");
     market = fund ? "A股基金" : "A股";
   }
-  const double prevClose = roundPrice(5 + static_cast<double>(hash % 29500) / 100);
+  const double prevClose = index ? roundPrice(1000 + static_cast<double>(hash % 900000) / 100)
+                                 : roundPrice(5 + static_cast<double>(hash % 29500) / 100);
   const double price =
       roundPrice(prevClose * (1 + (static_cast<double>(hash / 29500 % 61) - 30) / 1000));
-  name = "演示标的 " + id;
+  name = (index ? "演示指数 " : "演示标的 ") + id;
   return DemoSecurity{nullptr,
                       market,
                       nullptr,
@@ -96,6 +104,24 @@ const std::vector<DemoSecurity>& demoSecurities() {
   return securities;
 }
 
+const std::vector<DemoSecurity>& demoIndices() {
+  static const std::vector<DemoSecurity> indices{
+      {"sh000001", "A股指数", "上证指数", 3882.78, 3870.60, 3890.12, 3862.45, 485327116},
+      {"sh000300", "A股指数", "沪深300", 4598.12, 4581.33, 4605.90, 4570.26, 201846530},
+      {"sh000688", "A股指数", "科创50", 1362.45, 1375.80, 1381.02, 1355.17, 18420733},
+      {"sz399001", "A股指数", "深证成指", 12920.36, 12874.10, 12966.80, 12840.22, 612450981},
+      {"sz399006", "A股指数", "创业板指", 3046.71, 3021.95, 3058.33, 3015.40, 198337412},
+      {"bj899050", "A股指数", "北证50", 1498.62, 1510.37, 1516.80, 1490.05, 5120448},
+      {"hkHSI", "港股指数", "恒生指数", 25930.03, 25828.95, 26012.47, 25790.12, 0},
+      {"hkHSCEI", "港股指数", "国企指数", 9186.40, 9150.62, 9215.33, 9131.08, 0},
+      {"hkHSTECH", "港股指数", "恒生科技指数", 5812.77, 5846.19, 5870.45, 5790.36, 0},
+      {"usDJI", "美股指数", "道琼斯", 46512.80, 46390.25, 46601.33, 46288.70, 0},
+      {"usIXIC", "美股指数", "纳斯达克", 22870.35, 22941.67, 23010.50, 22812.40, 0},
+      {"usINX", "美股指数", "标普500", 6688.46, 6672.10, 6701.94, 6660.38, 0},
+  };
+  return indices;
+}
+
 std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source) {
   std::vector<QuoteSnapshot> quotes;
   for (const DemoSecurity& s : demoSecurities())
@@ -117,6 +143,13 @@ std::vector<QuoteSnapshot> MockMarket::quotes(const std::vector<std::string>& wa
   }
   for (const std::string& id : watchlist) {
     if (!isRecognizedSymbol(id) || !served.insert(id).second) continue;
+    const auto& indices = demoIndices();
+    const auto known = std::find_if(indices.begin(), indices.end(),
+                                    [&](const DemoSecurity& s) { return id == s.id; });
+    if (known != indices.end()) {
+      quotes.push_back(moved(id, known->market, known->name, *known, tick_, at));
+      continue;
+    }
     std::string name;
     DemoSecurity base = generated(id, name);
     quotes.push_back(moved(id, base.market, name, base, tick_, at));

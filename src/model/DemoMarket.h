@@ -22,6 +22,10 @@ struct DemoSecurity {
 // The default watchlist and well-known names across all six market labels.
 const std::vector<DemoSecurity>& demoSecurities();
 
+// The indices of the demonstration, served when watched: the well-known ones, at their opening
+// values in points.
+const std::vector<DemoSecurity>& demoIndices();
+
 // The built-in offline snapshot: the demonstration set at its opening values, stamped with the
 // given instant and source tag.
 std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source);
@@ -35,7 +39,8 @@ class MockMarket {
   void step() { ++tick_; }
   int tick() const { return tick_; }
 
-  // The whole demonstration set, then generated quotes for the watched symbols it lacks.
+  // The whole demonstration set, then the watched indices and generated quotes for the other
+  // watched symbols it lacks.
   std::vector<QuoteSnapshot> quotes(const std::vector<std::string>& watchlist, Date at) const;
 
  private:

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "core/NumberText.h"
+#include "sources/Indices.h"
 
 namespace tidemark {
 namespace {
@@ -42,7 +43,9 @@ std::optional<Holding> holdingFromJson(const Json& object) {
   auto symbol = json::string(object, "symbolID");
   auto shares = json::number(object, "shares");
   auto cost = json::number(object, "cost");
-  if (!symbol || symbol->empty() || !shares || !cost || holdingProblem(*shares, *cost))
+  // An index is points, not a price anyone pays: it is never held.
+  if (!symbol || symbol->empty() || isIndexSymbol(*symbol) || !shares || !cost ||
+      holdingProblem(*shares, *cost))
     return std::nullopt;
   return Holding{*symbol, *shares, *cost};
 }

@@ -100,6 +100,7 @@ TEST(Holdings, TheModelRefusesKeepsAndStoresThem) {
   auto m = h.make();
   const std::tuple<const char*, double, double, std::optional<std::string>> entries[] = {
       {"601318", 100, 50, "只能为自选中的标的录入持仓"},
+      {"hkHSI", 100, 50, "指数不能录入持仓"},
       {"600519", 0, 1500, "持有数量须大于 0"},
       {"600519", -5, 1500, "持有数量须大于 0"},
       {"600519", std::nan(""), 1500, "持有数量须大于 0"},
@@ -198,11 +199,13 @@ TEST(Holdings, ExportAndImportCarryThem) {
     std::optional<size_t> imported;
     size_t skipped;
   } imports[] = {
-      {R"({"symbols":["NVDA"],"holdings":[{"symbolID":"NVDA","shares":2,"cost":180},)"
-       R"({"symbolID":"00700","shares":0,"cost":1},{"shares":1,"cost":1},"x"]})",
+      // An index is watched, never held.
+      {R"({"symbols":["NVDA","sh000001"],"holdings":[{"symbolID":"NVDA","shares":2,"cost":180},)"
+       R"({"symbolID":"00700","shares":0,"cost":1},{"shares":1,"cost":1},"x",)"
+       R"({"symbolID":"sh000001","shares":1,"cost":3000}]})",
        {{"NVDA", 2, 180}},
        1,
-       3},
+       4},
       {R"({"symbols":["600519"]})", {{"NVDA", 2, 180}}, std::nullopt, 0},  // left alone
       {R"({"symbols":["600519"],"holdings":[]})", {}, 0, 0},
   };

@@ -181,5 +181,18 @@ TEST(Alert, DeliveryWaitsForPermissionAndHappensOnce) {
   EXPECT_EQ(h.notifier.added.size(), 1u);
 }
 
+// An index is in points: its price stands without a currency.
+TEST(Alert, AnIndexIsNotifiedWithoutACurrency) {
+  AlertHarness h;
+  h.source.answers[SourceMode::tencent].quotes.push_back(
+      {"sh000001", "A股指数", "上证指数", 3900.12, 3870, 3900.12, 3870, 1, {}, "tencent"});
+  h.model->setWatchlist({"600519", "00700", "sh000001"});
+  h.model->loadSource(false);
+  h.model->setAlert("sh000001", 3900, true);
+  ASSERT_EQ(h.notifier.added.size(), 1u);
+  EXPECT_EQ(h.notifier.added[0].title, "上证指数 价格提醒");
+  EXPECT_EQ(h.notifier.added[0].body, "3,900.12，目标 3,900.00 已达到提醒条件。");
+}
+
 }  // namespace
 }  // namespace tidemark

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "core/FileIO.h"
+#include "core/NumberText.h"
 #include "support/ModelHarness.h"
 
 namespace tidemark {
@@ -22,9 +23,11 @@ TEST(WatchlistRules, TrimOnlyDecidesTheFirstDuplicateWinsAndSymbolsAreRecognised
   for (const auto& [input, kept] : cases) EXPECT_EQ(validSymbols(input), kept);
   // A limit counts what is kept, not what is read.
   EXPECT_EQ(validSymbols({"A", " A", "", "B", "C"}, 2), (List{"A", "B"}));
-  for (const char* s : {"600519", "00700", "NVDA", "BRK.B", "BF-B", "A", "aapl", "GOOGL"})
+  for (const char* s : {"600519", "00700", "NVDA", "BRK.B", "BF-B", "A", "aapl", "GOOGL",
+                        "sh000001", "sz399001", "bj899050", "hkHSI", "hkHSTECH", "usIXIC"})
     EXPECT_TRUE(isRecognizedSymbol(s)) << s;
-  for (const char* s : {"UNKNOWN", "6005190", "0070", "BRK.", "BRK.BBB", "N VDA", "", "60051X"})
+  for (const char* s : {"UNKNOWN", "6005190", "0070", "BRK.", "BRK.BBB", "N VDA", "", "60051X",
+                        "sh00001", "SH000001", "hkABCDEFGHI", "usixic", "xx000001"})
     EXPECT_FALSE(isRecognizedSymbol(s)) << s;
 }
 
@@ -159,9 +162,39 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
   EXPECT_EQ(m->watchlist().size(), 5000u);
   EXPECT_EQ(m->watchlist().back(), "604998");
   // Unrecognised entries are dropped, the rest imported.
-  std::ofstream(file) << R"({"symbols":["UNKNOWN","00700"," NVDA "]})";
+  std::ofstream(file)
+      << R"({"symbols":["UNKNOWN","00700"," NVDA ","sh000001","SH000001","hkHSI"]})";
   m->importWatchlist(file);
-  EXPECT_EQ(m->watchlist(), (List{"00700", " NVDA "}));
+  EXPECT_EQ(m->watchlist(), (List{"00700", " NVDA ", "sh000001", "hkHSI"}));
+}
+
+// An index and the stock of the same digits are two securities; the demonstration serves the
+// well-known indices in points and any other index with a generated value of that size.
+TEST(Watchlist, IndicesBesideTheStockOfTheSameDigits) {
+  ModelHarness h;
+  auto m = h.make();
+  m->setWatchlist({"000001", "sh000001", "hkHSI", "usIXIC", "sz399001", "sh000016"});
+  h.scheduler.advance(1);
+  m->loadSource(true);  // the opening values
+  ASSERT_NE(m->quote("sh000016"), nullptr);
+  std::vector<std::string> shown;
+  for (const QuoteSnapshot& q : m->watchedQuotes())
+    shown.push_back(q.id + " " + q.market + " " + q.name + " " + priceText(q.price) + " " +
+                    q.currency());
+  EXPECT_EQ(
+      shown,
+      (List{"000001 A股 平安银行 11.61 CNY", "sh000001 A股指数 上证指数 3,882.78 ",
+            "hkHSI 港股指数 恒生指数 25,930.03 ", "usIXIC 美股指数 纳斯达克 22,870.35 ",
+            "sz399001 A股指数 深证成指 12,920.36 ",
+            "sh000016 A股指数 演示指数 sh000016 " + priceText(m->quote("sh000016")->price) + " "}));
+  EXPECT_GE(m->quote("sh000016")->prevClose, 1000);
+  m->loadSource(false);
+  EXPECT_NE(m->quote("sh000001")->price, 3882.78) << "moves like the rest";
+  EXPECT_LT(std::abs(m->quote("sh000001")->price / 3882.78 - 1), 0.006);
+  EXPECT_EQ(h.store.stringArray(AppModel::watchlistKey),
+            (List{"000001", "sh000001", "hkHSI", "usIXIC", "sz399001", "sh000016"}));
+  EXPECT_EQ(m->setHolding("sh000001", 1, 3000), "指数不能录入持仓");
+  EXPECT_EQ(m->setHolding("000001", 100, 11), std::nullopt);
 }
 
 List ids(const std::vector<QuoteSnapshot>& quotes) {
@@ -183,7 +216,12 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
   const std::tuple<SourceMode, const char*, Answer, List, std::optional<std::string>> cases[] = {
       {mock, " nvda\n", {}, {"NVDA"}, none},
       {mock, "etf", {}, {"510300", "159915", "QQQ", "SPY"}, none},
-      {mock, "30", {}, {"300750", "03033", "510300"}, none},  // prefixes first
+      {mock, "30", {}, {"300750", "03033", "510300", "sh000300"}, none},  // prefixes first
+      // Indices are found offline by name and code, after the stock of the same digits.
+      {mock, "000001", {}, {"000001", "sh000001"}, none},
+      {mock, "上证", {}, {"sh000001"}, none},
+      {staticJSON, "hsi", {}, {"hkHSI"}, none},
+      {sina, "纳斯达克", failed, {"usIXIC"}, none},
       {staticJSON, "腾讯", {}, {"00700"}, none},
       {automatic, " 紫金\n", {{test::quote("601899", 18)}, {}}, {"601899"}, none},
       {tencent, "紫金", {}, {}, nothing},
