@@ -4,7 +4,8 @@
 //   node stock-sdk-bridge.mjs --health                              → exit 0 when the package works
 //   node stock-sdk-bridge.mjs --timeline '{"id":"600519","market":"A股"}' → {"values": [...]}
 //   node stock-sdk-bridge.mjs --search 茅台                          → the --quotes answer for
-//                                                                     the stocks and funds found
+//                                                                     the stocks, funds and
+//                                                                     indices found
 //
 // The endpoint set comes as JSON in STOCK_DATA_SOURCE_CONFIG; its stockSDKTencentBase is the
 // package's base address. A base other than Tencent's own is taken as a mirror of all Tencent
@@ -104,21 +105,38 @@ function makeSDK() {
 
 const isDigits = (s) => /^[0-9]+$/.test(s);
 
-// Which of the package's quote calls serves a watchlist symbol, and the market label it gets.
+// Indices carry their exchange's prefix ("sh000001" 上证指数, "hkHSI", "usIXIC"), so that a bare
+// "000001" stays 平安银行.
+const INDEX_SYMBOL = /^(?:(sh|sz|bj)([0-9]{6})|(hk|us)([A-Z]{2,8}))$/;
+const INDEX_LABELS = { sh: 'A股指数', sz: 'A股指数', bj: 'A股指数', hk: '港股指数', us: '美股指数' };
+
+// Which of the package's quote calls serves a watchlist symbol, the code it is asked by, the
+// market label it gets, and the group it is asked in. The package answers an A-share index by
+// its six digits alone, the same as the stock of those digits on the other exchange, so each
+// exchange's indices are asked apart from everything else.
 function route(symbol) {
-  if (isDigits(symbol) && symbol.length === 6) {
-    if (/^(01|02)/.test(symbol)) return { call: 'fund', market: 'A股基金' };
-    if (/^(5|15|16)/.test(symbol)) return { call: 'cn', market: 'A股基金' };
-    return { call: 'cn', market: 'A股' };
+  const index = INDEX_SYMBOL.exec(symbol);
+  if (index) {
+    const prefix = index[1] ?? index[3];
+    const call = index[1] ? 'cn' : prefix;
+    return { call, group: 'index:' + prefix, ask: index[1] ? symbol : index[4],
+             code: index[2] ?? index[4], market: INDEX_LABELS[prefix] };
   }
-  if (isDigits(symbol) && symbol.length === 5) return { call: 'hk', market: '港股' };
-  return { call: 'us', market: '美股' };
+  const plain = (call, market) => ({ call, group: call, ask: symbol, code: symbol, market });
+  if (isDigits(symbol) && symbol.length === 6) {
+    if (/^(01|02)/.test(symbol)) return plain('fund', 'A股基金');
+    if (/^(5|15|16)/.test(symbol)) return plain('cn', 'A股基金');
+    return plain('cn', 'A股');
+  }
+  if (isDigits(symbol) && symbol.length === 5) return plain('hk', '港股');
+  return plain('us', '美股');
 }
 
-// The package's code for the symbol, as it answers it ("NVDA.OQ" for "NVDA").
-function matches(symbol, code) {
-  const a = String(code ?? '').toUpperCase();
-  const b = symbol.toUpperCase();
+// The package's code for the wanted one, as it answers it ("NVDA.OQ" for "NVDA", ".IXIC" or
+// "IXIC" for the Nasdaq, "000001" for "sh000001").
+function matches(wanted, code) {
+  const a = String(code ?? '').toUpperCase().replace(/^\./, '');
+  const b = wanted.toUpperCase();
   return a === b || a.startsWith(b + '.');
 }
 
@@ -142,22 +160,23 @@ async function quotes(symbols) {
   const sdk = makeSDK();
   const groups = new Map();
   for (const symbol of symbols) {
-    const { call, market } = route(symbol);
-    if (!groups.has(call)) groups.set(call, []);
-    groups.get(call).push({ symbol, market });
+    const routed = route(symbol);
+    if (!groups.has(routed.group)) groups.set(routed.group, []);
+    groups.get(routed.group).push({ symbol, ...routed });
   }
   const records = [];
-  await Promise.all([...groups].map(async ([call, wanted]) => {
+  await Promise.all([...groups.values()].map(async (wanted) => {
+    const call = wanted[0].call;
     let answers;
     try {
-      answers = await sdk.quotes[call](wanted.map((w) => w.symbol));
+      answers = await sdk.quotes[call](wanted.map((w) => w.ask));
     } catch (error) {
       process.stderr.write(`${call}: ${error?.message ?? error}\n`);
       return;
     }
     const unused = [...answers];
-    for (const { symbol, market } of wanted) {
-      const index = unused.findIndex((q) => matches(symbol, q?.code));
+    for (const { symbol, code, market } of wanted) {
+      const index = unused.findIndex((q) => matches(code, q?.code));
       if (index >= 0) records.push(toRecord(symbol, market, unused.splice(index, 1)[0]));
     }
   }));
@@ -176,6 +195,7 @@ function health() {
 }
 
 function tencentCode(id, market) {
+  if (INDEX_SYMBOL.test(id)) return id;  // an index is its own code
   if (market === '港股' || market === '港股基金') return 'hk' + id;
   if (market === '美股' || market === '美股基金') return 'us' + id.toUpperCase();
   if (/^[65]/.test(id)) return 'sh' + id;
@@ -193,12 +213,18 @@ const SEARCH_LIMIT = 12;
 
 // The watchlist symbol of a search hit: the package answers the market's prefix with the code
 // ("sh600519", "hk00700", "usnvda.oq"); US codes carry an exchange suffix the feeds do not want.
+// An index keeps its exchange's prefix ("sh000001", "hkHSI", "usIXIC").
 function searchSymbol(hit) {
   const market = String(hit?.market ?? '').toLowerCase();
   if (!SEARCH_MARKETS.has(market)) return null;
-  if (hit.category !== 'stock' && hit.category !== 'fund') return null;
+  if (hit.category !== 'stock' && hit.category !== 'fund' && hit.category !== 'index') return null;
   let code = String(hit.code ?? '').toLowerCase();
   if (code.startsWith(market)) code = code.slice(market.length);
+  if (hit.category === 'index') {
+    const symbol = market === 'hk' || market === 'us'
+      ? market + code.replace(/^\./, '').toUpperCase() : market + code;
+    return INDEX_SYMBOL.test(symbol) ? symbol : null;
+  }
   if (market === 'us') {
     const ticker = code.toUpperCase().replace(/\.(OQ|N|AM|PS|OB|PK)$/, '');
     return /^[A-Z]{1,5}([.-][A-Z]{1,2})?$/.test(ticker) ? ticker : null;

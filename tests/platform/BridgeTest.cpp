@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include "core/NumberText.h"
 #include "platform/QtProcessRunner.h"
 #include "platform/QtScheduler.h"
 #include "sources/StockSDKBridge.h"
@@ -55,12 +56,14 @@ struct Bridge {
   Answer quotes(const DataSourceEndpoints& endpoints, const std::vector<std::string>& symbols) {
     return wait([&](auto done) { bridge.fetchQuotes(endpoints, symbols, done); });
   }
-  Answer search(const DataSourceEndpoints& endpoints) {
-    return wait([&](auto done) { bridge.search(endpoints, "茅台", done); });
+  Answer search(const DataSourceEndpoints& endpoints, const std::string& text = "茅台") {
+    return wait([&](auto done) { bridge.search(endpoints, text, done); });
   }
-  std::optional<std::vector<double>> timeline(const DataSourceEndpoints& endpoints) {
+  std::optional<std::vector<double>> timeline(const DataSourceEndpoints& endpoints,
+                                              const std::string& id = "600519",
+                                              const std::string& market = "A股") {
     return wait<MarketDataSource::Intraday>(
-               [&](auto done) { bridge.fetchTimeline(endpoints, "600519", "A股", done); })
+               [&](auto done) { bridge.fetchTimeline(endpoints, id, market, done); })
         .values;
   }
 
@@ -128,9 +131,11 @@ TEST(RealBridge, HealthQuotesTimelineAndSearchFromAMirroredTencentFeed) {
     for (const QuoteSnapshot& q : found) hits.push_back(q.id + " " + q.market);
     EXPECT_EQ(hits, ids) << search.body;
     EXPECT_EQ(text, error) << search.body;
-    // The index, the off-exchange fund and the bond among the hits are never asked for.
+    // The off-exchange fund and the bond among the hits are never asked for; the index is
+    // asked apart (the body has no row for it).
     if (!ids.empty() && search.body == hint) {
       EXPECT_TRUE(asked(server.targets, "/?q=sh600519%2Csz000858"));
+      EXPECT_TRUE(asked(server.targets, "/?q=sh000001"));
     }
   }
 }
@@ -161,6 +166,47 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
   ASSERT_EQ(memory.descendants.size(), 3u);
   for (const auto& [pid, child] : memory.descendants)
     EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
+}
+
+// An index and the stock of the same digits are asked apart and come back under the symbols
+// asked for; the index's intraday series is asked by its own code, and the search keeps indices.
+TEST(RealBridge, IndicesBesideTheStockOfTheSameDigits) {
+  using Reply = test::LoopbackServer::Reply;
+  const std::string body = test::testData("tencent-indices.gbk");
+  std::string minute = test::testData("tencent-minute-sh600519.json");
+  for (size_t at; (at = minute.find("sh600519")) != std::string::npos;)
+    minute.replace(at, 8, "sh000001");
+  test::LoopbackServer server([&](const std::string& target) {
+    if (target == "/appstock/app/minute/query?code=sh000001") return Reply{200, minute};
+    if (target.starts_with("/s3/?")) return Reply{200, test::testData("smartbox-indices.txt")};
+    return target.starts_with("/?q=") ? Reply{200, body} : Reply{404};
+  });
+  DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
+  endpoints.stockSDKTencentBase = server.base();
+  Bridge b;
+  auto [quotes, error] = b.quotes(endpoints, {"000001", "usIXIC", "sh000001", "hkHSI"});
+  EXPECT_EQ(error, std::nullopt);
+  std::vector<std::string> rows;
+  for (const QuoteSnapshot& q : quotes)
+    rows.push_back(q.id + " " + q.market + " " + q.name + " " + priceText(q.price));
+  EXPECT_EQ(rows, (std::vector<std::string>{
+                      "000001 A股 平安银行 11.61", "usIXIC 美股指数 纳斯达克 22,870.35",
+                      "sh000001 A股指数 上证指数 3,882.78", "hkHSI 港股指数 恒生指数 25,930.03"}));
+  for (const char* target : {"/?q=sz000001", "/?q=sh000001", "/?q=hkHSI", "/?q=usIXIC"})
+    EXPECT_TRUE(asked(server.targets, target)) << target;
+
+  EXPECT_EQ(b.timeline(endpoints, "sh000001", "A股指数"),
+            (std::vector<double>{1455.0, 1456.5, 1458.2}));
+  server.targets.clear();
+  EXPECT_EQ(b.timeline(endpoints, "usIXIC", "美股指数"), std::nullopt);  // no series: the curve
+  EXPECT_EQ(server.targets, (std::vector<std::string>{"/appstock/app/minute/query?code=usIXIC"}));
+
+  auto [found, failed] = b.search(endpoints, "指数");
+  std::vector<std::string> hits;
+  for (const QuoteSnapshot& q : found) hits.push_back(q.id + " " + q.market);
+  EXPECT_EQ(hits, (std::vector<std::string>{"sh000001 A股指数", "000001 A股", "hkHSI 港股指数",
+                                            "usIXIC 美股指数"}));
+  EXPECT_EQ(failed, std::nullopt);
 }
 
 // Scripts of the test's own, each in a folder of its own: every way a child fails ends in its
