@@ -58,8 +58,9 @@ std::optional<size_t> linearChartIndex(double x, size_t count, const Rect& plot)
 }
 
 std::array<std::string_view, 3> marketTimes(std::string_view market) {
-  if (market == "A股") return {"09:30", "11:30 / 13:00", "15:00"};
-  if (market == "港股") return {"09:30", "12:00 / 13:00", "16:00"};
+  // By exchange: funds and indices keep their exchange's hours.
+  if (market.starts_with("A股")) return {"09:30", "11:30 / 13:00", "15:00"};
+  if (market.starts_with("港股")) return {"09:30", "12:00 / 13:00", "16:00"};
   return {"09:30", "12:45", "16:00 ET"};
 }
 

@@ -15,12 +15,14 @@
 namespace tidemark {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 const QString hidden = QStringLiteral("••••");
 
 // The sphere's share of the orb's frame: the chart's outer ticks reach just inside its rim.
 constexpr double sphereShare = 0.86;
-// The figures beside the orb need this much width.
-constexpr int sideWidth = 248;
+// The figures beside the orb need this much width; the card's content is this much narrower.
+constexpr int sideWidth = 248, figuresCardMargins = 32;
 
 QString timeText(Date date) {
   if (date.sinceReference == 0) return QStringLiteral("—");
@@ -286,6 +288,17 @@ void DetailView::resizeEvent(QResizeEvent*) {
   body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
   // Below the orb the figures take the orb's width.
   side_->setFixedWidth(beside ? sideWidth : DetailOrb::side);
+  fitName();
+}
+
+void DetailView::fitName() {
+  // The code and market go on a line of their own when the card is too narrow for one line
+  // ("恒生科技指数  hkHSTECH · 港股指数").
+  const auto& [name, code] = securityName_;
+  if (code.isEmpty()) return name_->setText(name);
+  const int room = side_->maximumWidth() - figuresCardMargins;
+  const bool fits = name_->fontMetrics().horizontalAdvance(name + u"  "_s + code) <= room;
+  name_->setText(name + (fits ? u"  "_s : u"\n"_s) + code);
 }
 
 void DetailView::paintEvent(QPaintEvent*) {
@@ -350,7 +363,8 @@ void DetailView::refresh() {
     quote = model_.activeQuote();  // a synchronous answer may have replaced the quotes
   }
   if (!quote) {
-    name_->setText(QStringLiteral("暂无自选"));
+    securityName_ = {QStringLiteral("暂无自选"), QString()};
+    fitName();
     for (QLabel* value : values_) value->setText(QStringLiteral("—"));
     showHolding(std::nullopt);
     chart_->show({}, {}, false, masked, palette);
@@ -359,7 +373,9 @@ void DetailView::refresh() {
   }
   const bool real = model_.hasRealIntraday(*quote);
   std::vector<double> series = model_.priceSeries(*quote);
-  name_->setText(QString::fromStdString(quote->name + "  " + quote->id + " · " + quote->market));
+  securityName_ = {QString::fromStdString(quote->name),
+                   QString::fromStdString(quote->id + " · " + quote->market)};
+  fitName();
   const auto figure = [&](double value) {
     return masked ? hidden : QString::fromStdString(priceText(value));
   };

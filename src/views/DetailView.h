@@ -103,6 +103,8 @@ class DetailView final : public QWidget {
   QWidget* side_;
   QWidget* holding_;  // the card of the holding's figures
   QLabel* name_;
+  std::pair<QString, QString> securityName_;  // the name, and the code with the market
+  void fitName();
   QGridLayout* figures_;
   std::vector<QLabel*> captions_;
   // The figures from this one on are the holding's.

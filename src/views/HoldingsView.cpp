@@ -148,8 +148,9 @@ void HoldingsView::fillSymbols() {
   const QString chosen = symbol_->currentData().toString();
   const QSignalBlocker quiet(symbol_);
   symbol_->clear();
+  // Indices are watched, never held.
   for (const QuoteSnapshot& quote : model_.watchedQuotes())
-    symbol_->addItem(q(quote.id + "  " + quote.name), q(quote.id));
+    if (!quote.isIndex()) symbol_->addItem(q(quote.id + "  " + quote.name), q(quote.id));
   const int again = symbol_->findData(chosen);
   symbol_->setCurrentIndex(again >= 0 ? again : 0);
 }

@@ -6,6 +6,8 @@
 #include <QCollator>
 #include <QString>
 
+#include "sources/Indices.h"
+
 namespace tidemark {
 namespace {
 
@@ -50,8 +52,9 @@ int standardCompare(const QCollator& collator, const QString& a, const QString& 
 }  // namespace
 
 const std::vector<std::string>& watchlistMarkets() {
-  static const std::vector<std::string> v{"全部",    "A股",      "港股",    "美股",
-                                          "A股基金", "港股基金", "美股基金"};
+  static const std::vector<std::string> v{"全部",     "A股",      "港股",     "美股",
+                                          "A股基金",  "港股基金", "美股基金", "A股指数",
+                                          "港股指数", "美股指数"};
   return v;
 }
 const std::vector<std::string>& watchlistStatuses() {
@@ -68,6 +71,7 @@ const std::vector<std::string>& watchlistSortOrders() {
 }
 
 std::string marketOfSymbol(const std::string& symbol) {
+  if (auto index = indexMarketLabel(symbol)) return std::string(*index);
   const bool digits = !symbol.empty() && std::all_of(symbol.begin(), symbol.end(),
                                                      [](char c) { return c >= '0' && c <= '9'; });
   if (digits && symbol.size() == 6) {

@@ -121,6 +121,23 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.model->select("NVDA");  // not held: the holding's figures go
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().size(), 8);
+
+  // An index is in points: no currency in the tooltip, never a holding.
+  d.model->add(QuoteSnapshot{"sh000001", "A股指数", "上证指数", 3882.78, 3870.6, 3890.12, 3862.45,
+                             485327116, d.h.clock.now(), "mock"});
+  d.model->select("sh000001");
+  d.h.scheduler.runDue();
+  QTest::qWait(1);
+  EXPECT_EQ(detail->figureTexts().first(), u"上证指数  sh000001 · A股指数"_s);
+  EXPECT_EQ(detail->figureTexts().size(), 8);
+  EXPECT_EQ(d.delegate->statusItem().toolTip(),
+            head.substr(0, head.rfind('\n')) +
+                "\n上证指数  3,882.78\n今日盈亏 CNY +1,680.00 · HKD +13.20");
+  d.delegate->openSettings("持仓盈亏");
+  auto* settings = d.inWindow<SettingsView>("settings");
+  ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->holdings().symbol().findData(u"sh000001"_s), -1);
+  EXPECT_NE(settings->holdings().symbol().findData(u"000858"_s), -1);
 }
 
 }  // namespace

@@ -124,8 +124,13 @@ TEST(Charts, PolarGeometryAndAxisLabels) {
 
   const std::pair<const char*, std::array<std::string_view, 3>> axes[] = {
       {"A股", {"09:30", "11:30 / 13:00", "15:00"}},
+      {"A股基金", {"09:30", "11:30 / 13:00", "15:00"}},
+      {"A股指数", {"09:30", "11:30 / 13:00", "15:00"}},
       {"港股", {"09:30", "12:00 / 13:00", "16:00"}},
+      {"港股基金", {"09:30", "12:00 / 13:00", "16:00"}},
+      {"港股指数", {"09:30", "12:00 / 13:00", "16:00"}},
       {"美股", {"09:30", "12:45", "16:00 ET"}},
+      {"美股指数", {"09:30", "12:45", "16:00 ET"}},
   };
   for (const auto& [market, labels] : axes) EXPECT_EQ(marketTimes(market), labels) << market;
 }
@@ -473,7 +478,18 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   view.submitSearch();
   settle();
   EXPECT_EQ(view.shownTexts().count(u"AAPL  苹果"_s), 1) << "found, and not offered a second time";
+  // An index is found by name, added from the results and filed under its own market.
+  view.setSearch("上证");
+  view.submitSearch();
+  settle();
+  ASSERT_EQ(model->sourceSearchResults().size(), 1u);
+  named<QPushButton>(view, u"加入"_s)->click();
+  EXPECT_EQ(model->watchlist().back(), "sh000001");
   view.setSearch("");
+  view.choose("market", "A股指数");
+  EXPECT_EQ(rows(), (Strings{"sh000001"}));
+  view.choose("market", "全部");
+  model->remove("sh000001");
 
   named<QPushButton>(view, u"加入"_s)->click();  // the first quote not yet watched
   EXPECT_EQ(model->watchlist().size(), 6u);
@@ -606,6 +622,17 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
         }
       }
     }
+  }
+  // The longest index name in the detail's heading line.
+  d.model->setMasked(false);
+  d.model->add(QuoteSnapshot{"hkHSTECH", "港股指数", "恒生科技指数", 5812.77, 5846.19, 5870.45,
+                             5790.36, 0, d.h.clock.now(), "mock"});
+  d.model->select("hkHSTECH");
+  for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
+    settings->resize(size);
+    view->showSection("圆形详情");
+    settle();
+    EXPECT_EQ(cutTexts(*settings), QStringList()) << size.width();
   }
 }
 
