@@ -39,6 +39,14 @@ void ManualScheduler::advance(double seconds) {
   if (end > clock_.now().sinceReference) clock_.set(Date{end});
 }
 
+void ManualScheduler::jumpClock(double seconds) {
+  decltype(queue_) shifted;
+  for (auto& [key, entry] : queue_)
+    shifted.emplace(std::make_pair(key.first + seconds, key.second), std::move(entry));
+  queue_ = std::move(shifted);
+  clock_.advance(seconds);
+}
+
 size_t ManualScheduler::pendingCount() const {
   size_t count = 0;
   for (const auto& [key, entry] : queue_)

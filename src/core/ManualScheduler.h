@@ -23,6 +23,10 @@ class ManualScheduler final : public Scheduler {
 
   // Moves the clock forward by `seconds`, running everything that falls due on the way.
   void advance(double seconds);
+  // The wall clock jumps by `seconds`, either way (a time change, a resume from suspend), while
+  // the timers keep their own pace, as an event loop's monotonic timers do: nothing runs, and
+  // everything pending stays as far from due as it was.
+  void jumpClock(double seconds);
   // Runs what is due now (posted work included) without moving the clock.
   void runDue() { advance(0); }
   // Number of pending, not cancelled, entries.

@@ -60,6 +60,7 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   // Nothing is written for a user who never held anything.
   const bool holdingsStored = restoreHoldings();
 
+  followSessions(now);
   ready_ = true;
   startFirstLoad();
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -19,6 +20,7 @@
 #include "core/Scheduler.h"
 #include "model/DemoMarket.h"
 #include "model/Holdings.h"
+#include "model/MarketSessions.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
 #include "model/Watchlist.h"
@@ -63,6 +65,8 @@ class AppModel {
   // The longest watchlist kept: a longer import or watchlist file is refused whole.
   static constexpr size_t maxWatchlistLength = 5000;
   static constexpr double staleAfter = 15;
+  // A live source is asked this often while no watched market is awake.
+  static constexpr double quietRefreshInterval = 300;
   static constexpr double heartbeatInterval = 0.5;
   static constexpr double refreshDebounce = 0.18;
   static constexpr double rotationPeriod = 7;
@@ -123,6 +127,9 @@ class AppModel {
   const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
   const std::vector<Holding>& holdings() const { return holdings_; }
   bool showsDayProfitInTray() const { return showsDayProfitInTray_; }
+  // A live source while no watched market is awake: refreshed every quietRefreshInterval, and
+  // data counts as current for that long (plus staleAfter). Set by the heartbeat.
+  bool quietRefresh() const { return quietRefresh_; }
   // Why the settings cannot be saved: set by the first failed save after a good one (or since
   // the start), cleared by the next good save; failures in between change nothing. So it
   // changes, and notifies, once at each end of a streak of failures.
@@ -163,6 +170,9 @@ class AppModel {
   std::vector<QuoteSnapshot> watchedQuotes() const;
   std::string_view phaseLabel() const { return label(phase_); }
   std::string sourceLabel() const;
+  // The state of a market (by its label) now; none for a label of no market, or when the
+  // exchange's time zone is unknown. The heartbeat notifies whenever one of them changes.
+  std::optional<MarketState> marketStateOf(std::string_view market) const;
 
   // Unpublished state worth reading.
   bool isReady() const { return ready_; }
@@ -300,6 +310,11 @@ class AppModel {
   // Publishes the results; nothing found gets a message, worded by whether the source failed.
   void endSearch(std::vector<QuoteSnapshot> results, bool sourceFailed);
   QuotePhase phaseForAge(Date dataTime) const;
+  // Whether any market of the watched symbols (the default list's when none is watched) is
+  // awake at the instant.
+  bool watchedMarketAwake(Date at) const;
+  // Sets quietRefresh and publishes a change of any market's state.
+  void followSessions(Date now);
 
   Dependencies deps_;
   ChangeSignal changed_;
@@ -335,6 +350,8 @@ class AppModel {
   std::optional<StoreWriteFailure> settingsWriteFailure_;
   std::vector<Holding> holdings_;
   bool showsDayProfitInTray_ = false;
+  bool quietRefresh_ = false;
+  std::array<std::optional<MarketState>, exchangeCount> marketStates_;
 
   // Unpublished.
   bool alertNotificationsAuthorized_ = false;
@@ -353,6 +370,9 @@ class AppModel {
   TimerHandle timer_;
   TimerHandle pendingRefresh_;
   Date lastRefreshStartedAt_;
+  // The live data shown came while no watched market was awake: it counts as current until the
+  // next quiet refresh is due, also in the moment a market wakes.
+  bool quietData_ = false;
   Date lastRotationAt_;
   std::map<std::string, Date> intradayRequestedAt_;
   DataSourceEndpoints dataSourceEndpoints_ = DataSourceEndpoints::bundled();

@@ -48,14 +48,23 @@ struct AppModel::LiveLoad {
 
 void AppModel::heartbeat() {
   const Date now = deps_.clock.now();
-  if (phase_ == QuotePhase::live && now - updatedAt_ > staleAfter) setPhase(QuotePhase::stale);
+  followSessions(now);
+  // Data fetched on the quiet cadence stays current until the next quiet refresh is due, also
+  // in the moment a market wakes and the next refresh is on its way.
+  const double allowed = staleAfter + (quietRefresh_ || quietData_ ? quietRefreshInterval : 0);
+  if (phase_ == QuotePhase::live && now - updatedAt_ > allowed) setPhase(QuotePhase::stale);
 
   const bool paused = refreshInterval_ == 0 || phase_ == QuotePhase::offline ||
                       phase_ == QuotePhase::loading ||
                       (phase_ == QuotePhase::stale && lastError_.has_value());
-  if (!paused && now - lastRefreshStartedAt_ >= refreshInterval_) beginRefresh(true);
+  const double interval = quietRefresh_ ? quietRefreshInterval : refreshInterval_;
+  // A clock set back (a time change) would hold every period for as long as it went back: the
+  // period counts as over, once, and restarts from the new time.
+  const double sinceRefresh = now - lastRefreshStartedAt_;
+  if (!paused && (sinceRefresh >= interval || sinceRefresh < 0)) beginRefresh(true);
 
-  if (autoRotate_ && deps_.clock.now() - lastRotationAt_ >= rotationPeriod) cycleActive();
+  const double sinceRotation = now - lastRotationAt_;
+  if (autoRotate_ && (sinceRotation >= rotationPeriod || sinceRotation < 0)) cycleActive();
 }
 
 void AppModel::beginRefresh(bool /*automatic*/) {
@@ -72,10 +81,12 @@ void AppModel::loadSource(bool resetMock) {
   switch (sourceMode_) {
     case SourceMode::mock:
       liveLoad_.reset();
+      quietData_ = false;
       loadMock(resetMock);
       break;
     case SourceMode::staticJSON:
       liveLoad_.reset();
+      quietData_ = false;
       loadStatic();
       break;
     default:
@@ -166,6 +177,7 @@ void AppModel::attempt(const std::shared_ptr<LiveLoad>& load) {
 
 void AppModel::finish(const std::shared_ptr<LiveLoad>& load) {
   liveLoad_.reset();
+  quietData_ = !watchedMarketAwake(deps_.clock.now());
   const bool anyCollected = !load->collected.empty();
   Date latest{-std::numeric_limits<double>::infinity()};
   for (const QuoteSnapshot& q : load->collected) latest = std::max(latest, q.updatedAt);

@@ -62,8 +62,10 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
   if (!isLive(sourceMode_) || quote.market == "A股基金") return;
   const Date now = deps_.clock.now();
-  if (auto last = intradayRequestedAt_.find(quote.id);
-      last != intradayRequestedAt_.end() && now - last->second < intradayThrottle)
+  // A request from the clock's future (it was set back) holds nothing up.
+  if (auto last = intradayRequestedAt_.find(quote.id); last != intradayRequestedAt_.end() &&
+                                                       now - last->second < intradayThrottle &&
+                                                       now >= last->second)
     return;
   if (!deps_.dataSource.canFetchIntraday()) return;
   // Written before the request starts, so a second call within the minute waits for this one.

@@ -310,8 +310,8 @@ bool isFundStyleSymbol(std::string_view s) {
          s.starts_with("16");
 }
 
-std::string feedMarketLabel(std::string_view symbol) {
-  if (auto index = indexMarketLabel(symbol)) return std::string(*index);
+std::string_view feedMarketLabel(std::string_view symbol) {
+  if (auto index = indexMarketLabel(symbol)) return *index;
   if (hasNonDigit(symbol)) return "美股";
   return characterCount(symbol) == 5 ? "港股" : "A股";
 }

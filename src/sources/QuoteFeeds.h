@@ -21,7 +21,7 @@ bool isFundStyleSymbol(std::string_view symbol);
 
 // An index's label ("A股指数", "港股指数", "美股指数"); else "美股" for a symbol with a non-digit,
 // "港股" for five digits, otherwise "A股".
-std::string feedMarketLabel(std::string_view symbol);
+std::string_view feedMarketLabel(std::string_view symbol);
 
 // Records for the requested symbols, in their order, stamped `parsedAt`; a symbol without a
 // valid row is left out, and a symbol asked twice gives two records.

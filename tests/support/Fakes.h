@@ -67,7 +67,10 @@ class FakeMarketDataSource final : public MarketDataSource {
   void releaseNext(size_t index = 0) {
     auto [source, completion] = std::move(held.at(index));
     held.erase(held.begin() + static_cast<std::ptrdiff_t>(index));
-    completion(answers[source].quotes, answers[source].error);
+    std::vector<QuoteSnapshot> quotes = answers[source].quotes;
+    if (stampWith)
+      for (QuoteSnapshot& q : quotes) q.updatedAt = stampWith->now();
+    completion(std::move(quotes), answers[source].error);
   }
   // Probes answer from `probeAnswers` in turn (false once they run out).
   void probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
@@ -97,6 +100,8 @@ class FakeMarketDataSource final : public MarketDataSource {
 
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
+  // Answers are stamped with this clock's time, as the feeds stamp what they parse.
+  const Clock* stampWith = nullptr;
   std::vector<Call> calls;
   std::vector<std::pair<SourceMode, QuotesCompletion>> held;
 

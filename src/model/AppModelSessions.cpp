@@ -1,0 +1,38 @@
+// Market sessions in the model: whether the watched markets are awake, and their states.
+
+#include "model/AppModel.h"
+#include "sources/QuoteFeeds.h"
+
+namespace tidemark {
+
+std::optional<MarketState> AppModel::marketStateOf(std::string_view market) const {
+  const auto exchange = exchangeOfMarket(market);
+  if (!exchange) return std::nullopt;
+  return marketState(*exchange, deps_.clock.now());
+}
+
+bool AppModel::watchedMarketAwake(Date at) const {
+  const std::vector<std::string>& symbols = watchlist_.empty() ? defaultWatchlist() : watchlist_;
+  std::array<bool, exchangeCount> asked{};
+  size_t left = exchangeCount;
+  for (const std::string& symbol : symbols) {
+    const auto exchange = exchangeOfMarket(feedMarketLabel(symbol));
+    if (!exchange) return true;
+    bool& seen = asked[static_cast<size_t>(*exchange)];
+    if (seen) continue;
+    if (isAwake(*exchange, at)) return true;
+    seen = true;
+    if (--left == 0) break;
+  }
+  return false;
+}
+
+void AppModel::followSessions(Date now) {
+  const bool quiet = isLive(sourceMode_) && !watchedMarketAwake(now);
+  if (quiet != quietRefresh_) assign(quietRefresh_, quiet);
+  std::array<std::optional<MarketState>, exchangeCount> states;
+  for (size_t i = 0; i < exchangeCount; ++i) states[i] = marketState(Exchange(i), now);
+  if (states != marketStates_) assign(marketStates_, states);
+}
+
+}  // namespace tidemark

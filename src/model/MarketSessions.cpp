@@ -1,0 +1,125 @@
+#include "model/MarketSessions.h"
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <exception>
+
+#include <date/tz.h>
+
+namespace tidemark {
+namespace {
+
+constexpr int hour = 3600, minute = 60;
+
+// Times of day in seconds since the exchange's local midnight.
+struct Hours {
+  const char* zone;
+  int sessions[2][2];
+  int sessionCount;
+  // New York's extended hours round its one session; zero elsewhere.
+  int preMarketFrom, postMarketUntil;
+
+  int open() const { return sessions[0][0]; }
+  int close() const { return sessions[sessionCount - 1][1]; }
+  int awakeFrom() const { return preMarketFrom ? preMarketFrom : open() - 15 * minute; }
+  int awakeUntil() const { return postMarketUntil ? postMarketUntil : close() + 10 * minute; }
+};
+
+constexpr std::array<Hours, exchangeCount> hoursOf{{
+    {"Asia/Shanghai",
+     {{9 * hour + 30 * minute, 11 * hour + 30 * minute}, {13 * hour, 15 * hour}},
+     2,
+     0,
+     0},
+    {"Asia/Hong_Kong", {{9 * hour + 30 * minute, 12 * hour}, {13 * hour, 16 * hour}}, 2, 0, 0},
+    {"America/New_York", {{9 * hour + 30 * minute, 16 * hour}, {0, 0}}, 1, 4 * hour, 20 * hour},
+}};
+
+const date::time_zone* zoneOf(Exchange exchange) {
+  // Looked up once; a database without the zone (or without any) leaves it unknown.
+  static const std::array<const date::time_zone*, exchangeCount> zones = [] {
+    std::array<const date::time_zone*, exchangeCount> found{};
+    for (size_t i = 0; i < exchangeCount; ++i) {
+      try {
+        found[i] = date::locate_zone(hoursOf[i].zone);
+      } catch (const std::exception&) {
+        found[i] = nullptr;
+      }
+    }
+    return found;
+  }();
+  return zones[static_cast<size_t>(exchange)];
+}
+
+struct LocalTime {
+  bool weekend;
+  int second;  // of the local day
+};
+
+std::optional<LocalTime> localTime(Exchange exchange, Date at) {
+  const date::time_zone* zone = zoneOf(exchange);
+  if (!zone || !std::isfinite(at.sinceReference)) return std::nullopt;
+  const date::sys_seconds instant{
+      std::chrono::seconds{static_cast<long long>(std::floor(at.unixSeconds()))}};
+  const auto local = zone->to_local(instant);
+  const auto day = date::floor<date::days>(local);
+  const date::weekday weekday{day};
+  return LocalTime{weekday == date::Saturday || weekday == date::Sunday,
+                   static_cast<int>((local - day).count())};
+}
+
+}  // namespace
+
+std::string_view stateText(MarketState state) {
+  switch (state) {
+    case MarketState::trading:
+      return "交易中";
+    case MarketState::lunchBreak:
+      return "午间休市";
+    case MarketState::preMarket:
+      return "盘前";
+    case MarketState::postMarket:
+      return "盘后";
+    case MarketState::closed:
+      return "已收盘";
+    case MarketState::weekend:
+      return "休市";
+  }
+  return "";
+}
+
+std::optional<Exchange> exchangeOfMarket(std::string_view label) {
+  const auto market = [&](std::string_view name) {
+    return label == name || (label.starts_with(name) && (label.substr(name.size()) == "基金" ||
+                                                         label.substr(name.size()) == "指数"));
+  };
+  if (market("A股")) return Exchange::shanghai;
+  if (market("港股")) return Exchange::hongKong;
+  if (market("美股")) return Exchange::newYork;
+  return std::nullopt;
+}
+
+std::optional<MarketState> marketState(Exchange exchange, Date at) {
+  const auto local = localTime(exchange, at);
+  if (!local) return std::nullopt;
+  if (local->weekend) return MarketState::weekend;
+  const Hours& h = hoursOf[static_cast<size_t>(exchange)];
+  const int t = local->second;
+  for (int i = 0; i < h.sessionCount; ++i)
+    if (t >= h.sessions[i][0] && t < h.sessions[i][1]) return MarketState::trading;
+  if (t < h.open()) {
+    return !h.preMarketFrom || t >= h.preMarketFrom ? MarketState::preMarket : MarketState::closed;
+  }
+  if (t < h.close()) return MarketState::lunchBreak;
+  return t < h.postMarketUntil ? MarketState::postMarket : MarketState::closed;
+}
+
+bool isAwake(Exchange exchange, Date at) {
+  const auto local = localTime(exchange, at);
+  if (!local) return true;
+  const Hours& h = hoursOf[static_cast<size_t>(exchange)];
+  return !local->weekend && local->second >= h.awakeFrom() && local->second < h.awakeUntil();
+}
+
+}  // namespace tidemark
