@@ -324,8 +324,11 @@ std::string AppDelegate::tooltip() const {
                             : "全局快捷键未绑定 · 见设置 › 外观 › 快捷键");
   if (const std::string keys = unavailableKeys(); !keys.empty()) text += "\n" + keys;
   if (m.masked()) return text + "\n行情已遮蔽";
-  if (const QuoteSnapshot* quote = m.activeQuote())
+  if (const QuoteSnapshot* quote = m.activeQuote()) {
     text += "\n" + quote->name + "  " + quote->currency() + priceText(quote->price);
+    if (const auto state = m.marketStateOf(quote->market))
+      text += " · " + std::string(stateText(*state));
+  }
   if (const auto days = dayProfitTexts(m.holdingsTotals()); !days.empty()) {
     text += "\n今日盈亏 ";
     for (size_t i = 0; i < days.size(); ++i) text += (i ? " · " : "") + days[i];

@@ -224,8 +224,8 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figures_->setColumnStretch(1, 1);
   // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
   // caption over its value.
-  const char* names[] = {"开盘",   "昨收", "最高", "最低",     "成交量",  "更新时间",
-                         "数据源", "持有", "成本", "今日盈亏", "持有盈亏"};
+  const char* names[] = {"开盘",   "昨收",     "最高", "最低", "成交量",   "更新时间",
+                         "数据源", "交易状态", "持有", "成本", "今日盈亏", "持有盈亏"};
   int row = 0;
   for (const char* name : names) {
     const bool held = size_t(row) >= holdingRows;
@@ -386,6 +386,8 @@ void DetailView::refresh() {
   values_[4]->setText(masked ? hidden : QString::fromStdString(volumeText(quote->volume)));
   values_[5]->setText(masked ? hidden : timeText(quote->updatedAt));
   values_[6]->setText(QString::fromStdString(sourceLabel({*quote}, model_.sourceMode())));
+  const auto state = model_.marketStateOf(quote->market);
+  values_[7]->setText(state ? QString::fromUtf8(stateText(*state)) : QStringLiteral("—"));
   showHolding(*quote);
   chart_->show(*quote, std::move(series), real, masked, palette);
   orb_->update();

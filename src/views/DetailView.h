@@ -108,7 +108,7 @@ class DetailView final : public QWidget {
   QGridLayout* figures_;
   std::vector<QLabel*> captions_;
   // The figures from this one on are the holding's.
-  static constexpr size_t holdingRows = 7;
+  static constexpr size_t holdingRows = 8;
   void showHolding(const std::optional<QuoteSnapshot>& quote);
   std::vector<QLabel*> values_;
   std::string requestedFor_;

@@ -84,11 +84,11 @@ std::string marketOfSymbol(const std::string& symbol) {
   return "美股";
 }
 
-std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock) {
+std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock, double grace) {
   if (!quote) return "暂无行情";
   // Fund net values are published once a day.
   const double allowed = quote->market == "A股基金" ? 129600 : 300;
-  return statusClock - quote->updatedAt > allowed ? "已过期" : "正常";
+  return statusClock - quote->updatedAt > allowed + grace ? "已过期" : "正常";
 }
 
 bool matchesChange(const std::string& changeFilter, const QuoteSnapshot* quote) {
@@ -108,7 +108,8 @@ bool matchesSearch(const std::string& search, const std::string& symbol, const s
 
 std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watchlist,
                                            const std::vector<QuoteSnapshot>& quotes,
-                                           const WatchlistFilters& filters, Date statusClock) {
+                                           const WatchlistFilters& filters, Date statusClock,
+                                           double grace) {
   std::unordered_map<std::string, const QuoteSnapshot*> byID;
   for (const QuoteSnapshot& q : quotes) byID.try_emplace(q.id, &q);
   std::vector<WatchlistEntry> rows;
@@ -118,7 +119,8 @@ std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watch
     WatchlistEntry entry{symbol, quote ? quote->market : marketOfSymbol(symbol),
                          quote ? std::optional(*quote) : std::nullopt};
     if (filters.market != "全部" && filters.market != entry.market) continue;
-    if (filters.status != "全部" && filters.status != quoteStatus(quote, statusClock)) continue;
+    if (filters.status != "全部" && filters.status != quoteStatus(quote, statusClock, grace))
+      continue;
     if (!matchesSearch(filters.search, entry.symbol, entry.market, quote)) continue;
     if (!matchesChange(filters.change, quote)) continue;
     rows.push_back(std::move(entry));

@@ -34,8 +34,10 @@ const std::vector<std::string>& watchlistSortOrders();
 // funds by their prefix, five digits Hong Kong, anything else US.
 std::string marketOfSymbol(const std::string& symbol);
 
-// "正常", "已过期" (older than 36 hours for mainland funds, 5 minutes otherwise) or "暂无行情".
-std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock);
+// "正常", "已过期" (older than 36 hours for mainland funds, 5 minutes otherwise, each plus
+// `grace`) or "暂无行情". The grace covers a refresh on its way while the source is asked only
+// every five minutes.
+std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock, double grace = 0);
 bool matchesChange(const std::string& changeFilter, const QuoteSnapshot* quote);
 bool matchesSearch(const std::string& search, const std::string& symbol, const std::string& market,
                    const QuoteSnapshot* quote);
@@ -44,6 +46,7 @@ bool matchesSearch(const std::string& search, const std::string& symbol, const s
 // of the change sorts.
 std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watchlist,
                                            const std::vector<QuoteSnapshot>& quotes,
-                                           const WatchlistFilters& filters, Date statusClock);
+                                           const WatchlistFilters& filters, Date statusClock,
+                                           double grace = 0);
 
 }  // namespace tidemark

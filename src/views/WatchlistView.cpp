@@ -248,10 +248,11 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
                    1);
   auto* second = new QHBoxLayout;
   second->setSpacing(4);
-  second->addWidget(elidedLabel(q(entry.market + " · " +
-                                  quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_)),
-                                "muted", 11.5, QFont::Normal, row),
-                    1);
+  second->addWidget(
+      elidedLabel(q(entry.market + " · " +
+                    quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_, grace())),
+                  "muted", 11.5, QFont::Normal, row),
+      1);
   if (entry.quote) {
     auto* price = themedLabel(masked ? QStringLiteral("••••") : q(priceText(entry.quote->price)),
                               nullptr, 14, QFont::DemiBold, row);
@@ -288,7 +289,7 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
 }
 
 void WatchlistView::fillRows() {
-  rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_);
+  rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_, grace());
   heading_->setText(QStringLiteral("我的自选 · %1").arg(model_.watchlist().size()));
   // A long list shows its first rows; search and filters find the others. The rows are built
   // anew only when something they show changed: the clock's tick every second rarely changes a
@@ -298,7 +299,7 @@ void WatchlistView::fillRows() {
   for (size_t i = 0; i < count; ++i) {
     const WatchlistEntry& e = rows_[i];
     shown += e.symbol + (e.symbol == model_.activeID() ? "*" : "") + e.market +
-             quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_) + "|";
+             quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_, grace()) + "|";
     if (e.quote)
       shown += e.quote->name + std::to_string(e.quote->price) + "/" +
                std::to_string(e.quote->prevClose) + "|";
@@ -327,7 +328,8 @@ void WatchlistView::fillRows() {
     marketOnly.market = filters_.market;
     const bool marketEmpty =
         filters_.market != "全部" &&
-        visibleEntries(model_.watchlist(), model_.quotes(), marketOnly, statusClock_).empty();
+        visibleEntries(model_.watchlist(), model_.quotes(), marketOnly, statusClock_, grace())
+            .empty();
     title = marketEmpty ? QStringLiteral("当前市场还没有自选股") : QStringLiteral("没有匹配的标的");
   }
   emptyTitle_->setText(title);

@@ -34,6 +34,9 @@ class WatchlistView final : public QWidget {
   void setSearch(const std::string& text);
   void submitSearch();
   Date statusClock() const { return statusClock_; }
+  // While the source is asked only every five minutes, a row is current for as long plus the
+  // heartbeat's allowance.
+  double grace() const { return model_.quietRefresh() ? AppModel::staleAfter : 0; }
   const std::vector<WatchlistEntry>& rows() const { return rows_; }
 
   // Every text the view shows, in order, for checks of what a user sees.

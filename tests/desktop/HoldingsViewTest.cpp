@@ -93,7 +93,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.h.scheduler.runDue();
   const std::string head =
       "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\nCtrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M "
-      "遮蔽\n贵州茅台  CNY1,468.80";
+      "遮蔽\n贵州茅台  CNY1,468.80 · 交易中";
   EXPECT_EQ(d.delegate->statusItem().toolTip(), head + "\n今日盈亏 CNY +1,680.00 · HKD +13.20");
   const struct {
     bool on, masked;
@@ -116,11 +116,11 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   auto* detail = d.inWindow<DetailView>("settings");
   ASSERT_TRUE(detail);
   QTest::qWait(1);
-  EXPECT_EQ(detail->figureTexts().mid(8),
+  EXPECT_EQ(detail->figureTexts().mid(9),
             (QStringList{"100", "1,500.50", "+1,680.00\n+1.16%", "-3,170.00\n-2.11%"}));
   d.model->select("NVDA");  // not held: the holding's figures go
   QTest::qWait(1);
-  EXPECT_EQ(detail->figureTexts().size(), 8);
+  EXPECT_EQ(detail->figureTexts().size(), 9);
 
   // An index is in points: no currency in the tooltip, never a holding.
   d.model->add(QuoteSnapshot{"sh000001", "A股指数", "上证指数", 3882.78, 3870.6, 3890.12, 3862.45,
@@ -129,10 +129,10 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.h.scheduler.runDue();
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().first(), u"上证指数  sh000001 · A股指数"_s);
-  EXPECT_EQ(detail->figureTexts().size(), 8);
+  EXPECT_EQ(detail->figureTexts().size(), 9);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
             head.substr(0, head.rfind('\n')) +
-                "\n上证指数  3,882.78\n今日盈亏 CNY +1,680.00 · HKD +13.20");
+                "\n上证指数  3,882.78 · 交易中\n今日盈亏 CNY +1,680.00 · HKD +13.20");
   d.delegate->openSettings("持仓盈亏");
   auto* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);

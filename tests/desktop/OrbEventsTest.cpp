@@ -295,14 +295,14 @@ TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   SettingsView* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
-            tooltipHead + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80");
+            tooltipHead + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80 · 交易中");
   EXPECT_EQ(settings->shortcutNotice(), u"Ctrl+Alt+M 已被其他程序占用，释放后会自动启用。"_s);
   d.h.scheduler.advance(3);
   EXPECT_FALSE(d.keys.holds(2)) << "still held elsewhere";
   d.keys.takenElsewhere.clear();
   d.h.scheduler.advance(3);
   EXPECT_TRUE(d.keys.holds(2));
-  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80");
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80 · 交易中");
   EXPECT_EQ(settings->shortcutNotice(), QString());
   d.keys.pressed(2);
   EXPECT_TRUE(d.model->masked());
@@ -322,7 +322,7 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
   Desktop d({.wayland = true, .keys = keys, .desktopKeysBound = [&] { return bound; }});
   const std::string unbound =
       "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\n全局快捷键未绑定 · 见设置 › 外观 › 快捷键"
-      "\n贵州茅台  CNY1,468.80";
+      "\n贵州茅台  CNY1,468.80 · 交易中";
   EXPECT_EQ(d.delegate->statusItem().toolTip(), unbound);
   EXPECT_TRUE(d.delegate->panel().isManaged());
   d.delegate->openSettings("外观");
@@ -339,7 +339,7 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
   EXPECT_EQ(adds, 0) << "nothing is written before the button is pressed";
   add->click();
   EXPECT_EQ(adds, 1);
-  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80");
+  EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80 · 交易中");
   texts.clear();
   for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
   EXPECT_TRUE(texts.contains(u"GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"_s));
@@ -574,9 +574,9 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
     bool ring;
   };
   const Case cases[] = {
-      {0, false, "", "\n贵州茅台  CNY1,468.80", true},
-      {1, false, " +1.16%", "\n贵州茅台  CNY1,468.80", false},
-      {2, false, " 600519  1,468.80  +1.16%", "\n贵州茅台  CNY1,468.80", true},
+      {0, false, "", "\n贵州茅台  CNY1,468.80 · 交易中", true},
+      {1, false, " +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中", false},
+      {2, false, " 600519  1,468.80  +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中", true},
       {2, true, "", "\n行情已遮蔽", false},
   };
   for (const Case& k : cases) {
@@ -591,6 +591,17 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
     const QImage icon = d.delegate->statusItem().image();
     EXPECT_EQ(icon.pixelColor(11, 3).alpha() > 200, k.ring) << k.density << k.masked;
     EXPECT_EQ(icon.pixelColor(11, 11), QColor(0x6E, 0xF2, 0xD8)) << "the dark theme's dot";
+  }
+  // The market's state follows the clock at the next beat, without a new quote.
+  Desktop d;
+  for (const auto& [instant, tail] : {std::pair{"2026-11-25T03:45:00Z", " · 午间休市"},
+                                      {"2026-11-28T04:00:00Z", " · 休市"},
+                                      {"2026-11-30T00:00:00Z", " · 盘前"}}) {
+    d.h.clock.set(*parseISO8601(instant));
+    d.model->heartbeat();
+    d.h.scheduler.runDue();
+    EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80" + tail)
+        << instant;
   }
 }
 

@@ -50,6 +50,10 @@ TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
       {quoteAt("600519", "A股", "a", 100.00005, 100), "正常", "平盘"},
       {std::nullopt, "暂无行情", nullptr},
   };
+  // The grace while the source is asked every five minutes.
+  EXPECT_EQ(quoteStatus(&*cases[3].quote, now, 15), "正常");
+  const QuoteSnapshot late = quoteAt("600519", "A股", "a", 100, 100, 316);
+  EXPECT_EQ(quoteStatus(&late, now, 15), "已过期");
   for (const auto& c : cases) {
     const QuoteSnapshot* q = c.quote ? &*c.quote : nullptr;
     EXPECT_EQ(quoteStatus(q, now), c.status);
@@ -295,6 +299,31 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 "_s + chosen);
 }
 
+// Five minutes and ten seconds after a load from a live source: current while no market is
+// awake (the next load is on its way), out of date in trading hours.
+TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
+  for (const auto& [instant, stale] :
+       {std::pair{"2026-11-28T04:00:00Z", false}, {"2026-11-25T02:00:00Z", true}}) {
+    test::ModelHarness home;
+    home.clock.set(*parseISO8601(instant));
+    std::vector<QuoteSnapshot> quotes;
+    for (const std::string& symbol : AppModel::defaultWatchlist())
+      quotes.push_back(test::quote(symbol, 100));
+    home.source.answers[SourceMode::tencent] = {quotes, std::nullopt};
+    home.source.stampWith = &home.clock;
+    auto m = home.make();
+    m->setRefreshInterval(0);
+    m->setSourceMode(SourceMode::tencent);
+    home.scheduler.advance(310);
+    m->heartbeat();
+    WatchlistView view(*m, home.clock);
+    view.choose("status", "已过期");
+    view.show();
+    QTest::qWait(1);
+    EXPECT_EQ(view.rows().size(), stale ? 5u : 0u) << instant;
+  }
+}
+
 TEST_F(Windows, DetailFiguresHoverAndClosing) {
   int closed = 0, alerted = 0;
   DetailView detail(
@@ -308,7 +337,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(detail.chart().captionText(), u"示意走势 · 1 日"_s);
   EXPECT_EQ(detail.figureTexts(),
             (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
-                         "11-20 02:00:00", "模拟源"}));
+                         "11-20 02:00:00", "模拟源", "交易中"}));
   // Live sources are asked for the day's series; a real one replaces the sketch.
   EXPECT_TRUE(h.source.intradayRequests.empty());
   model->setSourceMode(SourceMode::tencent);
