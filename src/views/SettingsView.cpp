@@ -455,7 +455,10 @@ QWidget* SettingsView::sourcePage() {
       mode->setCurrentIndex(mode->findData(int(model_.sourceMode())));
     }
     hint->setText(modeDescription(model_.sourceMode()) + QStringLiteral("\n当前来源：") +
-                  QString::fromStdString(model_.sourceLabel()));
+                  QString::fromStdString(model_.sourceLabel()) +
+                  (model_.quietRefresh()
+                       ? QStringLiteral("\n自选的市场都未开市，每 5 分钟刷新一次。")
+                       : QString()));
     for (auto [seconds, pill] : intervals) pill->setSelected(model_.refreshInterval() == seconds);
     const Date updated = model_.updatedAt();
     const QString when = updated.sinceReference == 0

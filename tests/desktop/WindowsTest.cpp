@@ -321,6 +321,13 @@ TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
     view.show();
     QTest::qWait(1);
     EXPECT_EQ(view.rows().size(), stale ? 5u : 0u) << instant;
+    // The data-source section says why the refresh slowed down.
+    SettingsView::Actions none;
+    SettingsView settings(*m, home.clock, std::move(none), "数据源");
+    const QString quiet = u"\n自选的市场都未开市，每 5 分钟刷新一次。"_s;
+    EXPECT_TRUE(named<QLabel>(
+        settings, u"只用腾讯的实时行情。\n当前来源：腾讯行情"_s + (stale ? QString() : quiet)))
+        << instant;
   }
 }
 
@@ -338,6 +345,15 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(detail.figureTexts(),
             (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
                          "11-20 02:00:00", "模拟源", "交易中"}));
+  // The market's state follows the clock: Friday's lunch break, the weekend.
+  model->setAutoRotate(false);
+  for (const auto& [instant, state] :
+       {std::pair{"2026-11-20T03:30:00Z", u"午间休市"_s}, {"2026-11-21T02:00:00Z", u"休市"_s}}) {
+    h.clock.set(*parseISO8601(instant));
+    model->heartbeat();
+    QTest::qWait(1);
+    EXPECT_EQ(detail.figureTexts().at(8), state) << instant;
+  }
   // Live sources are asked for the day's series; a real one replaces the sketch.
   EXPECT_TRUE(h.source.intradayRequests.empty());
   model->setSourceMode(SourceMode::tencent);
