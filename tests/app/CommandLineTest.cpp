@@ -62,6 +62,15 @@ bool ended(QProcess& process, int milliseconds) {
   return QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, milliseconds);
 }
 
+// Debian's libfaketime, under the machine's multiarch folder.
+std::string libfaketime() {
+  for (const auto& folder : std::filesystem::directory_iterator("/usr/lib"))
+    if (auto library = folder.path() / "faketime" / "libfaketime.so.1";
+        std::filesystem::exists(library))
+      return library.string();
+  return "libfaketime.so.1";
+}
+
 class CommandLine : public testing::Test {
  protected:
   // Starts the binary in the private home, as on a machine without a desktop session, with the
@@ -84,21 +93,21 @@ class CommandLine : public testing::Test {
     if (desktop) environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     for (const auto& [name, value] : extra)
       environment.insert(QString::fromStdString(name), QString::fromStdString(value));
-    QStringList words = QString::fromStdString(arguments).split(u' ', Qt::SkipEmptyParts);
     if (!fakeTime.empty()) {
+      // Preloaded into the binary itself (faketime(1) would run it as a child that outlives a
+      // terminated wrapper).
+      environment.insert(QStringLiteral("LD_PRELOAD"), QString::fromStdString(libfaketime()));
+      environment.insert(QStringLiteral("FAKETIME"), QString::fromStdString("@" + fakeTime));
       environment.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
       environment.insert(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("1"));
       // The preloaded library comes before a sanitized binary's runtime.
       environment.insert(QStringLiteral("ASAN_OPTIONS"),
                          environment.value(QStringLiteral("ASAN_OPTIONS")) +
                              QStringLiteral(":verify_asan_link_order=0"));
-      words = QStringList{QStringLiteral("-f"), QString::fromStdString("@" + fakeTime),
-                          QStringLiteral(TIDEMARK_BINARY)} +
-              words;
     }
     process.setProcessEnvironment(environment);
-    process.start(fakeTime.empty() ? QStringLiteral(TIDEMARK_BINARY) : QStringLiteral("faketime"),
-                  words);
+    process.start(QStringLiteral(TIDEMARK_BINARY),
+                  QString::fromStdString(arguments).split(u' ', Qt::SkipEmptyParts));
   }
   Outcome run(const std::string& arguments) {
     QProcess process;

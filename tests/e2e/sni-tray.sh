@@ -24,7 +24,12 @@ bar_shown() { [ -n "$(xdotool search --onlyvisible --pid "$tray_pid" 2>/dev/null
 wait_for 10 bar_shown || { echo "gtk-sni-tray-standalone showed no bar"; exit 1; }
 import -window root "$tmp/before.png"
 
-"$app" >"$tmp/app.log" 2>&1 &
+# On a Saturday by the wall clock (libfaketime; the timers keep the real pace), read through the
+# system's time zones: the tooltip tells that the market is closed.
+# Preloaded into the app itself, so that $! is the app's own process.
+libfaketime=$(ls /usr/lib/*/faketime/libfaketime.so.1 | head -1)
+LD_PRELOAD=$libfaketime FAKETIME="@2026-11-28 04:00:00" TZ=UTC FAKETIME_DONT_FAKE_MONOTONIC=1 \
+  ASAN_OPTIONS="${ASAN_OPTIONS:-}:verify_asan_link_order=0" "$app" >"$tmp/app.log" 2>&1 &
 app_pid=$!
 items() {
   dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
@@ -48,6 +53,13 @@ label=$(dbus-send --session --print-reply --dest="$item" /StatusNotifierItem \
   sed -n 's/.*string "\(.*\)"/\1/p')
 if [ "$label" = "600519  1,468.80  +1.16%" ]; then ok "the label reads '$label'"; else
   fail "the label reads '$label'"; fi
+tip=$(dbus-send --session --print-reply --dest="$item" /StatusNotifierItem \
+  org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierItem string:ToolTip |
+  grep -c '贵州茅台  CNY1,468.80 · 休市"' || true)
+if [ "$tip" = 1 ]; then ok "the tooltip says the market is closed on Saturday"; else
+  fail "the tooltip: $(dbus-send --session --print-reply --dest="$item" /StatusNotifierItem \
+    org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierItem string:ToolTip |
+    tail -3)"; fi
 # The host draws the icon at the top left: its pixels there change from the bare bar.
 drawn() {
   import -window root "$tmp/after.png"
