@@ -10,11 +10,13 @@
 #include "core/KeyValueStore.h"
 #include "core/ManualScheduler.h"
 #include "model/AppModel.h"
+#include "sources/UnavailableDataSource.h"
 
 namespace tidemark {
 namespace {
 
-class CountingSource final : public MarketDataSource {
+// Answers every request at once, for every symbol; nothing else is there.
+class CountingSource final : public UnavailableDataSource {
  public:
   explicit CountingSource(const Clock& clock) : clock_(clock) {}
   void fetchQuotes(SourceMode, const DataSourceEndpoints&, const std::vector<std::string>& symbols,
@@ -24,22 +26,6 @@ class CountingSource final : public MarketDataSource {
     for (const std::string& symbol : symbols)
       quotes.push_back({symbol, "A股", symbol, 10, 10, 10, 10, 1, clock_.now(), "tencent"});
     completion(std::move(quotes), std::nullopt);
-  }
-  void probeQuoteEndpoints(const DataSourceEndpoints&, std::function<void(bool)> done) override {
-    done(true);
-  }
-  void fetchManifest(const std::string&,
-                     std::function<void(std::optional<std::string>)> done) override {
-    done(std::nullopt);
-  }
-  bool canFetchIntraday() const override { return false; }
-  void fetchIntraday(const DataSourceEndpoints&, const std::string&, const std::string&,
-                     std::function<void(Intraday)> done) override {
-    done({});
-  }
-  void searchSecurities(const DataSourceEndpoints&, const std::string&,
-                        QuotesCompletion done) override {
-    done({}, std::nullopt);
   }
 
   long requests = 0;

@@ -6,7 +6,7 @@ namespace tidemark {
 
 // Stands in for the live feeds where none may be asked (the self-test): every request ends at
 // once without an answer.
-class UnavailableDataSource final : public MarketDataSource {
+class UnavailableDataSource : public MarketDataSource {
  public:
   void fetchQuotes(SourceMode source, const DataSourceEndpoints& endpoints,
                    const std::vector<std::string>& symbols, const QuoteMap& cached,
