@@ -261,14 +261,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   setMinimumWidth(DetailOrb::side + layout->contentsMargins().left() +
                   layout->contentsMargins().right());
 
-  subscription_ = model.subscribe([this] {
-    if (refreshPending_) return;
-    refreshPending_ = true;
-    QTimer::singleShot(0, this, [this] {
-      refreshPending_ = false;
-      refresh();
-    });
-  });
+  subscription_ = model.subscribe([this] { refreshes_.request(); });
   refresh();
 }
 

@@ -13,6 +13,7 @@
 #include "core/ChangeSignal.h"
 #include "model/AppModel.h"
 #include "views/Charts.h"
+#include "views/OncePerTurn.h"
 
 namespace tidemark {
 
@@ -113,7 +114,7 @@ class DetailView final : public QWidget {
   std::vector<QLabel*> values_;
   std::string requestedFor_;
   ChangeSignal::Subscription subscription_;
-  bool refreshPending_ = false;
+  OncePerTurn refreshes_{this, [this] { refresh(); }};
 };
 
 }  // namespace tidemark

@@ -2,7 +2,6 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QTimer>
 
 #include "core/NumberText.h"
 #include "views/SmallWindows.h"
@@ -38,28 +37,6 @@ QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
   layout->addWidget(top);
   layout->addWidget(number);
   return box;
-}
-
-void clearLayout(QLayout* layout) {
-  while (QLayoutItem* item = layout->takeAt(0)) {
-    if (QWidget* w = item->widget()) w->deleteLater();
-    delete item;
-  }
-}
-
-void collectTexts(const QWidget* root, QStringList& out) {
-  for (const QObject* child : root->children()) {
-    const auto* widget = qobject_cast<const QWidget*>(child);
-    if (!widget || widget->isHidden()) continue;
-    if (const auto* elided = dynamic_cast<const ElidedLabel*>(widget)) {
-      out << elided->fullText();
-    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
-      if (!label->text().isEmpty()) out << label->text();
-    } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
-      if (!button->text().isEmpty()) out << button->text();
-    }
-    collectTexts(widget, out);
-  }
 }
 
 }  // namespace
@@ -133,14 +110,7 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   page->addWidget(tray);
   page->addStretch();
 
-  subscription_ = model.subscribe([this] {
-    if (refreshPending_) return;
-    refreshPending_ = true;
-    QTimer::singleShot(0, this, [this] {
-      refreshPending_ = false;
-      refresh();
-    });
-  });
+  subscription_ = model.subscribe([this] { refreshes_.request(); });
   refresh();
 }
 
@@ -297,9 +267,7 @@ void HoldingsView::refresh() {
 }
 
 QStringList HoldingsView::shownTexts() const {
-  QStringList texts;
-  collectTexts(this, texts);
-  return texts;
+  return tidemark::shownTexts(this);
 }
 
 }  // namespace tidemark

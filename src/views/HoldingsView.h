@@ -12,6 +12,7 @@
 
 #include "core/ChangeSignal.h"
 #include "model/AppModel.h"
+#include "views/OncePerTurn.h"
 #include "views/Theme.h"
 
 namespace tidemark {
@@ -52,7 +53,7 @@ class HoldingsView final : public QWidget {
   ProductSwitch* tray_;
   std::string shown_;  // what the summaries and rows were last built from
   ChangeSignal::Subscription subscription_;
-  bool refreshPending_ = false;
+  OncePerTurn refreshes_{this, [this] { refresh(); }};
 };
 
 }  // namespace tidemark

@@ -133,14 +133,10 @@ void OrbView::ripple() {
 void OrbView::scheduleRefresh() {
   // The model notifies once per property; one refresh per event-loop turn reads them all.
   satellitesStale_ = true;
-  if (refreshPending_) return;
-  refreshPending_ = true;
-  QMetaObject::invokeMethod(
-      this, [this] { modelChanged(); }, Qt::QueuedConnection);
+  refreshes_.request();
 }
 
 void OrbView::modelChanged() {
-  refreshPending_ = false;
   if (model_.updatedAt() != seenUpdatedAt_) {
     seenUpdatedAt_ = model_.updatedAt();
     animateTick();

@@ -13,6 +13,7 @@
 #include "core/Clock.h"
 #include "model/AppModel.h"
 #include "views/FrameTicker.h"
+#include "views/OncePerTurn.h"
 #include "views/OrbControls.h"
 #include "views/OrbPalette.h"
 #include "views/OrbWindowModel.h"
@@ -146,7 +147,7 @@ class OrbView final : public QWidget {
   std::string faceKey(double s) const;
   std::string cacheKey_;
   QImage sphereCache_, coreCache_;
-  bool refreshPending_ = false;
+  OncePerTurn refreshes_{this, [this] { modelChanged(); }};
   Date seenUpdatedAt_;
   std::string seenActiveID_;
   bool seenExpanded_ = false;

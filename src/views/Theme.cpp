@@ -2,7 +2,10 @@
 
 #include <optional>
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QPainter>
 #include <QStyle>
 
@@ -142,6 +145,42 @@ QLabel* themedLabel(const QString& text, const char* role, double size, QFont::W
   label->setWordWrap(true);
   if (role) label->setProperty("role", QString::fromLatin1(role));
   return label;
+}
+
+void clearLayout(QLayout* layout, int keep) {
+  while (QLayoutItem* item = layout->takeAt(keep)) {
+    if (QWidget* w = item->widget()) w->deleteLater();
+    delete item;
+  }
+}
+
+namespace {
+
+void collectTexts(const QWidget* root, QStringList& out) {
+  for (const QObject* child : root->children()) {
+    const auto* widget = qobject_cast<const QWidget*>(child);
+    if (!widget || widget->isHidden()) continue;
+    if (const auto* elided = dynamic_cast<const ElidedLabel*>(widget)) {
+      if (!elided->fullText().isEmpty()) out << elided->fullText();
+    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+      if (!label->text().isEmpty()) out << label->text();
+    } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
+      if (!button->text().isEmpty()) out << button->text();
+    } else if (const auto* edit = qobject_cast<const QLineEdit*>(widget)) {
+      if (!edit->text().isEmpty()) out << edit->text();
+    } else if (const auto* box = qobject_cast<const QComboBox*>(widget)) {
+      out << box->currentText();
+    }
+    collectTexts(widget, out);
+  }
+}
+
+}  // namespace
+
+QStringList shownTexts(const QWidget* root) {
+  QStringList texts;
+  collectTexts(root, texts);
+  return texts;
 }
 
 QScrollArea* scrollingArea(QWidget* content, QWidget* parent, bool sideways) {

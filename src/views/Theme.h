@@ -50,6 +50,13 @@ QLabel* themedLabel(const QString& text, const char* role, double size,
 // `sideways`: what is too narrow gives way in its own layout.
 QScrollArea* scrollingArea(QWidget* content, QWidget* parent = nullptr, bool sideways = false);
 
+// Removes the layout's items after the first `keep`, deleting their widgets.
+void clearLayout(QLayout* layout, int keep = 0);
+
+// The texts of the shown labels, buttons, fields and pickers below `root`, in the order of the
+// widget tree: what a user reads there, for checks of it.
+QStringList shownTexts(const QWidget* root);
+
 // A one-line label that shortens its text with "…" where it has too little room, and then tells
 // the whole text as its tooltip. Marked with the property "elides".
 class ElidedLabel final : public QLabel {

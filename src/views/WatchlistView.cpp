@@ -27,33 +27,6 @@ QPushButton* flatButton(const QString& text, const QString& tip, QWidget* parent
   return button;
 }
 
-// Deletes the layout's items after the first `keep`.
-void clearLayout(QLayout* layout, int keep = 0) {
-  while (QLayoutItem* item = layout->takeAt(keep)) {
-    if (QWidget* w = item->widget()) w->deleteLater();
-    delete item;
-  }
-}
-
-void collectTexts(const QWidget* root, QStringList& out) {
-  for (const QObject* child : root->children()) {
-    const auto* widget = qobject_cast<const QWidget*>(child);
-    if (!widget || widget->isHidden()) continue;
-    if (const auto* elided = dynamic_cast<const ElidedLabel*>(widget)) {
-      if (!elided->fullText().isEmpty()) out << elided->fullText();
-    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
-      if (!label->text().isEmpty()) out << label->text();
-    } else if (const auto* button = qobject_cast<const QPushButton*>(widget)) {
-      if (!button->text().isEmpty()) out << button->text();
-    } else if (const auto* edit = qobject_cast<const QLineEdit*>(widget)) {
-      if (!edit->text().isEmpty()) out << edit->text();
-    } else if (const auto* box = qobject_cast<const QComboBox*>(widget)) {
-      out << box->currentText();
-    }
-    collectTexts(widget, out);
-  }
-}
-
 }  // namespace
 
 WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* parent)
@@ -219,12 +192,7 @@ void WatchlistView::hideEvent(QHideEvent*) {
 
 void WatchlistView::scheduleRefresh() {
   // A closed window is kept; it catches up when it is shown again.
-  if (refreshPending_ || !isVisible()) return;
-  refreshPending_ = true;
-  QTimer::singleShot(0, this, [this] {
-    refreshPending_ = false;
-    refresh();
-  });
+  if (isVisible()) refreshes_.request();
 }
 
 void WatchlistView::refresh() {
@@ -411,9 +379,7 @@ void WatchlistView::fillCandidates() {
 }
 
 QStringList WatchlistView::shownTexts() const {
-  QStringList texts;
-  collectTexts(this, texts);
-  return texts;
+  return tidemark::shownTexts(this);
 }
 
 }  // namespace tidemark

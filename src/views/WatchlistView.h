@@ -14,6 +14,7 @@
 #include "core/ChangeSignal.h"
 #include "core/Clock.h"
 #include "model/AppModel.h"
+#include "views/OncePerTurn.h"
 #include "views/WatchlistRules.h"
 
 namespace tidemark {
@@ -75,7 +76,7 @@ class WatchlistView final : public QWidget {
   QLabel* noCandidates_;
   QTimer clockTimer_;
   ChangeSignal::Subscription subscription_;
-  bool refreshPending_ = false;
+  OncePerTurn refreshes_{this, [this] { refresh(); }};
   std::string shownRows_, shownCandidates_;
 };
 
