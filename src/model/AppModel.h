@@ -294,6 +294,9 @@ class AppModel {
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
+  // Moves an unreadable file aside and records it; false when it could not be moved, and is
+  // then not to be written over this run.
+  bool setAsideFile(const std::filesystem::path& file, std::string problem);
   void setAsideWatchlistFile(std::string problem);
   // Whether a record was found.
   bool restoreHoldings();

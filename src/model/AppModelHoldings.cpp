@@ -121,13 +121,7 @@ bool AppModel::restoreHoldings() {
 }
 
 void AppModel::setAsideHoldingsFile(std::string problem) {
-  std::filesystem::path aside = *holdingsURL_;
-  aside.replace_filename("holdings.unreadable.json");
-  std::error_code error;
-  std::filesystem::rename(*holdingsURL_, aside, error);
-  holdingsFileHeld_ = static_cast<bool>(error);
-  setAside_.push_back({holdingsURL_->string(), std::move(problem),
-                       error ? std::string() : aside.string(), error ? error.message() : ""});
+  holdingsFileHeld_ = !setAsideFile(*holdingsURL_, std::move(problem));
 }
 
 void AppModel::saveHoldings() {

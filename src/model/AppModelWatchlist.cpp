@@ -120,16 +120,19 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
   return std::nullopt;
 }
 
-void AppModel::setAsideWatchlistFile(std::string problem) {
+bool AppModel::setAsideFile(const std::filesystem::path& file, std::string problem) {
   // "watchlist.json" → "watchlist.unreadable.json"; a later unreadable file replaces it.
-  std::filesystem::path aside = *watchlistURL_;
-  aside.replace_filename(watchlistURL_->stem().string() + ".unreadable" +
-                         watchlistURL_->extension().string());
+  std::filesystem::path aside = file;
+  aside.replace_filename(file.stem().string() + ".unreadable" + file.extension().string());
   std::error_code error;
-  std::filesystem::rename(*watchlistURL_, aside, error);
-  watchlistFileHeld_ = static_cast<bool>(error);
-  setAside_.push_back({watchlistURL_->string(), std::move(problem),
-                       error ? std::string() : aside.string(), error ? error.message() : ""});
+  std::filesystem::rename(file, aside, error);
+  setAside_.push_back({file.string(), std::move(problem), error ? std::string() : aside.string(),
+                       error ? error.message() : ""});
+  return !error;
+}
+
+void AppModel::setAsideWatchlistFile(std::string problem) {
+  watchlistFileHeld_ = !setAsideFile(*watchlistURL_, std::move(problem));
 }
 
 void AppModel::saveWatchlist() {
