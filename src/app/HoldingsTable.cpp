@@ -20,10 +20,10 @@ std::string percent(const std::optional<double>& value) {
   return value ? percentText(*value) : "—";
 }
 
-// Amounts to the cent and percentages to a ten-thousandth: what a sum of products has beyond
-// that is the arithmetic's noise, not the market's.
+// Amounts to the cent, rounded as the table rounds them, and percentages to a ten-thousandth:
+// what a sum of products has beyond that is the arithmetic's noise, not the market's.
 Json amount(double value) {
-  return std::round(value * 100) / 100;
+  return centRounded(value);
 }
 Json percentage(const std::optional<double>& value) {
   return value ? Json(std::round(*value * 10000) / 10000) : Json(nullptr);
@@ -57,13 +57,13 @@ std::string renderHoldingsTable(const AppModel& model) {
     table.addRow({h.symbolID, q->name, shares, cost, priceText(q->price),
                   signedAmountText(f.dayProfit), percentText(f.dayProfitPct),
                   signedAmountText(f.totalProfit), percent(f.totalProfitPct),
-                  priceText(f.marketValue)});
+                  amountText(f.marketValue)});
   }
   std::string text = table.render();
   for (const HoldingsTotal& t : model.holdingsTotals()) {
     text += "合计 " + t.currency + "  今日盈亏 " + signedAmountText(t.dayProfit) + " (" +
             percent(t.dayProfitPct) + ")  持有盈亏 " + signedAmountText(t.totalProfit) + " (" +
-            percent(t.totalProfitPct) + ")  市值 " + priceText(t.marketValue);
+            percent(t.totalProfitPct) + ")  市值 " + amountText(t.marketValue);
     if (t.missing > 0) text += "（" + std::to_string(t.missing) + " 项暂无行情）";
     text += "\n";
   }

@@ -32,6 +32,8 @@ std::optional<std::string> AppModel::setHolding(const std::string& symbol, doubl
   const auto same = [&](const Holding& h) { return h.symbolID == symbol; };
   if (auto it = std::find_if(list.begin(), list.end(), same); it != list.end()) {
     *it = Holding{symbol, shares, cost};
+  } else if (list.size() >= maxHoldingsCount) {
+    return "持仓最多 " + std::to_string(maxHoldingsCount) + " 项";
   } else {
     list.push_back(Holding{symbol, shares, cost});
   }
@@ -64,7 +66,9 @@ std::vector<AppModel::HoldingLine> AppModel::holdingLines() const {
   for (const Holding& h : holdings_) {
     const bool isWatched = watched.contains(h.symbolID);
     const auto q = isWatched ? quotes.find(h.symbolID) : quotes.end();
-    lines.push_back({&h, q == quotes.end() ? nullptr : q->second, isWatched});
+    // A price no holding can be multiplied by is no quote for it.
+    const bool priced = q != quotes.end() && isHoldableQuote(*q->second);
+    lines.push_back({&h, priced ? q->second : nullptr, isWatched});
   }
   return lines;
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <stdexcept>
 #include <system_error>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "core/FileIO.h"
@@ -169,8 +170,9 @@ AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& ur
 
   std::vector<std::string> list;
   for (const Json& symbol : *symbols) {
-    std::string text = symbol.get<std::string>();
-    if (isRecognizedSymbol(trimmedSymbol(text))) list.push_back(std::move(text));
+    // Kept as the code it is, without the blanks and line breaks a hand-edited file brings.
+    const std::string_view code = trimmedSymbol(symbol.get_ref<const std::string&>());
+    if (isRecognizedSymbol(code)) list.emplace_back(code);
   }
   list = validSymbols(list);
   if (list.empty()) throw ModelError::invalidImport("没有可识别的股票代码");
@@ -182,13 +184,21 @@ AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& ur
   if (const auto entries = document->find("holdings"); entries != document->end()) {
     if (!entries->is_array()) throw ModelError::invalidImport("文件中的持仓不是有效的列表");
     held.emplace();
+    // A later entry for the same symbol replaces the earlier one in its place.
+    std::unordered_map<std::string, size_t> at;
     for (const Json& entry : *entries) {
       auto holding = holdingFromJson(entry);
-      if (!holding) {
+      if (holding) {
+        if (auto it = at.find(holding->symbolID); it != at.end()) {
+          (*held)[it->second] = std::move(*holding);
+          continue;
+        }
+      }
+      if (!holding || held->size() == maxHoldingsCount) {
         ++result.skippedHoldings;
         continue;
       }
-      std::erase_if(*held, [&](const Holding& h) { return h.symbolID == holding->symbolID; });
+      at.emplace(holding->symbolID, held->size());
       held->push_back(std::move(*holding));
     }
   }

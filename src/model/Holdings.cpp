@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -30,8 +31,22 @@ struct Sums {
 
 std::optional<std::string> holdingProblem(double shares, double cost) {
   if (!validShares(shares)) return "持有数量须大于 0";
+  if (shares > maxHoldingShares) return "持有数量不能超过 1 万亿";
   if (!validCost(cost)) return "成本价须为不小于 0 的数字";
+  if (cost > maxHoldingCost) return "成本价不能超过 10 亿";
   return std::nullopt;
+}
+
+Holding mergedHolding(const Holding& held, double shares, double cost) {
+  const double total = held.shares + shares;
+  return {held.symbolID, total, (held.shares * held.cost + shares * cost) / total};
+}
+
+bool isHoldableQuote(const QuoteSnapshot& quote) {
+  const auto holdable = [](double price) {
+    return std::isfinite(price) && price >= 0 && price <= maxHoldingCost;
+  };
+  return holdable(quote.price) && holdable(quote.prevClose);
 }
 
 Json toJson(const Holding& holding) {
@@ -83,6 +98,10 @@ std::optional<HoldingsBackup> holdingsBackupFromBytes(std::string_view bytes, si
     }
     if (auto it = at.find(holding->symbolID); it != at.end()) {
       backup.holdings[it->second] = std::move(*holding);
+      continue;
+    }
+    if (backup.holdings.size() == maxHoldingsCount) {
+      ++bad;
       continue;
     }
     at.emplace(holding->symbolID, backup.holdings.size());
@@ -165,10 +184,51 @@ std::string sharesText(double shares) {
   return (shares < 0 ? "-" : "") + digits;
 }
 
+double centRounded(double value) {
+  // Rounded on the value to six decimals first, which drops the binary noise of a product or
+  // difference (10.5 × (186.25 − 182.40) is 40.424999…94 in doubles, 40.425 in money) and keeps
+  // what was typed or sent: 1.005 rounds up as written. Beyond 1e13 a double has no cents left
+  // to round, and below 1e-4 nothing reaches a cent.
+  if (!std::isfinite(value) || std::abs(value) >= 1e13) return value;
+  if (std::abs(value) < 1e-4) return 0;  // also no "-0.00"
+  char buffer[64];
+  const char* end =
+      std::to_chars(buffer, buffer + sizeof buffer, std::abs(value), std::chars_format::fixed, 6)
+          .ptr;
+  const std::string_view text(buffer, static_cast<size_t>(end - buffer));
+  const size_t point = text.find('.');
+  if (point == std::string_view::npos || text.size() - point <= 3) {
+    double exact = 0;
+    std::from_chars(text.data(), text.data() + text.size(), exact);
+    return value < 0 ? -exact : exact;
+  }
+  int64_t cents = 0;
+  for (char c : text.substr(0, point + 3))
+    if (c != '.') cents = cents * 10 + (c - '0');
+  if (text[point + 3] >= '5') ++cents;
+  // The double nearest the rounded decimal, so that it prints as that decimal again.
+  const std::string decimal =
+      std::to_string(cents / 100) + "." + char('0' + cents % 100 / 10) + char('0' + cents % 10);
+  double rounded = 0;
+  std::from_chars(decimal.data(), decimal.data() + decimal.size(), rounded);
+  return value < 0 && rounded > 0 ? -rounded : rounded;  // no "-0.00"
+}
+
+std::string amountText(double value) {
+  return priceText(centRounded(value));
+}
+
 std::string signedAmountText(double value) {
+  const double cents = centRounded(value);
   // A figure that rounds to zero shows no sign.
-  if (std::abs(value) < 0.005) return priceText(0);
-  return (value > 0 ? "+" : "-") + priceText(std::abs(value));
+  if (cents == 0) return priceText(0);
+  return (cents > 0 ? "+" : "-") + priceText(std::abs(cents));
+}
+
+std::string editableNumberText(double value) {
+  std::string digits = sharesText(value);
+  std::erase(digits, ',');
+  return digits;
 }
 
 }  // namespace tidemark

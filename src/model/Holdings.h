@@ -32,8 +32,21 @@ struct HoldingsBackup {
   friend bool operator==(const HoldingsBackup&, const HoldingsBackup&) = default;
 };
 
+// Bounds far beyond any real position, so that no product of them overflows a card or a double.
+inline constexpr double maxHoldingShares = 1e12;
+inline constexpr double maxHoldingCost = 1e9;
+// At most one holding per watched symbol, so no more than the watchlist holds.
+inline constexpr size_t maxHoldingsCount = 5000;
+
 // Why these numbers cannot be a holding, in the user's words; none when they can.
 std::optional<std::string> holdingProblem(double shares, double cost);
+
+// The position after buying `shares` more at `cost` each: the shares added, the cost their
+// weighted average.
+Holding mergedHolding(const Holding& held, double shares, double cost);
+
+// Whether a quote's prices can be multiplied by a holding: finite and within the cost bound.
+bool isHoldableQuote(const QuoteSnapshot& quote);
 
 Json toJson(const Holding& holding);
 // None unless `symbolID` is a non-empty string, `shares` a finite number > 0 and `cost` a finite
@@ -42,7 +55,8 @@ std::optional<Holding> holdingFromJson(const Json& object);
 // Stored form: keys in field order, `savedAt` as seconds since 2001-01-01T00:00:00Z.
 Json toJson(const HoldingsBackup& backup);
 // A bad entry is dropped and counted in `dropped`; a later one for the same symbol replaces an
-// earlier one. Anything else amiss (not JSON, no version, date or list) rejects the record.
+// earlier one; entries for new symbols past `maxHoldingsCount` are dropped and counted too.
+// Anything else amiss (not JSON, no version, date or list) rejects the record.
 std::optional<HoldingsBackup> holdingsBackupFromBytes(std::string_view bytes,
                                                       size_t* dropped = nullptr);
 
@@ -86,7 +100,11 @@ std::vector<HoldingsTotal> holdingsTotals(
     const std::function<const QuoteSnapshot*(const std::string&)>& quote,
     const std::function<std::string(const std::string&)>& currencyOf);
 
-// An amount with its sign: "+1,680.00", "-270.00", "0.00".
+// An amount rounded to the cent half away from zero, as money is: 1955.625 → 1955.63.
+double centRounded(double value);
+// An amount rounded so: "1,955.63".
+std::string amountText(double value);
+// An amount with its sign, rounded so: "+1,680.00", "-270.00", "0.00".
 std::string signedAmountText(double value);
 // Today's profit of each currency whose holdings have quotes, "CNY +1,410.00", in the totals'
 // order; none when no holding has a quote.
@@ -95,5 +113,8 @@ std::vector<std::string> dayProfitTexts(const std::vector<HoldingsTotal>& totals
 // A number of shares as held: whole ones plain, fractions to at most four places, thousands
 // separated: "100", "1,234.56", "0.5".
 std::string sharesText(double shares);
+// A number as a form offers it for editing: its own digits to at most four places, without
+// separators: "5.1234", "1500.5", "1234.56".
+std::string editableNumberText(double value);
 
 }  // namespace tidemark

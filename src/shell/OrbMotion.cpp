@@ -22,10 +22,14 @@ void AppDelegate::startDrag() {
 
 void AppDelegate::moveDrag(Point proposed) {
   const Point mouse = deps_.mouseLocation();
-  const Date now = deps_.clock.now();
-  velocity_ = dragVelocity(lastMouse_, mouse, now - lastMouseDate_);
-  lastMouse_ = mouse;
-  lastMouseDate_ = now;
+  // A report without movement (the release repeats the last place) keeps the speed the pointer
+  // had, or a throw would always start at rest.
+  if (mouse != lastMouse_) {
+    const Date now = deps_.clock.now();
+    velocity_ = dragVelocity(lastMouse_, mouse, now - lastMouseDate_);
+    lastMouse_ = mouse;
+    lastMouseDate_ = now;
+  }
   windowModel_.setStretch(dragStretch(velocity_, deps_.model.reduceMotion()));
   windowModel_.setDragAngle(dragAngle(velocity_));
   moveOrigin(clampedOrigin(screens(), proposed, 0));

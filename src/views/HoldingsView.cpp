@@ -94,6 +94,24 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   message_ = themedLabel(QString(), "error", 12, QFont::Normal, form);
   message_->hide();
   form->content().addWidget(message_);
+  question_ = new QWidget(form);
+  auto* asks = new QHBoxLayout(question_);
+  asks->setContentsMargins(0, 0, 0, 0);
+  asks->setSpacing(6);
+  questionText_ = themedLabel(QString(), nullptr, 12.5, QFont::Normal, question_);
+  questionText_->setWordWrap(false);
+  asks->addWidget(questionText_);
+  for (const auto& [label, answer] : {std::pair{"替换", Conflict::replace},
+                                      {"合并（按成本加权）", Conflict::merge},
+                                      {"取消", Conflict::cancel}}) {
+    auto* button = new QPushButton(QString::fromUtf8(label), question_);
+    button->setProperty("flat", true);
+    QObject::connect(button, &QPushButton::clicked, this, [this, a = answer] { resolve(a); });
+    asks->addWidget(button);
+  }
+  asks->addStretch();
+  question_->hide();
+  form->content().addWidget(question_);
   QObject::connect(submit_, &QPushButton::clicked, this, [this] { submit(); });
   for (QLineEdit* input : {shares_, cost_})
     QObject::connect(input, &QLineEdit::returnPressed, this, [this] { submit(); });
@@ -125,23 +143,70 @@ void HoldingsView::fillSymbols() {
   symbol_->setCurrentIndex(again >= 0 ? again : 0);
 }
 
+void HoldingsView::showMessage(const QString& text) {
+  message_->setText(text);
+  message_->setVisible(!text.isEmpty());
+}
+
 void HoldingsView::submit() {
+  pending_.reset();
+  question_->hide();
+  // The form shows bullets while masked; nothing typed blind is saved.
+  if (model_.masked()) return showMessage(QStringLiteral("遮蔽时不能编辑持仓"));
   const std::string symbol = symbol_->currentData().toString().toStdString();
-  const auto shares = parseTypedNumber(shares_->text().toStdString());
-  const auto cost = parseTypedNumber(cost_->text().toStdString());
+  const bool sameHolding = editing_ && editing_->symbolID == symbol;
+  const auto typed = [&](const QLineEdit* field, const QString& filled, double stored) {
+    if (sameHolding && field->text() == filled) return std::optional(stored);
+    return parseTypedNumber(field->text().toStdString());
+  };
   // Text that is no number at all is refused as the model refuses a number out of range.
-  std::optional<std::string> refused =
-      model_.setHolding(symbol, shares.value_or(0), cost.value_or(-1));
-  if (refused) {
-    message_->setText(q(*refused));
-    message_->show();
+  const double shares = typed(shares_, filledShares_, editing_ ? editing_->shares : 0).value_or(0);
+  const double cost = typed(cost_, filledCost_, editing_ ? editing_->cost : 0).value_or(-1);
+  if (!sameHolding && model_.holding(symbol)) {
+    if (auto refused = holdingProblem(shares, cost)) return showMessage(q(*refused));
+    pending_ = Holding{symbol, shares, cost};
+    questionText_->setText(QStringLiteral("已持有 %1 ·").arg(q(symbol)));
+    question_->show();
     return;
   }
-  message_->hide();
-  message_->clear();
+  save(symbol, shares, cost);
+}
+
+void HoldingsView::resolve(Conflict answer) {
+  question_->hide();
+  const auto pending = std::exchange(pending_, std::nullopt);
+  if (!pending || answer == Conflict::cancel) return;
+  if (model_.masked()) return showMessage(QStringLiteral("遮蔽时不能编辑持仓"));
+  const Holding* held = model_.holding(pending->symbolID);
+  Holding chosen = *pending;
+  if (answer == Conflict::merge && held)
+    chosen = mergedHolding(*held, pending->shares, pending->cost);
+  save(chosen.symbolID, chosen.shares, chosen.cost);
+}
+
+void HoldingsView::save(const std::string& symbol, double shares, double cost) {
+  if (auto refused = model_.setHolding(symbol, shares, cost)) return showMessage(q(*refused));
+  showMessage(QString());
+  const bool added = !editing_;
+  editing_.reset();
+  filledShares_.clear();
+  filledCost_.clear();
   shares_->clear();
   cost_->clear();
   submit_->setText(QStringLiteral("添加持仓"));
+  if (added) moveToUnheld();
+}
+
+void HoldingsView::moveToUnheld() {
+  // On to the next security not held yet, so that the next add cannot overwrite this one.
+  const int count = symbol_->count();
+  for (int step = 1; step < count; ++step) {
+    const int index = (symbol_->currentIndex() + step) % count;
+    if (!model_.holding(symbol_->itemData(index).toString().toStdString())) {
+      symbol_->setCurrentIndex(index);
+      return;
+    }
+  }
 }
 
 void HoldingsView::edit(const std::string& symbol) {
@@ -149,10 +214,22 @@ void HoldingsView::edit(const std::string& symbol) {
   if (!holding) return;
   const int index = symbol_->findData(q(symbol));
   if (index >= 0) symbol_->setCurrentIndex(index);
-  shares_->setText(q(sharesText(holding->shares)));
-  cost_->setText(QString::number(holding->cost, 'f', 2));
+  editing_ = *holding;
+  pending_.reset();
+  question_->hide();
+  showMessage(QString());
+  fillForm();
   submit_->setText(QStringLiteral("保存持仓"));
   shares_->setFocus();
+}
+
+void HoldingsView::fillForm() {
+  formMasked_ = model_.masked();
+  if (!editing_) return;
+  filledShares_ = formMasked_ ? hidden : q(editableNumberText(editing_->shares));
+  filledCost_ = formMasked_ ? hidden : q(editableNumberText(editing_->cost));
+  shares_->setText(filledShares_);
+  cost_->setText(filledCost_);
 }
 
 QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) {
@@ -167,7 +244,7 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   line->addWidget(figure(QStringLiteral("持有盈亏"),
                          text(profitText(total.totalProfit, total.totalProfitPct)), card,
                          masked ? std::nullopt : std::optional(total.totalProfit)));
-  line->addWidget(figure(QStringLiteral("持仓市值"), text(priceText(total.marketValue)), card));
+  line->addWidget(figure(QStringLiteral("持仓市值"), text(amountText(total.marketValue)), card));
   line->addStretch();
   card->content().addLayout(line);
   if (total.missing > 0)
@@ -221,7 +298,7 @@ QWidget* HoldingsView::row(const AppModel::HoldingLine& line, QWidget* parent) {
   }
   const HoldingFigures f = holdingFigures(holding, *quote);
   grid->addWidget(figure(QStringLiteral("现价"), text(priceText(quote->price)), row), 1, 2);
-  grid->addWidget(figure(QStringLiteral("市值"), text(priceText(f.marketValue)), row), 1, 3);
+  grid->addWidget(figure(QStringLiteral("市值"), text(amountText(f.marketValue)), row), 1, 3);
   grid->addWidget(figure(QStringLiteral("今日盈亏"), text(profitText(f.dayProfit, f.dayProfitPct)),
                          row, masked ? std::nullopt : std::optional(f.dayProfit)),
                   2, 0, 1, 2);
@@ -234,6 +311,8 @@ QWidget* HoldingsView::row(const AppModel::HoldingLine& line, QWidget* parent) {
 
 void HoldingsView::refresh() {
   fillSymbols();
+  // A holding being edited is shown again in bullets when masked, and in figures after.
+  if (formMasked_ != model_.masked()) fillForm();
   {
     const QSignalBlocker quiet(tray_);
     tray_->setChecked(model_.showsDayProfitInTray());

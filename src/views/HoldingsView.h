@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,17 +28,26 @@ class HoldingsView final : public QWidget {
   QComboBox& symbol() { return *symbol_; }
   QLineEdit& shares() { return *shares_; }
   QLineEdit& cost() { return *cost_; }
-  // Adds or replaces the holding the form describes; a refusal is shown under the form.
+  // Saves the holding the form describes; a refusal is shown under the form. Adding a security
+  // already held asks first whether to replace or merge it.
   void submit();
+  // Answers that question: replace the holding, merge into it (cost weighted) or neither.
+  enum class Conflict { replace, merge, cancel };
+  void resolve(Conflict answer);
   // Fills the form with a holding, to change it.
   void edit(const std::string& symbol);
   QString message() const { return message_->text(); }
+  QWidget& question() { return *question_; }
   // Every text the section shows, in order.
   QStringList shownTexts() const;
 
  private:
   void refresh();
   void fillSymbols();
+  void fillForm();
+  void showMessage(const QString& text);
+  void save(const std::string& symbol, double shares, double cost);
+  void moveToUnheld();
   QWidget* summaryCard(const HoldingsTotal& total, QWidget* parent);
   QWidget* row(const AppModel::HoldingLine& line, QWidget* parent);
 
@@ -50,6 +60,15 @@ class HoldingsView final : public QWidget {
   QLineEdit* cost_;
   QPushButton* submit_;
   QLabel* message_;
+  QWidget* question_;
+  QLabel* questionText_;
+  // The holding being edited, and the texts the form was filled with: a field left as filled
+  // keeps the stored number exactly, whatever digits the form showed of it.
+  std::optional<Holding> editing_;
+  QString filledShares_, filledCost_;
+  bool formMasked_ = false;
+  // An add of a security already held, waiting for the answer to the question.
+  std::optional<Holding> pending_;
   ProductSwitch* tray_;
   std::string shown_;  // what the summaries and rows were last built from
   ChangeSignal::Subscription subscription_;

@@ -244,7 +244,7 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   const std::string held =
       R"({"version":1,"savedAt":800000000,"holdings":[{"symbolID":"600519","shares":100,)"
       R"("cost":1500.5},{"symbolID":"00700","shares":200,"cost":380},)"
-      R"({"symbolID":"601318","shares":10,"cost":50}]})";
+      R"({"symbolID":"601318","shares":10,"cost":50},{"symbolID":"NVDA","shares":10.5,"cost":190}]})";
   std::ofstream(data / "holdings.json") << held;
   const Outcome table = run("--holdings");
   ASSERT_EQ(table.code, 0) << table.err;
@@ -254,23 +254,28 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
     for (std::string line; std::getline(in, line);) split.push_back(line);
     return split;
   }();
-  ASSERT_EQ(lines.size(), 6u) << table.out;
+  ASSERT_EQ(lines.size(), 8u) << table.out;
   const std::vector<std::vector<std::string>> cells{
       {"代码", "名称", "持有", "成本", "现价", "今日盈亏", "今日%", "持有盈亏", "持有%", "市值"},
       {"600519", "贵州茅台", "100", "1,500.50", "1,468.80", "+1,680.00", "+1.16%", "-3,170.00",
        "-2.11%", "146,880.00"},
       {"00700", "腾讯控股", "200", "380.00", "485.20", "+1,320.00", "+1.38%", "+21,040.00",
        "+27.68%", "97,040.00"},
-      {"601318", "不在自选中", "10", "50.00", "—", "—", "—", "—", "—", "—"}};
+      {"601318", "不在自选中", "10", "50.00", "—", "—", "—", "—", "—", "—"},
+      // 10.5 × 186.25 = 1,955.625: to the cent as money is, here and in the JSON.
+      {"NVDA", "英伟达", "10.5", "190.00", "186.25", "+40.43", "+2.11%", "-39.38", "-1.97%",
+       "1,955.63"}};
   for (size_t i = 0; i < cells.size(); ++i) {
     std::istringstream row(lines[i]);
     std::vector<std::string> words;
     for (std::string word; row >> word;) words.push_back(word);
     EXPECT_EQ(words, cells[i]) << lines[i];
   }
-  EXPECT_EQ(lines[4],
-            "合计 CNY  今日盈亏 +1,680.00 (+1.16%)  持有盈亏 -3,170.00 (-2.11%)  市值 146,880.00");
   EXPECT_EQ(lines[5],
+            "合计 CNY  今日盈亏 +1,680.00 (+1.16%)  持有盈亏 -3,170.00 (-2.11%)  市值 146,880.00");
+  EXPECT_EQ(lines[7],
+            "合计 USD  今日盈亏 +40.43 (+2.11%)  持有盈亏 -39.38 (-1.97%)  市值 1,955.63");
+  EXPECT_EQ(lines[6],
             "合计 HKD  今日盈亏 +1,320.00 (+1.38%)  持有盈亏 +21,040.00 (+27.68%)  市值 97,040.00");
 
   auto document = json::parse(run("--holdings --json").out);
@@ -286,6 +291,8 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   EXPECT_EQ((*document)["totals"][1].dump(),
             R"({"currency":"HKD","marketValue":97040.0,"dayProfit":1320.0,"dayProfitPct":1.379,)"
             R"("totalProfit":21040.0,"totalProfitPct":27.6842,"missing":0})");
+  EXPECT_EQ((*document)["holdings"][3]["marketValue"].dump(), "1955.63");
+  EXPECT_EQ((*document)["totals"][2]["marketValue"].dump(), "1955.63");
   EXPECT_EQ(contents(data / "holdings.json"), held);
   EXPECT_EQ(run("--holdings --symbols NVDA").err,
             "tidemark: --holdings does not take --symbols See --help.\n");

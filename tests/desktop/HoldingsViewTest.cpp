@@ -65,8 +65,8 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
 
   // Edit fills the form from the row; saving replaces the holding.
   button(view, u"编辑"_s)->click();
-  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"100"_s, u"1500.50"_s));
-  enter(u"200"_s, u"1500.50"_s);
+  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"100"_s, u"1500.5"_s));
+  enter(u"200"_s, u"1500.5"_s);
   EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 200, 1500.5}}));
   EXPECT_TRUE(view.shownTexts().contains(u"+3,360.00 (+1.16%)"_s));
 
@@ -84,6 +84,82 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
   settle();
   EXPECT_TRUE(d.model->holdings().empty());
   EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+}
+
+// The form never rewrites what the user did not touch, asks before an add overwrites a holding,
+// moves on to a security not held yet, and shows and saves nothing while masked.
+TEST(HoldingsSection, TheFormKeepsDigitsAsksBeforeReplacingAndHidesWhenMasked) {
+  test::Desktop d;
+  d.delegate->openSettings("持仓盈亏");
+  auto* settings = d.inWindow<SettingsView>("settings");
+  ASSERT_TRUE(settings);
+  HoldingsView& view = settings->holdings();
+  const auto pick = [&](const char* symbol) {
+    view.symbol().setCurrentIndex(view.symbol().findData(QString::fromUtf8(symbol)));
+  };
+  const auto enter = [&](const QString& shares, const QString& cost) {
+    view.shares().setText(shares);
+    view.cost().setText(cost);
+    view.submit();
+    QTest::qWait(1);
+  };
+
+  // Four decimals and a fraction of a unit back in the form as stored, and stored again as they
+  // were when saved untouched; a fifth decimal typed is kept though the form shows four.
+  pick("000858");
+  enter(u"1234.56"_s, u"5.1234"_s);
+  EXPECT_NE(view.symbol().currentData().toString(), u"000858"_s);  // moved on
+  view.edit("000858");
+  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()),
+            std::pair(u"1234.56"_s, u"5.1234"_s));
+  view.submit();
+  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 1234.56, 5.1234}));
+  view.edit("000858");
+  enter(u"1234.56"_s, u"5.12345"_s);
+  EXPECT_EQ(d.model->holding("000858")->cost, 5.12345);
+  view.edit("000858");
+  EXPECT_EQ(view.cost().text(), u"5.1235"_s);
+  enter(u"10"_s, view.cost().text());  // the cost untouched keeps its fifth decimal
+  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}));
+
+  // Adding a held security asks; each answer does what it says.
+  const struct {
+    HoldingsView::Conflict answer;
+    Holding after;
+  } answers[] = {
+      {HoldingsView::Conflict::cancel, {"000858", 10, 5.12345}},
+      {HoldingsView::Conflict::merge, {"000858", 40, (10 * 5.12345 + 30 * 6) / 40}},
+      {HoldingsView::Conflict::replace, {"000858", 30, 6}},
+  };
+  for (const auto& [answer, after] : answers) {
+    pick("000858");
+    enter(u"30"_s, u"6"_s);
+    ASSERT_TRUE(view.question().isVisibleTo(&view));
+    EXPECT_TRUE(view.shownTexts().contains(u"已持有 000858 ·"_s));
+    EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}))
+        << "asked, not yet saved";
+    view.resolve(answer);
+    EXPECT_EQ(*d.model->holding("000858"), after);
+    EXPECT_FALSE(view.question().isVisibleTo(&view));
+    ASSERT_EQ(d.model->setHolding("000858", 10, 5.12345), std::nullopt);
+  }
+  // The merge is bounded like a typed holding.
+  pick("000858");
+  enter(u"999999999999.5"_s, u"1"_s);
+  view.resolve(HoldingsView::Conflict::merge);
+  EXPECT_EQ(view.message(), u"持有数量不能超过 1 万亿"_s);
+
+  // Masked: the form opens in bullets and saves nothing, the question included.
+  d.model->setMasked(true);
+  QTest::qWait(1);
+  view.edit("000858");
+  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"••••"_s, u"••••"_s));
+  enter(u"1"_s, u"1"_s);
+  EXPECT_EQ(view.message(), u"遮蔽时不能编辑持仓"_s);
+  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}));
+  d.model->setMasked(false);
+  QTest::qWait(1);
+  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"10"_s, u"5.1235"_s));
 }
 
 TEST(HoldingsSection, DetailTooltipAndTrayLabel) {

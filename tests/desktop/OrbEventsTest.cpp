@@ -101,6 +101,34 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   EXPECT_EQ(state(d), "spread at 640,400");
 }
 
+// A quick drag let go in the open glides on in its direction with motion on, and stays where it
+// was released with reduced motion; the release repeats the pointer's last place.
+TEST(OrbGestures, AThrownOrbGlidesOnUnlessMotionIsReduced) {
+  for (const bool reduced : {false, true}) {
+    Desktop d({.reduceMotion = reduced});
+    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y), c(230, 230);
+    send(d.content(), QEvent::MouseButtonPress, c, origin);
+    for (int step = 1; step <= 5; ++step) {
+      d.h.clock.advance(0.024);
+      d.mouse = {640.0 + 30 * step, 400};
+      send(d.content(), QEvent::MouseMove, c + QPointF(30 * step, 0), origin);
+    }
+    send(d.content(), QEvent::MouseButtonRelease, c + QPointF(150, 0), origin);
+    const double released = d.delegate->origin().x + 230;
+    ASSERT_EQ(released, 790) << "reduced " << reduced;
+    if (!reduced) {
+      EXPECT_TRUE(
+          QTest::qWaitFor([&] { return d.delegate->origin().x + 230 > released + 60; }, 20000))
+          << "stopped at " << d.delegate->origin().x + 230;
+      EXPECT_EQ(d.delegate->origin().y + 230, 400);
+    } else {
+      d.h.scheduler.advance(1);
+      QCoreApplication::processEvents();
+      EXPECT_EQ(d.delegate->origin().x + 230, released);
+    }
+  }
+}
+
 // The tray menu's item with this text, in a submenu too.
 QAction* trayItem(QMenu& menu, const QString& text) {
   for (QAction* item : menu.actions()) {

@@ -53,10 +53,28 @@ TEST(Holdings, FiguresOfEachHolding) {
     EXPECT_EQ(f.totalProfitPct.has_value(), r.figures.totalProfitPct.has_value());
     EXPECT_NEAR(f.totalProfitPct.value_or(0), r.figures.totalProfitPct.value_or(0), 1e-9);
   }
-  // Texts: the amounts signed, zero without a sign.
-  const std::pair<double, const char*> amounts[] = {
-      {1680, "+1,680.00"}, {-270, "-270.00"}, {0, "0.00"}, {-0.004, "0.00"}, {0.006, "+0.01"}};
+  // Texts: the amounts signed, zero without a sign, rounded half away from zero as written
+  // (10.5 × 186.25 = 1,955.625; 1.005 and 2.675 lie just below their halves in binary).
+  const std::pair<double, const char*> amounts[] = {{1680, "+1,680.00"},
+                                                    {-270, "-270.00"},
+                                                    {0, "0.00"},
+                                                    {-0.004, "0.00"},
+                                                    {0.006, "+0.01"},
+                                                    {10.5 * 186.25, "+1,955.63"},
+                                                    {-10.5 * 186.25, "-1,955.63"},
+                                                    {1.005, "+1.01"},
+                                                    {2.675, "+2.68"},
+                                                    {-0.005, "-0.01"},
+                                                    {1234.5, "+1,234.50"},
+                                                    {1e13 + 0.5, "+10,000,000,000,000.50"}};
   for (const auto& [value, text] : amounts) EXPECT_EQ(signedAmountText(value), text) << value;
+  EXPECT_EQ(centRounded(10.5 * 186.25), 1955.63);
+  EXPECT_EQ(amountText(1955.625), "1,955.63");
+  EXPECT_EQ(amountText(-0.004), "0.00");
+  // The form's own digits: four places at most, no separators.
+  const std::pair<double, const char*> editable[] = {
+      {5.1234, "5.1234"}, {1500.5, "1500.5"}, {1234.56, "1234.56"}, {100, "100"}, {0.00004, "0"}};
+  for (const auto& [value, text] : editable) EXPECT_EQ(editableNumberText(value), text) << value;
 }
 
 TEST(Holdings, TotalsPerCurrencyInTheirOrder) {
@@ -106,6 +124,9 @@ TEST(Holdings, TheModelRefusesKeepsAndStoresThem) {
       {"600519", std::nan(""), 1500, "持有数量须大于 0"},
       {"600519", 100, -1, "成本价须为不小于 0 的数字"},
       {"600519", 100, INFINITY, "成本价须为不小于 0 的数字"},
+      {"600519", 1.000001e12, 1500, "持有数量不能超过 1 万亿"},
+      {"600519", 100, 1.000001e9, "成本价不能超过 10 亿"},
+      {"600519", 1e12, 1e9, std::nullopt},  // the bounds themselves
       {"600519", 50, 1400, std::nullopt},
       {"600519", 100, 1500.5, std::nullopt},  // replaces
       {"00700", 0.5, 0, std::nullopt},
@@ -206,7 +227,14 @@ TEST(Holdings, ExportAndImportCarryThem) {
        {{"NVDA", 2, 180}},
        1,
        4},
-      {R"({"symbols":["600519"]})", {{"NVDA", 2, 180}}, std::nullopt, 0},  // left alone
+      // Numbers beyond the bounds are no holding; a later entry replaces an earlier in place.
+      {R"({"symbols":["NVDA"],"holdings":[{"symbolID":"NVDA","shares":1e308,"cost":1},)"
+       R"({"symbolID":"00700","shares":1,"cost":2e9},{"symbolID":"NVDA","shares":1,"cost":1},)"
+       R"({"symbolID":"AAPL","shares":3,"cost":4},{"symbolID":"NVDA","shares":2,"cost":180}]})",
+       {{"NVDA", 2, 180}, {"AAPL", 3, 4}},
+       2,
+       2},
+      {R"({"symbols":["600519"]})", {{"NVDA", 2, 180}, {"AAPL", 3, 4}}, std::nullopt, 0},
       {R"({"symbols":["600519"],"holdings":[]})", {}, 0, 0},
   };
   for (const auto& k : imports) {
@@ -216,6 +244,17 @@ TEST(Holdings, ExportAndImportCarryThem) {
     EXPECT_EQ(result.holdings, k.imported) << k.file;
     EXPECT_EQ(result.skippedHoldings, k.skipped) << k.file;
   }
+  // At most 5000 holdings are taken, the rest counted as skipped; then none can be added.
+  std::string many = R"({"symbols":["600519"],"holdings":[)";
+  for (int k = 0; k < 5001; ++k)
+    many +=
+        (k ? "," : "") + (R"({"symbolID":"A)" + std::to_string(k)) + R"(","shares":1,"cost":1})";
+  std::ofstream(file) << many << "]}";
+  const auto capped = m->importWatchlist(file);
+  EXPECT_EQ(std::pair(capped.holdings, capped.skippedHoldings),
+            std::pair(std::optional<size_t>(5000), size_t(1)));
+  EXPECT_EQ(m->holdings().back().symbolID, "A4999");
+  EXPECT_EQ(m->setHolding("600519", 1, 1), "持仓最多 5000 项");
   std::ofstream(file) << R"({"symbols":["NVDA"],"holdings":{"symbolID":"NVDA"}})";
   EXPECT_THROW(m->importWatchlist(file), ModelError);
   EXPECT_EQ(m->watchlist(), std::vector<std::string>{"600519"}) << "a refused file changes nothing";

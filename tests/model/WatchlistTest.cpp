@@ -161,11 +161,11 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
   m->setWatchlist(longer);
   EXPECT_EQ(m->watchlist().size(), 5000u);
   EXPECT_EQ(m->watchlist().back(), "604998");
-  // Unrecognised entries are dropped, the rest imported.
+  // Unrecognised entries are dropped, the rest imported without their blanks and line breaks.
   std::ofstream(file)
-      << R"({"symbols":["UNKNOWN","00700"," NVDA ","sh000001","SH000001","hkHSI"]})";
+      << R"({"symbols":["UNKNOWN","00700"," NVDA ","sh000001","SH000001","hkHSI\n"]})";
   m->importWatchlist(file);
-  EXPECT_EQ(m->watchlist(), (List{"00700", " NVDA ", "sh000001", "hkHSI"}));
+  EXPECT_EQ(m->watchlist(), (List{"00700", "NVDA", "sh000001", "hkHSI"}));
 }
 
 // An index and the stock of the same digits are two securities; the demonstration serves the
