@@ -249,6 +249,9 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   }
   const int status = app.exec();
   delegate.terminate();
+  // The quotes and the state of the data, kept lazily, reach the disk on the way out, told
+  // while the notices still listen.
+  store->sync();
   return status;
 }
 

@@ -31,6 +31,12 @@ class KeyValueStore {
   virtual void setData(const std::string& key, const std::string& bytes) = 0;
   virtual void setStringArray(const std::string& key, const std::vector<std::string>& values) = 0;
   virtual void remove(const std::string& key) = 0;
+  // A value that changes with every refresh: read back at once like any other, but a store on
+  // disk may keep it for good only later (within a minute, and when it is synced or closed), so
+  // that a day of refreshes is not a day of disk flushes.
+  virtual void setDataLazily(const std::string& key, const std::string& bytes) {
+    setData(key, bytes);
+  }
   // Stores that keep nothing beyond memory have nothing to tell.
   virtual void setWriteObserver(WriteObserver) {}
 };

@@ -334,6 +334,8 @@ class AppModel {
   double refreshInterval_ = 2.6;
   SourceMode sourceMode_ = SourceMode::mock;
   bool masked_ = false;
+  // The user's choices as last kept at once (the preferences without what refreshes change).
+  std::optional<Preferences> savedChoices_;
   double orbSize_ = 96;
   bool autoRotate_ = true;
   int64_t menuDensity_ = 0;

@@ -223,7 +223,7 @@ std::vector<QuoteSnapshot> AppModel::preservingSavedWatchlistQuotes(
 
 void AppModel::saveQuotes() {
   if (!ready_) return;
-  if (auto bytes = encodeSnapshotCache(quotes_)) deps_.defaults.setData(snapshotsKey, *bytes);
+  if (auto bytes = encodeSnapshotCache(quotes_)) deps_.defaults.setDataLazily(snapshotsKey, *bytes);
 }
 
 void AppModel::simulatePhase(QuotePhase phase) {

@@ -87,7 +87,21 @@ SettingsStore::SettingsStore(const QString& iniPath)
     : SettingsStore(
           [iniPath] { return std::make_unique<QSettings>(iniPath, QSettings::IniFormat); }) {}
 
+SettingsStore::SettingsStore(Open open) : open_(std::move(open)), settings_(open_()) {
+  lazyTimer_.setSingleShot(true);
+  lazyTimer_.setInterval(lazyWriteMs);
+  QObject::connect(&lazyTimer_, &QTimer::timeout, &syncContext_, [this] { sync(); });
+}
+
+SettingsStore::~SettingsStore() {
+  // What waited is written now; nobody is left to hear how it went.
+  if (lazy_.empty()) return;
+  observer_ = nullptr;
+  sync();
+}
+
 std::optional<std::string> SettingsStore::data(const std::string& k) const {
+  if (const auto waiting = lazy_.find(k); waiting != lazy_.end()) return waiting->second;
   const QVariant value = settings_->value(key(k));
   if (value.typeId() != QMetaType::QByteArray) return std::nullopt;
   return value.toByteArray().toStdString();
@@ -113,12 +127,20 @@ std::optional<std::vector<std::string>> SettingsStore::stringArray(const std::st
   }
 }
 
+void SettingsStore::setDataLazily(const std::string& k, const std::string& bytes) {
+  if (data(k) == bytes) return;
+  lazy_.insert_or_assign(k, bytes);
+  if (!lazyTimer_.isActive()) lazyTimer_.start();
+}
+
 void SettingsStore::setData(const std::string& k, const std::string& bytes) {
+  lazy_.erase(k);
   settings_->setValue(key(k), QByteArray::fromStdString(bytes));
   scheduleSync();
 }
 
 void SettingsStore::setStringArray(const std::string& k, const std::vector<std::string>& values) {
+  lazy_.erase(k);
   QStringList list;
   list.reserve(static_cast<qsizetype>(values.size()));
   for (const std::string& s : values) list.push_back(QString::fromStdString(s));
@@ -127,6 +149,7 @@ void SettingsStore::setStringArray(const std::string& k, const std::vector<std::
 }
 
 void SettingsStore::remove(const std::string& k) {
+  lazy_.erase(k);
   settings_->remove(key(k));
   scheduleSync();
 }
@@ -144,6 +167,10 @@ void SettingsStore::scheduleSync() {
 
 bool SettingsStore::sync() {
   syncPending_ = false;
+  lazyTimer_.stop();
+  for (const auto& [k, bytes] : lazy_)
+    settings_->setValue(key(k), QByteArray::fromStdString(bytes));
+  lazy_.clear();
   settings_->sync();
   if (settings_->status() != QSettings::NoError) {
     // QSettings keeps the first error it met for good. A fresh object on the same file starts

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <set>
 
 #include "support/ModelHarness.h"
 
@@ -17,6 +19,35 @@ Json storedRecord() {
       R"("sourceMode":"mock","masked":true,"orbSize":132.0,"autoRotate":true,"menuDensity":2,)"
       R"("orbShowsName":false,"phase":"live","latencyMS":0,"updatedAt":816832800.0,)"
       R"("onboardingSeen":false,"alertAbove":true,"alertTriggered":false})");
+}
+
+// A day of refreshes and rotation is no day of disk flushes: what they change is written lazily
+// (the store keeps it for good within a minute); each choice of the user's at once.
+TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
+  ModelHarness h;
+  auto m = h.make(true);
+  const auto prompt = [&] {
+    std::vector<std::string> keys;
+    for (const auto& [key, bytes] : h.store.writes) keys.push_back(key);
+    for (const std::string& key : h.store.lazy)
+      keys.erase(std::find(keys.begin(), keys.end(), key));
+    h.store.writes.clear();
+    h.store.lazy.clear();
+    return keys;
+  };
+  prompt();
+  const std::string before = m->activeID();
+  h.scheduler.advance(30);  // refreshes every 2.6 s and the rotation
+  EXPECT_NE(m->activeID(), before);
+  const std::set<std::string> lazy(h.store.lazy.begin(), h.store.lazy.end());
+  EXPECT_EQ(lazy, (std::set<std::string>{AppModel::preferencesKey, AppModel::snapshotsKey}));
+  EXPECT_EQ(prompt(), std::vector<std::string>{});
+  m->setTheme(AppTheme::light);
+  m->refresh();
+  h.scheduler.advance(3);
+  EXPECT_EQ(prompt(), std::vector<std::string>{AppModel::preferencesKey});
+  // Read back whole: the lazily kept fields are in the record the store holds.
+  EXPECT_EQ(h.make()->activeID(), m->activeID());
 }
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {

@@ -168,6 +168,34 @@ TEST(SettingsStore, EachWriteIsKeptAtTheEndOfItsTurnAndTheObserverHearsHowItWent
   EXPECT_EQ(reopened.stringArray("list"), (List{"x", "y"}));
 }
 
+// A lazy write is read back at once but reaches the file only with the next sync (a prompt
+// write's, the minute's timer, the end of the store), so refreshes do not flush the disk.
+TEST(SettingsStore, LazyWritesWaitForTheNextSyncOrTheStoresEnd) {
+  test::TemporaryFolder folder;
+  const QString path = QString::fromStdString((folder.path() / "store.conf").string());
+  const auto onDisk = [&](const char* key) { return SettingsStore(path).data(key); };
+  {
+    SettingsStore store(path);
+    Told told;
+    store.setWriteObserver([&](const std::optional<StoreWriteFailure>& f) { told.push_back(f); });
+    store.setDataLazily("cache", "1");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(store.data("cache"), "1");
+    EXPECT_EQ(onDisk("cache"), std::nullopt);
+    EXPECT_TRUE(told.empty()) << "no sync at the end of the turn";
+    store.setData("choice", "a");  // a prompt write carries the waiting one along
+    QCoreApplication::processEvents();
+    EXPECT_EQ(std::pair(onDisk("choice"), onDisk("cache")),
+              std::pair(std::optional<std::string>("a"), std::optional<std::string>("1")));
+    store.setDataLazily("cache", "2");
+    store.setData("cache", "3");  // a prompt write of the same key wins
+    QCoreApplication::processEvents();
+    EXPECT_EQ(onDisk("cache"), "3");
+    store.setDataLazily("cache", "4");
+  }
+  EXPECT_EQ(onDisk("cache"), "4") << "written when the store ends";
+}
+
 TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {
   test::TemporaryFolder folder;
   qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.path().string()));

@@ -33,11 +33,16 @@ class ReportingStore final : public MemoryKeyValueStore {
     writes.emplace_back(key, bytes);
     MemoryKeyValueStore::setData(key, bytes);
   }
+  void setDataLazily(const std::string& key, const std::string& bytes) override {
+    lazy.push_back(key);
+    setData(key, bytes);
+  }
   void setWriteObserver(WriteObserver observer) override { observer_ = std::move(observer); }
   void report(const std::optional<StoreWriteFailure>& failure) {
     if (observer_) observer_(failure);
   }
   std::vector<std::pair<std::string, std::string>> writes;
+  std::vector<std::string> lazy;  // the keys of the writes that were lazy, in order
 
  private:
   WriteObserver observer_;
