@@ -47,6 +47,11 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   restorePreferences();
   restoreSnapshotCache();
 
+  if (watchlistURL_) {
+    // A write cut short by a kill leaves its temporary file; the real one is intact.
+    removeLeftoverTemporaries(*watchlistURL_);
+    removeLeftoverTemporaries(watchlistURL_->parent_path() / "holdings.json");
+  }
   std::string fileProblem;
   if (auto stored = readWatchlist(&fileProblem)) {
     watchlist_ = std::move(*stored);
@@ -387,8 +392,20 @@ AppModel::Preferences AppModel::currentPreferences() const {
 
 void AppModel::savePreferences() {
   if (!ready_) return;
-  if (auto bytes = json::encode(toJson(currentPreferences())))
-    deps_.defaults.setData(preferencesKey, *bytes);
+  const Preferences now = currentPreferences();
+  auto bytes = json::encode(toJson(now));
+  if (!bytes) return;
+  // What refreshes and the rotation change (the state of the data, its time, the latency, the
+  // active symbol) is kept lazily; a choice of the user's is kept at once.
+  Preferences chosen = now;
+  chosen.activeID.clear();
+  chosen.phase = {};
+  chosen.lastError.reset();
+  chosen.latencyMS = 0;
+  chosen.updatedAt = {};
+  if (savedChoices_ == chosen) return deps_.defaults.setDataLazily(preferencesKey, *bytes);
+  savedChoices_ = std::move(chosen);
+  deps_.defaults.setData(preferencesKey, *bytes);
 }
 
 void AppModel::resetPreferences() {

@@ -105,7 +105,8 @@ bool AppModel::restoreHoldings() {
                              std::to_string(dropped + newest->holdings.size()) +
                              " holdings unreadable, dropped");
       }
-    } else if (std::filesystem::is_regular_file(*holdingsURL_)) {
+    } else if (std::error_code missing;
+               std::filesystem::exists(std::filesystem::symlink_status(*holdingsURL_, missing))) {
       setAsideHoldingsFile(error.message());
     }
   }

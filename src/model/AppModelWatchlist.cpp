@@ -106,7 +106,10 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
                          std::to_string(maxWatchlistLength) + " a watchlist holds";
         newest.reset();
       }
-    } else if (fileProblem && std::filesystem::is_regular_file(*watchlistURL_)) {
+    } else if (std::error_code missing;
+               fileProblem &&
+               std::filesystem::exists(std::filesystem::symlink_status(*watchlistURL_, missing))) {
+      // A folder, a pipe, a file too large or one that cannot be opened.
       *fileProblem = error.message();
     }
   }
@@ -152,13 +155,16 @@ void AppModel::saveWatchlist() {
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {
   std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_);
-  if (auto error = writeFileAtomically(url, text))
+  if (!isReplaceable(url)) throw std::runtime_error("无法写入 " + url.string() + "：不是普通文件");
+  if (auto error = writeFileAtomically(url, text, NewFileAccess::document))
     throw std::system_error(error, "无法写入 " + url.string());
 }
 
 AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
   std::error_code error;
   auto bytes = readFile(url, error);
+  if (error == std::errc::file_too_large)
+    throw ModelError::invalidImport("文件超过 16 MB，不是自选列表");
   if (!bytes) throw std::system_error(error, "无法读取 " + url.string());
   auto document = json::parse(*bytes);
   if (!document) throw std::runtime_error("文件不是有效的 JSON");

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 
 #include "core/FileIO.h"
@@ -100,6 +102,70 @@ TEST(StoredFormats, Export) {
   EXPECT_EQ(readFile(file, error),
             "{\n  \"exportedAt\": \"2026-11-20T02:00:00Z\",\n  \"symbols\": [\n    \"03033\",\n"
             "    \"600519\",\n    \"NVDA\"\n  ],\n  \"version\": 1\n}\n");
+}
+
+// An export replaces a regular file or a link's file only, keeping the permissions it had; a new
+// one follows the umask. The app's own files are created for the user alone and keep a mode the
+// user gave them.
+TEST(StoredFormats, ExportAndSavesTouchOnlyRegularFilesAndKeepTheirPermissions) {
+  namespace fs = std::filesystem;
+  ModelHarness h;
+  auto m = h.make();
+  m->setWatchlist({"600519"});
+  const fs::path dir = h.folder.path();
+  const auto mode = [](const fs::path& p) {
+    return int(fs::status(p).permissions() & fs::perms::mask);
+  };
+  std::ofstream(dir / "kept.json") << "old";
+  fs::permissions(dir / "kept.json", fs::perms(0640));
+  std::ofstream(dir / "target.json") << "old";
+  fs::create_symlink(dir / "target.json", dir / "link.json");
+  fs::create_symlink(dir / "nowhere.json", dir / "dangling.json");
+  fs::create_directory(dir / "folder.json");
+  ASSERT_EQ(::mkfifo((dir / "pipe.json").c_str(), 0600), 0);
+  const struct {
+    const char* name;
+    mode_t umask;
+    int mode;  // of the file written, or -1 when refused
+  } exports[] = {
+      {"new.json", 022, 0644},  {"private.json", 077, 0600}, {"kept.json", 022, 0640},
+      {"link.json", 022, 0644}, {"dangling.json", 022, -1},  {"folder.json", 022, -1},
+      {"pipe.json", 022, -1},
+  };
+  for (const auto& e : exports) {
+    const mode_t before = ::umask(e.umask);
+    const fs::path file = dir / e.name;
+    std::string refused;
+    try {
+      m->exportWatchlist(file);
+    } catch (const std::exception& error) {
+      refused = error.what();
+    }
+    ::umask(before);
+    if (e.mode < 0) {
+      EXPECT_EQ(refused, "无法写入 " + file.string() + "：不是普通文件") << e.name;
+      continue;
+    }
+    EXPECT_EQ(refused, "") << e.name;
+    EXPECT_EQ(mode(file), e.mode) << e.name;
+    std::error_code error;
+    EXPECT_TRUE(readFile(file, error)->starts_with("{\n  \"exportedAt\"")) << e.name;
+  }
+  EXPECT_TRUE(fs::is_symlink(dir / "link.json"));
+  EXPECT_TRUE(fs::is_symlink(dir / "dangling.json"));
+  EXPECT_FALSE(fs::exists(dir / "nowhere.json"));
+  EXPECT_TRUE(fs::is_fifo(dir / "pipe.json"));
+  EXPECT_TRUE(fs::is_directory(dir / "folder.json"));
+
+  ASSERT_EQ(m->setHolding("600519", 1, 1), std::nullopt);
+  for (const char* own : {"watchlist.json", "holdings.json"})
+    EXPECT_EQ(mode(dir / own), 0600) << own;
+  fs::permissions(dir / "watchlist.json", fs::perms(0640));
+  m->setWatchlist({"600519", "NVDA"});
+  EXPECT_EQ(mode(dir / "watchlist.json"), 0640);
+  for (const auto& entry : fs::directory_iterator(dir))
+    EXPECT_FALSE(entry.path().filename().string().find(".json.") != std::string::npos)
+        << "a temporary file left: " << entry.path();
 }
 
 }  // namespace

@@ -103,13 +103,20 @@ TEST(Watchlist, AnUnreadableFileIsMovedAsideOrLeftAlone) {
       {"{blocked", List{"03033", " 03033"}, {"03033"}, "not a watchlist record"},
       {"{broken", List{}, {}, "not a watchlist record"},
       {start + "[\"600519\",\"00700\"]}", backup, {"600519", "00700"}, nullptr},
+      // A folder in the file's place, and a file far larger than any list, are set aside too.
+      {"{folder", backup, {"03033"}, "Is a directory"},
+      {start + "[" + std::string(16 << 20, ' ') + "]}", backup, {"03033"}, "File too large"},
   };
   for (const auto& [bytes, plain, list, problem] : cases) {
     ModelHarness h;
     const auto file = h.folder.path() / "watchlist.json";
     const auto aside = h.folder.path() / "watchlist.unreadable.json";
-    const bool blocked = bytes == "{blocked";
-    std::ofstream(file) << bytes;
+    const bool blocked = bytes == "{blocked", folder = bytes == "{folder";
+    if (folder) std::filesystem::create_directories(file / "inside");
+    if (!folder) std::ofstream(file) << bytes;
+    // What a write cut short by a kill left goes; a name of the user's beside it stays.
+    std::ofstream(h.folder.path() / "watchlist.json.a1B2c3") << "{half";
+    std::ofstream(h.folder.path() / "watchlist.json.mine") << "{mine";
     if (blocked) std::filesystem::create_directories(aside / "x");
     if (plain) h.store.setStringArray(AppModel::watchlistKey, *plain);
     if (!plain)
@@ -127,7 +134,11 @@ TEST(Watchlist, AnUnreadableFileIsMovedAsideOrLeftAlone) {
       expected.push_back(
           {file.string(), problem, blocked ? "" : aside.string(), blocked ? "Is a directory" : ""});
     EXPECT_EQ(m->setAsideRecords(), expected);
-    EXPECT_EQ(readFile(aside, error), problem && !blocked ? std::optional(bytes) : std::nullopt);
+    EXPECT_EQ(readFile(aside, error, SIZE_MAX),
+              problem && !blocked && !folder ? std::optional(bytes) : std::nullopt);
+    EXPECT_EQ(folder, std::filesystem::exists(aside / "inside"));
+    EXPECT_FALSE(std::filesystem::exists(h.folder.path() / "watchlist.json.a1B2c3"));
+    EXPECT_TRUE(std::filesystem::exists(h.folder.path() / "watchlist.json.mine"));
   }
 }
 
@@ -139,6 +150,8 @@ TEST(Watchlist, ImportRejectionsLeaveEverythingAsItWas) {
       {{"{not json"}, "文件不是有效的 JSON"},
       // One more than a watchlist holds.
       {{R"({"symbols":)" + manySymbols(5001) + "}"}, "自选最多 5000 个标的，文件中有 5001 个"},
+      {{R"({"symbols":["600519"],"pad":")" + std::string(16 << 20, 'x') + "\"}"},
+       "文件超过 16 MB，不是自选列表"},
   };
   ModelHarness h;
   auto m = h.make();
