@@ -168,16 +168,29 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   loadQtTranslations();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
-  SingleInstance instance;
-  switch (instance.claim()) {
+  QString runtimeNotice;
+  const QString runtime = SingleInstance::runtimeFolder(&runtimeNotice);
+  if (!runtimeNotice.isEmpty()) std::cerr << runtimeNotice.toStdString() << "\n";
+  SingleInstance instance(runtime.isEmpty() ? QString()
+                                            : runtime + QStringLiteral("/tidemark.socket"));
+  const SingleInstance::Claim claim = instance.claim();
+  if (!instance.notice.isEmpty()) std::cerr << instance.notice.toStdString() << "\n";
+  switch (claim) {
     case SingleInstance::Claim::first:
       break;
     case SingleInstance::Claim::forwarded:
       std::cerr << "tidemark: already running; its orb is shown\n";
       return 0;
     case SingleInstance::Claim::unresponsive:
-      std::cerr << "tidemark: another tidemark of yours is running but does not answer; end it "
-                   "(pkill -x tidemark) and start again\n";
+      std::cerr << "tidemark: another tidemark of yours is running";
+      if (instance.holder > 0) std::cerr << " (process " << instance.holder << ")";
+      std::cerr << " but does not answer; end it (";
+      if (instance.holder > 0) {
+        std::cerr << "kill " << instance.holder;
+      } else {
+        std::cerr << "pkill -x tidemark";
+      }
+      std::cerr << ") and start again\n";
       return 1;
   }
 

@@ -1,6 +1,12 @@
 #include "app/SingleInstance.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QLocalSocket>
 #include <QStandardPaths>
 #include <QThread>
@@ -23,9 +29,45 @@ QByteArray lineOf(SingleInstance::Request request) {
 
 }  // namespace
 
+QString SingleInstance::runtimeFolder(QString* notice) {
+  const uid_t uid = ::getuid();
+  // A folder, not a link, of the user's, that they may write; a private one also that nobody
+  // else could ever write to (then only read access is taken away from others).
+  const auto usable = [uid](const QByteArray& folder, bool privateOnly) {
+    struct stat info {};
+    if (::lstat(folder.constData(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != uid)
+      return false;
+    if (privateOnly && ((info.st_mode & 022) != 0 || ::chmod(folder.constData(), 0700) != 0))
+      return false;
+    return ::access(folder.constData(), W_OK | X_OK) == 0;
+  };
+  const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+  if (!runtime.isEmpty() && usable(runtime, false)) return QString::fromLocal8Bit(runtime);
+  const QString own = QDir::tempPath() + QStringLiteral("/tidemark-%1").arg(uid);
+  const QByteArray ownPath = QFile::encodeName(own);
+  ::mkdir(ownPath.constData(), 0700);  // or it is there already, and checked below
+  const QString why = runtime.isEmpty() ? QStringLiteral("$XDG_RUNTIME_DIR is not set")
+                                        : QStringLiteral(
+                                              "$XDG_RUNTIME_DIR (%1) is not a folder "
+                                              "of yours that you may write")
+                                              .arg(QString::fromLocal8Bit(runtime));
+  if (usable(ownPath, true)) {
+    if (notice)
+      *notice = QStringLiteral("tidemark: %1; the one-instance channel is in %2").arg(why, own);
+    return own;
+  }
+  if (notice)
+    *notice = QStringLiteral(
+                  "tidemark: %1, and %2 is not a private folder of yours; running without the "
+                  "one-instance channel, so a second start and tidemark --toggle-orb will not "
+                  "reach this app")
+                  .arg(why, own);
+  return {};
+}
+
 QString SingleInstance::defaultPath() {
-  return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
-         QStringLiteral("/tidemark.socket");
+  const QString folder = runtimeFolder();
+  return folder.isEmpty() ? QString() : folder + QStringLiteral("/tidemark.socket");
 }
 
 SingleInstance::SingleInstance(QString path, int answerMilliseconds)
@@ -48,8 +90,36 @@ bool SingleInstance::tell(const QString& path, Request request) {
 }
 
 SingleInstance::Claim SingleInstance::claim() {
+  if (path_.isEmpty()) return Claim::first;  // no runtime folder: said where it was chosen
+  const QString lockPath = path_ + QStringLiteral(".lock");
   if (!lock_.tryLock(0)) {
-    if (lock_.error() != QLockFile::LockFailedError) return Claim::first;  // no runtime folder
+    if (QFileInfo(lockPath).isDir()) {
+      notice = QStringLiteral(
+                   "tidemark: %1 is a folder, not a lock; running without the one-instance "
+                   "channel (remove the folder to have it back)")
+                   .arg(lockPath);
+      return Claim::first;
+    }
+    if (lock_.error() != QLockFile::LockFailedError) {
+      notice =
+          QStringLiteral("tidemark: cannot create %1; running without the one-instance channel")
+              .arg(lockPath);
+      return Claim::first;
+    }
+    // A holder names itself in the lock as it takes it; what names nobody (empty, damaged) is
+    // debris, unless a process still holds the lock's own file lock, which the removal respects.
+    QString host, application;
+    if (!lock_.getLockInfo(&holder, &host, &application)) {
+      QThread::msleep(100);  // a holder that is taking the lock right now has written it since
+      if (!lock_.getLockInfo(&holder, &host, &application) && lock_.removeStaleLockFile() &&
+          lock_.tryLock(0)) {
+        notice = QStringLiteral(
+                     "tidemark: took over %1, which named no running process (left "
+                     "damaged by an earlier run)")
+                     .arg(lockPath);
+        return listen();
+      }
+    }
     // The holder may still be starting: it listens early but answers from its event loop.
     const QDeadlineTimer deadline(answerMilliseconds_);
     do {
@@ -58,6 +128,10 @@ SingleInstance::Claim SingleInstance::claim() {
     } while (!deadline.hasExpired());
     return Claim::unresponsive;
   }
+  return listen();
+}
+
+SingleInstance::Claim SingleInstance::listen() {
   // The lock is ours: a socket left behind by a holder that died goes.
   QLocalServer::removeServer(path_);
   server_.setSocketOptions(QLocalServer::UserAccessOption);

@@ -22,17 +22,28 @@ class SingleInstance {
     unresponsive  // another process holds the lock but does not answer
   };
 
-  // "tidemark.socket" in $XDG_RUNTIME_DIR (Qt's runtime location); the lock is "<it>.lock".
+  // "tidemark.socket" in the runtime folder; the lock is "<it>.lock". Empty without a folder.
   static QString defaultPath();
+  // $XDG_RUNTIME_DIR when it is a folder of the user's that they may write; otherwise a private
+  // folder of the user's own in the temporary folder ("tidemark-<uid>", created 0700, its owner
+  // and mode checked); empty when neither can be had. `notice` says which, when not the first.
+  static QString runtimeFolder(QString* notice = nullptr);
 
   explicit SingleInstance(QString path = defaultPath(), int answerMilliseconds = 5000);
 
   Claim claim();
+  // What the claim found and did that the user should hear of: a lock left behind and taken
+  // over, a folder in the lock's place, no runtime folder; empty when all was as it should be.
+  QString notice;
+  // The process that holds the lock, when the claim found one that does not answer.
+  qint64 holder = 0;
   // Called in the running process for every later start and toggle.
   std::function<void(Request)> onRequest;
 
   // Asks the app running at `path`; answers whether it took the request.
   static bool tell(const QString& path, Request request);
+
+  Claim listen();
 
   QString path_;
   int answerMilliseconds_;

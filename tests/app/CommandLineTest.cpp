@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <fstream>
@@ -33,6 +35,8 @@
 
 namespace tidemark {
 namespace {
+
+using namespace Qt::StringLiterals;
 
 using testing::HasSubstr;
 using testing::Not;
@@ -616,9 +620,105 @@ TEST(SingleInstance, StaleLocksGoLaterStartsAreForwardedSilentHoldersReported) {
   EXPECT_EQ(later([&] { return int(SingleInstance::tell(path, Request::toggleMask)); }), 1);
   EXPECT_EQ(heard, (std::vector{Request::show, Request::toggleOrb, Request::toggleMask}));
 
-  // Nobody serves the socket while this thread is blocked: the holder does not answer.
-  EXPECT_EQ(SingleInstance(path, 300).claim(), SingleInstance::Claim::unresponsive);
+  // Nobody serves the socket while this thread is blocked: the holder does not answer, and is
+  // named by its process.
+  SingleInstance silent(path, 300);
+  EXPECT_EQ(silent.claim(), SingleInstance::Claim::unresponsive);
+  EXPECT_EQ(silent.holder, QCoreApplication::applicationPid());
   EXPECT_EQ(heard.size(), 3u);
+}
+
+// A lock that names nobody is debris, taken over and told; a folder in its place is told and
+// left alone, the app running without its channel.
+TEST(SingleInstance, DamagedLocksAreTakenOverAndAFolderIsTold) {
+  const std::pair<const char*, const char*> locks[] = {
+      {"",
+       "tidemark: took over LOCK, which named no running process (left damaged by an earlier "
+       "run)"},
+      {"\x01garbage",
+       "tidemark: took over LOCK, which named no running process (left damaged by "
+       "an earlier run)"},
+      {nullptr,
+       "tidemark: LOCK is a folder, not a lock; running without the one-instance channel "
+       "(remove the folder to have it back)"},
+  };
+  for (const auto& [contents, notice] : locks) {
+    test::TemporaryFolder folder;
+    const auto lock = folder.path() / "tidemark.socket.lock";
+    if (contents) {
+      std::ofstream(lock) << contents;
+    } else {
+      std::filesystem::create_directories(lock / "inside");
+    }
+    SingleInstance instance(QString::fromStdString((folder.path() / "tidemark.socket").string()));
+    EXPECT_EQ(instance.claim(), SingleInstance::Claim::first) << notice;
+    QString expected = QString::fromUtf8(notice);
+    expected.replace(u"LOCK"_s, QString::fromStdString(lock.string()));
+    EXPECT_EQ(instance.notice, expected);
+    EXPECT_EQ(std::filesystem::exists(lock / "inside"), !contents);
+  }
+}
+
+// The runtime folder: $XDG_RUNTIME_DIR when it is a folder of the user's, else a private one of
+// the user's own in the temporary folder, checked, else none; each said once.
+TEST(SingleInstance, ARuntimeFolderOfTheUsersOwnOrNone) {
+  test::TemporaryFolder tmp;
+  const std::string own = (tmp.path() / ("tidemark-" + std::to_string(::getuid()))).string();
+  const std::string file = (tmp.path() / "a-file").string();
+  std::ofstream(file) << "";
+  const struct {
+    const char* runtime;  // none: unset
+    const char* prepare;  // what stands at the private folder's place first
+    bool ownChosen;
+    const char* notice;
+  } cases[] = {
+      {"TMP", nullptr, false, ""},
+      {nullptr, nullptr, true,
+       "tidemark: $XDG_RUNTIME_DIR is not set; the one-instance channel is in OWN"},
+      {"FILE", "private", true,
+       "tidemark: $XDG_RUNTIME_DIR (FILE) is not a folder of yours that you may write; the "
+       "one-instance channel is in OWN"},
+      {nullptr, "open", false,
+       "tidemark: $XDG_RUNTIME_DIR is not set, and OWN is not a private folder of yours; running "
+       "without the one-instance channel, so a second start and tidemark --toggle-orb will not "
+       "reach this app"},
+      {nullptr, "link", false,
+       "tidemark: $XDG_RUNTIME_DIR is not set, and OWN is not a private folder of yours; running "
+       "without the one-instance channel, so a second start and tidemark --toggle-orb will not "
+       "reach this app"},
+  };
+  const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR"), savedTmp = qgetenv("TMPDIR");
+  qputenv("TMPDIR", QByteArray::fromStdString(tmp.path().string()));
+  for (const auto& c : cases) {
+    std::filesystem::remove_all(own);
+    const std::string prepare = c.prepare ? c.prepare : "";
+    if (prepare == "private") std::filesystem::create_directory(own);
+    if (prepare == "open") ::mkdir(own.c_str(), 0700), ::chmod(own.c_str(), 0777);
+    if (prepare == "link") std::filesystem::create_directory_symlink(tmp.path(), own);
+    const std::string runtime = !c.runtime                        ? ""
+                                : std::string(c.runtime) == "TMP" ? tmp.path().string()
+                                                                  : file;
+    if (c.runtime)
+      qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(runtime));
+    else
+      qunsetenv("XDG_RUNTIME_DIR");
+    QString notice;
+    const QString chosen = SingleInstance::runtimeFolder(&notice);
+    EXPECT_EQ(chosen.toStdString(), c.ownChosen                 ? own
+                                    : c.runtime && !c.notice[0] ? runtime
+                                                                : "")
+        << c.notice;
+    QString expected = QString::fromUtf8(c.notice);
+    expected.replace(u"OWN"_s, QString::fromStdString(own))
+        .replace(u"FILE"_s, QString::fromStdString(file));
+    EXPECT_EQ(notice, expected);
+    if (c.ownChosen)
+      EXPECT_EQ(int(std::filesystem::status(own).permissions() & std::filesystem::perms::mask),
+                0700);
+  }
+  for (const auto& [name, value] :
+       {std::pair{"XDG_RUNTIME_DIR", savedRuntime}, {"TMPDIR", savedTmp}})
+    value.isNull() ? qunsetenv(name) : qputenv(name, value);
 }
 
 }  // namespace
