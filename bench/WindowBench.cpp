@@ -3,12 +3,17 @@
 
 #include <benchmark/benchmark.h>
 
+#include <unistd.h>
+
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 
 #include <QApplication>
 #include <QImage>
 
 #include "BenchModel.h"
+#include "Symbols.h"
 #include "model/DemoMarket.h"
 #include "views/DetailView.h"
 #include "views/SettingsView.h"
@@ -85,6 +90,54 @@ void openWindow(benchmark::State& state) {
   }
 }
 BENCHMARK(openWindow)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
+
+// The settings window with 500 and 5,000 holdings (one per watched symbol, with demonstration
+// quotes): opened on the holdings section or on the first one, and one refresh of every quote
+// while the holdings section is shown.
+struct Held : Windows {
+  explicit Held(size_t count) {
+    model.setSourceMode(SourceMode::mock);
+    // Imported in one go, as a user's file would be: one save, not one per holding.
+    Json symbols = Json::array(), holdings = Json::array();
+    for (const std::string& symbol : bench::symbols(count)) {
+      symbols.push_back(symbol);
+      holdings.push_back({{"symbolID", symbol}, {"shares", 100}, {"cost", 10.5}});
+    }
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("tidemark-bench-" + std::to_string(::getpid()));
+    std::ofstream(file) << Json{{"symbols", symbols}, {"holdings", holdings}}.dump();
+    model.importWatchlist(file);
+    std::filesystem::remove(file);
+    model.refresh();
+    scheduler.advance(1);
+  }
+};
+
+void openSettingsWithHoldings(benchmark::State& state) {
+  Held w(size_t(state.range(0)));
+  const std::string section = state.range(1) ? "持仓盈亏" : "外观";
+  state.SetLabel(section);
+  for (auto _ : state)
+    w.open({960, 740}, [&] { return new SettingsView(w.model, w.clock, {}, section); });
+}
+BENCHMARK(openSettingsWithHoldings)
+    ->ArgsProduct({{500, 5000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+void refreshWithHoldingsShown(benchmark::State& state) {
+  Held w(size_t(state.range(0)));
+  SettingsView view(w.model, w.clock, {}, "持仓盈亏");
+  view.setAttribute(Qt::WA_DontShowOnScreen);
+  view.resize(960, 740);
+  view.show();
+  QApplication::processEvents();
+  for (auto _ : state) {
+    w.model.refresh();
+    w.scheduler.advance(3);
+    QApplication::processEvents();
+  }
+}
+BENCHMARK(refreshWithHoldingsShown)->Arg(500)->Arg(5000)->Unit(benchmark::kMillisecond);
 
 void repaintDetail(benchmark::State& state) {
   Windows w;

@@ -83,6 +83,7 @@ WindowContentFactory standardWindowContent(
       actions.setAutostart = setAutostart;
       actions.keys = keys;
       actions.keys.changed = [&d] { d.desktopKeysChanged(); };
+      actions.pageBuilt = [&d](QWidget& page) { d.partBuilt(page); };
       return new SettingsView(model, clock, std::move(actions), section);
     }
     return nullptr;
@@ -550,9 +551,11 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   }
   if (QWidget* existing = window(key)) {
     // The views carry no meta-object of their own, so a cast, not findChild, tells them apart.
+    // Found first and then told: showing a section builds it, which changes the children.
+    SettingsView* settings = nullptr;
     for (QWidget* child : existing->findChildren<QWidget*>())
-      if (auto* settings = dynamic_cast<SettingsView*>(child); settings && !section.empty())
-        settings->showSection(section);
+      if (!settings) settings = dynamic_cast<SettingsView*>(child);
+    if (settings && !section.empty()) settings->showSection(section);
     existing->show();
     existing->raise();
     existing->activateWindow();

@@ -87,6 +87,8 @@ class AppDelegate {
   std::string unavailableKeys() const;
   // The desktop's shortcuts for our toggles were added: the tooltip says so.
   void desktopKeysChanged();
+  // A window's part built after the window opened (a settings section) follows the desktop too.
+  void partBuilt(QWidget& part) { applySystemCalm(part); }
 
   void showHint(const std::string& text);
   // Whether the orb is shown; it may still stand aside for a window of ours (yieldsToWindow).

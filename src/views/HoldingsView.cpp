@@ -57,9 +57,44 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   empty_ = themedLabel(QStringLiteral("还没有持仓 · 在这里录入持有数量和成本价"), "muted", 13,
                        QFont::Normal, list);
   list->content().addWidget(empty_);
-  rows_ = new QVBoxLayout;
-  rows_->setSpacing(6);
-  list->content().addLayout(rows_);
+  // A view that creates only the rows it shows: thousands of holdings cost what a screenful does.
+  rows_ = new HoldingsListModel(this);
+  list_ = new QListView(list);
+  list_->setModel(rows_);
+  list_->setItemDelegate(new HoldingRowDelegate(*rows_, model_, list_));
+  list_->setUniformItemSizes(true);
+  list_->setFrameShape(QFrame::NoFrame);
+  list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  list_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+  list_->setSelectionMode(QAbstractItemView::SingleSelection);
+  list_->setAccessibleName(QStringLiteral("持仓列表"));
+  list_->viewport()->setAutoFillBackground(false);
+  list_->setStyleSheet(QStringLiteral("QListView { background: transparent; }"));
+  list->content().addWidget(list_);
+  auto* rowActions = new QHBoxLayout;
+  rowActions->setSpacing(6);
+  editRow_ = new QPushButton(QStringLiteral("编辑"), list);
+  editRow_->setToolTip(QStringLiteral("编辑所选持仓"));
+  removeRow_ = new QPushButton(QStringLiteral("删除"), list);
+  removeRow_->setToolTip(QStringLiteral("删除所选持仓"));
+  rowActions->addWidget(themedLabel(QStringLiteral("选中一行后编辑或删除；双击一行编辑。"), "muted",
+                                    12, QFont::Normal, list));
+  rowActions->addStretch();
+  rowActions->addWidget(editRow_);
+  rowActions->addWidget(removeRow_);
+  list->content().addLayout(rowActions);
+  QObject::connect(editRow_, &QPushButton::clicked, this, [this] { edit(selectedSymbol()); });
+  QObject::connect(removeRow_, &QPushButton::clicked, this,
+                   [this] { model_.removeHolding(selectedSymbol()); });
+  QObject::connect(list_, &QListView::doubleClicked, this,
+                   [this](const QModelIndex& index) { edit(rows_->symbol(index.row())); });
+  QObject::connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
+    const bool chosen = !selectedSymbol().empty();
+    editRow_->setEnabled(chosen);
+    removeRow_->setEnabled(chosen);
+  });
+  editRow_->setEnabled(false);
+  removeRow_->setEnabled(false);
   page->addWidget(list);
 
   auto* form = new ProductCard(QStringLiteral("添加持仓"), this);
@@ -133,12 +168,17 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
 }
 
 void HoldingsView::fillSymbols() {
+  // Indices are watched, never held.
+  std::vector<std::pair<std::string, std::string>> offered;
+  for (const QuoteSnapshot& quote : model_.watchedQuotes())
+    if (!quote.isIndex()) offered.emplace_back(quote.id, quote.name);
+  // Refilled only when the securities on offer changed, not on every refresh of their prices.
+  if (offered == offered_) return;
+  offered_ = std::move(offered);
   const QString chosen = symbol_->currentData().toString();
   const QSignalBlocker quiet(symbol_);
   symbol_->clear();
-  // Indices are watched, never held.
-  for (const QuoteSnapshot& quote : model_.watchedQuotes())
-    if (!quote.isIndex()) symbol_->addItem(q(quote.id + "  " + quote.name), q(quote.id));
+  for (const auto& [id, name] : offered_) symbol_->addItem(q(id + "  " + name), q(id));
   const int again = symbol_->findData(chosen);
   symbol_->setCurrentIndex(again >= 0 ? again : 0);
 }
@@ -253,63 +293,24 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   return card;
 }
 
-QWidget* HoldingsView::row(const AppModel::HoldingLine& line, QWidget* parent) {
-  const Holding& holding = *line.holding;
-  auto* row = new QFrame(parent);
-  row->setProperty("rowcard", true);
-  auto* grid = new QGridLayout(row);
-  grid->setContentsMargins(10, 8, 8, 8);
-  grid->setHorizontalSpacing(14);
-  grid->setVerticalSpacing(6);
-  const bool masked = model_.masked(), watched = line.watched;
-  const QuoteSnapshot* quote = line.quote;
-  const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
-  const std::string name = quote ? quote->name : "";
-  grid->addWidget(elidedLabel(q(holding.symbolID + (name.empty() ? "" : "  " + name)), nullptr,
-                              13.5, QFont::DemiBold, row),
-                  0, 0, 1, 3);
-  auto* buttons = new QHBoxLayout;
-  buttons->setSpacing(4);
-  for (const auto& [label, tip] : {std::pair{"编辑", "编辑持仓"}, {"删除", "删除持仓"}}) {
-    auto* button = new QPushButton(QString::fromUtf8(label), row);
-    button->setProperty("flat", true);
-    button->setToolTip(QString::fromUtf8(tip));
-    button->setCursor(Qt::PointingHandCursor);
-    const std::string symbol = holding.symbolID;
-    const bool remove = std::string_view(label) == "删除";
-    QObject::connect(button, &QPushButton::clicked, this, [this, symbol, remove] {
-      if (remove) {
-        model_.removeHolding(symbol);
-      } else {
-        edit(symbol);
-      }
-    });
-    buttons->addWidget(button);
-  }
-  grid->addLayout(buttons, 0, 3, Qt::AlignRight);
-  grid->addWidget(figure(QStringLiteral("持有"), text(sharesText(holding.shares)), row), 1, 0);
-  grid->addWidget(figure(QStringLiteral("成本"), text(priceText(holding.cost)), row), 1, 1);
-  if (!quote) {
-    auto* why = themedLabel(watched ? QStringLiteral("暂无行情") : QStringLiteral("不在自选中"),
-                            "muted", 12.5, QFont::Normal, row);
-    why->setWordWrap(false);
-    grid->addWidget(why, 1, 2, 1, 2);
-    return row;
-  }
-  const HoldingFigures f = holdingFigures(holding, *quote);
-  grid->addWidget(figure(QStringLiteral("现价"), text(priceText(quote->price)), row), 1, 2);
-  grid->addWidget(figure(QStringLiteral("市值"), text(amountText(f.marketValue)), row), 1, 3);
-  grid->addWidget(figure(QStringLiteral("今日盈亏"), text(profitText(f.dayProfit, f.dayProfitPct)),
-                         row, masked ? std::nullopt : std::optional(f.dayProfit)),
-                  2, 0, 1, 2);
-  grid->addWidget(
-      figure(QStringLiteral("持有盈亏"), text(profitText(f.totalProfit, f.totalProfitPct)), row,
-             masked ? std::nullopt : std::optional(f.totalProfit)),
-      2, 2, 1, 2);
-  return row;
+std::string HoldingsView::selectedSymbol() const {
+  const QModelIndex current = list_->currentIndex();
+  return current.isValid() ? rows_->symbol(current.row()) : std::string();
+}
+
+void HoldingsView::selectRow(const std::string& symbol) {
+  for (int i = 0; i < rows_->rowCount(); ++i)
+    if (rows_->symbol(i) == symbol) list_->setCurrentIndex(rows_->index(i));
+}
+
+void HoldingsView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  refresh();
 }
 
 void HoldingsView::refresh() {
+  // Nothing is worked out for a section nobody looks at; it catches up when it is shown.
+  if (!isVisible()) return;
   fillSymbols();
   // A holding being edited is shown again in bullets when masked, and in figures after.
   if (formMasked_ != model_.masked()) fillForm();
@@ -317,36 +318,47 @@ void HoldingsView::refresh() {
     const QSignalBlocker quiet(tray_);
     tray_->setChecked(model_.showsDayProfitInTray());
   }
-  // Rebuilt only when something they show changed.
   const auto lines = model_.holdingLines();
+  const std::string chosen = selectedSymbol();
+  rows_->setRows(holdingRows(lines, model_.masked()));
+  if (!chosen.empty() && selectedSymbol() != chosen) selectRow(chosen);
+  const int shownRows = std::min(rows_->rowCount(), 6);
+  list_->setFixedHeight(shownRows * HoldingRowDelegate::rowHeight + 2);
+  list_->setVisible(shownRows > 0);
+  empty_->setVisible(model_.holdings().empty());
+
+  // The cards, one per currency, are rebuilt only when something they show changed.
+  const auto totals = model_.holdingsTotals(lines);
   std::string shown = std::to_string(model_.masked()) + std::to_string(int(model_.theme()));
-  for (const AppModel::HoldingLine& line : lines) {
-    const Holding& h = *line.holding;
-    shown += "|" + h.symbolID + std::to_string(h.shares) + std::to_string(h.cost) +
-             std::to_string(line.watched);
-    if (const QuoteSnapshot* quote = line.quote)
-      shown += quote->name + std::to_string(quote->price) + std::to_string(quote->prevClose);
-  }
+  for (const HoldingsTotal& t : totals)
+    shown += "|" + t.currency + std::to_string(t.marketValue) + std::to_string(t.dayProfit) +
+             std::to_string(t.totalProfit) + std::to_string(t.missing) +
+             std::to_string(t.dayProfitPct.value_or(-1e300)) +
+             std::to_string(t.totalProfitPct.value_or(-1e300));
   if (shown == shown_) return;
   shown_ = std::move(shown);
   clearLayout(summaries_);
   // Shown at once, not on a later turn as a layout would.
-  for (const HoldingsTotal& total : model_.holdingsTotals(lines)) {
+  for (const HoldingsTotal& total : totals) {
     QWidget* card = summaryCard(total, this);
     summaries_->addWidget(card);
     card->show();
   }
-  clearLayout(rows_);
-  for (const AppModel::HoldingLine& line : lines) {
-    QWidget* widget = row(line, this);
-    rows_->addWidget(widget);
-    widget->show();
-  }
-  empty_->setVisible(model_.holdings().empty());
 }
 
 QStringList HoldingsView::shownTexts() const {
-  return tidemark::shownTexts(this);
+  QStringList texts = tidemark::shownTexts(this);
+  // The rows are painted, not labels: their texts follow the list's place among the rest.
+  QStringList rows;
+  for (int i = 0; i < rows_->rowCount() && list_->isVisible(); ++i) {
+    const HoldingRowTexts row = holdingRowTexts(rows_->row(i));
+    rows << row.title;
+    for (const auto& [caption, value] : row.figures) rows << caption << value;
+    if (!row.why.isEmpty()) rows << row.why;
+  }
+  const qsizetype at = texts.indexOf(QStringLiteral("选中一行后编辑或删除；双击一行编辑。"));
+  for (qsizetype k = 0; k < rows.size(); ++k) texts.insert(at < 0 ? texts.size() : at + k, rows[k]);
+  return texts;
 }
 
 }  // namespace tidemark

@@ -7,12 +7,14 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <QWidget>
 
 #include "core/ChangeSignal.h"
 #include "model/AppModel.h"
+#include "views/HoldingsList.h"
 #include "views/OncePerTurn.h"
 #include "views/Theme.h"
 
@@ -38,8 +40,11 @@ class HoldingsView final : public QWidget {
   void edit(const std::string& symbol);
   QString message() const { return message_->text(); }
   QWidget& question() { return *question_; }
-  // Every text the section shows, in order.
+  // Every text the section shows, in order, the rows' painted ones included.
   QStringList shownTexts() const;
+  QListView& list() { return *list_; }
+  // Selects the row of a holding, as a click on it does.
+  void selectRow(const std::string& symbol);
 
  private:
   void refresh();
@@ -49,11 +54,15 @@ class HoldingsView final : public QWidget {
   void save(const std::string& symbol, double shares, double cost);
   void moveToUnheld();
   QWidget* summaryCard(const HoldingsTotal& total, QWidget* parent);
-  QWidget* row(const AppModel::HoldingLine& line, QWidget* parent);
+  std::string selectedSymbol() const;
+  void showEvent(QShowEvent* event) override;
 
   AppModel& model_;
   QVBoxLayout* summaries_;
-  QVBoxLayout* rows_;
+  HoldingsListModel* rows_;
+  QListView* list_;
+  QPushButton* editRow_;
+  QPushButton* removeRow_;
   QLabel* empty_;
   QComboBox* symbol_;
   QLineEdit* shares_;
@@ -70,7 +79,8 @@ class HoldingsView final : public QWidget {
   // An add of a security already held, waiting for the answer to the question.
   std::optional<Holding> pending_;
   ProductSwitch* tray_;
-  std::string shown_;  // what the summaries and rows were last built from
+  std::string shown_;  // what the summary cards were last built from
+  std::vector<std::pair<std::string, std::string>> offered_;  // the picker's codes and names
   ChangeSignal::Subscription subscription_;
   OncePerTurn refreshes_{this, [this] { refresh(); }};
 };

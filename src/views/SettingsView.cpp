@@ -113,7 +113,7 @@ const std::vector<std::string>& SettingsView::sections() {
 
 SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
                            const std::string& initialSection, QWidget* parent)
-    : QWidget(parent), model_(model), actions_(std::move(actions)) {
+    : QWidget(parent), model_(model), actions_(std::move(actions)), clock_(clock) {
   if (!actions_.confirmReset)
     actions_.confirmReset = [this] {
       return QMessageBox::question(this, QStringLiteral("恢复默认设置"),
@@ -157,19 +157,33 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   sideLayout->addWidget(reset);
   layout->addWidget(side);
 
+  // Each section is built when it is first shown: a window opened on one section does not pay
+  // for the others (a long watchlist's rows, thousands of holdings).
   stack_ = new QStackedWidget(this);
-  stack_->addWidget(scrollingArea(appearancePage()));
-  detail_ = new DetailView(model, actions_.close, actions_.openAlert);
-  stack_->addWidget(scrollingArea(detail_));
-  watchlist_ = new WatchlistView(model, clock);
-  stack_->addWidget(new SectionPage(watchlist_));
-  holdings_ = new HoldingsView(model);
-  stack_->addWidget(scrollingArea(holdings_));
-  stack_->addWidget(scrollingArea(sourcePage()));
-  stack_->addWidget(scrollingArea(alertPage()));
+  builders_ = {
+      [this] { return scrollingArea(appearancePage()); },
+      [this] {
+        detail_ = new DetailView(model_, actions_.close, actions_.openAlert);
+        return scrollingArea(detail_);
+      },
+      [this] {
+        watchlist_ = new WatchlistView(model_, clock_);
+        return new SectionPage(watchlist_);
+      },
+      [this] {
+        holdings_ = new HoldingsView(model_);
+        return scrollingArea(holdings_);
+      },
+      [this] { return scrollingArea(sourcePage()); },
+      [this] { return scrollingArea(alertPage()); },
+  };
+  for (size_t k = 0; k < builders_.size(); ++k) stack_->addWidget(new QWidget);
   layout->addWidget(stack_, 1);
-  QObject::connect(list_, &QListWidget::currentRowChanged, stack_,
-                   &QStackedWidget::setCurrentIndex);
+  QObject::connect(list_, &QListWidget::currentRowChanged, stack_, [this](int row) {
+    if (row < 0) return;
+    ensurePage(row);
+    stack_->setCurrentIndex(row);
+  });
 
   showSection(initialSection);
   subscription_ = model.subscribe([this] {
@@ -193,10 +207,47 @@ std::string SettingsView::currentSection() const {
   return sections()[size_t(std::max(0, list_->currentRow()))];
 }
 
-QWidget* SettingsView::page(const std::string& section) const {
+QWidget* SettingsView::page(const std::string& section) {
   const auto& names = sections();
   const auto it = std::find(names.begin(), names.end(), section);
-  return it == names.end() ? nullptr : stack_->widget(int(it - names.begin()));
+  return it == names.end() ? nullptr : ensurePage(int(it - names.begin()));
+}
+
+QWidget* SettingsView::ensurePage(int index) {
+  auto& build = builders_[size_t(index)];
+  if (!build) return stack_->widget(index);
+  QWidget* page = std::exchange(build, nullptr)();
+  QWidget* placeholder = stack_->widget(index);
+  stack_->insertWidget(index, page);
+  stack_->removeWidget(placeholder);
+  delete placeholder;
+  if (list_->currentRow() == index) stack_->setCurrentIndex(index);
+  // What was said before the page existed, and the model's state, shown on it now.
+  setTransfer(transferText_);
+  setShortcutNotice(shortcutText_);
+  sync();
+  if (actions_.pageBuilt) actions_.pageBuilt(*page);
+  return page;
+}
+
+DetailView& SettingsView::detail() {
+  ensurePage(1);
+  return *detail_;
+}
+
+WatchlistView& SettingsView::watchlist() {
+  ensurePage(2);
+  return *watchlist_;
+}
+
+HoldingsView& SettingsView::holdings() {
+  ensurePage(3);
+  return *holdings_;
+}
+
+void SettingsView::setTransfer(const QString& text) {
+  transferText_ = text;
+  if (transfer_) transfer_->setText(text);
 }
 
 void SettingsView::sync() {
@@ -534,6 +585,8 @@ QWidget* SettingsView::alertPage() {
 }
 
 void SettingsView::setShortcutNotice(const QString& text) {
+  shortcutText_ = text;
+  if (!shortcutNotice_) return;
   shortcutNotice_->setText(text);
   shortcutNotice_->setVisible(!text.isEmpty());
 }
@@ -547,11 +600,11 @@ void SettingsView::exportWatchlist() {
   if (path.isEmpty()) return;
   try {
     model_.exportWatchlist(path.toStdString());
-    transfer_->setText(QStringLiteral("已导出到 ") + path);
+    setTransfer(QStringLiteral("已导出到 ") + path);
   } catch (const std::system_error&) {
-    transfer_->setText(QStringLiteral("导出失败：无法写入 ") + path);
+    setTransfer(QStringLiteral("导出失败：无法写入 ") + path);
   } catch (const std::exception& error) {
-    transfer_->setText(QStringLiteral("导出失败：") + QString::fromUtf8(error.what()));
+    setTransfer(QStringLiteral("导出失败：") + QString::fromUtf8(error.what()));
   }
 }
 
@@ -564,11 +617,11 @@ void SettingsView::importWatchlist() {
     if (result.holdings) text += QStringLiteral("、%1 项持仓").arg(*result.holdings);
     if (result.skippedHoldings > 0)
       text += QStringLiteral("（跳过 %1 项无效持仓）").arg(result.skippedHoldings);
-    transfer_->setText(text);
+    setTransfer(text);
   } catch (const std::system_error&) {
-    transfer_->setText(QStringLiteral("导入失败：无法读取 ") + path);
+    setTransfer(QStringLiteral("导入失败：无法读取 ") + path);
   } catch (const std::exception& error) {
-    transfer_->setText(QStringLiteral("导入失败：") + QString::fromUtf8(error.what()));
+    setTransfer(QStringLiteral("导入失败：") + QString::fromUtf8(error.what()));
   }
 }
 

@@ -50,6 +50,8 @@ class SettingsView final : public QWidget {
     std::function<bool()> autostartEnabled;
     std::function<std::optional<std::string>(bool on)> setAutostart;
     DesktopKeys keys;
+    // Told of each section's page as it is built, when it is first shown.
+    std::function<void(QWidget& page)> pageBuilt;
   };
 
   static const std::vector<std::string>& sections();
@@ -59,21 +61,22 @@ class SettingsView final : public QWidget {
 
   void showSection(const std::string& section);
   std::string currentSection() const;
-  QWidget* page(const std::string& section) const;
-  DetailView& detail() { return *detail_; }
-  WatchlistView& watchlist() { return *watchlist_; }
-  HoldingsView& holdings() { return *holdings_; }
+  // A section's page, built now if it was not yet: each is built when first shown or asked for.
+  QWidget* page(const std::string& section);
+  DetailView& detail();
+  WatchlistView& watchlist();
+  HoldingsView& holdings();
 
   // What the settings say of the global keys: empty while both are the app's, else which other
   // programs hold.
   void setShortcutNotice(const QString& text);
-  QString shortcutNotice() const { return shortcutNotice_->text(); }
+  QString shortcutNotice() const { return shortcutText_; }
 
   void resetPreferences();
   void exportWatchlist();
   void importWatchlist();
   // The outcome of the last import or export, in words.
-  QString transferMessage() const { return transfer_->text(); }
+  QString transferMessage() const { return transferText_; }
 
  private:
   QWidget* appearancePage();
@@ -82,14 +85,19 @@ class SettingsView final : public QWidget {
   QWidget* alertPage();
   void sync();
   void showEvent(QShowEvent*) override;
+  QWidget* ensurePage(int index);
+  void setTransfer(const QString& text);
 
   AppModel& model_;
   Actions actions_;
   QListWidget* list_;
   QStackedWidget* stack_;
-  DetailView* detail_;
-  WatchlistView* watchlist_;
-  HoldingsView* holdings_;
+  const Clock& clock_;
+  DetailView* detail_ = nullptr;
+  WatchlistView* watchlist_ = nullptr;
+  HoldingsView* holdings_ = nullptr;
+  std::vector<std::function<QWidget*()>> builders_;  // one per section, until it is built
+  QString transferText_, shortcutText_;
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
   QLabel* shortcutNotice_ = nullptr;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QListView>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -63,7 +64,16 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
     EXPECT_TRUE(texts.contains(QString::fromUtf8(shown))) << shown;
   EXPECT_FALSE(texts.contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
 
-  // Edit fills the form from the row; saving replaces the holding.
+  // Edit and delete act on the row clicked; none is chosen at first.
+  const auto clickRow = [&](int row, bool twice = false) {
+    QListView& list = view.list();
+    const QPoint at = list.visualRect(list.model()->index(row, 0)).center();
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, at);
+    if (twice) QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, at);
+  };
+  EXPECT_FALSE(button(view, u"编辑"_s)->isEnabled());
+  EXPECT_FALSE(button(view, u"删除"_s)->isEnabled());
+  clickRow(0);
   button(view, u"编辑"_s)->click();
   EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"100"_s, u"1500.5"_s));
   enter(u"200"_s, u"1500.5"_s);
@@ -80,6 +90,17 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
   d.model->setMasked(false);
   settle();
 
+  // A double click edits too; delete removes the chosen row only.
+  ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);
+  settle();
+  view.shares().clear();
+  clickRow(1, true);
+  EXPECT_EQ(view.shares().text(), u"2"_s);
+  clickRow(0);
+  button(view, u"删除"_s)->click();
+  settle();
+  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"00700", 2, 0}}));
+  clickRow(0);
   button(view, u"删除"_s)->click();
   settle();
   EXPECT_TRUE(d.model->holdings().empty());
