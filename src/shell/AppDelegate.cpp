@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QScreen>
 #include <QScrollArea>
+#include <QShortcut>
 #include <QStyleHints>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -585,6 +586,9 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   layout->addWidget(scrollingArea(root, window, true));
   applySystemCalm(*window);
   tellShortcuts(*window);
+  // Esc closes every window of ours, as a dialog closes; an open popup takes it first.
+  auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), window);
+  QObject::connect(escape, &QShortcut::activated, window, [this, key] { closeWindow(key); });
   window->installEventFilter(windowWatcher_.get());
   windows_[key] = window;
   window->show();

@@ -3,7 +3,9 @@
 #include <system_error>
 
 #include <QButtonGroup>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMessageBox>
 #include <QPainter>
@@ -48,6 +50,12 @@ class ThemeSwatch final : public QPushButton {
     painter.setPen(isChecked() ? QPen(qt(own.auroraB()), 2.5) : QPen(qt(own.line()), 1));
     painter.setBrush(qt(own.background()));
     painter.drawRoundedRect(tile, 14, 14);
+    if (hasFocus()) {
+      // In the window's own accent, for the swatch's colours are another theme's.
+      painter.setBrush(Qt::NoBrush);
+      painter.setPen(QPen(palette().color(QPalette::Highlight), 1.5, Qt::DashLine));
+      painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 15, 15);
+    }
     paintOrbSphere(painter, tile.center(), 38, own, own.auroraA(), false);
     painter.setPen(palette().color(QPalette::WindowText));
     painter.setFont(uiFont(12, isChecked() ? QFont::DemiBold : QFont::Normal));
@@ -124,9 +132,9 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
     actions_.chooseFile = [this](bool save) {
       const QString filter = QStringLiteral("自选文件 (*.json)");
       return save ? QFileDialog::getSaveFileName(this, QStringLiteral("导出自选"),
-                                                 QStringLiteral("tidemark-watchlist.json"), filter)
-                  : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"), QString(),
-                                                 filter);
+                                                 fileDialogStart(true), filter)
+                  : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"),
+                                                 fileDialogStart(false), filter);
     };
 
   auto* layout = new QHBoxLayout(this);
@@ -595,9 +603,14 @@ void SettingsView::resetPreferences() {
   if (actions_.confirmReset && actions_.confirmReset()) model_.resetPreferences();
 }
 
+QString SettingsView::fileDialogStart(bool save) const {
+  return save ? lastFolder_ + QStringLiteral("/tidemark-watchlist.json") : lastFolder_;
+}
+
 void SettingsView::exportWatchlist() {
   const QString path = actions_.chooseFile(true);
   if (path.isEmpty()) return;
+  lastFolder_ = QFileInfo(path).absolutePath();
   try {
     model_.exportWatchlist(path.toStdString());
     setTransfer(QStringLiteral("已导出到 ") + path);
@@ -611,6 +624,7 @@ void SettingsView::exportWatchlist() {
 void SettingsView::importWatchlist() {
   const QString path = actions_.chooseFile(false);
   if (path.isEmpty()) return;
+  lastFolder_ = QFileInfo(path).absolutePath();
   try {
     const auto result = model_.importWatchlist(path.toStdString());
     QString text = QStringLiteral("已导入 %1 个标的").arg(result.symbols);

@@ -7,6 +7,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QListWidget>
 #include <QStackedWidget>
@@ -75,6 +76,9 @@ class SettingsView final : public QWidget {
   void resetPreferences();
   void exportWatchlist();
   void importWatchlist();
+  // Where the file dialogs start: the folder of the last import or export, at first the home
+  // folder (never the process's working folder); for an export with the file's usual name.
+  QString fileDialogStart(bool save) const;
   // The outcome of the last import or export, in words.
   QString transferMessage() const { return transferText_; }
 
@@ -98,6 +102,7 @@ class SettingsView final : public QWidget {
   HoldingsView* holdings_ = nullptr;
   std::vector<std::function<QWidget*()>> builders_;  // one per section, until it is built
   QString transferText_, shortcutText_;
+  QString lastFolder_ = QDir::homePath();
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
   QLabel* shortcutNotice_ = nullptr;

@@ -46,9 +46,9 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   layout->setContentsMargins(24, 8, 24, 24);
   layout->setSpacing(12);
   layout->addWidget(themedLabel(QString::fromUtf8("价格预警"), nullptr, 22, QFont::Bold, this));
-  layout->addWidget(themedLabel(
-      QString::fromUtf8("行情达到条件时，灵球会显示提醒脉冲，并通过桌面的通知服务发出桌面通知。"),
-      "secondary", 12, QFont::Normal, this));
+  layout->addWidget(
+      themedLabel(QString::fromUtf8("行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。"),
+                  "secondary", 12, QFont::Normal, this));
 
   symbol_ = new QComboBox(this);
   // The alert's own security while it is watched, else the active one.

@@ -90,13 +90,17 @@ QPushButton { background: %13; color: %1; border: 1px solid %5; border-radius: 8
 QPushButton:hover { border-color: %7; }
 QPushButton:pressed { background: %9; }
 QPushButton:disabled { color: %3; }
+QPushButton:focus { border: 2px solid %7; padding: 5px 13px; }
 QPushButton[primary="true"] { background: qlineargradient(x1:0, y1:0, x2:1, y2:1,
   stop:0 %6, stop:1 %7); color: %10; border: none; font-weight: 600; }
 QPushButton[pill="true"] { border-radius: 13px; padding: 4px 14px; }
 QPushButton[pill="true"][selected="true"] { background: %8; border: 2px solid %7; padding: 3px 13px; }
+QPushButton[pill="true"]:focus { border: 2px dashed %1; padding: 3px 13px; }
+QPushButton[primary="true"]:focus { border: 2px solid %1; }
 QPushButton[flat="true"] { background: transparent; border: none; padding: 3px 7px;
   font-size: 13px; }
 QPushButton[flat="true"]:hover { background: %9; }
+QPushButton[flat="true"]:focus { border: 1px solid %7; padding: 2px 6px; }
 QLineEdit { background: %13; color: %1; border: 1px solid %5;
   border-radius: 8px; padding: 5px 8px; selection-background-color: %7; }
 QLineEdit:focus { border-color: %7; }

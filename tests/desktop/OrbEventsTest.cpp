@@ -438,6 +438,55 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   EXPECT_FALSE(d.windows.region.contains(d.at({130, 130})));
 }
 
+// Esc closes each window of ours from wherever the focus is in it.
+TEST(Delegate, EscClosesEachWindow) {
+  for (const char* key : {"settings", "alert", "guide"}) {
+    Desktop d;
+    d.delegate->openWindow(key);
+    QWidget* window = d.delegate->window(key);
+    ASSERT_TRUE(window) << key;
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << key;
+    QWidget* focus = QApplication::focusWidget() ? QApplication::focusWidget() : window;
+    QTest::keyClick(focus, Qt::Key_A);
+    EXPECT_TRUE(window->isVisible()) << key << ": only Esc closes it";
+    QTest::keyClick(focus, Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible()) << key;
+  }
+}
+
+// Every control the Tab key reaches looks different with the focus, in a dark and a light
+// theme, in each window.
+TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
+  for (const AppTheme theme : {AppTheme::dark, AppTheme::light}) {
+    for (const char* key : {"settings", "alert", "guide"}) {
+      Desktop d;
+      d.model->setTheme(theme);
+      d.delegate->openWindow(key);
+      QWidget* window = d.delegate->window(key);
+      ASSERT_TRUE(window);
+      window->activateWindow();
+      ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+      int checked = 0;
+      for (QWidget* control : window->findChildren<QWidget*>()) {
+        if (!control->isVisible() || !(control->focusPolicy() & Qt::TabFocus) ||
+            qobject_cast<QScrollArea*>(control) || control->inherits("QAbstractItemView"))
+          continue;
+        window->setFocus();
+        QApplication::processEvents();
+        const QImage before = control->grab().toImage();
+        control->setFocus(Qt::TabFocusReason);
+        QApplication::processEvents();
+        EXPECT_NE(control->grab().toImage(), before)
+            << key << " " << rawValue(theme) << ": " << control->metaObject()->className() << " "
+            << control->accessibleName().toStdString();
+        ++checked;
+      }
+      EXPECT_GE(checked, 1) << key;
+    }
+  }
+}
+
 TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings("外观");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -275,6 +277,9 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
 TEST_F(Windows, ImportAndExportReportInWords) {
   auto view = settings("数据源");
   const auto path = h.folder.path() / "list.json";
+  // The dialogs start in the home folder, then where the last file was chosen.
+  EXPECT_EQ(view->fileDialogStart(true), QDir::homePath() + u"/tidemark-watchlist.json"_s);
+  EXPECT_EQ(view->fileDialogStart(false), QDir::homePath());
   chosen = QString();
   view->importWatchlist();  // cancelled
   EXPECT_EQ(view->transferMessage(), QString());
@@ -283,6 +288,7 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   EXPECT_EQ(view->transferMessage(), u"导入失败：无法读取 "_s + chosen);
   view->exportWatchlist();
   EXPECT_EQ(view->transferMessage(), u"已导出到 "_s + chosen);
+  EXPECT_EQ(view->fileDialogStart(false), QString::fromStdString(h.folder.path().string()));
   model->remove("NVDA");
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"已导入 5 个标的"_s);
@@ -297,6 +303,11 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   chosen = u"/proc/no/such/folder/list.json"_s;
   view->exportWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 "_s + chosen);
+  // What is not a regular file is never replaced, a device least of all.
+  chosen = u"/dev/null"_s;
+  view->exportWatchlist();
+  EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 /dev/null：不是普通文件"_s);
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 // Five minutes and ten seconds after a load from a live source: current while no market is
