@@ -77,9 +77,10 @@ QString modeDescription(SourceMode mode) {
       return QStringLiteral(
           "实时行情，依次尝试 stock-sdk、腾讯和新浪，一个失败就换下一个（推荐）。");
     case SourceMode::tencent:
-      return QStringLiteral("只用腾讯的实时行情。");
+      return QStringLiteral(
+          "腾讯的实时行情为先，失败时换 stock-sdk 和新浪；港股请用自动容错或 stock-sdk。");
     case SourceMode::sina:
-      return QStringLiteral("只用新浪的实时行情。");
+      return QStringLiteral("新浪的实时行情为先，失败时换 stock-sdk 和腾讯。");
     case SourceMode::stockSDK:
       return QStringLiteral("通过 Node.js 运行 stock-sdk 取实时行情，本机需要装有 Node.js。");
   }

@@ -113,6 +113,8 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   search_->setClearButtonEnabled(true);
   QObject::connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
     filters_.search = text.toStdString();
+    // A cleared search takes its results with it, and any answer still on its way.
+    if (text.trimmed().isEmpty()) model_.searchSource(std::string());
     refresh();
   });
   QObject::connect(search_, &QLineEdit::returnPressed, this, [this] { submitSearch(); });

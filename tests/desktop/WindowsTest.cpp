@@ -337,7 +337,9 @@ TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
     SettingsView settings(*m, home.clock, std::move(none), "数据源");
     const QString quiet = u"\n自选的市场都未开市，每 5 分钟刷新一次。"_s;
     EXPECT_TRUE(named<QLabel>(
-        settings, u"只用腾讯的实时行情。\n当前来源：腾讯行情"_s + (stale ? QString() : quiet)))
+        settings,
+        u"腾讯的实时行情为先，失败时换 stock-sdk 和新浪；港股请用自动容错或 stock-sdk。\n当前来源：腾讯行情"_s +
+            (stale ? QString() : quiet)))
         << instant;
   }
 }
@@ -541,7 +543,12 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   ASSERT_EQ(model->sourceSearchResults().size(), 1u);
   named<QPushButton>(view, u"加入"_s)->click();
   EXPECT_EQ(model->watchlist().back(), "sh000001");
-  view.setSearch("");
+  settle();
+  const auto found = view.shownTexts().count(u"sh000001  上证指数"_s);
+  view.setSearch("");  // a cleared search leaves no result behind
+  settle();
+  EXPECT_EQ(model->sourceSearchResults().size(), 0u);
+  EXPECT_EQ(view.shownTexts().count(u"sh000001  上证指数"_s), found - 1);
   view.choose("market", "A股指数");
   EXPECT_EQ(rows(), (Strings{"sh000001"}));
   view.choose("market", "全部");
