@@ -27,6 +27,9 @@ constexpr std::array<std::string_view, 6> allowedDomains{
     "gtimg.cn", "sinajs.cn", "sina.com.cn", "1234567.com.cn", "eastmoney.com", "yahoo.com"};
 
 bool isAllowedHost(const std::string& host) {
+  // Letters, digits, hyphens and dots only: a percent-escape or any other sign is no host name.
+  for (char c : host)
+    if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '.')) return false;
   for (std::string_view domain : allowedDomains) {
     if (host == domain) return true;
     if (host.size() > domain.size() && host.ends_with(domain) &&

@@ -11,11 +11,30 @@ struct Shortcut {
   const char* name;
   const char* binding;
   const char* option;
+  const char* keys;  // as the user reads them
 };
 const Shortcut shortcuts[] = {
-    {GnomeShortcuts::orbPath, "潮汐栏：显示或隐藏灵球", "<Control><Alt>space", "--toggle-orb"},
-    {GnomeShortcuts::maskPath, "潮汐栏：遮蔽行情数字", "<Control><Alt>m", "--toggle-mask"},
+    {GnomeShortcuts::orbPath, "潮汐栏：显示或隐藏灵球", "<Control><Alt>space", "--toggle-orb",
+     "Ctrl+Alt+Space"},
+    {GnomeShortcuts::maskPath, "潮汐栏：遮蔽行情数字", "<Control><Alt>m", "--toggle-mask",
+     "Ctrl+Alt+M"},
 };
+
+// A GNOME accelerator in one spelling: modifiers in order, <Primary> and <Ctrl> as <Control>,
+// the key in lower case ("<Primary><Alt>M" and "<Alt><Control>m" are one binding).
+QString normalBinding(QString binding) {
+  binding = binding.toLower()
+                .replace(QStringLiteral("<primary>"), QStringLiteral("<control>"))
+                .replace(QStringLiteral("<ctrl>"), QStringLiteral("<control>"));
+  QStringList modifiers;
+  while (binding.startsWith(u'<') && binding.contains(u'>')) {
+    const qsizetype end = binding.indexOf(u'>');
+    modifiers << binding.left(end + 1);
+    binding = binding.mid(end + 1);
+  }
+  modifiers.sort();
+  return modifiers.join(QString()) + binding;
+}
 
 QString entry(const char* path) {
   return QLatin1String(GnomeShortcuts::entrySchema) + u':' + QLatin1String(path);
@@ -82,6 +101,20 @@ std::optional<std::string> GnomeShortcuts::install() const {
   const auto list =
       run({QStringLiteral("get"), QLatin1String(listSchema), QStringLiteral("custom-keybindings")});
   if (!list) return std::string("无法读取 GNOME 的自定义快捷键（gsettings 不可用）");
+  // Keys another shortcut of the user's already has are never bound over it: nothing is bound.
+  for (const QString& path : parseStringArray(*list)) {
+    if (path == QLatin1String(orbPath) || path == QLatin1String(maskPath)) continue;
+    const auto value = [&](const char* key) {
+      const auto printed =
+          run({QStringLiteral("get"), entry(path.toUtf8().constData()), QLatin1String(key)});
+      return printed ? parseStringArray(*printed).value(0) : QString();
+    };
+    const QString taken = normalBinding(value("binding"));
+    for (const Shortcut& s : shortcuts)
+      if (!taken.isEmpty() && taken == normalBinding(QString::fromUtf8(s.binding)))
+        return std::string(s.keys) + " 已被 GNOME 快捷键「" + value("name").toStdString() +
+               "」占用；没有绑定任何快捷键";
+  }
   // Each entry first, the list last: GNOME never sees a listed shortcut without its keys.
   for (const Shortcut& s : shortcuts) {
     for (const auto& [key, value] : {std::pair{"name", QString::fromUtf8(s.name)},

@@ -63,7 +63,9 @@ TEST(Endpoints, OneBadFieldInvalidatesTheSet) {
         "https://finance.sina.com.cn/x"},
        true},
       {{"http://qt.gtimg.cn/q=", "https://user@qt.gtimg.cn/q=", "https://evilgtimg.cn/q=",
-        "https://qt.gtimg.cn.evil.com/q=", "https:///q=", "https://qt.gtimg.cn/q =", ""},
+        "https://qt.gtimg.cn.evil.com/q=", "https:///q=", "https://qt.gtimg.cn/q =", "",
+        // A host spelled with escapes or other signs names no server the feeds can reach.
+        "https://q%74.gtimg.cn/q=", "https://qt_x.gtimg.cn/q="},
        false},
   };
   for (const auto& [texts, valid] : hosts)

@@ -313,6 +313,17 @@ TEST(GnomeShortcuts, AddedBesideTheUsersOwnAndReadBack) {
       "binding='<Control><Alt>m'\n");
   // Another program's path: the shortcuts no longer run this one.
   EXPECT_FALSE(GnomeShortcuts(u"/usr/bin/tidemark"_s).isInstalled());
+  // A shortcut of the user's on the same keys, spelled otherwise: nothing is bound over it.
+  const std::string taken =
+      "[org/gnome/settings-daemon/plugins/media-keys]\n"
+      "custom-keybindings=['/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/"
+      "custom0/']\n\n"
+      "[org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/custom0]\n"
+      "name='Screen recorder'\nbinding='<Alt><Primary>M'\n";
+  std::ofstream(keyfile) << taken;
+  EXPECT_EQ(gnome.install(),
+            "Ctrl+Alt+M 已被 GNOME 快捷键「Screen recorder」占用；没有绑定任何快捷键");
+  EXPECT_EQ(readFile(keyfile, error), taken);
 
   const GnomeShortcuts missing(u"/usr/bin/tidemark"_s, u"/nonexistent/gsettings"_s);
   EXPECT_FALSE(missing.isAvailable());
