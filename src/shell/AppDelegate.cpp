@@ -200,6 +200,7 @@ void AppDelegate::launch() {
   });
   QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
   windowWatcher_ = watchOwnWindows([self] { self->updateYield(); });
+  QCoreApplication::instance()->installEventFilter(windowWatcher_.get());
 
   if (deps_.motionSetting) motion_ = deps_.motionSetting();
   if (motion_) {
@@ -589,7 +590,6 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
   // Esc closes every window of ours, as a dialog closes; an open popup takes it first.
   auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), window);
   QObject::connect(escape, &QShortcut::activated, window, [this, key] { closeWindow(key); });
-  window->installEventFilter(windowWatcher_.get());
   windows_[key] = window;
   window->show();
   window->raise();

@@ -21,7 +21,10 @@ class WindowWatcher final : public QObject {
   explicit WindowWatcher(std::function<void()> changed) : changed_(std::move(changed)) {}
 
  protected:
-  bool eventFilter(QObject*, QEvent* event) override {
+  // Watches every top-level window of the process, dialogs included, for they open over the orb
+  // too; the widgets inside a window move and resize far more often and say nothing here.
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (!watched->isWidgetType() || !static_cast<QWidget*>(watched)->isWindow()) return false;
     switch (event->type()) {
       case QEvent::Move:
       case QEvent::Resize:
@@ -103,24 +106,30 @@ void AppDelegate::setCompositing(bool on) {
 
 void AppDelegate::applyOrbVisibility() {
   if (!panel_) return;
-  // Standing aside, the orb fades where a compositor can blend it and hides where none can.
-  const bool visible = shown_ && !(yielding_ && !compositing_);
-  panel_->setWindowOpacity(yielding_ && compositing_ ? 0.25 : 1.0);
+  // Standing aside, the orb hides, with a compositor or without: a ghost of it over a chart or a
+  // form is in the way all the same.
+  const bool visible = shown_ && !yielding_;
   if (visible != panel_->isVisible()) panel_->setVisible(visible);
 }
 
 void AppDelegate::updateYield() {
   if (!panel_) return;
   bool yield = false;
-  const QWidget* active = QApplication::activeWindow();
   // The sphere, or its visible half: a window that only reaches into the glow leaves it be.
   const double r = deps_.model.orbSize() / 2;
   const Rect sphere =
       dockClip(windowModel_.dockEdge(), {canvasCenter.x - r, canvasCenter.y - r, 2 * r, 2 * r});
   const QRect orb = toQRect(sphere).translated(panel_->canvasOrigin());
-  for (const auto& [key, window] : windows_)
-    if (window && window == active && window->isVisible() &&
-        window->frameGeometry().intersects(orb))
+  // Our windows, and the dialogs they open (a file dialog, a question), focused or not.
+  const auto ours = [this](const QWidget* top) {
+    for (; top; top = top->parentWidget() ? top->parentWidget()->window() : nullptr)
+      for (const auto& [key, window] : windows_)
+        if (window.data() == top) return true;
+    return false;
+  };
+  for (QWidget* top : QApplication::topLevelWidgets())
+    if (top != panel_.get() && top->isVisible() && top->frameGeometry().intersects(orb) &&
+        ours(top))
       yield = true;
   if (yield == yielding_) return;
   yielding_ = yield;
