@@ -12,7 +12,7 @@ void AppDelegate::startDrag() {
   glideTimer_.stop();
   windowModel_.setRadialOpen(false);
   windowModel_.setExpanded(false);
-  windowModel_.setDockEdge(std::nullopt);
+  windowModel_.setDockEdge(std::nullopt);  // dragged, the orb is whole
   lastDockedSize_.reset();
   windowModel_.setDragging(true);
   lastMouse_ = deps_.mouseLocation();

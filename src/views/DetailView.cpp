@@ -58,6 +58,11 @@ DetailOrb::DetailOrb(AppModel& model, std::function<void()> close, QWidget* pare
     // The glow round the frame grows and fades with the orb.
     if (parentWidget()) parentWidget()->update();
   });
+  // The window is told to close when the orb has shrunk all the way, not by a clock of its own
+  // that could run out a frame early.
+  QObject::connect(&animation_, &QVariantAnimation::finished, this, [this] {
+    if (closing_ && presence_ <= 0 && close_) close_();
+  });
 }
 
 void DetailOrb::animateTo(double target, int milliseconds, QEasingCurve curve) {
@@ -95,9 +100,8 @@ void DetailOrb::animateClose() {
   }
   appeared_ = false;
   animateTo(0, 200, QEasingCurve::InCubic);
-  QTimer::singleShot(200, this, [this] {
-    if (close_) close_();
-  });
+  // Not animated (hidden): already gone.
+  if (animation_.state() != QAbstractAnimation::Running && close_) close_();
 }
 
 QString DetailOrb::priceDisplay() const {

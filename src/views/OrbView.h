@@ -60,6 +60,13 @@ class OrbView final : public QWidget {
   std::function<void()> onExtentChanged;
   // The text a screen reader speaks for the orb.
   std::string accessibilityText() const;
+  // What the core shows: the label (code or name), the price and the change, as painted; masked,
+  // the figures are bullets.
+  struct CoreTexts {
+    QString label, price, change;
+    friend bool operator==(const CoreTexts&, const CoreTexts&) = default;
+  };
+  CoreTexts coreTexts() const;
   // Presses at points where this answers true belong to the orb's core, not to the controls
   // around it (in this view's coordinates).
   void setCoreTest(std::function<bool(QPointF)> test) { coreTest_ = std::move(test); }

@@ -208,17 +208,16 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
     painter.save();
     const QColor text = qt(palette.orbText());
     const bool masked = model_.masked();
+    const CoreTexts texts = coreTexts();
     if (quote) {
       painter.setFont(uiFont(0.105 * s, QFont::Black));
       painter.setPen(text);
-      const std::string label = model_.orbShowsName() ? quote->name : quote->id;
       painter.drawText(QRectF(sphere.x(), c.y() - 0.3 * s, s, 0.14 * s), Qt::AlignCenter,
-                       QString::fromStdString(label));
+                       texts.label);
     }
-    const std::string price = masked ? "••••" : quote ? priceText(quote->price) : "—";
     QFont priceFont = uiFont(0.185 * s, QFont::Black);
     priceFont.setLetterSpacing(QFont::AbsoluteSpacing, -0.4);
-    const QString priceString = QString::fromStdString(price);
+    const QString& priceString = texts.price;
     const double fits = 0.78 * s;
     const double wide = QFontMetricsF(priceFont).horizontalAdvance(priceString);
     if (wide > fits) priceFont.setPixelSize(std::max(1, static_cast<int>(0.185 * s * fits / wide)));
@@ -227,8 +226,7 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
     painter.drawText(QRectF(sphere.x(), c.y() - 0.13 * s, s, 0.24 * s), Qt::AlignCenter,
                      priceString);
     // Masking hides the number, not its direction; without a quote the change reads as none.
-    const QString percent =
-        QString::fromStdString(masked ? "••••" : percentText(quote ? quote->changePct() : 0));
+    const QString& percent = texts.change;
     const QFont percentFont = uiFont(0.095 * s, QFont::Bold);
     const double w = QFontMetricsF(percentFont).horizontalAdvance(percent) + 0.08 * s;
     const QRectF capsule(c.x() - w / 2, c.y() + 0.12 * s, w, 0.13 * s);
@@ -376,6 +374,17 @@ void OrbView::paintBody(QPainter& painter) {
     painter.drawText(QRectF(c.x() - 60, c.y() + s / 2 + 24 - 8, 120, 16), Qt::AlignCenter,
                      QString::fromStdString(std::string("吸附") + edgeWord(*edge) + "边"));
   }
+}
+
+OrbView::CoreTexts OrbView::coreTexts() const {
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const bool masked = model_.masked();
+  CoreTexts t;
+  if (quote) t.label = QString::fromStdString(model_.orbShowsName() ? quote->name : quote->id);
+  t.price = QString::fromStdString(masked ? "••••" : quote ? priceText(quote->price) : "—");
+  // Masking hides the number, not its direction; without a quote the change reads as none.
+  t.change = QString::fromStdString(masked ? "••••" : percentText(quote ? quote->changePct() : 0));
+  return t;
 }
 
 }  // namespace tidemark

@@ -712,9 +712,10 @@ TEST(SingleInstance, ARuntimeFolderOfTheUsersOwnOrNone) {
     expected.replace(u"OWN"_s, QString::fromStdString(own))
         .replace(u"FILE"_s, QString::fromStdString(file));
     EXPECT_EQ(notice, expected);
-    if (c.ownChosen)
+    if (c.ownChosen) {
       EXPECT_EQ(int(std::filesystem::status(own).permissions() & std::filesystem::perms::mask),
                 0700);
+    }
   }
   for (const auto& [name, value] :
        {std::pair{"XDG_RUNTIME_DIR", savedRuntime}, {"TMPDIR", savedTmp}})

@@ -129,6 +129,40 @@ TEST(OrbGestures, AThrownOrbGlidesOnUnlessMotionIsReduced) {
   }
 }
 
+// A release docks within the reach of a screen edge (half the orb and 10 points, 58 at least)
+// and not beyond; a drag that starts docked leaves the edge. Motion reduced: no throw.
+TEST(OrbGestures, AReleaseDocksWithinReachAndADragFromTheEdgeUndocks) {
+  const auto drag = [](Desktop& d, QPointF from, QPointF to) {
+    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y);
+    send(d.content(), QEvent::MouseButtonPress, from, origin);
+    send(d.content(), QEvent::MouseMove, from + (to - from) / 2, origin);
+    // Mid-drag the orb is whole, wherever it started.
+    EXPECT_FALSE(d.delegate->windowModel().dockEdge().has_value()) << "mid-drag";
+    send(d.content(), QEvent::MouseButtonRelease, to, origin);
+  };
+  const struct {
+    double size, fromEdge;
+    const char* after;
+  } releases[] = {
+      {96, 57, "docked at 0,400"},
+      {96, 59, "at 59,400"},
+      {132, 75, "docked at 0,400"},
+      {132, 77, "at 77,400"},
+  };
+  for (const auto& r : releases) {
+    Desktop d;
+    d.model->setOrbSize(r.size);
+    d.h.scheduler.runDue();
+    const QPointF c(230, 230);
+    drag(d, c, c - QPointF(640 - r.fromEdge, 0));
+    EXPECT_EQ(state(d), r.after) << r.size << " " << r.fromEdge;
+    if (!d.delegate->windowModel().dockEdge()) continue;
+    // From the edge to the middle of the screen: no longer docked.
+    drag(d, c + QPointF(10, 0), c + QPointF(650, 0));
+    EXPECT_EQ(state(d), "at 640,400") << r.size;
+  }
+}
+
 // The tray menu's item with this text, in a submenu too.
 QAction* trayItem(QMenu& menu, const QString& text) {
   for (QAction* item : menu.actions()) {

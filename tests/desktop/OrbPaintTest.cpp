@@ -194,6 +194,21 @@ TEST(OrbPaint, FiguresMaskedAndMissing) {
     for (QRect area : {price, percent, QRect(300, 214, 60, 10)})
       EXPECT_EQ(after.copy(area) == before.copy(area), masked) << masked << " " << area.x();
   }
+  // The core's texts exactly, as painted: four bullets for each figure when masked.
+  const std::tuple<const char*, std::function<void(AppModel&)>, OrbView::CoreTexts> texts[] = {
+      {"shown", [](AppModel&) {}, {u"600519"_s, u"1,468.80"_s, u"+1.16%"_s}},
+      {"by name",
+       [](AppModel& m) { m.setOrbShowsName(true); },
+       {u"贵州茅台"_s, u"1,468.80"_s, u"+1.16%"_s}},
+      {"masked", [](AppModel& m) { m.setMasked(true); }, {u"600519"_s, u"••••"_s, u"••••"_s}},
+      {"no quote", [](AppModel& m) { m.setWatchlist({}); }, {QString(), u"—"_s, u"0.00%"_s}},
+  };
+  for (const auto& [what, setup, expected] : texts) {
+    Orb orb;
+    setup(*orb.model);
+    orb.paint();
+    EXPECT_EQ(orb.orb().coreTexts(), expected) << what;
+  }
   Orb empty;
   empty.model->setWatchlist({});
   empty.paint();

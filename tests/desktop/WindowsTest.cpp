@@ -346,8 +346,17 @@ TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
 
 TEST_F(Windows, DetailFiguresHoverAndClosing) {
   int closed = 0, alerted = 0;
+  // How far the orb had shrunk when the window was told to close: all the way, never before.
+  double presenceAtClose = -1;
+  DetailView* shown = nullptr;
   DetailView detail(
-      *model, [&] { ++closed; }, [&] { ++alerted; });
+      *model,
+      [&] {
+        ++closed;
+        presenceAtClose = shown->orb().presence();
+      },
+      [&] { ++alerted; });
+  shown = &detail;
   detail.resize(980, 680);
   detail.show();
   QTest::qWait(20);
@@ -390,10 +399,14 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
 
   named<QPushButton>(detail, u"设置价格预警"_s)->click();
   EXPECT_EQ(alerted, 1);
+  // Grown in first, so that the shrink has a way to go.
+  ASSERT_TRUE(QTest::qWaitFor([&] { return detail.orb().presence() == 1; }, 3000))
+      << detail.orb().presence();
   named<QPushButton>(detail, u"关闭"_s)->click();  // with motion: shrinks away first
   EXPECT_TRUE(detail.orb().closing());
   EXPECT_EQ(closed, 0);
   EXPECT_TRUE(QTest::qWaitFor([&] { return closed == 1; }, 5000));
+  EXPECT_EQ(presenceAtClose, 0) << "told to close before the shrink ended";
   model->setReduceMotion(true);
   detail.orb().animateClose();
   EXPECT_EQ(closed, 2);
