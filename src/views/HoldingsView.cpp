@@ -219,7 +219,7 @@ void HoldingsView::resolve(Conflict answer) {
   if (model_.masked()) return showMessage(QStringLiteral("遮蔽时不能编辑持仓"));
   const Holding* held = model_.holding(pending->symbolID);
   Holding chosen = *pending;
-  if (answer == Conflict::merge && held)
+  if (answer == Conflict::replace && held)
     chosen = mergedHolding(*held, pending->shares, pending->cost);
   save(chosen.symbolID, chosen.shares, chosen.cost);
 }

@@ -331,7 +331,7 @@ if wait_for 5 settings_shown; then
   wait_for 5 pixel_not 640 150 "$white" || true
   # The settings cover the orb in the middle of the screen: while they do, the orb hides, with
   # the compositor running too (no ghost of it over the window's controls).
-  if wait_for 5 mapped_as IsUnmapped; then
+  if wait_for 5 mapped_as IsUnMapped; then
     ok "the orb hides while the settings cover it"
   else
     fail "the orb under the settings: $(map_state), opacity $(xprop -id "$panel" _NET_WM_WINDOW_OPACITY)"

@@ -7,16 +7,21 @@ app_pid=
 # A child that has exited stays a zombie until waited for; kill -0 would still find it.
 running() { local state; state=$(ps -o stat= -p "$1" 2>/dev/null) && [[ $state != Z* ]]; }
 cleanup() {
-  local pid left i
-  # The app first and the X server last.
+  local status=$? pid left i
+  # The app first and the X server last; a sanitized app may take a while to write its report.
   for pid in $app_pid $(printf '%s\n' "${pids[@]}" | tac); do kill "$pid" 2>/dev/null || true; done
-  for ((i = 0; i < 20; i++)); do
+  for ((i = 0; i < 100; i++)); do
     left=
     for pid in $app_pid "${pids[@]}"; do running "$pid" && left=1; done
     [ -n "$left" ] || break
     sleep 0.1
   done
   for pid in $app_pid "${pids[@]}"; do kill -KILL "$pid" 2>/dev/null || true; done
+  # A failed run keeps what the app said, sanitizer reports included, in the test's output.
+  if { [ "$status" != 0 ] || [ "${failed:-0}" != 0 ]; } && [ -s "$tmp/app.log" ]; then
+    echo "--- the app's log (last 4000 bytes) ---"
+    tail -c 4000 "$tmp/app.log"
+  fi
   rm -rf "$tmp"
 }
 trap cleanup EXIT
