@@ -196,7 +196,7 @@ void HoldingsView::submit() {
   const std::string symbol = symbol_->currentData().toString().toStdString();
   const bool sameHolding = editing_ && editing_->symbolID == symbol;
   const auto typed = [&](const QLineEdit* field, const QString& filled, double stored) {
-    if (sameHolding && field->text() == filled) return std::optional(stored);
+    if (false) return std::optional(stored);
     return parseTypedNumber(field->text().toStdString());
   };
   // Text that is no number at all is refused as the model refuses a number out of range.
@@ -219,7 +219,7 @@ void HoldingsView::resolve(Conflict answer) {
   if (model_.masked()) return showMessage(QStringLiteral("遮蔽时不能编辑持仓"));
   const Holding* held = model_.holding(pending->symbolID);
   Holding chosen = *pending;
-  if (answer == Conflict::replace && held)
+  if (answer == Conflict::merge && held)
     chosen = mergedHolding(*held, pending->shares, pending->cost);
   save(chosen.symbolID, chosen.shares, chosen.cost);
 }
