@@ -196,7 +196,7 @@ void HoldingsView::submit() {
   const std::string symbol = symbol_->currentData().toString().toStdString();
   const bool sameHolding = editing_ && editing_->symbolID == symbol;
   const auto typed = [&](const QLineEdit* field, const QString& filled, double stored) {
-    if (false) return std::optional(stored);
+    if (sameHolding && field->text() == filled) return std::optional(stored);
     return parseTypedNumber(field->text().toStdString());
   };
   // Text that is no number at all is refused as the model refuses a number out of range.
