@@ -61,9 +61,9 @@ std::string renderHoldingsTable(const AppModel& model) {
   }
   std::string text = table.render();
   for (const HoldingsTotal& t : model.holdingsTotals()) {
-    text += "合计 " + t.currency + "  今日盈亏 " + signedAmountText(t.dayProfit) + " (" +
-            percent(t.dayProfitPct) + ")  持有盈亏 " + signedAmountText(t.totalProfit) + " (" +
-            percent(t.totalProfitPct) + ")  市值 " + amountText(t.marketValue);
+    text += "合计 " + t.currency + "  今日盈亏 " + profitText(t.dayProfit, t.dayProfitPct) +
+            "  持有盈亏 " + profitText(t.totalProfit, t.totalProfitPct) + "  市值 " +
+            amountText(t.marketValue);
     if (t.missing > 0) text += "（" + std::to_string(t.missing) + " 项暂无行情）";
     text += "\n";
   }

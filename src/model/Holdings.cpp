@@ -225,6 +225,10 @@ std::string signedAmountText(double value) {
   return (cents > 0 ? "+" : "-") + priceText(std::abs(cents));
 }
 
+std::string profitText(double amount, const std::optional<double>& pct) {
+  return signedAmountText(amount) + " (" + (pct ? percentText(*pct) : "—") + ")";
+}
+
 std::string editableNumberText(double value) {
   std::string digits = sharesText(value);
   std::erase(digits, ',');

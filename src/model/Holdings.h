@@ -106,6 +106,8 @@ double centRounded(double value);
 std::string amountText(double value);
 // An amount with its sign, rounded so: "+1,680.00", "-270.00", "0.00".
 std::string signedAmountText(double value);
+// A profit and its percentage, "+1,680.00 (+1.16%)", or the percentage's dash.
+std::string profitText(double amount, const std::optional<double>& pct);
 // Today's profit of each currency whose holdings have quotes, "CNY +1,410.00", in the totals'
 // order; none when no holding has a quote.
 std::vector<std::string> dayProfitTexts(const std::vector<HoldingsTotal>& totals);

@@ -17,11 +17,6 @@ QString q(const std::string& s) {
   return QString::fromStdString(s);
 }
 
-// An amount and its percentage, "+1,680.00 (+1.16%)", or the percentage's dash.
-std::string profitText(double amount, const std::optional<double>& pct) {
-  return signedAmountText(amount) + " (" + (pct ? percentText(*pct) : "—") + ")";
-}
-
 }  // namespace
 
 std::vector<HoldingRow> holdingRows(const std::vector<AppModel::HoldingLine>& lines, bool masked) {

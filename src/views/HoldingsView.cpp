@@ -16,11 +16,6 @@ QString q(const std::string& s) {
   return QString::fromStdString(s);
 }
 
-// An amount and its percentage, "+1,680.00 (+1.16%)", or the percentage's dash.
-std::string profitText(double amount, const std::optional<double>& pct) {
-  return signedAmountText(amount) + " (" + (pct ? percentText(*pct) : "—") + ")";
-}
-
 // A caption over its figure; the figure coloured by its sign when `signedValue` is given.
 QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
                 std::optional<double> signedValue = std::nullopt) {
