@@ -1,5 +1,7 @@
 #include "views/HoldingsView.h"
 
+#include <unordered_set>
+
 #include <QGridLayout>
 #include <QHBoxLayout>
 
@@ -234,10 +236,12 @@ void HoldingsView::save(const std::string& symbol, double shares, double cost) {
 
 void HoldingsView::moveToUnheld() {
   // On to the next security not held yet, so that the next add cannot overwrite this one.
+  std::unordered_set<std::string> held;
+  for (const Holding& h : model_.holdings()) held.insert(h.symbolID);
   const int count = symbol_->count();
   for (int step = 1; step < count; ++step) {
     const int index = (symbol_->currentIndex() + step) % count;
-    if (!model_.holding(symbol_->itemData(index).toString().toStdString())) {
+    if (!held.contains(symbol_->itemData(index).toString().toStdString())) {
       symbol_->setCurrentIndex(index);
       return;
     }
