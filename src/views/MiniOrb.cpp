@@ -29,10 +29,12 @@ QImage miniOrb(const QuoteSnapshot* quote, const OrbPalette& palette, bool bareD
     painter.setBrush(gradient);
     painter.drawEllipse(disc);
 
+    // In steps of a twenty-fourth of the ring: the icon is published anew only when its
+    // pixels change, and a step of 2 px at the tray's size is the least the eye tells apart.
     double sweep = 180;
     if (quote) {
       const double range = std::max(quote->high - quote->low, 0.01);
-      sweep = std::clamp((quote->price - quote->low) / range, 0.0, 1.0) * 360;
+      sweep = std::round(std::clamp((quote->price - quote->low) / range, 0.0, 1.0) * 24) * 15;
     }
     QPen pen(qt(quoteColor(quote ? quote->changePct() : 0)), 2, Qt::SolidLine, Qt::RoundCap);
     painter.setPen(pen);

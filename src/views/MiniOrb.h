@@ -7,8 +7,8 @@
 
 namespace tidemark {
 
-// The tray icon: a small orb whose arc shows where the price stands in the day's range, in the
-// quote's colour. Masked, or at the quietest density, only the centre dot remains. `side` is in
+// The tray icon: a small orb whose arc shows where the price stands in the day's range, to the
+// nearest twenty-fourth, in the quote's colour. Masked, or at the quietest density, only the centre dot remains. `side` is in
 // logical pixels; the image has the given device pixel ratio.
 QImage miniOrb(const QuoteSnapshot* quote, const OrbPalette& palette, bool bareDot,
                double devicePixelRatio, double side = 23);

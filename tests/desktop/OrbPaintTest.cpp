@@ -121,6 +121,13 @@ TEST(MiniOrb, ArcDotAndBareDot) {
     EXPECT_TRUE(near(image.pixelColor(23, 23), dot, 3));
     EXPECT_EQ(image.pixelColor(1, 1).alpha(), 0);
   }
+  // The arc moves in steps of a twenty-fourth (2 / 24 here): within one, the icon stays the same.
+  const auto icon = [](double price) {
+    QuoteSnapshot q{"600519", "A股", "n", price, 9.5, 11, 9, 1, {}, "mock"};
+    return miniOrb(&q, OrbPalette{AppTheme::dark}, false, 1, 22);
+  };
+  EXPECT_EQ(icon(10.0), icon(10.04));
+  EXPECT_NE(icon(10.04), icon(10.05));
 }
 
 struct Orb {
