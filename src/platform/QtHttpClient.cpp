@@ -54,7 +54,8 @@ void QtHttpClient::get(const HttpRequest& request, std::function<void(HttpRespon
     networkRequest.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
   const int timeoutMS = static_cast<int>(std::lround(request.timeout * 1000));
   networkRequest.setTransferTimeout(timeoutMS);
-  QNetworkReply* reply = manager_.get(networkRequest);
+  if (!manager_) manager_ = std::make_unique<QNetworkAccessManager>();
+  QNetworkReply* reply = manager_->get(networkRequest);
   // Qt's network thread reads ahead without bound unless told; a server that floods the socket
   // would otherwise fill memory long before the cap below is seen.
   reply->setReadBufferSize(256 << 10);

@@ -1,18 +1,21 @@
 #pragma once
 
+#include <memory>
+
 #include <QNetworkAccessManager>
 
 #include "core/HttpClient.h"
 
 namespace tidemark {
 
-// GET requests on QNetworkAccessManager; completions arrive through the event loop.
+// GET requests on QNetworkAccessManager; completions arrive through the event loop. The manager
+// is made at the first request: a session on demonstration quotes never loads the network stack.
 class QtHttpClient final : public HttpClient {
  public:
   void get(const HttpRequest& request, std::function<void(HttpResponse)> completion) override;
 
  private:
-  QNetworkAccessManager manager_;  // owns the replies: none outlives the client
+  std::unique_ptr<QNetworkAccessManager> manager_;  // owns the replies: none outlives the client
 };
 
 // The user's words for a transport failure.
