@@ -95,7 +95,8 @@ bool OrbView::availableMotion() const {
 void OrbView::setCompositing(bool on) {
   if (compositing_ == on) return;
   compositing_ = on;
-  cacheKey_.clear();
+  sphereKey_.clear();
+  faceKey_.clear();
   update();
   extentChanged();
   if (availableMotion()) ticker_.wake();
@@ -238,10 +239,14 @@ bool OrbView::step(double seconds) {
   // The window follows what moves, and once more when it has come to rest.
   if (springs || extentMoving_) extentChanged();
   extentMoving_ = springs;
+  // Idle frames are drawn only when the idle motion moved by a step; a frame after the springs
+  // and effects come to rest clears their last trace.
+  const bool settled = framesMoving_ && !springs && !effects;
+  framesMoving_ = springs || effects;
   if (controls) {
     layoutControls();
     update();
-  } else {
+  } else if (springs || effects || settled || idleLook() != shownIdle_) {
     // Only the orb and what spreads from it changed: repaint that square, not the canvas.
     const double reach = size_.value() * (ripples_.empty() ? 0.9 : 1.0) + 4;
     update(QRectF(canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach)

@@ -25,6 +25,9 @@ namespace tidemark {
 // its drop shadow below it (unless left out: the shadow reaches 0.84 s from the centre).
 void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
                     bool offline, bool glow = true, bool shadow = true);
+// The glow and the shadow alone, reaching 0.84 s from c.
+void paintOrbGlow(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                  bool offline);
 
 // The floating orb: the sphere with the active quote, its range ring and state badge, the
 // satellites of the watchlist and the ring menu. It fills the 460 × 460 panel canvas with the orb
@@ -142,6 +145,7 @@ class OrbView final : public QWidget {
   bool systemCalm_ = false;
   bool compositing_ = true;
   bool extentMoving_ = false;
+  bool framesMoving_ = false;
 
   static constexpr double rippleSeconds = 1.15;
   int pulseCount_ = 0;
@@ -152,8 +156,20 @@ class OrbView final : public QWidget {
   // The ring and the badge, or the core's texts.
   void paintFace(QPainter& painter, QPointF c, double s, bool core) const;
   std::string faceKey(double s) const;
-  std::string cacheKey_;
-  QImage sphereCache_, coreCache_;
+  // The idle motion at this moment, in the steps it is drawn in: the drift in whole device
+  // pixels and the glow's breathing as its opacity.
+  struct IdleLook {
+    QPointF drift;
+    double glow = 1;
+    friend bool operator==(const IdleLook&, const IdleLook&) = default;
+  };
+  IdleLook idleLook() const;
+  IdleLook shownIdle_;
+  // The orb is drawn once into layers and reused for every frame: the glow, the sphere (redrawn
+  // only for another theme, size or direction), the ring with the badge, and the core's texts.
+  void renderLayers(double s);
+  std::string sphereKey_, faceKey_;
+  QImage glowCache_, bodyCache_, faceCache_, coreCache_;
   OncePerTurn refreshes_{this, [this] { modelChanged(); }};
   Date seenUpdatedAt_;
   std::string seenActiveID_;

@@ -64,59 +64,91 @@ QColor faded(const Color& color, double opacity) {
 
 }  // namespace
 
-// The glow around the orb and the shaded sphere, centred at c.
+namespace {
+
+// The halo, then a tint of the quote's direction.
+void paintHalo(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+               bool offline) {
+  QRadialGradient halo(c, 0.75 * s);
+  halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
+  halo.setColorAt(0.72 / 0.75, Qt::transparent);
+  halo.setColorAt(1, Qt::transparent);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(halo);
+  painter.drawEllipse(c, 0.75 * s, 0.75 * s);
+  QRadialGradient tint(c, 0.8 * s);
+  tint.setColorAt(0, Qt::transparent);
+  tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
+  tint.setColorAt(0.78 / 0.8, Qt::transparent);
+  tint.setColorAt(1, Qt::transparent);
+  painter.setBrush(tint);
+  painter.drawEllipse(c, 0.8 * s, 0.8 * s);
+}
+
+void paintShadow(QPainter& painter, QPointF c, double s, const OrbPalette& palette) {
+  QRadialGradient below(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
+  below.setColorAt(0, qt(palette.halo()));
+  below.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
+  below.setColorAt(1, Qt::transparent);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(below);
+  painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
+}
+
+// The sphere: body, rim and inner shading.
+void paintBall(QPainter& painter, QPointF c, double s, const OrbPalette& palette) {
+  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
+  painter.setPen(Qt::NoPen);
+  QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
+  body.setColorAt(0, qt(palette.orbLit()));
+  body.setColorAt(0.46, qt(palette.orbMid()));
+  body.setColorAt(0.76, qt(palette.orbShade()));
+  body.setColorAt(1, qt(palette.orbDeep()));
+  painter.setBrush(body);
+  painter.drawEllipse(sphere);
+  painter.save();
+  QPainterPath clip;
+  clip.addEllipse(sphere);
+  painter.setClipPath(clip, Qt::IntersectClip);
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
+  painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
+  painter.restore();
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
+  painter.drawEllipse(sphere);
+}
+
+// A square layer of the orb reaching `radius` from its centre, which falls on a whole device
+// pixel: idle frames draw it unscaled, pixel for pixel. Returns the centre in the layer.
+QPointF clearLayer(QImage& image, double radius, double ratio) {
+  const int half = static_cast<int>(std::ceil(radius * ratio));
+  if (image.width() != 2 * half || image.devicePixelRatio() != ratio) {
+    image = QImage(QSize(2 * half, 2 * half), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+  }
+  image.fill(Qt::transparent);
+  return QPointF(half / ratio, half / ratio);
+}
+
+void drawLayer(QPainter& painter, const QImage& image, QPointF c) {
+  const double half = image.width() / image.devicePixelRatio() / 2;
+  painter.drawImage(QRectF(c.x() - half, c.y() - half, 2 * half, 2 * half), image);
+}
+
+}  // namespace
+
+void paintOrbGlow(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
+                  bool offline) {
+  paintHalo(painter, c, s, palette, trend, offline);
+  paintShadow(painter, c, s, palette);
+}
+
 void paintOrbSphere(QPainter& painter, QPointF c, double s, const OrbPalette& palette, Color trend,
                     bool offline, bool glow, bool shadow) {
-  // 1. Glow: the halo, then a tint of the quote's direction.
-  if (glow) {
-    QRadialGradient halo(c, 0.75 * s);
-    halo.setColorAt(0.3 / 0.75, qt(palette.halo()));
-    halo.setColorAt(0.72 / 0.75, Qt::transparent);
-    halo.setColorAt(1, Qt::transparent);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(halo);
-    painter.drawEllipse(c, 0.75 * s, 0.75 * s);
-    QRadialGradient tint(c, 0.8 * s);
-    tint.setColorAt(0, Qt::transparent);
-    tint.setColorAt(0.32 / 0.8, faded(trend, offline ? 0 : 0.2));
-    tint.setColorAt(0.78 / 0.8, Qt::transparent);
-    tint.setColorAt(1, Qt::transparent);
-    painter.setBrush(tint);
-    painter.drawEllipse(c, 0.8 * s, 0.8 * s);
-  }
-
-  // 2. The sphere: shadow, body, rim and inner shading.
-  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
-  {
-    painter.setPen(Qt::NoPen);
-    if (shadow) {
-      QRadialGradient below(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
-      below.setColorAt(0, qt(palette.halo()));
-      below.setColorAt((s / 2) / (s / 2 + 0.22 * s), qt(palette.halo()));
-      below.setColorAt(1, Qt::transparent);
-      painter.setBrush(below);
-      painter.drawEllipse(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s, s / 2 + 0.22 * s);
-    }
-
-    QRadialGradient body(sphere.topLeft() + QPointF(0.3 * s, 0.24 * s), 1.08 * s);
-    body.setColorAt(0, qt(palette.orbLit()));
-    body.setColorAt(0.46, qt(palette.orbMid()));
-    body.setColorAt(0.76, qt(palette.orbShade()));
-    body.setColorAt(1, qt(palette.orbDeep()));
-    painter.setBrush(body);
-    painter.drawEllipse(sphere);
-    painter.save();
-    QPainterPath clip;
-    clip.addEllipse(sphere);
-    painter.setClipPath(clip, Qt::IntersectClip);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(faded(palette.orbDeep(), 0.25), 0.08 * s));
-    painter.drawEllipse(sphere.translated(-0.03 * s, -0.04 * s));
-    painter.restore();
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(faded(palette.orbLit(), 0.35), 1));
-    painter.drawEllipse(sphere);
-  }
+  if (glow) paintHalo(painter, c, s, palette, trend, offline);
+  if (shadow) paintShadow(painter, c, s, palette);
+  paintBall(painter, c, s, palette);
 }
 
 std::optional<Rect> OrbView::hintRect() const {
@@ -262,13 +294,62 @@ std::string OrbView::faceKey(double s) const {
   return key;
 }
 
+OrbView::IdleLook OrbView::idleLook() const {
+  if (!availableMotion()) return {};
+  const double ratio = devicePixelRatioF();
+  const auto whole = [ratio](double v) { return std::round(v * ratio) / ratio; };
+  IdleLook look;
+  look.drift = {whole(1.5 * std::sin(2 * pi * idlePhase_ / 5.3)),
+                whole(1.2 * std::cos(2 * pi * idlePhase_ / 6.1))};
+  // Breathing: the glow swells and fades in eight steps.
+  look.glow = 0.9 + 0.1 * std::round(4 * std::sin(2 * pi * idlePhase_ / 4.2)) / 4;
+  return look;
+}
+
+void OrbView::renderLayers(double s) {
+  const OrbPalette palette{model_.theme()};
+  const QuoteSnapshot* quote = model_.activeQuote();
+  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const bool offline = model_.phase() == QuotePhase::offline;
+  const double ratio = devicePixelRatioF();
+  const auto layer = [](QImage& image) {
+    auto painter = std::make_unique<QPainter>(&image);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setRenderHint(QPainter::TextAntialiasing);
+    return painter;
+  };
+  // The sphere and its glow stay through new prices: only the face and the texts are redrawn.
+  std::string sphere = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
+                       "|" + std::to_string(ratio) + "|" +
+                       qt(trend).name(QColor::HexArgb).toStdString() + "|" +
+                       std::to_string(offline) + std::to_string(compositing_);
+  if (sphere != sphereKey_ || bodyCache_.isNull()) {
+    sphereKey_ = std::move(sphere);
+    if (compositing_) {
+      const QPointF centre = clearLayer(glowCache_, 0.86 * s + 2, ratio);
+      paintOrbGlow(*layer(glowCache_), centre, s, palette, trend, offline);
+    } else {
+      glowCache_ = QImage();
+    }
+    const QPointF centre = clearLayer(bodyCache_, s / 2 + 1, ratio);
+    paintBall(*layer(bodyCache_), centre, s, palette);
+  }
+  std::string face = faceKey(s);
+  if (face != faceKey_ || faceCache_.isNull()) {
+    faceKey_ = std::move(face);
+    for (QImage* image : {&faceCache_, &coreCache_}) {
+      const QPointF centre = clearLayer(*image, s / 2 + 1, ratio);
+      paintFace(*layer(*image), centre, s, image == &coreCache_);
+    }
+  }
+}
+
 void OrbView::paintBody(QPainter& painter) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setRenderHint(QPainter::TextAntialiasing);
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
   const Color trend = quoteColor(quote ? quote->changePct() : 0);
-  const bool offline = model_.phase() == QuotePhase::offline;
   const double s = size_.value();
   const double t = now();
 
@@ -276,55 +357,34 @@ void OrbView::paintBody(QPainter& painter) {
     painter.setClipRect(toQ(dockClip(edge, Rect{0, 0, canvasSide, canvasSide})));
 
   // Idle breathing and a slight drift, only while nothing else holds the orb still.
-  QPointF c(canvasCenter.x, canvasCenter.y);
-  double breath = 1;
-  if (availableMotion()) {
-    breath = 1 + 0.012 * std::sin(2 * pi * idlePhase_ / 4.2);
-    c += QPointF(1.5 * std::sin(2 * pi * idlePhase_ / 5.3),
-                 1.2 * std::cos(2 * pi * idlePhase_ / 6.1));
-  }
+  const IdleLook look = idleLook();
+  shownIdle_ = look;
+  const QPointF c = QPointF(canvasCenter.x, canvasCenter.y) + look.drift;
+  renderLayers(s);
+  paintSatellites(painter, true);
 
   painter.save();
-  // A fast drag stretches the orb along its direction of travel.
-  const double stretch = stretch_.value();
-  painter.translate(c);
-  painter.rotate(windowModel_.dragAngle());
-  painter.scale(breath * (1 + stretch), breath * (1 - stretch * 0.5));
-  painter.rotate(-windowModel_.dragAngle());
-  painter.translate(-c);
-
-  // The orb changes only when the model does, so it is drawn once into two images, the sphere
-  // with its ring and the core's texts, and reused for every frame of the idle motion, the fades
-  // and the core springing into place after a new symbol.
-  const double glowRadius = 0.86 * s + 2;
-  const QRectF frame(c.x() - glowRadius, c.y() - glowRadius, 2 * glowRadius, 2 * glowRadius);
-  std::string key = faceKey(s);
-  if (key != cacheKey_ || sphereCache_.isNull()) {
-    cacheKey_ = std::move(key);
-    const double ratio = devicePixelRatioF();
-    const int side = static_cast<int>(std::ceil(2 * glowRadius * ratio));
-    const QPointF centre(glowRadius, glowRadius);
-    for (QImage* image : {&sphereCache_, &coreCache_}) {
-      if (image->width() != side || image->devicePixelRatio() != ratio) {
-        *image = QImage(QSize(side, side), QImage::Format_ARGB32_Premultiplied);
-        image->setDevicePixelRatio(ratio);
-      }
-      image->fill(Qt::transparent);
-      QPainter layer(image);
-      layer.setRenderHint(QPainter::Antialiasing);
-      layer.setRenderHint(QPainter::TextAntialiasing);
-      if (image == &sphereCache_)
-        paintOrbSphere(layer, centre, s, palette, trend, offline, compositing_, compositing_);
-      paintFace(layer, centre, s, image == &coreCache_);
-    }
+  // A fast drag stretches the orb along its direction of travel; at rest the layers are drawn
+  // unscaled at whole pixels, which is what keeps an idle frame cheap.
+  if (const double stretch = stretch_.value(); stretch != 0) {
+    painter.translate(c);
+    painter.rotate(windowModel_.dragAngle());
+    painter.scale(1 + stretch, 1 - stretch * 0.5);
+    painter.rotate(-windowModel_.dragAngle());
+    painter.translate(-c);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
   }
-  paintSatellites(painter, true);
-  painter.setRenderHint(QPainter::SmoothPixmapTransform);
-  painter.drawImage(frame, sphereCache_);
+  if (!glowCache_.isNull()) {
+    painter.setOpacity(look.glow);
+    drawLayer(painter, glowCache_, c);
+    painter.setOpacity(1);
+  }
+  drawLayer(painter, bodyCache_, c);
+  drawLayer(painter, faceCache_, c);
   const double swap = swap_.value();
   painter.save();
   painter.setOpacity(1 - 0.6 * swap);
-  painter.drawImage(frame.translated(0, 0.12 * s * swap), coreCache_);
+  drawLayer(painter, coreCache_, c + QPointF(0, 0.12 * s * swap));
   painter.restore();
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
   if (const double f = flash(); f > 0) {
