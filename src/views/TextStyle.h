@@ -1,19 +1,13 @@
 #pragma once
 
-#include <algorithm>
-#include <cmath>
-
 #include <QFont>
 
 namespace tidemark {
 
-// The interface font at a size in logical pixels (the points of the design). Chinese text needs
-// the simplified-Chinese cut, named explicitly so the process locale cannot pick another one.
-inline QFont uiFont(double size, QFont::Weight weight = QFont::Normal) {
-  QFont font(QStringLiteral("Noto Sans CJK SC"));
-  font.setPixelSize(std::max(1, static_cast<int>(std::lround(size))));
-  font.setWeight(weight);
-  return font;
-}
+// The interface font at a size in logical pixels (the points of the design). Latin letters,
+// digits and signs come from the built-in figures' font, cut from the CJK font's own Latin glyphs;
+// Chinese text from the simplified-Chinese cut, named explicitly so the process locale cannot pick
+// another one. The orb's figures thus never load the large CJK font.
+QFont uiFont(double size, QFont::Weight weight = QFont::Normal);
 
 }  // namespace tidemark

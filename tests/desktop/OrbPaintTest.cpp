@@ -16,6 +16,7 @@
 #include "views/MiniOrb.h"
 #include "views/Spring.h"
 #include "views/Symbols.h"
+#include "views/TextStyle.h"
 #include "views/Theme.h"
 
 namespace tidemark {
@@ -94,6 +95,23 @@ TEST(OrbPalette, WindowsTakeSurfaceAndElevated) {
   const QString sheet = themeStyleSheet(OrbPalette{AppTheme::amber});
   EXPECT_TRUE(sheet.contains(u"QFrame[card=\"true\"] { background: rgba(20, 22, 40, 0.880);"_s));
   EXPECT_TRUE(sheet.contains(u"QFrame[rowcard=\"true\"] { background: rgba(29, 32, 54, 1.000);"_s));
+}
+
+// Figures come from the built-in cut of the CJK font's Latin glyphs, Chinese from the CJK font:
+// a mixed line measures exactly as it does in the CJK font alone, at every weight in use.
+TEST(TextStyle, FiguresFromTheBuiltInCutChineseFromTheCjkFont) {
+  const QString line = u"贵州茅台 1,688.00 +1.16% ••••"_s;
+  for (const QFont::Weight weight : {QFont::Normal, QFont::DemiBold, QFont::Black}) {
+    const QFont font = uiFont(14, weight);
+    EXPECT_EQ(QFontInfo(font).family(), u"Tidemark Figures"_s) << weight;
+    QFont cjk(u"Noto Sans CJK SC"_s);
+    cjk.setPixelSize(14);
+    cjk.setWeight(weight);
+    EXPECT_EQ(QFontMetricsF(font).horizontalAdvance(line),
+              QFontMetricsF(cjk).horizontalAdvance(line))
+        << weight;
+    EXPECT_EQ(QFontMetricsF(font).height(), QFontMetricsF(cjk).height()) << weight;
+  }
 }
 
 TEST(MiniOrb, ArcDotAndBareDot) {
