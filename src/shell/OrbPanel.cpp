@@ -2,6 +2,8 @@
 
 #include <QKeyEvent>
 
+#include "views/Theme.h"
+
 namespace tidemark {
 namespace {
 
@@ -20,6 +22,7 @@ OrbPanel::OrbPanel(AppModel& model, OrbWindowModel& windowModel, const Clock& cl
       managed_(managed) {
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_ShowWithoutActivating);
+  setProperty(plainStyle, true);
   setWindowTitle(QStringLiteral("岚舟"));
   resize(frame_.size());
   content_->setGeometry(0, 0, int(canvasSide), int(canvasSide));

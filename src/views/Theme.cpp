@@ -133,13 +133,51 @@ QProgressBar::chunk { background: %7; border-radius: 3px; }
       .arg(css(t.raised));
 }
 
+namespace {
+
+// Windows take the theme's style sheet as they are first polished, before they show; the orb's
+// panel draws itself and keeps the plain style. An application-wide sheet would wrap every widget
+// of the orb in the style-sheet style as well.
+class WindowStyler final : public QObject {
+ public:
+  QString sheet;
+
+  void restyle() const {
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (styled(window) && window->testAttribute(Qt::WA_WState_Polished))
+        window->setStyleSheet(sheet);
+  }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::Polish && object->isWidgetType()) {
+      auto* widget = static_cast<QWidget*>(object);
+      if (widget->isWindow() && styled(widget) && widget->styleSheet() != sheet)
+        widget->setStyleSheet(sheet);
+    }
+    return false;
+  }
+
+ private:
+  static bool styled(const QWidget* window) { return !window->property(plainStyle).toBool(); }
+};
+
+}  // namespace
+
 void applyTheme(AppTheme theme) {
   static std::optional<AppTheme> applied;
   if (applied == theme) return;
   applied = theme;
   const OrbPalette palette{theme};
   QApplication::setPalette(themePalette(palette));
-  qApp->setStyleSheet(themeStyleSheet(palette));
+  static WindowStyler* styler = [] {
+    auto* installed = new WindowStyler;  // lives as long as the application
+    installed->setParent(qApp);
+    qApp->installEventFilter(installed);
+    return installed;
+  }();
+  styler->sheet = themeStyleSheet(palette);
+  styler->restyle();
 }
 
 QLabel* themedLabel(const QString& text, const char* role, double size, QFont::Weight weight,

@@ -38,9 +38,11 @@ QPalette themePalette(const OrbPalette& palette);
 // Rounded fields and buttons, cards, pills and the text roles ("secondary", "muted", "accent",
 // "warning") in the theme's colours.
 QString themeStyleSheet(const OrbPalette& palette);
-// Gives the whole application the theme, so every open window recolours at once. Does nothing
-// when the theme is already applied.
+// Gives the whole application the theme, so every open window recolours at once, and every
+// window made later takes it before it shows. Does nothing when the theme is already applied.
 void applyTheme(AppTheme theme);
+// The property that keeps a window (the orb's panel) out of the style sheet: it draws itself.
+inline constexpr char plainStyle[] = "tidemarkPlainStyle";
 
 // A label in one of the text roles of the style sheet, at a size in logical pixels.
 QLabel* themedLabel(const QString& text, const char* role, double size,

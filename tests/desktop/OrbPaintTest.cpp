@@ -114,6 +114,24 @@ TEST(TextStyle, FiguresFromTheBuiltInCutChineseFromTheCjkFont) {
   }
 }
 
+// Windows take the theme's sheet before they show, and again on a change of theme; the orb's
+// panel keeps the plain style, and nothing is set application-wide.
+TEST(OrbPalette, WindowsTakeTheSheetTheOrbPanelDoesNot) {
+  QWidget window, panel, later;
+  panel.setProperty(plainStyle, true);
+  applyTheme(AppTheme::rose);
+  window.ensurePolished();
+  panel.ensurePolished();
+  EXPECT_EQ(window.styleSheet(), themeStyleSheet(OrbPalette{AppTheme::rose}));
+  applyTheme(AppTheme::ocean);
+  later.ensurePolished();
+  for (const QWidget* styled : {&window, &later})
+    EXPECT_EQ(styled->styleSheet(), themeStyleSheet(OrbPalette{AppTheme::ocean}));
+  EXPECT_EQ(panel.styleSheet(), QString());
+  EXPECT_EQ(qApp->styleSheet(), QString());
+  applyTheme(AppTheme::dark);
+}
+
 TEST(MiniOrb, ArcDotAndBareDot) {
   const QColor dot(0x6E, 0xF2, 0xD8);  // the dark theme's auroraA
   // Price, low, high, prev close; then which of top, right, bottom, left the arc reaches.
