@@ -239,14 +239,15 @@ bool OrbView::step(double seconds) {
   // The window follows what moves, and once more when it has come to rest.
   if (springs || extentMoving_) extentChanged();
   extentMoving_ = springs;
-  // Idle frames are drawn only when the idle motion moved by a step; a frame after the springs
-  // and effects come to rest clears their last trace.
+  // Idle frames, and those of the flash while it holds, are drawn only when something moved by
+  // a step; a frame after the springs and effects come to rest clears their last trace.
   const bool settled = framesMoving_ && !springs && !effects;
   framesMoving_ = springs || effects;
   if (controls) {
     layoutControls();
     update();
-  } else if (springs || effects || settled || idleLook() != shownIdle_) {
+  } else if (springs || settled || !ripples_.empty() || pulse() > 0 || swap_.isMoving() ||
+             flashStep() != shownFlash_ || idleLook() != shownIdle_) {
     // Only the orb and what spreads from it changed: repaint that square, not the canvas.
     const double reach = size_.value() * (ripples_.empty() ? 0.9 : 1.0) + 4;
     update(QRectF(canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach)
@@ -320,6 +321,10 @@ double OrbView::pulse() const {
 
 double OrbView::flash() const {
   return flashLevel(now() - flashStart_);
+}
+
+int OrbView::flashStep() const {
+  return static_cast<int>(std::lround(flash() * 16));
 }
 
 void OrbView::setHovered(std::optional<size_t> index) {

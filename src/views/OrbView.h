@@ -165,11 +165,14 @@ class OrbView final : public QWidget {
   };
   IdleLook idleLook() const;
   IdleLook shownIdle_;
+  // The flash in the sixteenth steps it is drawn in.
+  int flashStep() const;
+  int shownFlash_ = 0;
   // The orb is drawn once into layers and reused for every frame: the glow, the sphere (redrawn
   // only for another theme, size or direction), the ring with the badge, and the core's texts.
   void renderLayers(double s);
   std::string sphereKey_, faceKey_;
-  QImage glowCache_, bodyCache_, faceCache_, coreCache_;
+  QImage glowCache_, bodyCache_, faceCache_, coreCache_, flashCache_;
   OncePerTurn refreshes_{this, [this] { modelChanged(); }};
   Date seenUpdatedAt_;
   std::string seenActiveID_;

@@ -301,8 +301,8 @@ OrbView::IdleLook OrbView::idleLook() const {
   IdleLook look;
   look.drift = {whole(1.5 * std::sin(2 * pi * idlePhase_ / 5.3)),
                 whole(1.2 * std::cos(2 * pi * idlePhase_ / 6.1))};
-  // Breathing: the glow swells and fades in eight steps.
-  look.glow = 0.9 + 0.1 * std::round(4 * std::sin(2 * pi * idlePhase_ / 4.2)) / 4;
+  // Breathing: the glow swells and fades in steps of a twentieth.
+  look.glow = 0.9 + 0.1 * std::round(2 * std::sin(2 * pi * idlePhase_ / 4.2)) / 2;
   return look;
 }
 
@@ -333,6 +333,12 @@ void OrbView::renderLayers(double s) {
     }
     const QPointF centre = clearLayer(bodyCache_, s / 2 + 1, ratio);
     paintBall(*layer(bodyCache_), centre, s, palette);
+    // The flash of a fresh quote: the sphere's disc in its lit colour, drawn at the flash's level.
+    clearLayer(flashCache_, s / 2 + 1, ratio);
+    auto flash = layer(flashCache_);
+    flash->setPen(Qt::NoPen);
+    flash->setBrush(qt(palette.orbLit()));
+    flash->drawEllipse(centre, s / 2, s / 2);
   }
   std::string face = faceKey(s);
   if (face != faceKey_ || faceCache_.isNull()) {
@@ -386,11 +392,12 @@ void OrbView::paintBody(QPainter& painter) {
   painter.setOpacity(1 - 0.6 * swap);
   drawLayer(painter, coreCache_, c + QPointF(0, 0.12 * s * swap));
   painter.restore();
-  const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
-  if (const double f = flash(); f > 0) {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(faded(palette.orbLit(), 0.22 * f));
-    painter.drawEllipse(sphere);
+  shownFlash_ = flashStep();
+  if (shownFlash_ > 0) {
+    painter.save();
+    painter.setOpacity(0.22 * shownFlash_ / 16);
+    drawLayer(painter, flashCache_, c);
+    painter.restore();
   }
 
   // Ripples and the pulse of a fresh quote spread from the rim.
