@@ -5,6 +5,8 @@
 
 #include <atomic>
 
+#include <png.h>
+
 #include <QAction>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -12,6 +14,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusVirtualObject>
 #include <QDir>
+#include <QFile>
 #include <QMenu>
 #include <QStandardPaths>
 #include <QTimer>
@@ -422,6 +425,20 @@ QString StatusNotifierItem::iconFolder() {
          QStringLiteral("/tidemark-tray");
 }
 
+bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
+  const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
+  png_image png{};
+  png.version = PNG_IMAGE_VERSION;
+  png.width = static_cast<png_uint_32>(rgba.width());
+  png.height = static_cast<png_uint_32>(rgba.height());
+  png.format = PNG_FORMAT_RGBA;
+  const bool written = png_image_write_to_file(&png, QFile::encodeName(path).constData(), 0,
+                                               rgba.constBits(), rgba.bytesPerLine(), nullptr);
+  png_image_free(&png);
+  if (!written) QFile::remove(path);
+  return written;
+}
+
 void StatusNotifierItem::writeIconFile(const QImage& image) {
   static std::atomic<unsigned> written{0};
   const QDir folder(iconFolder());
@@ -429,7 +446,7 @@ void StatusNotifierItem::writeIconFile(const QImage& image) {
   if (!QDir().mkpath(folder.path())) return;
   // Hosts look an icon up by its name once: a new image needs a new name.
   const QString name = QStringLiteral("tidemark-tray-%1-%2").arg(::getpid()).arg(++written);
-  if (!image.save(folder.filePath(name + QStringLiteral(".png")), "PNG")) return;
+  if (!writePng(image, folder.filePath(name + QStringLiteral(".png")))) return;
   // The one before stays until the next change, for a host still reading it.
   if (!previousIconName_.isEmpty())
     QFile::remove(folder.filePath(previousIconName_ + QStringLiteral(".png")));

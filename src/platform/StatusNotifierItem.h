@@ -77,6 +77,7 @@ class StatusNotifierItem final : public StatusNotifier {
   QDBusServiceWatcher watcher_;
 
   void writeIconFile(const QImage& image);
+  static bool writePng(const QImage& image, const QString& path);
   void removeIconFiles(bool othersToo);
 
   sni::IconPixmapList icon_;
