@@ -165,7 +165,6 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   }
   QApplication app(argc, argv);
   setIdentity();
-  loadQtTranslations();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
   QString runtimeNotice;
@@ -228,9 +227,17 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     keys.gnomeInstalled = [&gnome] { return gnome.isInstalled(); };
     keys.addGnome = [&gnome] { return gnome.install(); };
   }
-  const WindowContentFactory windows = standardWindowContent(
+  const WindowContentFactory content = standardWindowContent(
       model, clock, [] { return Autostart::isEnabled(); },
       [executable](bool on) { return Autostart::setEnabled(on, executable); }, keys);
+  // Qt's own texts (standard buttons, file dialogs, a field's menu) show only in our windows: its
+  // translation is loaded with the first of them, not at start.
+  const WindowContentFactory windows = [&content](AppDelegate& delegate, const std::string& key,
+                                                  const std::string& section) {
+    static const bool translated = loadQtTranslations();
+    (void)translated;
+    return content(delegate, key, section);
+  };
   AppDelegate delegate({model, *store, clock, scheduler, *windowSystem, *hotKeys, windows,
                         qtScreens,
                         [] {
