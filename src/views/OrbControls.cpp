@@ -52,32 +52,64 @@ QRegion roundedRegion(const QRectF& r, double radius) {
   return QRegion(path.toFillPolygon().toPolygon());
 }
 
-void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
-                    const SatelliteLook& look, const OrbPalette& palette) {
-  painter.save();
-  const QColor colour = qt(quoteColor(quote.changePct()));
-  const SatelliteParts parts = satelliteParts(dot, quote, look);
-  const double radius = parts.radius;
+namespace {
 
+// The dot with its glow and, when selected, its ring.
+void paintDot(QPainter& painter, QPointF dot, const QColor& colour, double radius, bool selected,
+              bool glow) {
   painter.setPen(Qt::NoPen);
-  if (look.glow) {
-    QRadialGradient glow(dot, radius * 2.2);
+  if (glow) {
+    QRadialGradient halo(dot, radius * 2.2);
     QColor glowColour = colour;
     glowColour.setAlphaF(0.7f);
-    glow.setColorAt(0.4, glowColour);
-    glow.setColorAt(1, Qt::transparent);
-    painter.setBrush(glow);
+    halo.setColorAt(0.4, glowColour);
+    halo.setColorAt(1, Qt::transparent);
+    painter.setBrush(halo);
     painter.drawEllipse(dot, radius * 2.2, radius * 2.2);
   }
   painter.setBrush(colour);
   painter.drawEllipse(dot, radius, radius);
-  if (look.selected) {
+  if (selected) {
     QColor ring = colour;
     ring.setAlphaF(0.65f);
     painter.setPen(QPen(ring, 3));
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(dot, radius + 2 + 1.5, radius + 2 + 1.5);
   }
+}
+
+}  // namespace
+
+QImage satelliteSprite(const QuoteSnapshot& quote, const SatelliteLook& look, double ratio) {
+  // To the eighth of a pixel: the dot's size follows the change, and a sprite serves every
+  // change that rounds to it.
+  const double radius = std::round(satelliteParts({}, quote, look).radius * 8) / 8;
+  const double reach = std::max(look.glow ? radius * 2.2 : 0.0, radius + 5) + 1;
+  const int half = static_cast<int>(std::ceil(reach * ratio));
+  QImage sprite(2 * half, 2 * half, QImage::Format_ARGB32_Premultiplied);
+  sprite.setDevicePixelRatio(ratio);
+  sprite.fill(Qt::transparent);
+  QPainter painter(&sprite);
+  painter.setRenderHint(QPainter::Antialiasing);
+  paintDot(painter, QPointF(half / ratio, half / ratio), qt(quoteColor(quote.changePct())), radius,
+           look.selected, look.glow);
+  return sprite;
+}
+
+std::string satelliteSpriteKey(const QuoteSnapshot& quote, const SatelliteLook& look,
+                               double ratio) {
+  const double radius = std::round(satelliteParts({}, quote, look).radius * 8) / 8;
+  return qt(quoteColor(quote.changePct())).name(QColor::HexArgb).toStdString() + "|" +
+         std::to_string(radius) + "|" + std::to_string(look.selected) + std::to_string(look.glow) +
+         "|" + std::to_string(ratio);
+}
+
+void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
+                    const SatelliteLook& look, const OrbPalette& palette) {
+  painter.save();
+  const QColor colour = qt(quoteColor(quote.changePct()));
+  const SatelliteParts parts = satelliteParts(dot, quote, look);
+  paintDot(painter, dot, colour, parts.radius, look.selected, look.glow);
   if (look.captionOpacity > 0.001) {
     painter.setOpacity(painter.opacity() * look.captionOpacity);
     const QRectF capsule = parts.capsule;

@@ -22,6 +22,10 @@ struct SatelliteLook {
 };
 void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
                     const SatelliteLook& look, const OrbPalette& palette);
+// A satellite without its caption, drawn once into an image whose centre falls on a whole device
+// pixel, and the key of the looks that share it.
+QImage satelliteSprite(const QuoteSnapshot& quote, const SatelliteLook& look, double ratio);
+std::string satelliteSpriteKey(const QuoteSnapshot& quote, const SatelliteLook& look, double ratio);
 // What paintSatellite covers without its glow: the dot with its ring, and the caption.
 QRegion satelliteRegion(QPointF dot, const QuoteSnapshot& quote, const SatelliteLook& look);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -112,7 +113,7 @@ class OrbView final : public QWidget {
   void syncSatellites();
   void scheduleRefresh();
   void paintBody(QPainter& painter);
-  void paintSatellites(QPainter& painter, bool behind) const;
+  void paintSatellites(QPainter& painter, bool behind);
   void setHovered(std::optional<std::size_t> index);
   SatelliteLook satelliteLook(std::size_t i) const;
   void extentChanged() {
@@ -173,6 +174,7 @@ class OrbView final : public QWidget {
   void renderLayers(double s);
   std::string sphereKey_, faceKey_;
   QImage glowCache_, bodyCache_, faceCache_, coreCache_, flashCache_;
+  std::map<std::string, QImage> satelliteSprites_;
   OncePerTurn refreshes_{this, [this] { modelChanged(); }};
   Date seenUpdatedAt_;
   std::string seenActiveID_;

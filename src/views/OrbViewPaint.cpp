@@ -131,9 +131,11 @@ QPointF clearLayer(QImage& image, double radius, double ratio) {
   return QPointF(half / ratio, half / ratio);
 }
 
+// At a point, not into a rectangle: unscaled, Qt's raster engine then blends the rows directly
+// instead of handing them to its thread pool as spans.
 void drawLayer(QPainter& painter, const QImage& image, QPointF c) {
   const double half = image.width() / image.devicePixelRatio() / 2;
-  painter.drawImage(QRectF(c.x() - half, c.y() - half, 2 * half, 2 * half), image);
+  painter.drawImage(QPointF(c.x() - half, c.y() - half), image);
 }
 
 }  // namespace
@@ -187,12 +189,29 @@ SatelliteLook OrbView::satelliteLook(size_t i) const {
   return look;
 }
 
-void OrbView::paintSatellites(QPainter& painter, bool behind) const {
+void OrbView::paintSatellites(QPainter& painter, bool behind) {
   const OrbPalette palette{model_.theme()};
+  const double ratio = devicePixelRatioF();
   for (size_t i = 0; i < satellites_.size(); ++i) {
     const Satellite& satellite = satellites_[i];
     if (drawnBehindSphere(satellite.radius.value()) != behind) continue;
-    paintSatellite(painter, satelliteDot(i), satellite.quote, satelliteLook(i), palette);
+    const SatelliteLook look = satelliteLook(i);
+    if (look.captionOpacity > 0.001) {
+      paintSatellite(painter, satelliteDot(i), satellite.quote, look, palette);
+      continue;
+    }
+    // Without a caption, from a sprite drawn unscaled at whole pixels.
+    const std::string key = satelliteSpriteKey(satellite.quote, look, ratio);
+    auto sprite = satelliteSprites_.find(key);
+    if (sprite == satelliteSprites_.end()) {
+      if (satelliteSprites_.size() >= 64) satelliteSprites_.clear();
+      sprite = satelliteSprites_.emplace(key, satelliteSprite(satellite.quote, look, ratio)).first;
+    }
+    const QPointF dot = satelliteDot(i);
+    const double half = sprite->second.width() / ratio / 2;
+    painter.drawImage(QPointF(std::round(dot.x() * ratio) / ratio - half,
+                              std::round(dot.y() * ratio) / ratio - half),
+                      sprite->second);
   }
 }
 
