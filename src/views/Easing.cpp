@@ -32,9 +32,9 @@ double pulseProgress(double elapsed) {
 
 double flashLevel(double elapsed) {
   if (elapsed < 0 || elapsed >= flashSeconds) return 0;
-  if (elapsed < 0.22) return easeInOut(elapsed / 0.22);
-  if (elapsed < 0.55) return 1;
-  return 1 - easeOut((elapsed - 0.55) / 0.2);
+  if (elapsed < flashHeldFrom) return easeInOut(elapsed / flashHeldFrom);
+  if (elapsed < flashHeldUntil) return 1;
+  return 1 - easeOut((elapsed - flashHeldUntil) / (flashSeconds - flashHeldUntil));
 }
 
 }  // namespace tidemark

@@ -12,7 +12,7 @@ inline constexpr double pulseSeconds = 0.18;
 double pulseProgress(double elapsed);
 // A fresh quote's flash: up over 0.22 s (ease-in-out), held, and from 0.55 s down again over
 // 0.2 s (ease-out). 0 before and after.
-inline constexpr double flashSeconds = 0.75;
+inline constexpr double flashSeconds = 0.75, flashHeldFrom = 0.22, flashHeldUntil = 0.55;
 double flashLevel(double elapsed);
 
 }  // namespace tidemark

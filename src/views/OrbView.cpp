@@ -22,7 +22,7 @@ namespace {
 
 // Milliseconds between frames: springs need the full rate; fades and the slow idle breathing
 // look the same with fewer frames and cost far less.
-constexpr int springRate = 16, effectRate = 50, idleRate = 150;
+constexpr int springRate = 16, effectRate = 50, idleRate = 250;
 
 struct RingItem {
   const char* label;
@@ -154,9 +154,21 @@ void OrbView::modelChanged() {
   syncSatellites();
   layoutControls();
   setAccessibleName(QString::fromStdString(accessibilityText()));
-  update();
+  // A new quote changes the orb and the satellites folded round it: that square, unless the
+  // controls stand out.
+  if (controlsOut()) {
+    update();
+  } else {
+    update(orbSquare());
+  }
   if (size_.isMoving() || availableMotion()) ticker_.wake();
   extentChanged();
+}
+
+QRect OrbView::orbSquare() const {
+  const double reach = size_.value() * (ripples_.empty() ? 0.9 : 1.0) + 4;
+  return QRectF(canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach)
+      .toAlignedRect();
 }
 
 void OrbView::windowModelChanged() {
@@ -235,7 +247,15 @@ bool OrbView::step(double seconds) {
                        t - flashStart_ < flashSeconds || swap_.isMoving();
   const bool idle = availableMotion();
   if (idle) idlePhase_ += seconds;
-  ticker_.setInterval(springs ? springRate : effects ? effectRate : idleRate);
+  // While the flash is held and nothing else moves, the next frame is the one its fall begins on.
+  const double sinceFlash = t - flashStart_;
+  const bool held = sinceFlash >= flashHeldFrom && sinceFlash < flashHeldUntil &&
+                    ripples_.empty() && t - pulseStart_ >= pulseSeconds && !swap_.isMoving();
+  const int untilFall = static_cast<int>(std::ceil((flashHeldUntil - sinceFlash) * 1000));
+  ticker_.setInterval(springs   ? springRate
+                      : held    ? std::clamp(untilFall, effectRate, idleRate)
+                      : effects ? effectRate
+                                : idleRate);
   // The window follows what moves, and once more when it has come to rest.
   if (springs || extentMoving_) extentChanged();
   extentMoving_ = springs;
@@ -249,9 +269,7 @@ bool OrbView::step(double seconds) {
   } else if (springs || settled || !ripples_.empty() || pulse() > 0 || swap_.isMoving() ||
              flashStep() != shownFlash_ || idleLook() != shownIdle_) {
     // Only the orb and what spreads from it changed: repaint that square, not the canvas.
-    const double reach = size_.value() * (ripples_.empty() ? 0.9 : 1.0) + 4;
-    update(QRectF(canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach)
-               .toAlignedRect());
+    update(orbSquare());
   }
   return springs || effects || idle;
 }

@@ -113,6 +113,8 @@ class OrbView final : public QWidget {
   void syncSatellites();
   void scheduleRefresh();
   void paintBody(QPainter& painter);
+  // The square the orb, its glow and the folded satellites are drawn in.
+  QRect orbSquare() const;
   void paintSatellites(QPainter& painter, bool behind);
   void setHovered(std::optional<std::size_t> index);
   SatelliteLook satelliteLook(std::size_t i) const;
