@@ -20,6 +20,7 @@ class FrameTicker {
   bool isRunning() const { return timer_.isActive(); }
   // Milliseconds between frames: the full rate for springs, fewer for slow idle motion.
   void setInterval(int milliseconds) { timer_.setInterval(milliseconds); }
+  int interval() const { return timer_.interval(); }
   // One frame now, as the timer would run it (tests step through time with a manual clock).
   void tick();
 

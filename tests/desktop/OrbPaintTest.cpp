@@ -347,6 +347,47 @@ TEST(OrbMotion, SatellitesUnfoldAndFreshQuotesPulseOnlyWithMotion) {
   }
 }
 
+// The frames a fresh quote costs, as the ticker's own intervals run them on a shown orb: the
+// pulse and the rising and falling flash are painted, the held flash is not, one frame clears
+// the flash's trace, and then the orb rests (no compositor: no idle motion).
+TEST(OrbMotion, AFreshQuotePaintsItsEffectsAndNotTheHeldFlash) {
+  Orb orb(true);
+  orb.orb().setCompositing(false);
+  orb.view->show();
+  orb.paint();
+  struct Paints final : QObject {
+    std::vector<double> at;
+    const Clock* clock = nullptr;
+    bool eventFilter(QObject*, QEvent* event) override {
+      if (event->type() == QEvent::Paint) at.push_back(clock->now().sinceReference);
+      return false;
+    }
+  } paints;
+  paints.clock = &orb.h.clock;
+  orb.orb().installEventFilter(&paints);
+  orb.model->refresh();
+  orb.h.scheduler.advance(0.2);
+  QCoreApplication::processEvents();
+  ASSERT_EQ(orb.orb().pulseCount(), 1);
+  paints.at.clear();
+  const double start = orb.h.clock.now().sinceReference;
+  for (int frame = 0; frame < 60 && orb.orb().ticker().isRunning(); ++frame) {
+    orb.h.clock.advance(orb.orb().ticker().interval() / 1000.0);
+    orb.orb().ticker().tick();
+    QCoreApplication::processEvents();
+  }
+  int rising = 0, held = 0, falling = 0, after = 0;
+  for (double t : paints.at) {
+    const double since = t - start;
+    ++(since < 0.22 ? rising : since < 0.55 ? held : since < 0.75 ? falling : after);
+  }
+  // Every 50 ms while the pulse spreads and the flash rises or falls (the frames on the bounds go
+  // either way with the clock's rounding); none while it is held; one at 0.75 s.
+  EXPECT_EQ(std::tuple(held, after), std::tuple(0, 1));
+  for (int frames : {rising, falling}) EXPECT_TRUE(frames >= 3 && frames <= 5) << frames;
+  EXPECT_FALSE(orb.orb().ticker().isRunning());
+}
+
 // The overshoot its damping gives, a period set by its response, a turn without a jump in
 // velocity, and a snap that stops it at once.
 TEST(Spring, SettlesWithItsOvershootAndTurnsSmoothly) {
