@@ -78,12 +78,16 @@ void paintDot(QPainter& painter, QPointF dot, const QColor& colour, double radiu
   }
 }
 
+// To the eighth of a pixel: the dot's size follows the change, and a sprite serves every change
+// that rounds to it.
+double spriteRadius(const QuoteSnapshot& quote, const SatelliteLook& look) {
+  return std::round(satelliteParts({}, quote, look).radius * 8) / 8;
+}
+
 }  // namespace
 
 QImage satelliteSprite(const QuoteSnapshot& quote, const SatelliteLook& look, double ratio) {
-  // To the eighth of a pixel: the dot's size follows the change, and a sprite serves every
-  // change that rounds to it.
-  const double radius = std::round(satelliteParts({}, quote, look).radius * 8) / 8;
+  const double radius = spriteRadius(quote, look);
   const double reach = std::max(look.glow ? radius * 2.2 : 0.0, radius + 5) + 1;
   const int half = static_cast<int>(std::ceil(reach * ratio));
   QImage sprite(2 * half, 2 * half, QImage::Format_ARGB32_Premultiplied);
@@ -98,7 +102,7 @@ QImage satelliteSprite(const QuoteSnapshot& quote, const SatelliteLook& look, do
 
 std::string satelliteSpriteKey(const QuoteSnapshot& quote, const SatelliteLook& look,
                                double ratio) {
-  const double radius = std::round(satelliteParts({}, quote, look).radius * 8) / 8;
+  const double radius = spriteRadius(quote, look);
   return qt(quoteColor(quote.changePct())).name(QColor::HexArgb).toStdString() + "|" +
          std::to_string(radius) + "|" + std::to_string(look.selected) + std::to_string(look.glow) +
          "|" + std::to_string(ratio);
