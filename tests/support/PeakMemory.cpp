@@ -46,17 +46,24 @@ void PeakMemory::stop() {
 void PeakMemory::sample() {
   rootPeakKB = std::max(rootPeakKB, highWaterKB(root_));
   std::map<std::string, int> alive;
-  std::vector<pid_t> pending;
-  for (addChildren(root_, pending); !pending.empty();) {
-    const pid_t pid = pending.back();
+  // Each pending child with its parent's command line: a fork runs as a copy of its parent,
+  // sharing the parent's pages, until it starts its own program; the copy is not counted, and
+  // the program begins a new peak.
+  std::string rootLine = procFile(root_, "cmdline");
+  std::vector<std::pair<pid_t, std::string>> pending;
+  const auto addChildrenOf = [&](pid_t pid, const std::string& line) {
+    std::vector<pid_t> children;
+    addChildren(pid, children);
+    for (pid_t child : children) pending.emplace_back(child, line);
+  };
+  for (addChildrenOf(root_, rootLine); !pending.empty();) {
+    const auto [pid, parentLine] = pending.back();
     pending.pop_back();
-    addChildren(pid, pending);
     std::string commandLine = procFile(pid, "cmdline");
-    if (commandLine.empty()) continue;  // ended, not yet reaped
+    addChildrenOf(pid, commandLine);
+    if (commandLine.empty() || commandLine == parentLine) continue;  // ended, or not yet started
     std::replace(commandLine.begin(), commandLine.end(), '\0', ' ');
     Process& process = descendants[pid];
-    // A fork runs as a copy of its parent until it starts its program, which begins a new peak:
-    // the copy's is the parent's.
     if (process.commandLine != commandLine) process = {commandLine, 0};
     process.peakKB = std::max(process.peakKB, highWaterKB(pid));
     for (auto& [word, most] : mostAtOnce)
