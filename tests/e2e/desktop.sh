@@ -162,10 +162,12 @@ fi
 # and the pixels of the orb's face (clear of the satellites) stay exactly where they were.
 core() { grab && convert "$tmp/screen.png" -crop 60x40+610+380 +repage "$tmp/core-$1.png"; }
 same_core() { core now && [ "$(compare -metric AE "$tmp/core-before.png" "$tmp/core-now.png" null: 2>&1)" = 0 ]; }
+# The face before the click, once two grabs in a row agree (no frame in between).
+steady_core() { core before && same_core; }
 keep_core() { [ -z "$shots" ] || cp "$tmp/core-before.png" "$tmp/core-now.png" "$shots/"; }
 before=$(presses)
 point_at 640 400
-core before
+wait_for 5 steady_core || fail "the orb's face kept changing before the click"
 xdotool click 1
 if wait_for 5 pixel_not 640 317 "$white" && [ "$(presses)" = "$before" ]; then
   ok "a click on the orb's core spread the satellites and stayed with the orb"
@@ -173,7 +175,7 @@ else
   fail "a click on the orb's core at (640,400): satellites $(pixel 640 317), presses $before → $(presses)"
 fi
 shot 2-spread
-if geometry_is 410 170 460x460 && same_core; then
+if geometry_is 410 170 460x460 && wait_for 3 same_core; then
   ok "spread, the window covers the whole canvas and the orb has not moved by a pixel"
 else
   fail "spread, the window is $(geometry), expected (410,170) 460x460; the orb's core differs in $(compare -metric AE "$tmp/core-before.png" "$tmp/core-now.png" null: 2>&1) pixels"
@@ -181,7 +183,7 @@ else
 fi
 xdotool key Escape
 wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
-if wait_for 5 orb_at 640 400 && same_core; then
+if wait_for 5 orb_at 640 400 && wait_for 3 same_core; then
   ok "collapsed, the window is the orb's again and the orb has not moved by a pixel"
 else
   fail "collapsed, the window stayed $(geometry) or the orb's core moved"
