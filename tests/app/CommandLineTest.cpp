@@ -536,6 +536,46 @@ TEST_F(CommandLine, AnEndlessServerLeavesEveryProcessBounded) {
   }
 }
 
+// The desktop app refreshing on a weekday morning while every feed sends without end, then
+// answers again: once it has, the app's resident memory is back near where it was before the
+// faults (the blocks of the cut-off bodies returned, not kept).
+TEST_F(CommandLine, AfterARunOfNetworkFaultsTheMemoryComesBack) {
+  const std::string body = test::testData("tencent-basic.gbk");
+  bool faulty = false;
+  test::LoopbackServer server([&](const std::string&) -> test::LoopbackServer::Reply {
+    if (faulty) return {200, std::string(64 << 10, 'x'), test::LoopbackServer::Delivery::endless};
+    return {200, body};
+  });
+  storeHeldQuote(
+      Preferences{.sourceMode = SourceMode::tencent, .autoRotate = false, .onboardingSeen = true});
+  QProcess process;
+  start(process, "--endpoints " + endpointsFile(server.base()), true, {}, "2026-11-25 02:00:00");
+  const auto residentKB = [&] {
+    std::ifstream status("/proc/" + std::to_string(process.processId()) + "/status");
+    for (std::string line; std::getline(status, line);)
+      if (line.starts_with("VmRSS:")) return std::stoul(line.substr(6));
+    return 0ul;
+  };
+  const auto loads = [&](size_t more) {
+    const size_t until = server.targets.size() + more;
+    return QTest::qWaitFor([&] { return server.targets.size() >= until; }, 30000);
+  };
+  ASSERT_TRUE(loads(3));
+  const unsigned long before = residentKB();
+  faulty = true;
+  ASSERT_TRUE(loads(6));
+  faulty = false;
+  ASSERT_TRUE(loads(3));
+  const unsigned long after = residentKB();
+  EXPECT_EQ(process.state(), QProcess::Running) << process.readAllStandardError().toStdString();
+  // The sanitizer's allocator keeps what it frees for a while on purpose.
+  if (!sanitized) {
+    EXPECT_LE(after, before + (3 << 10)) << before << " → " << after;
+  }
+  process.terminate();
+  EXPECT_TRUE(process.waitForFinished(10000));
+}
+
 TEST_F(CommandLine, WatchPrintsEachNewLoad) {
   QProcess process;
   start(process, "--watch --json --symbols 600519");
