@@ -85,11 +85,15 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
                    [this] { model_.removeHolding(selectedSymbol()); });
   QObject::connect(list_, &QListView::doubleClicked, this,
                    [this](const QModelIndex& index) { edit(rows_->symbol(index.row())); });
-  QObject::connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
+  // A new set of holdings (one added or deleted) resets the list and, silently, its choice.
+  const auto chosenChanged = [this] {
     const bool chosen = !selectedSymbol().empty();
     editRow_->setEnabled(chosen);
     removeRow_->setEnabled(chosen);
-  });
+  };
+  QObject::connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+                   chosenChanged);
+  QObject::connect(rows_, &QAbstractItemModel::modelReset, this, chosenChanged);
   editRow_->setEnabled(false);
   removeRow_->setEnabled(false);
   page->addWidget(list);

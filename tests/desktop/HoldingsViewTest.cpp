@@ -90,20 +90,33 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
   d.model->setMasked(false);
   settle();
 
-  // A double click edits too; delete removes the chosen row only.
+  // 编辑 and a double click edit the chosen row, not the first; delete removes the chosen row
+  // only, and with none left nothing is chosen.
   ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);
   settle();
-  view.shares().clear();
-  clickRow(1, true);
-  EXPECT_EQ(view.shares().text(), u"2"_s);
-  clickRow(0);
+  for (const bool twice : {false, true}) {
+    view.shares().clear();
+    clickRow(1, twice);
+    if (!twice) button(view, u"编辑"_s)->click();
+    EXPECT_EQ(view.shares().text(), u"2"_s) << twice;
+  }
+  clickRow(1);
   button(view, u"删除"_s)->click();
   settle();
-  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"00700", 2, 0}}));
+  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 200, 1500.5}}));
   clickRow(0);
   button(view, u"删除"_s)->click();
   settle();
   EXPECT_TRUE(d.model->holdings().empty());
+  EXPECT_FALSE(button(view, u"删除"_s)->isEnabled());
+  EXPECT_FALSE(button(view, u"编辑"_s)->isEnabled());
+
+  // The tray's day profit, on and off by its switch.
+  for (const bool on : {true, false}) {
+    for (auto* box : view.findChildren<QAbstractButton*>())
+      if (box->text() == u"托盘显示今日盈亏"_s) box->click();
+    EXPECT_EQ(d.model->showsDayProfitInTray(), on);
+  }
   EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
 }
 
