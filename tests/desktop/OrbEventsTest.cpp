@@ -217,6 +217,12 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {tray, "离线", none, [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
        "offline"},
       {tray, "使用引导", none, windows, "guide "},
+      {tray, "重新居中 / 解除贴边",
+       [](Desktop& d) {
+         d.moveCanvas(-225, 170);
+         d.delegate->settle(std::nullopt);
+       },
+       state, "at 640,400"},
       {tray, "退出潮汐栏", none, quits, "1"},
       {key, "1", none, size, "72"},
       {key, "2", [](Desktop& d) { d.model->setOrbSize(132); }, size, "96"},

@@ -228,10 +228,17 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   const QString maskedIcon = namedIcon();
   EXPECT_NE(maskedIcon, firstIcon);
 
-  // Activate hides the orb; a wheel step either way moves to the next symbol.
+  // Activate hides the orb and a middle click (SecondaryActivate) shows it again; ContextMenu
+  // opens our menu; a wheel step either way moves to the next symbol.
   ASSERT_TRUE(d.delegate->panel().isVisible());
   host.call(service, path, itemInterface, u"Activate"_s, {0, 0});
   EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, 3000));
+  host.call(service, path, itemInterface, u"SecondaryActivate"_s, {0, 0});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->panel().isVisible(); }, 3000));
+  QMenu& ours = d.delegate->statusItem().menu();
+  host.call(service, path, itemInterface, u"ContextMenu"_s, {100, 100});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return ours.isVisible(); }, 3000));
+  ours.hide();
   d.h.scheduler.runDue();
   for (const auto& [delta, next] : {std::pair{120, "00700"}, {-120, "NVDA"}}) {
     host.call(service, path, itemInterface, u"Scroll"_s, {delta, u"vertical"_s});
@@ -250,7 +257,7 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
             .value(1));
     return kept.children.at(2).properties.value(u"label"_s).toString().toStdString();
   };
-  for (const char* shown : {"隐藏灵球", "显示灵球"}) {
+  for (const char* shown : {"显示灵球", "隐藏灵球"}) {
     const qsizetype heard = log.revisions.size();
     d.keys.pressed(1);
     d.h.scheduler.runDue();
@@ -259,15 +266,16 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   }
 
   // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
+  d.model->setOrbSize(132);
   EXPECT_TRUE(
       host.call(service, menu, menuInterface, u"AboutToShow"_s, {0}).arguments().value(0).toBool());
   const QDBusMessage layout =
       host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()});
   const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
   EXPECT_EQ(shown(root),
-            "模拟源 (off) | — | 显示灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [x] | "
+            "模拟源 (off) | — | 隐藏灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [x] | "
             "鼠标穿透（仅托盘菜单可恢复） [ ] | 重新居中 / 解除贴边 | — | "
-            "灵球尺寸 {72 pt [ ] | 96 pt [x] | 132 pt [ ]} | "
+            "灵球尺寸 {72 pt [ ] | 96 pt [ ] | 132 pt [x]} | "
             "演示数据状态 {加载 [ ] | 正常 [x] | 过期 [ ] | 降级 [ ] | 离线 [ ]} | 使用引导 | "
             "退出潮汐栏");
   const auto* refresh = findLabel(root, u"立即刷新"_s);

@@ -76,6 +76,16 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     EXPECT_EQ(model->alertSymbolID(), "600519");
     EXPECT_FALSE(model->alertAbove());
   }
+  const auto click = [](QWidget& window, const QString& text) {
+    for (auto* b : window.findChildren<QPushButton*>())
+      if (b->text() == text) b->click();
+  };
+  {
+    AlertEditorView editor(*model, [&] { ++closed; });
+    editor.price().setText(u"1600"_s);
+    click(editor, u"保存提醒"_s);
+    EXPECT_EQ(model->alertPrice(), 1600);
+  }
   // The editor starts on the alert's own security while it is watched, else on the active one,
   // so saving keeps the alert where the user sees it.
   model->select("NVDA");
@@ -91,8 +101,8 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
   EXPECT_EQ(masked.current().text(), u"当前价格已遮蔽"_s);
   EXPECT_EQ(masked.price().text(), QString());
   EXPECT_EQ(masked.price().placeholderText(), u"目标价格已遮蔽"_s);
-  masked.clear();
-  EXPECT_EQ(closed, 2);
+  click(masked, u"清除提醒"_s);
+  EXPECT_EQ(closed, 3);
   EXPECT_EQ(model->alertPrice(), std::nullopt);
 }
 

@@ -148,6 +148,19 @@ tray_icon() {
   [ -n "$tray" ] && xwininfo -tree -id "$tray" | grep -q '("tidemark" "tidemark")'
 }
 if wait_for 5 tray_icon; then ok "the tray shows the app's icon"; else fail "no icon of the app in the tray"; fi
+# A middle click on the icon hides the orb and a left click shows it again.
+tray_click() {
+  local tray icon
+  tray=$(xwininfo -root -tree | awk '/"panel": \("panel" "trayer"\)/ { print $1; exit }')
+  icon=$(xwininfo -tree -id "$tray" | awk '/\("tidemark" "tidemark"\)/ { print $1; exit }')
+  [ -n "$icon" ] && xdotool mousemove --window "$icon" 8 8 click "$1"
+}
+panel_hidden() { ! xdotool search --onlyvisible --name '^岚舟' >/dev/null 2>&1; }
+if tray_click 2 && wait_for 5 panel_hidden && tray_click 1 && wait_for 5 find_panel; then
+  ok "a middle click on the tray icon hid the orb and a left click showed it"
+else
+  fail "the tray icon's clicks: hidden after the middle click $(panel_hidden && echo yes || echo no)"
+fi
 
 # 2. Only the orb takes clicks; the transparent rest of the panel passes them on.
 point_off 430 190
