@@ -433,6 +433,9 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
       EXPECT_TRUE(d.windows.visible->contains(d.at({230, 230})));
       EXPECT_FALSE(d.windows.visible->contains(d.at({230 + 48 + 4, 230})));
     }
+    // Nor is the glow drawn where nothing would blend it: beside the sphere is the background.
+    const QImage drawn = panel.content().orbView().grab().toImage();
+    EXPECT_EQ(drawn.pixel(230 + 48 + 4, 230) != drawn.pixel(20, 230), composited) << composited;
     d.delegate->openSettings("外观");  // 960 wide: no room beside the orb, so in the middle
     QWidget* settings = d.delegate->window("settings");
     QApplication::setActiveWindow(settings);
