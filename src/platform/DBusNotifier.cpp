@@ -66,8 +66,8 @@ void DBusNotifier::requestAuthorization(std::function<void(bool)> completion) {
 
 void DBusNotifier::add(const NotificationRequest& request, std::function<void()> completion) {
   const auto previous = shown_.find(request.identifier);
-  const uint32_t replaces =
-      previous == shown_.end() || previous->second.service != service_ ? 0 : previous->second.id;
+  // A restarted daemon's ids are forgotten as it appears (above).
+  const uint32_t replaces = previous == shown_.end() ? 0 : previous->second.id;
   QVariantMap hints;
   hints.insert(QStringLiteral("urgency"), QVariant::fromValue(static_cast<uchar>(1)));
   hints.insert(QStringLiteral("category"), QStringLiteral("x-tidemark.price-alert"));
