@@ -52,6 +52,9 @@ start_x() {
   export DISPLAY
   openbox >"$tmp/openbox.log" 2>&1 &
   pids+=($!)
+  # Clients started before the window manager runs race it for their first map: wait for it.
+  wm_ready() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
+  wait_for 20 wm_ready || die "openbox did not start: $(tail -c 400 "$tmp/openbox.log")"
 }
 
 # A home, settings, data and private runtime folder of the test's own, and stored preferences
