@@ -3,15 +3,25 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <sstream>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace tidemark::test {
 namespace {
 
+// Read with plain system calls: a process may end between the open and the read, which fails
+// with ESRCH, and a stream's buffer turns that failure into an exception.
 std::string procFile(pid_t pid, const std::string& name) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/" + name);
-  return {std::istreambuf_iterator<char>(file), {}};
+  const int fd =
+      ::open(("/proc/" + std::to_string(pid) + "/" + name).c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return {};
+  std::string text;
+  char chunk[4096];
+  for (ssize_t got; (got = ::read(fd, chunk, sizeof chunk)) > 0;) text.append(chunk, size_t(got));
+  ::close(fd);
+  return text;
 }
 
 size_t highWaterKB(pid_t pid) {
@@ -25,7 +35,7 @@ void addChildren(pid_t pid, std::vector<pid_t>& found) {
   std::error_code error;
   for (const auto& task :
        std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task", error)) {
-    std::ifstream list(task.path() / "children");
+    std::istringstream list(procFile(pid, "task/" + task.path().filename().string() + "/children"));
     for (pid_t child; list >> child;) found.push_back(child);
   }
 }
