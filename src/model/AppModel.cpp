@@ -69,10 +69,11 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   ready_ = true;
   startFirstLoad();
 
+  // What the store and the files already hold is not written again: most starts write nothing.
   savePreferences();
   saveQuotes();
-  saveWatchlist();
-  if (holdingsStored) saveHoldings();
+  if (!watchlistSavedAsIs()) saveWatchlist();
+  if (holdingsStored && !holdingsSavedAsIs()) saveHoldings();
   evaluateAlert();
 
   if (startTimers) {
@@ -120,6 +121,21 @@ void AppModel::restoreSourceConfiguration() {
   sourceConfigStatus_ = "使用内置地址";
 }
 
+namespace {
+
+// The user's choices among the preferences: without what refreshes and the rotation change (the
+// state of the data, its time, the latency, the active symbol).
+Preferences choicesOf(Preferences p) {
+  p.activeID.clear();
+  p.phase = {};
+  p.lastError.reset();
+  p.latencyMS = 0;
+  p.updatedAt = {};
+  return p;
+}
+
+}  // namespace
+
 void AppModel::restorePreferences() {
   auto bytes = deps_.defaults.data(preferencesKey);
   if (!bytes) return;
@@ -136,6 +152,8 @@ void AppModel::restorePreferences() {
     setAside_.push_back({preferencesKey, problem, preferencesUnreadableKey, ""});
     return;
   }
+  // The stored choices: a start that changes none of them writes nothing at once.
+  savedChoices_ = choicesOf(*p);
   setActiveID(p->activeID);
   setTheme(p->theme);
   setReduceMotion(p->reduceMotion);
@@ -395,14 +413,8 @@ void AppModel::savePreferences() {
   const Preferences now = currentPreferences();
   auto bytes = json::encode(toJson(now));
   if (!bytes) return;
-  // What refreshes and the rotation change (the state of the data, its time, the latency, the
-  // active symbol) is kept lazily; a choice of the user's is kept at once.
-  Preferences chosen = now;
-  chosen.activeID.clear();
-  chosen.phase = {};
-  chosen.lastError.reset();
-  chosen.latencyMS = 0;
-  chosen.updatedAt = {};
+  // What refreshes and the rotation change is kept lazily; a choice of the user's at once.
+  Preferences chosen = choicesOf(now);
   if (savedChoices_ == chosen) return deps_.defaults.setDataLazily(preferencesKey, *bytes);
   savedChoices_ = std::move(chosen);
   deps_.defaults.setData(preferencesKey, *bytes);

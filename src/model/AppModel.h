@@ -294,6 +294,8 @@ class AppModel {
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
+  // Whether the store and the file already hold the list in use, so a start need not write.
+  bool watchlistSavedAsIs() const;
   // Moves an unreadable file aside and records it; false when it could not be moved, and is
   // then not to be written over this run.
   bool setAsideFile(const std::filesystem::path& file, std::string problem);
@@ -302,6 +304,7 @@ class AppModel {
   bool restoreHoldings();
   void setAsideHoldingsFile(std::string problem);
   void saveHoldings();
+  bool holdingsSavedAsIs() const;
   void startFirstLoad();
   void requestActiveIntraday();
   void loadMock(bool resetMock);

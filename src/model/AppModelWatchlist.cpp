@@ -124,6 +124,20 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
   return std::nullopt;
 }
 
+bool AppModel::watchlistSavedAsIs() const {
+  const auto holdsList = [this](const std::optional<std::string>& bytes) {
+    size_t dropped = 0;
+    const auto record = bytes ? watchlistBackupFromBytes(*bytes, &dropped) : std::nullopt;
+    return record && dropped == 0 && record->symbols == watchlist_;
+  };
+  if (deps_.defaults.stringArray(watchlistKey) != watchlist_ ||
+      !holdsList(deps_.defaults.data(watchlistBackupKey)))
+    return false;
+  if (!watchlistURL_ || watchlistFileHeld_) return true;
+  std::error_code error;
+  return holdsList(readFile(*watchlistURL_, error));
+}
+
 bool AppModel::setAsideFile(const std::filesystem::path& file, std::string problem) {
   // "watchlist.json" → "watchlist.unreadable.json"; a later unreadable file replaces it.
   std::filesystem::path aside = file;

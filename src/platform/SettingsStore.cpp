@@ -134,12 +134,16 @@ void SettingsStore::setDataLazily(const std::string& k, const std::string& bytes
 }
 
 void SettingsStore::setData(const std::string& k, const std::string& bytes) {
+  // What the file already holds needs no write (a start, a choice made again); after a failed
+  // write everything is tried again.
+  if (!unwritten_ && !lazy_.contains(k) && data(k) == bytes) return;
   lazy_.erase(k);
   settings_->setValue(key(k), QByteArray::fromStdString(bytes));
   scheduleSync();
 }
 
 void SettingsStore::setStringArray(const std::string& k, const std::vector<std::string>& values) {
+  if (!unwritten_ && !lazy_.contains(k) && stringArray(k) == values) return;
   lazy_.erase(k);
   QStringList list;
   list.reserve(static_cast<qsizetype>(values.size()));
@@ -180,6 +184,7 @@ bool SettingsStore::sync() {
     settings_.swap(fresh);
   }
   const bool kept = settings_->status() == QSettings::NoError;
+  unwritten_ = !kept;
   if (observer_) {
     if (kept)
       observer_(std::nullopt);

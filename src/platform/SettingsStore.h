@@ -54,7 +54,8 @@ class SettingsStore final : public KeyValueStore {
   std::unique_ptr<QSettings> settings_;
   WriteObserver observer_;
   bool syncPending_ = false;
-  QObject syncContext_;  // a sync still queued goes with the store
+  bool unwritten_ = false;  // the last write failed
+  QObject syncContext_;     // a sync still queued goes with the store
   // Lazy writes not yet handed to QSettings, which would write them at its next turn.
   std::map<std::string, std::string, std::less<>> lazy_;
   QTimer lazyTimer_;

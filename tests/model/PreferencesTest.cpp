@@ -48,6 +48,22 @@ TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
   EXPECT_EQ(prompt(), std::vector<std::string>{AppModel::preferencesKey});
   // Read back whole: the lazily kept fields are in the record the store holds.
   EXPECT_EQ(h.make()->activeID(), m->activeID());
+  // A start that finds every list and choice stored writes nothing at once, the files neither;
+  // one that finds a list missing from a file writes it.
+  ASSERT_EQ(m->setHolding("600519", 100, 1500.5), std::nullopt);
+  m.reset();
+  h.clock.advance(60);
+  const auto file = h.folder.path() / "watchlist.json";
+  std::error_code error;
+  const auto written = std::filesystem::last_write_time(file, error);
+  prompt();
+  m = h.make(true);
+  EXPECT_EQ(prompt(), std::vector<std::string>{});
+  EXPECT_EQ(std::filesystem::last_write_time(file, error), written);
+  std::filesystem::remove(h.folder.path() / "holdings.json");
+  m = h.make(true);
+  EXPECT_EQ(prompt(), std::vector<std::string>{AppModel::holdingsKey});
+  EXPECT_TRUE(std::filesystem::exists(h.folder.path() / "holdings.json"));
 }
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
