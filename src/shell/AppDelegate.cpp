@@ -139,10 +139,10 @@ void AppDelegate::launch() {
     if (!self->hoverTimer_.isActive()) self->hoverTimer_.start();
   };
 
-  statusItem_ = std::make_unique<StatusItem>(
-      [self](QMenu& menu) { self->buildStatusMenu(menu); }, [self] { self->toggleOrb(); },
-      deps_.statusNotifier ? deps_.statusNotifier() : nullptr,
-      [self] { self->deps_.model.cycleActive(); });
+  // The tray item is made once the orb is on screen, so that neither its registration nor the
+  // tray host's reading of it comes before the first frame; a second at most.
+  content.orbView().onFirstPaint = [self] { self->statusItem(); };
+  statusItemWork_ = deps_.scheduler.after(1, [self] { self->statusItem(); });
 
   // Everything about the window is settled before it is mapped: compositors honour some of it
   // only then.
@@ -229,14 +229,28 @@ void AppDelegate::launch() {
   if (!deps_.model.onboardingSeen()) openWindow("guide");
 }
 
+StatusItem& AppDelegate::statusItem() {
+  if (!statusItem_) {
+    statusItemWork_.cancel();
+    statusItem_ = std::make_unique<StatusItem>(
+        [this](QMenu& menu) { buildStatusMenu(menu); }, [this] { toggleOrb(); },
+        deps_.statusNotifier ? deps_.statusNotifier() : nullptr,
+        [this] { deps_.model.cycleActive(); });
+    synchronize();
+  }
+  return *statusItem_;
+}
+
 void AppDelegate::terminate() {
   if (!panel_) return;
   savePosition();
   hoverTimer_.stop();
   glideTimer_.stop();
   keysRetry_.cancel();
+  statusItemWork_.cancel();
   QObject::disconnect(focusConnection_);
   panel_->content().orbView().onExtentChanged = nullptr;
+  panel_->content().orbView().onFirstPaint = nullptr;
   for (const auto& connection : screenConnections_) QObject::disconnect(connection);
   screenConnections_.clear();
   subscriptions_.clear();

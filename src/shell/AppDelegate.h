@@ -146,7 +146,8 @@ class AppDelegate {
   AppModel& model() { return deps_.model; }
   OrbWindowModel& windowModel() { return windowModel_; }
   OrbPanel& panel() { return *panel_; }
-  StatusItem& statusItem() { return *statusItem_; }
+  // The tray item, made now if the orb has not yet been painted.
+  StatusItem& statusItem();
   bool isGliding() const { return glideTimer_.isActive(); }
   bool passesPointerThrough() const { return passThrough_; }
   // Quit the application (the ring menu's and the tray menu's last item).
@@ -180,7 +181,7 @@ class AppDelegate {
   TimerHandle keysRetry_;
   bool keysInstalled_ = false;
   bool desktopKeysBound_ = false;
-  TimerHandle clickWork_, hintWork_;
+  TimerHandle clickWork_, hintWork_, statusItemWork_;
   std::optional<Date> leaveDate_;
   Point lastMouse_;
   Date lastMouseDate_;

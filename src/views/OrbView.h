@@ -62,6 +62,8 @@ class OrbView final : public QWidget {
   // Called whenever the extent of what is drawn may have changed: each frame of a moving
   // control or size, once when they come to rest, and on every change of state.
   std::function<void()> onExtentChanged;
+  // Called once, on the turn after the orb was first painted (its frame already on screen).
+  std::function<void()> onFirstPaint;
   // The text a screen reader speaks for the orb.
   std::string accessibilityText() const;
   // What the core shows: the label (code or name), the price and the change, as painted; masked,

@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTimer>
 
 #include "core/NumberText.h"
 #include "views/Easing.h"
@@ -218,6 +219,7 @@ void OrbView::paintSatellites(QPainter& painter, bool behind) {
 void OrbView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   paintBody(painter);
+  if (onFirstPaint) QTimer::singleShot(0, this, std::exchange(onFirstPaint, nullptr));
   // For start-up measurements only: the wall-clock time of the first painted orb.
   static bool reported = false;
   if (!reported && qEnvironmentVariableIsSet("TIDEMARK_REPORT_FIRST_PAINT")) {
