@@ -363,13 +363,18 @@ void AppDelegate::synchronize() {
     statusItem_->setTitle(statusTitle());
     const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
     const bool bare = m.masked() || m.menuDensity() == 1;
-    const OrbPalette palette{m.theme()};
-    if (statusItem_->exportsItem()) {
-      statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio),
-                            miniOrb(m.activeQuote(), palette, bare, 1, 22),
-                            miniOrb(m.activeQuote(), palette, bare, 1, 44));
-    } else {
-      statusItem_->setImage(miniOrb(m.activeQuote(), palette, bare, ratio));
+    const MiniOrbFace face = miniOrbFace(m.activeQuote(), bare);
+    // Drawn again only when what it shows changes, not on every price.
+    if (const auto icon = std::tuple(face, m.theme(), ratio, statusItem_->exportsItem());
+        trayIcon_ != icon) {
+      trayIcon_ = icon;
+      const OrbPalette palette{m.theme()};
+      if (statusItem_->exportsItem()) {
+        statusItem_->setImage(miniOrb(face, palette, ratio), miniOrb(face, palette, 1, 22),
+                              miniOrb(face, palette, 1, 44));
+      } else {
+        statusItem_->setImage(miniOrb(face, palette, ratio));
+      }
     }
     statusItem_->setToolTip(tooltip());
   }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <QPointer>
@@ -19,6 +20,7 @@
 #include "shell/DockGeometry.h"
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"
+#include "views/MiniOrb.h"
 #include "views/OrbWindowModel.h"
 #include "views/SettingsView.h"
 
@@ -175,6 +177,7 @@ class AppDelegate {
   OrbWindowModel windowModel_;
   std::unique_ptr<OrbPanel> panel_;
   std::unique_ptr<StatusItem> statusItem_;
+  std::optional<std::tuple<MiniOrbFace, AppTheme, qreal, bool>> trayIcon_;  // as last drawn
   std::map<std::string, QPointer<QWidget>> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
   QTimer hoverTimer_, glideTimer_;

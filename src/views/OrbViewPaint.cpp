@@ -86,6 +86,32 @@ void paintHalo(QPainter& painter, QPointF c, double s, const OrbPalette& palette
   painter.drawEllipse(c, 0.8 * s, 0.8 * s);
 }
 
+// Qt's raster engine hands every fill of more than 96 spans to its thread pool and waits for
+// the pool: for a thin ring, waking the threads costs more than drawing it. Drawn in bands of
+// 40 device rows (at most two spans a row) it stays on this thread; under a stretch or a
+// rotation the ring is drawn whole.
+void strokeRing(QPainter& painter, QPointF c, double r, const QPen& pen) {
+  painter.save();
+  painter.setPen(pen);
+  painter.setBrush(Qt::NoBrush);
+  const QTransform device = painter.deviceTransform();
+  if (device.type() > QTransform::TxScale || device.m11() != device.m22()) {
+    painter.drawEllipse(c, r, r);
+    painter.restore();
+    return;
+  }
+  const double scale = device.m22(), band = 40 / scale, half = r + pen.widthF();
+  // Bands start on whole device rows, so their seams fall between rows.
+  const double first = std::floor((c.y() - half) * scale + device.dy()) - device.dy();
+  for (double top = first / scale; top < c.y() + half; top += band) {
+    painter.save();
+    painter.setClipRect(QRectF(c.x() - half - 1, top, 2 * half + 2, band), Qt::IntersectClip);
+    painter.drawEllipse(c, r, r);
+    painter.restore();
+  }
+  painter.restore();
+}
+
 void paintShadow(QPainter& painter, QPointF c, double s, const OrbPalette& palette) {
   QRadialGradient below(c + QPointF(0, 0.12 * s), s / 2 + 0.22 * s);
   below.setColorAt(0, qt(palette.halo()));
@@ -422,16 +448,13 @@ void OrbView::paintBody(QPainter& painter) {
   }
 
   // Ripples and the pulse of a fresh quote spread from the rim.
-  painter.setBrush(Qt::NoBrush);
   for (double start : ripples_) {
     const double f = easeOut((t - start) / rippleSeconds);
-    painter.setPen(QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
-    painter.drawEllipse(c, s / 2 * (1 + 0.95 * f), s / 2 * (1 + 0.95 * f));
+    strokeRing(painter, c, s / 2 * (1 + 0.95 * f),
+               QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
   }
-  if (const double f = pulse(); f > 0) {
-    painter.setPen(QPen(faded(trend, 0.5 * (1 - f)), 2));
-    painter.drawEllipse(c, s / 2 + 0.18 * s * f, s / 2 + 0.18 * s * f);
-  }
+  if (const double f = pulse(); f > 0)
+    strokeRing(painter, c, s / 2 + 0.18 * s * f, QPen(faded(trend, 0.5 * (1 - f)), 2));
 
   painter.restore();
   paintSatellites(painter, false);

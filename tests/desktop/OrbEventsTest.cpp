@@ -760,6 +760,14 @@ TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
     EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + "\n贵州茅台  CNY1,468.80" + tail)
         << instant;
   }
+  // Within one run the icon follows what it shows: masked the ring goes, a theme recolours it.
+  const QColor dark = d.delegate->statusItem().image().pixelColor(11, 11);
+  d.model->setTheme(AppTheme::light);
+  d.h.scheduler.runDue();
+  EXPECT_NE(d.delegate->statusItem().image().pixelColor(11, 11), dark);
+  d.model->setMasked(true);
+  d.h.scheduler.runDue();
+  EXPECT_LT(d.delegate->statusItem().image().pixelColor(11, 3).alpha(), 200);
 }
 
 }  // namespace
