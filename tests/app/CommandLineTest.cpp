@@ -576,21 +576,6 @@ TEST_F(CommandLine, AfterARunOfNetworkFaultsTheMemoryComesBack) {
   EXPECT_TRUE(process.waitForFinished(10000));
 }
 
-TEST_F(CommandLine, WatchPrintsEachNewLoad) {
-  QProcess process;
-  start(process, "--watch --json --symbols 600519");
-  QByteArray lines;
-  EXPECT_TRUE(QTest::qWaitFor(
-      [&] { return (lines += process.readAllStandardOutput()).count('\n') >= 2; }, 10000));
-  process.kill();
-  process.waitForFinished();
-  const QList<QByteArray> loads = lines.split('\n');
-  auto first = json::parse(loads[0].toStdString()), second = json::parse(loads[1].toStdString());
-  ASSERT_TRUE(first && second) << lines.toStdString();
-  EXPECT_NE((*first)["updatedAt"], (*second)["updatedAt"]);
-  EXPECT_NE((*first)["quotes"][0]["price"], (*second)["quotes"][0]["price"]);  // mock data moves
-}
-
 // The standard buttons of Qt's dialogs, as the reset confirmation shows them.
 TEST(Platform, QtsOwnTextsAreChinese) {
   ASSERT_TRUE(loadQtTranslations()) << "Debian's qt6-translations-l10n is missing";
