@@ -164,12 +164,21 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id,
                         atom(connection_, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1,
                         &everyDesktop);
-    const std::array<xcb_atom_t, 4> states{atom(connection_, "_NET_WM_STATE_STICKY"),
-                                           atom(connection_, "_NET_WM_STATE_ABOVE"),
-                                           atom(connection_, "_NET_WM_STATE_SKIP_TASKBAR"),
-                                           atom(connection_, "_NET_WM_STATE_SKIP_PAGER")};
-    xcb_change_property(connection_, XCB_PROP_MODE_APPEND, id, atom(connection_, "_NET_WM_STATE"),
-                        XCB_ATOM_ATOM, 32, static_cast<uint32_t>(states.size()), states.data());
+    // Added to those the window has (Qt keeps them when it maps the window), each once.
+    const xcb_atom_t property = atom(connection_, "_NET_WM_STATE");
+    std::vector<xcb_atom_t> states;
+    const auto cookie = xcb_get_property(connection_, 0, id, property, XCB_ATOM_ATOM, 0, 64);
+    if (xcb_get_property_reply_t* reply = xcb_get_property_reply(connection_, cookie, nullptr)) {
+      const auto* held = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply));
+      if (reply->format == 32) states.assign(held, held + xcb_get_property_value_length(reply) / 4);
+      std::free(reply);
+    }
+    for (const char* name : {"_NET_WM_STATE_STICKY", "_NET_WM_STATE_ABOVE",
+                             "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"})
+      if (const xcb_atom_t state = atom(connection_, name); std::ranges::count(states, state) == 0)
+        states.push_back(state);
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id, property, XCB_ATOM_ATOM, 32,
+                        static_cast<uint32_t>(states.size()), states.data());
     xcb_flush(connection_);
   }
 

@@ -109,7 +109,11 @@ void AppDelegate::applyOrbVisibility() {
   // Standing aside, the orb hides, with a compositor or without: a ghost of it over a chart or a
   // form is in the way all the same.
   const bool visible = shown_ && !yielding_;
-  if (visible != panel_->isVisible()) panel_->setVisible(visible);
+  if (visible == panel_->isVisible()) return;
+  // Window managers drop a hidden window's states (above, on every desktop, off the task bar):
+  // they are given again before every show.
+  if (visible) deps_.windowSystem.prepareOrbWindow(*panel_);
+  panel_->setVisible(visible);
 }
 
 void AppDelegate::updateYield() {

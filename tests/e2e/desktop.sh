@@ -244,6 +244,9 @@ for lock in off on; do
   xdotool key ctrl+alt+space
   if wait_for 5 mapped_as IsUnMapped; then
     ok "NumLock $lock: Ctrl+Alt+Space hid the orb"
+    # As KWin and mutter do with a hidden window (openbox keeps them).
+    xprop -id "$panel" -remove _NET_WM_STATE
+    xprop -id "$panel" -remove _NET_WM_DESKTOP
   else
     fail "NumLock $lock: Ctrl+Alt+Space left the panel $(map_state)"
   fi
@@ -253,6 +256,13 @@ for lock in off on; do
     [ "$lock" = on ] || shot 3-hint
   else
     fail "NumLock $lock: Ctrl+Alt+Space again: panel $(map_state), hint pixel $(pixel 640 530)"
+  fi
+  # Shown again, the orb has every state it had, although the window manager dropped them.
+  states=$(xprop -id "$panel" _NET_WM_STATE _NET_WM_DESKTOP)
+  if [[ $states == *STICKY*ABOVE*SKIP_TASKBAR*SKIP_PAGER* && $states == *4294967295* ]]; then
+    ok "NumLock $lock: shown again, the orb keeps above, on every desktop and off the task bar"
+  else
+    fail "NumLock $lock: shown again, the panel's states: $(echo $states)"
   fi
   xdotool key ctrl+alt+m
   if wait_for 5 price_masked; then
