@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/Bundle.h"
@@ -294,7 +295,11 @@ class AppModel {
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
-  // Whether the store and the file already hold the list in use, so a start need not write.
+  // Whether the store and the file already hold the list in use, so a start need not write:
+  // the store's record under `key` and the file (unless held aside) both read whole to what
+  // `holds` accepts.
+  bool storedEverywhere(const std::string& key, const std::optional<std::filesystem::path>& file,
+                        bool fileHeld, const std::function<bool(std::string_view)>& holds) const;
   bool watchlistSavedAsIs() const;
   // Moves an unreadable file aside and records it; false when it could not be moved, and is
   // then not to be written over this run.

@@ -126,16 +126,13 @@ bool AppModel::restoreHoldings() {
 }
 
 bool AppModel::holdingsSavedAsIs() const {
-  const auto holdsList = [this](const std::optional<std::string>& bytes) {
-    size_t dropped = 0;
-    const auto record = bytes ? holdingsBackupFromBytes(*bytes, &dropped) : std::nullopt;
-    return record && dropped == 0 && record->holdings == holdings_ &&
-           record->showsDayProfitInTray == showsDayProfitInTray_;
-  };
-  if (!holdsList(deps_.defaults.data(holdingsKey))) return false;
-  if (!holdingsURL_ || holdingsFileHeld_) return true;
-  std::error_code error;
-  return holdsList(readFile(*holdingsURL_, error));
+  return storedEverywhere(holdingsKey, holdingsURL_, holdingsFileHeld_,
+                          [this](std::string_view bytes) {
+                            size_t dropped = 0;
+                            const auto record = holdingsBackupFromBytes(bytes, &dropped);
+                            return record && dropped == 0 && record->holdings == holdings_ &&
+                                   record->showsDayProfitInTray == showsDayProfitInTray_;
+                          });
 }
 
 void AppModel::setAsideHoldingsFile(std::string problem) {

@@ -124,18 +124,24 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fil
   return std::nullopt;
 }
 
-bool AppModel::watchlistSavedAsIs() const {
-  const auto holdsList = [this](const std::optional<std::string>& bytes) {
-    size_t dropped = 0;
-    const auto record = bytes ? watchlistBackupFromBytes(*bytes, &dropped) : std::nullopt;
-    return record && dropped == 0 && record->symbols == watchlist_;
-  };
-  if (deps_.defaults.stringArray(watchlistKey) != watchlist_ ||
-      !holdsList(deps_.defaults.data(watchlistBackupKey)))
-    return false;
-  if (!watchlistURL_ || watchlistFileHeld_) return true;
+bool AppModel::storedEverywhere(const std::string& key,
+                                const std::optional<std::filesystem::path>& file, bool fileHeld,
+                                const std::function<bool(std::string_view)>& holds) const {
+  const auto held = [&](const std::optional<std::string>& bytes) { return bytes && holds(*bytes); };
+  if (!held(deps_.defaults.data(key))) return false;
+  if (!file || fileHeld) return true;
   std::error_code error;
-  return holdsList(readFile(*watchlistURL_, error));
+  return held(readFile(*file, error));
+}
+
+bool AppModel::watchlistSavedAsIs() const {
+  return deps_.defaults.stringArray(watchlistKey) == watchlist_ &&
+         storedEverywhere(watchlistBackupKey, watchlistURL_, watchlistFileHeld_,
+                          [this](std::string_view bytes) {
+                            size_t dropped = 0;
+                            const auto record = watchlistBackupFromBytes(bytes, &dropped);
+                            return record && dropped == 0 && record->symbols == watchlist_;
+                          });
 }
 
 bool AppModel::setAsideFile(const std::filesystem::path& file, std::string problem) {

@@ -19,11 +19,6 @@ MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot) {
   return face;
 }
 
-QImage miniOrb(const QuoteSnapshot* quote, const OrbPalette& palette, bool bareDot,
-               double devicePixelRatio, double side) {
-  return miniOrb(miniOrbFace(quote, bareDot), palette, devicePixelRatio, side);
-}
-
 QImage miniOrb(const MiniOrbFace& face, const OrbPalette& palette, double devicePixelRatio,
                double side) {
   const int pixels = static_cast<int>(std::lround(side * devicePixelRatio));

@@ -7,12 +7,6 @@
 
 namespace tidemark {
 
-// The tray icon: a small orb whose arc shows where the price stands in the day's range, to the
-// nearest twenty-fourth, in the quote's colour. Masked, or at the quietest density, only the centre
-// dot remains. `side` is in logical pixels; the image has the given device pixel ratio.
-QImage miniOrb(const QuoteSnapshot* quote, const OrbPalette& palette, bool bareDot,
-               double devicePixelRatio, double side = 23);
-
 // What of a quote the icon shows: equal faces draw the same pixels, so the icon is drawn and
 // published again only when its face changes.
 struct MiniOrbFace {
@@ -22,6 +16,9 @@ struct MiniOrbFace {
   friend bool operator==(const MiniOrbFace&, const MiniOrbFace&) = default;
 };
 MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot);
+// The tray icon: a small orb whose arc shows where the price stands in the day's range, to the
+// nearest twenty-fourth, in the quote's colour. Masked, or at the quietest density, only the centre
+// dot remains. `side` is in logical pixels; the image has the given device pixel ratio.
 QImage miniOrb(const MiniOrbFace& face, const OrbPalette& palette, double devicePixelRatio,
                double side = 23);
 

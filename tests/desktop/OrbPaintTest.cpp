@@ -149,7 +149,7 @@ TEST(MiniOrb, ArcDotAndBareDot) {
   };
   for (const Case& c : cases) {
     QuoteSnapshot q{"600519", "A股", "n", c.price, c.prevClose, c.high, c.low, 1, {}, "mock"};
-    const QImage image = miniOrb(&q, OrbPalette{AppTheme::dark}, c.bare, 2);
+    const QImage image = miniOrb(miniOrbFace(&q, c.bare), OrbPalette{AppTheme::dark}, 2);
     ASSERT_EQ(image.size(), QSize(46, 46));
     const QPoint ends[] = {{23, 6}, {40, 23}, {23, 40}, {6, 23}};  // on the ring, device pixels
     for (int i = 0; i < 4; ++i)
@@ -160,7 +160,7 @@ TEST(MiniOrb, ArcDotAndBareDot) {
   // The arc moves in steps of a twenty-fourth (2 / 24 here): within one, the icon stays the same.
   const auto icon = [](double price) {
     QuoteSnapshot q{"600519", "A股", "n", price, 9.5, 11, 9, 1, {}, "mock"};
-    return miniOrb(&q, OrbPalette{AppTheme::dark}, false, 1, 22);
+    return miniOrb(miniOrbFace(&q, false), OrbPalette{AppTheme::dark}, 1, 22);
   };
   EXPECT_EQ(icon(10.0), icon(10.04));
   EXPECT_NE(icon(10.04), icon(10.05));
