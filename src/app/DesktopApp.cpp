@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QDir>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QScreen>
 #include <QSocketNotifier>
@@ -82,6 +83,18 @@ void setIdentity() {
   QCoreApplication::setApplicationVersion(QStringLiteral(TIDEMARK_VERSION));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("潮汐栏"));
   QGuiApplication::setDesktopFileName(QStringLiteral("org.tidemark.Tidemark"));
+}
+
+// Title bars and window switchers show the app's icon; set with the first window, as the orb
+// has no title bar.
+bool setWindowIcon(const Bundle& bundle) {
+  QIcon icon;
+  for (int side : {32, 64, 128})
+    if (const std::string file = appIconFile(bundle, side); !file.empty())
+      icon.addFile(QString::fromStdString(file));
+  if (icon.isNull()) return false;
+  QApplication::setWindowIcon(icon);
+  return true;
 }
 
 }  // namespace
@@ -206,7 +219,9 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   QtScheduler scheduler;
   auto store = SettingsStore::standard();
   LiveSources live(bundle, clock);
-  DBusNotifier notifier;
+  // The image by its file too: daemons look names up only in the icon themes they know.
+  DBusNotifier notifier(QDBusConnection::sessionBus(), QStringLiteral("潮汐栏"),
+                        QString::fromStdString(appIconFile(bundle, 128)));
   AppModel model({*store, clock, scheduler, live.data, notifier, applicationSupportDirectory(),
                   line.endpoints},
                  std::nullopt, true, bundle);
@@ -232,10 +247,13 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
       [executable](bool on) { return Autostart::setEnabled(on, executable); }, keys);
   // Qt's own texts (standard buttons, file dialogs, a field's menu) show only in our windows: its
   // translation is loaded with the first of them, not at start.
-  const WindowContentFactory windows = [&content](AppDelegate& delegate, const std::string& key,
-                                                  const std::string& section) {
+  const WindowContentFactory windows = [&content, &bundle](AppDelegate& delegate,
+                                                           const std::string& key,
+                                                           const std::string& section) {
     static const bool translated = loadQtTranslations();
+    static const bool iconSet = setWindowIcon(bundle);
     (void)translated;
+    (void)iconSet;
     return content(delegate, key, section);
   };
   AppDelegate delegate({model, *store, clock, scheduler, *windowSystem, *hotKeys, windows,

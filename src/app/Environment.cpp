@@ -35,4 +35,11 @@ std::optional<std::filesystem::path> applicationSupportDirectory() {
   return std::filesystem::path(location.toStdString());
 }
 
+std::string appIconFile(const Bundle& bundle, int side) {
+  if (bundle.resourceDirectory.empty()) return {};
+  const auto file = bundle.resourceDirectory / "icons" / (std::to_string(side) + ".png");
+  std::error_code error;
+  return std::filesystem::is_regular_file(file, error) ? file.string() : std::string();
+}
+
 }  // namespace tidemark

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "core/Bundle.h"
 
@@ -14,5 +15,9 @@ Bundle applicationBundle();
 // The user's application-support folder (~/.local/share on Linux); the watchlist file lives in
 // its "Tidemark" subfolder.
 std::optional<std::filesystem::path> applicationSupportDirectory();
+
+// The app's icon rendered at `side` pixels square, from the resources' "icons" folder; empty
+// where the resources have none.
+std::string appIconFile(const Bundle& bundle, int side);
 
 }  // namespace tidemark

@@ -17,8 +17,10 @@ const QString desktopEntry = QStringLiteral("org.tidemark.Tidemark");
 
 }  // namespace
 
-DBusNotifier::DBusNotifier(QDBusConnection bus, QString applicationName)
-    : bus_(std::move(bus)), applicationName_(std::move(applicationName)) {
+DBusNotifier::DBusNotifier(QDBusConnection bus, QString applicationName, QString imageFile)
+    : bus_(std::move(bus)),
+      applicationName_(std::move(applicationName)),
+      imageFile_(std::move(imageFile)) {
   if (!bus_.isConnected()) return;
   watcher_.setConnection(bus_);
   watcher_.addWatchedService(service);
@@ -73,6 +75,7 @@ void DBusNotifier::add(const NotificationRequest& request, std::function<void()>
   hints.insert(QStringLiteral("category"), QStringLiteral("x-tidemark.price-alert"));
   // The daemon shows the app's icon from its desktop entry, or by the icon's name.
   hints.insert(QStringLiteral("desktop-entry"), desktopEntry);
+  if (!imageFile_.isEmpty()) hints.insert(QStringLiteral("image-path"), imageFile_);
   const QList<QVariant> arguments{applicationName_,
                                   QVariant::fromValue(replaces),
                                   desktopEntry,

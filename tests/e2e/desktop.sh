@@ -374,6 +374,14 @@ if wait_for 5 settings_shown; then
     fail "the settings window opened at ($sx,$sy), not centred on 1280x800"
   fi
   wait_for 5 pixel_not 640 150 "$white" || true
+  # Title bars and window switchers show the app's icon, not the window system's.
+  icons=$(xprop -id "$(settings_window)" _NET_WM_ICON | grep -o 'Icon ([0-9]* x [0-9]*)' | sort -u |
+    tr '\n' ' ')
+  if [ "$icons" = "Icon (128 x 128) Icon (32 x 32) Icon (64 x 64) " ]; then
+    ok "the settings window carries the app's icon: $icons"
+  else
+    fail "the settings window's icons: '${icons}'"
+  fi
   # The settings cover the orb in the middle of the screen: while they do, the orb hides, with
   # the compositor running too (no ghost of it over the window's controls).
   if wait_for 5 mapped_as IsUnMapped; then
