@@ -534,8 +534,17 @@ void StatusNotifierItem::rebuildMenu() {
   sni::MenuLayoutItem layout = walk(*exported_, 0);
   // Hosts keep the layout they fetched until told it changed; an unchanged one keeps its revision.
   if (revision_ > 0 && layout == layout_) return;
+  const auto changes =
+      revision_ > 0 ? sni::propertyChanges(layout_, layout) : std::optional<sni::PropertyChanges>();
   layout_ = std::move(layout);
   ++revision_;
+  if (changes) {
+    // Some hosts keep an item's label and check mark by its id across a new layout (GNOME's
+    // indicator extension, xfce's sntray plug-in): a changed text or mark is told item by item.
+    emitSignal(menuPath, "com.canonical.dbusmenu", "ItemsPropertiesUpdated",
+               {QVariant::fromValue(changes->updated), QVariant::fromValue(changes->removed)});
+    return;
+  }
   emitSignal(menuPath, "com.canonical.dbusmenu", "LayoutUpdated",
              {QVariant::fromValue(revision_), 0});
 }

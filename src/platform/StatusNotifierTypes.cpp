@@ -1,9 +1,38 @@
 #include "platform/StatusNotifierTypes.h"
 
+#include <functional>
+
 #include <QDBusMetaType>
 #include <QtEndian>
 
 namespace tidemark::sni {
+
+std::optional<PropertyChanges> propertyChanges(const MenuLayoutItem& before,
+                                               const MenuLayoutItem& after) {
+  PropertyChanges changes;
+  const auto shape = [](const MenuLayoutItem& item, const char* name) {
+    return item.properties.value(QLatin1String(name));
+  };
+  const std::function<bool(const MenuLayoutItem&, const MenuLayoutItem&)> compare =
+      [&](const MenuLayoutItem& a, const MenuLayoutItem& b) {
+        if (a.id != b.id || a.children.size() != b.children.size() ||
+            shape(a, "type") != shape(b, "type") ||
+            shape(a, "children-display") != shape(b, "children-display"))
+          return false;
+        if (a.properties != b.properties) {
+          changes.updated.push_back({b.id, b.properties});
+          QStringList gone;
+          for (auto it = a.properties.cbegin(); it != a.properties.cend(); ++it)
+            if (!b.properties.contains(it.key())) gone << it.key();
+          if (!gone.isEmpty()) changes.removed.push_back({b.id, gone});
+        }
+        for (size_t i = 0; i < a.children.size(); ++i)
+          if (!compare(a.children[i], b.children[i])) return false;
+        return true;
+      };
+  if (!compare(before, after)) return std::nullopt;
+  return changes;
+}
 
 IconPixmap iconPixmap(const QImage& image) {
   const QImage argb = image.convertToFormat(QImage::Format_ARGB32);

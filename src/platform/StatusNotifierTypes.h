@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include <QByteArray>
@@ -64,6 +65,16 @@ struct MenuItemKeys {
 using MenuItemKeysList = QList<MenuItemKeys>;
 
 IconPixmap iconPixmap(const QImage& image);
+
+// What changed between two layouts of the same structure (the same ids in the same places, each
+// of the same type): each changed item's properties now, and the names it no longer has. None
+// when the structure changed.
+struct PropertyChanges {
+  MenuItemPropertiesList updated;
+  MenuItemKeysList removed;
+};
+std::optional<PropertyChanges> propertyChanges(const MenuLayoutItem& before,
+                                               const MenuLayoutItem& after);
 
 QDBusArgument& operator<<(QDBusArgument& a, const IconPixmap& v);
 const QDBusArgument& operator>>(const QDBusArgument& a, IconPixmap& v);

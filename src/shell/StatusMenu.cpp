@@ -1,7 +1,6 @@
 // The tray's menu, built afresh every time it opens so titles and check marks are current.
 
 #include <QActionGroup>
-#include <QKeySequence>
 #include <QMenu>
 
 #include "shell/AppDelegate.h"
@@ -17,10 +16,10 @@ std::string AppDelegate::menuState() const {
 
 void AppDelegate::buildStatusMenu(QMenu& menu) {
   AppModel& m = deps_.model;
-  const auto add = [&menu](const char* title, const char* key, std::function<void()> action,
+  // No key hints: the orb's keys (R, M, Q, ",", 1–3) work on the orb, not in this menu.
+  const auto add = [&menu](const char* title, std::function<void()> action,
                            std::optional<bool> checked = std::nullopt) {
     QAction* item = menu.addAction(QString::fromUtf8(title));
-    if (key[0]) item->setShortcut(QKeySequence(QString::fromUtf8(key)));
     if (checked) {
       item->setCheckable(true);
       item->setChecked(*checked);
@@ -31,24 +30,21 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
 
   menu.addAction(QString::fromStdString(m.sourceLabel()))->setEnabled(false);
   menu.addSeparator();
-  add(shown_ ? "隐藏灵球" : "显示灵球", "", [this] { toggleOrb(); });
-  add("设置…", ",", [this] { openSettings("外观"); });
+  add(shown_ ? "隐藏灵球" : "显示灵球", [this] { toggleOrb(); });
+  add("设置…", [this] { openSettings("外观"); });
   menu.addSeparator();
-  add("立即刷新", "R", [this] { refresh(); });
-  add("价格预警…", "", [this] { openWindow("alert"); });
+  add("立即刷新", [this] { refresh(); });
+  add("价格预警…", [this] { openWindow("alert"); });
   add(
-      "屏幕共享遮蔽", "M", [this] { toggleMask(); }, m.masked());
+      "屏幕共享遮蔽", [this] { toggleMask(); }, m.masked());
   add(
-      "鼠标穿透（仅托盘菜单可恢复）", "", [this] { toggleObserve(); },
-      windowModel_.forcedObserve());
-  add("重新居中 / 解除贴边", "", [this] { centerOrb(); });
+      "鼠标穿透（仅托盘菜单可恢复）", [this] { toggleObserve(); }, windowModel_.forcedObserve());
+  add("重新居中 / 解除贴边", [this] { centerOrb(); });
   menu.addSeparator();
 
   QMenu* sizes = menu.addMenu(QStringLiteral("灵球尺寸"));
-  const std::pair<int, const char*> sizeItems[] = {{72, "1"}, {96, "2"}, {132, "3"}};
-  for (const auto& [size, key] : sizeItems) {
+  for (int size : {72, 96, 132}) {
     QAction* item = sizes->addAction(QString::number(size) + QStringLiteral(" pt"));
-    item->setShortcut(QKeySequence(QString::fromUtf8(key)));
     item->setCheckable(true);
     item->setChecked(static_cast<int>(m.orbSize()) == size);
     QObject::connect(item, &QAction::triggered, sizes,
@@ -64,8 +60,8 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
     QObject::connect(item, &QAction::triggered, phases,
                      [this, phase] { deps_.model.simulatePhase(phase); });
   }
-  add("使用引导", "", [this] { openWindow("guide"); });
-  add("退出潮汐栏", "Q", [this] {
+  add("使用引导", [this] { openWindow("guide"); });
+  add("退出潮汐栏", [this] {
     if (onQuit) onQuit();
   });
 }

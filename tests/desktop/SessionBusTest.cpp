@@ -10,6 +10,8 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTest>
@@ -35,9 +37,16 @@ class LabelLog : public QObject {
  public:
   QStringList labels;
   QList<uint> revisions;
+  QStringList properties;  // "id label" of each updated item, "id -name" of each removed name
  public Q_SLOTS:
   void label(const QString& text, const QString&) { labels << text; }
   void layout(uint revision, int) { revisions << revision; }
+  void updated(const QDBusMessage& message) {
+    for (const auto& item : qdbus_cast<sni::MenuItemPropertiesList>(message.arguments().value(0)))
+      properties << u"%1 %2"_s.arg(item.id).arg(item.properties.value(u"label"_s).toString());
+    for (const auto& item : qdbus_cast<sni::MenuItemKeysList>(message.arguments().value(1)))
+      properties << u"%1 -%2"_s.arg(item.id).arg(item.names.join(u",-"_s));
+  }
 };
 
 // A StatusNotifierHost on a connection of its own, so every call really crosses the bus.
@@ -247,10 +256,13 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   }
 
   // A host that keeps the menu it fetched hears of every change: the global key shows the orb,
-  // and the menu says "隐藏灵球" without being opened again.
+  // and the menu says "隐藏灵球" without being opened again. A changed text is told item by item,
+  // a changed check mark with the names it lost; the layout stays.
   const QString menu = u"/MenuBar"_s;
   ASSERT_TRUE(host.bus.connect(service, menu, menuInterface, u"LayoutUpdated"_s, &log,
                                SLOT(layout(uint, int))));
+  ASSERT_TRUE(host.bus.connect(service, menu, menuInterface, u"ItemsPropertiesUpdated"_s, &log,
+                               SLOT(updated(QDBusMessage))));
   const auto orbItem = [&] {
     const auto kept = qdbus_cast<sni::MenuLayoutItem>(
         host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()})
@@ -258,13 +270,21 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
             .value(1));
     return kept.children.at(2).properties.value(u"label"_s).toString().toStdString();
   };
+  const qsizetype layouts = log.revisions.size();
   for (const char* shown : {"显示灵球", "隐藏灵球"}) {
-    const qsizetype heard = log.revisions.size();
+    log.properties.clear();
     d.keys.pressed(1);
     d.h.scheduler.runDue();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return log.revisions.size() > heard; }, 3000)) << shown;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !log.properties.isEmpty(); }, 3000)) << shown;
+    EXPECT_EQ(log.properties.join(u" | "_s).toStdString(), "3 " + std::string(shown));
     EXPECT_EQ(orbItem(), shown);
   }
+  log.properties.clear();
+  d.model->setMasked(false);
+  d.h.scheduler.runDue();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !log.properties.isEmpty(); }, 3000));
+  EXPECT_EQ(log.properties.join(u" | "_s).toStdString(), "8 屏幕共享遮蔽");
+  EXPECT_EQ(log.revisions.size(), layouts) << "no new layout for changed texts";
 
   // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
   d.model->setOrbSize(132);
@@ -274,7 +294,7 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
       host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()});
   const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
   EXPECT_EQ(shown(root),
-            "模拟源 (off) | — | 隐藏灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [x] | "
+            "模拟源 (off) | — | 隐藏灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [ ] | "
             "鼠标穿透（仅托盘菜单可恢复） [ ] | 重新居中 / 解除贴边 | — | "
             "灵球尺寸 {72 pt [ ] | 96 pt [ ] | 132 pt [x]} | "
             "演示数据状态 {加载 [ ] | 正常 [x] | 过期 [ ] | 降级 [ ] | 离线 [ ]} | 使用引导 | "
@@ -374,6 +394,41 @@ TEST(TrayItem, IconBytesAndTheLabelsGuide) {
     EXPECT_EQ(StatusNotifierItem::labelGuide(QString::fromUtf8(label)), QString::fromUtf8(guide));
 }
 
+// Changed texts and marks go out item by item; a changed structure needs a new layout.
+TEST(TrayItem, AMenusChangesAreItsItemsPropertiesWhileItsStructureStays) {
+  const auto item = [](int id, QVariantMap properties,
+                       std::vector<sni::MenuLayoutItem> children = {}) {
+    return sni::MenuLayoutItem{id, std::move(properties), std::move(children)};
+  };
+  const QVariantMap off{{u"label"_s, u"a"_s}, {u"enabled"_s, false}};
+  const auto menu = [&](QVariantMap first, QVariantMap second = {{u"type"_s, u"separator"_s}}) {
+    return item(0, {}, {item(1, std::move(first)), item(2, std::move(second))});
+  };
+  const struct {
+    const char* what;
+    sni::MenuLayoutItem after;
+    const char* changes;  // "none" for a new layout
+  } cases[] = {
+      {"nothing", menu(off), ""},
+      {"a label", menu({{u"label"_s, u"b"_s}, {u"enabled"_s, false}}), "1 b"},
+      {"enabled again", menu({{u"label"_s, u"a"_s}}), "1 a, 1 -enabled"},
+      {"a separator made an item", menu(off, {{u"label"_s, u"c"_s}}), "none"},
+      {"an item more", item(0, {}, {item(1, off), item(2, {}), item(3, {})}), "none"},
+      {"another id", item(0, {}, {item(1, off), item(4, {{u"type"_s, u"separator"_s}})}), "none"},
+  };
+  for (const auto& c : cases) {
+    const auto changes = sni::propertyChanges(menu(off), c.after);
+    QStringList told;
+    if (changes) {
+      for (const auto& [id, properties] : changes->updated)
+        told << u"%1 %2"_s.arg(id).arg(properties.value(u"label"_s).toString());
+      for (const auto& [id, names] : changes->removed)
+        told << u"%1 -%2"_s.arg(id).arg(names.join(u','));
+    }
+    EXPECT_EQ(changes ? told.join(u", "_s).toStdString() : "none", c.changes) << c.what;
+  }
+}
+
 bool authorized(DBusNotifier& notifier) {
   std::optional<bool> answer;
   notifier.queryAuthorization([&](bool value) { answer = value; });
@@ -415,12 +470,15 @@ QStringList notificationCalls(const QString& monitored) {
 
 // With a real notification daemon (dunst on an X server of the test's own) and the calls as
 // dbus-monitor sees them: alerts are posted with the app's icon and replaced; after the daemon
-// restarts, the old ids are forgotten: nothing is replaced or closed with them.
+// restarts, the old ids are forgotten: nothing is replaced or closed with them. The daemon shows
+// the icon from its file, which no icon theme of its own holds.
 TEST(DBusNotifier, PostsReplacesAndForgetsTheIdsOfADaemonThatRestarted) {
   DBusNotifier unconnected(
       QDBusConnection::connectToBus(u"unix:path=/nonexistent/bus"_s, u"nowhere"_s));
   EXPECT_FALSE(authorized(unconnected));
-  DBusNotifier notifier;
+  const QString icon = QStringLiteral(TIDEMARK_TEST_RESOURCE_DIR "/icons/128.png");
+  ASSERT_TRUE(QFile::exists(icon));
+  DBusNotifier notifier(QDBusConnection::sessionBus(), u"潮汐栏"_s, icon);
   int completions = 0;
   const auto add = [&](const char* identifier) {
     notifier.add({identifier, "贵州茅台 价格提醒", "CNY 1,600.50"}, [&] { ++completions; });
@@ -470,6 +528,14 @@ TEST(DBusNotifier, PostsReplacesAndForgetsTheIdsOfADaemonThatRestarted) {
   EXPECT_THAT(notificationCalls(monitored).join(u", "_s).toStdString(),
               MatchesRegex("Notify 0, Notify 0, Notify [1-9][0-9]*, Notify 0, "
                            "CloseNotification [1-9][0-9]*"));
+  EXPECT_TRUE(add("c"));
+  QProcess dunstctl;
+  dunstctl.start(u"sh"_s, {u"-c"_s, u"dunstctl close-all && dunstctl history"_s});
+  ASSERT_TRUE(dunstctl.waitForFinished(5000));
+  const QJsonArray shown =
+      QJsonDocument::fromJson(dunstctl.readAllStandardOutput())["data"][0].toArray();
+  ASSERT_FALSE(shown.isEmpty());
+  EXPECT_EQ(shown[0]["icon_path"]["data"].toString(), icon);
   xvfb.terminate();
   xvfb.waitForFinished();
 }
