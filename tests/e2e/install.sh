@@ -25,7 +25,8 @@ check "the installed --quotes reads the installed snapshot" \
   bash -c "'$app' --quotes --source static --symbols 600519 | grep -q '1,357.90'"
 for f in share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
   share/applications/org.tidemark.Tidemark.desktop share/metainfo/org.tidemark.Tidemark.metainfo.xml \
-  share/icons/hicolor/scalable/apps/org.tidemark.Tidemark.svg share/doc/tidemark/copyright; do
+  share/icons/hicolor/scalable/apps/org.tidemark.Tidemark.svg share/icons/hicolor/64x64/apps/org.tidemark.Tidemark.png \
+  share/tidemark/icons/128.png share/doc/tidemark/copyright; do
   check "installed $f" test -s "$work/prefix/$f"
 done
 check "desktop-file-validate" desktop-file-validate "$source/packaging/org.tidemark.Tidemark.desktop"
