@@ -102,9 +102,16 @@ void AppDelegate::launch() {
   auto* self = this;
   panel_ = std::make_unique<OrbPanel>(
       deps_.model, windowModel_, deps_.clock, [self](int command) { self->ringAction(command); },
-      deps_.waylandSession);
+      deps_.windowKind.managed);
   OrbContentView& content = panel_->content();
+  content.orbView().setBare(!deps_.windowKind.inputShapeHonoured);
   content.onClick = [self] { self->scheduleClick(); };
+  // Beside the orb, as a press on another window.
+  content.onOutsidePress = [self] {
+    self->clickWork_.cancel();
+    self->windowModel_.setRadialOpen(false);
+    self->windowModel_.setExpanded(false);
+  };
   content.onDoubleClick = [self] {
     self->clickWork_.cancel();
     self->windowModel_.setExpanded(false);
@@ -119,6 +126,10 @@ void AppDelegate::launch() {
     self->panel_->activateWindow();
     self->panel_->content().setFocus();
     self->savePosition();
+  };
+  content.onHeld = [self](bool held) {
+    self->held_ = held;
+    self->applyWindowGeometry();
   };
   content.onDragStart = [self] { self->startDrag(); };
   content.onDragMove = [self](QPointF p) { self->moveDrag({p.x(), p.y()}); };

@@ -20,6 +20,7 @@
 #include "shell/DockGeometry.h"
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"
+#include "shell/WindowKind.h"
 #include "views/MiniOrb.h"
 #include "views/OrbWindowModel.h"
 #include "views/SettingsView.h"
@@ -69,6 +70,8 @@ class AppDelegate {
     // There, whether the desktop's own shortcuts run our toggles (GNOME's, as the settings add
     // them); asked at launch and after the settings add them.
     std::function<bool()> desktopKeysBound = {};
+    // The orb window's kind for this desktop.
+    OrbWindowKind windowKind = {};
   };
 
   static constexpr const char* positionKey = "tidemark.orb.position.v2";
@@ -192,6 +195,7 @@ class AppDelegate {
   std::optional<double> lastDockedSize_;
   bool synchronizePending_ = false;
   bool passThrough_ = false;
+  bool held_ = false;  // the pointer holds the orb down
   bool shown_ = false, yielding_ = false, compositing_ = true;
   std::string menuState_;
   QRegion lastInput_;

@@ -54,6 +54,10 @@ void OrbContentView::resizeEvent(QResizeEvent*) {
 }
 
 void OrbContentView::press(QMouseEvent* event, int clickCount) {
+  if (!isInteractive(event->position())) {
+    call(onOutsidePress);
+    return;
+  }
   if (event->button() == Qt::RightButton) {
     call(onRightClick);
     return;
@@ -65,6 +69,7 @@ void OrbContentView::press(QMouseEvent* event, int clickCount) {
   startMouse_ = event->globalPosition();
   moved_ = false;
   clickCount_ = clickCount;
+  if (onHeld) onHeld(true);
 }
 
 void OrbContentView::mousePressEvent(QMouseEvent* event) {
@@ -100,6 +105,7 @@ void OrbContentView::mouseReleaseEvent(QMouseEvent* event) {
   }
   startMouse_.reset();
   moved_ = false;
+  if (onHeld) onHeld(false);
 }
 
 }  // namespace tidemark

@@ -29,6 +29,10 @@ class OrbContentView final : public QWidget {
   OrbView& orbView() { return *orb_; }
 
   std::function<void()> onClick, onDoubleClick, onRightClick, onDragStart, onDragEnd;
+  // A press on the empty canvas, which only a desktop that ignores the input shape sends here.
+  std::function<void()> onOutsidePress;
+  // The core pressed (true) and let go (false).
+  std::function<void(bool)> onHeld;
   // The new canvas origin, in screen coordinates.
   std::function<void(QPointF)> onDragMove;
   // Where the canvas's top left stands on the screen now.

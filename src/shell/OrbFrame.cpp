@@ -24,7 +24,10 @@ Rect windowFrame(const FrameState& state) {
   const Rect canvas{0, 0, canvasSide, canvasSide};
   if (state.controlsOut && !state.dock) return canvas;
   const double reach = orbReach(state.orbSize);
-  Rect frame{canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach};
+  Rect frame = state.bare && state.held ? canvas
+               : state.bare
+                   ? state.bare->insetBy(-2)
+                   : Rect{canvasCenter.x - reach, canvasCenter.y - reach, 2 * reach, 2 * reach};
   // The capsule's antialiased rim needs a point more on every side.
   if (state.hint) frame = united(frame, state.hint->insetBy(-2));
   // Docked, the half of the canvas beyond the screen's edge shows nothing.

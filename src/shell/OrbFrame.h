@@ -16,6 +16,14 @@ struct FrameState {
   std::optional<DockEdge> dock;
   bool controlsOut = false;  // satellites or ring buttons away from the sphere, or on their way
   std::optional<Rect> hint;  // the hint capsule while one shows
+  // Where the desktop ignores input shapes: the bounds of what the orb draws besides glows and
+  // rings, which is then all the window covers.
+  std::optional<Rect> bare;
+  // There, the orb held down by the pointer in a window the compositor does not manage: the
+  // window is the whole canvas (its half on the screen when docked), so a quick drag stays on it
+  // (wlroots keeps no pointer grab for such a window; a managed one keeps it and must keep its
+  // size under the pointer).
+  bool held = false;
 };
 
 // How far the orb's drawing reaches from its centre: the glow (0.86 s), a ripple (0.975 s), a
@@ -24,8 +32,9 @@ inline double orbReach(double orbSize) {
   return std::ceil(orbSize + 8);
 }
 
-// Whole points inside the canvas: the orb's reach, only its visible half when docked (which then
-// lies on screen), the whole canvas while controls are out; a hint widens it.
+// Whole points inside the canvas: the orb's reach (or its bare drawing, with room for the idle
+// drift), only its visible half when docked (which then lies on screen), the whole canvas while
+// controls are out; a hint widens it.
 Rect windowFrame(const FrameState& state);
 
 }  // namespace tidemark

@@ -13,13 +13,7 @@ namespace tidemark {
 // shell places a 460-point canvas on the screen, and the window shows the part of it that draws
 // something (its frame): the content view stays the whole canvas and is shifted inside the
 // window, so moving the frame never moves anything drawn.
-//
-// In an X11 session the window bypasses the window manager: it is then on every desktop, and no
-// manager stacks it below a window or pushes a dragged orb back onto the screen. Under Wayland's
-// X servers it is a managed window instead: KWin ignores an unmanaged window's input shape and
-// gives it no keyboard focus on a click, and mutter follows later changes of its input shape
-// only for a managed one. (mutter 43 also drops an X window's input shape whenever new pixels
-// of the window reach it; there only the window's own size keeps the clicks free around the orb.)
+// Whether the window manager manages it depends on the desktop (see OrbWindowKind).
 class OrbPanel final : public QWidget {
  public:
   OrbPanel(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,

@@ -64,13 +64,24 @@ void AppDelegate::applyWindowGeometry() {
   if (!panel_) return;
   OrbView& orb = panel_->content().orbView();
   const OrbHitState state = panel_->content().hitState();
+  std::optional<Rect> bare;
+  if (!deps_.windowKind.inputShapeHonoured) {
+    const QRect drawn = orb.paintedRegion().boundingRect();
+    bare =
+        Rect{double(drawn.x()), double(drawn.y()), double(drawn.width()), double(drawn.height())};
+  }
   const QRect frame =
-      toQRect(windowFrame({orb.drawnSize(), state.dock, orb.controlsOut(), orb.hintRect()}));
+      toQRect(windowFrame({orb.drawnSize(), state.dock, orb.controlsOut(), orb.hintRect(), bare,
+                           held_ && !deps_.windowKind.managed}));
   const bool reframed = frame != panel_->frame();
   panel_->place(panel_->canvasOrigin(), frame);
 
   QRegion input;
-  if (!passThrough_ && !yielding_) {
+  if (!deps_.windowKind.inputShapeHonoured) {
+    // The compositor sends every press on the window to its X server, which would drop one
+    // outside the shape: the whole window takes them, and the content tells the orb from beside it.
+    if (!passThrough_ && !yielding_) input = QRegion(0, 0, frame.width(), frame.height());
+  } else if (!passThrough_ && !yielding_) {
     const double r = state.orbSize / 2;
     const Point c = canvasCenter;
     if (!state.dock) {

@@ -102,6 +102,14 @@ void OrbView::setCompositing(bool on) {
   if (availableMotion()) ticker_.wake();
 }
 
+void OrbView::setBare(bool on) {
+  if (bare_ == on) return;
+  bare_ = on;
+  sphereKey_.clear();
+  update();
+  extentChanged();
+}
+
 bool OrbView::controlsOut() const {
   if (radial_.value() > 0.001 || radial_.target() > 0) return true;
   return std::any_of(satellites_.begin(), satellites_.end(), [](const Satellite& satellite) {

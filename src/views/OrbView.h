@@ -51,6 +51,9 @@ class OrbView final : public QWidget {
   // and the idle drift are left out.
   void setCompositing(bool on);
   bool compositing() const { return compositing_; }
+  // The window is kept to the orb itself (the desktop ignores input shapes): the glows and the
+  // pulse of a fresh quote, which reach past it, are left out.
+  void setBare(bool on);
   // Satellites or ring buttons away from the sphere, or on their way.
   bool controlsOut() const;
   // The sphere's size now or the one it is heading for, whichever is larger.
@@ -149,6 +152,8 @@ class OrbView final : public QWidget {
   std::vector<RingButton*> ringButtons_;
   bool systemCalm_ = false;
   bool compositing_ = true;
+  bool bare_ = false;
+  bool glows() const { return compositing_ && !bare_; }
   bool extentMoving_ = false;
   bool framesMoving_ = false;
 

@@ -212,7 +212,7 @@ SatelliteLook OrbView::satelliteLook(size_t i) const {
   look.masked = model_.masked();
   look.hovered = hovered_ == i;
   look.captionOpacity = captionOpacity(satellite.radius.value());
-  look.glow = compositing_;
+  look.glow = glows();
   return look;
 }
 
@@ -369,10 +369,10 @@ void OrbView::renderLayers(double s) {
   std::string sphere = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
                        "|" + std::to_string(ratio) + "|" +
                        qt(trend).name(QColor::HexArgb).toStdString() + "|" +
-                       std::to_string(offline) + std::to_string(compositing_);
+                       std::to_string(offline) + std::to_string(glows());
   if (sphere != sphereKey_ || bodyCache_.isNull()) {
     sphereKey_ = std::move(sphere);
-    if (compositing_) {
+    if (glows()) {
       const QPointF centre = clearLayer(glowCache_, 0.86 * s + 2, ratio);
       paintOrbGlow(*layer(glowCache_), centre, s, palette, trend, offline);
     } else {
@@ -453,7 +453,7 @@ void OrbView::paintBody(QPainter& painter) {
     strokeRing(painter, c, s / 2 * (1 + 0.95 * f),
                QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
   }
-  if (const double f = pulse(); f > 0)
+  if (const double f = pulse(); f > 0 && !bare_)
     strokeRing(painter, c, s / 2 + 0.18 * s * f, QPen(faded(trend, 0.5 * (1 - f)), 2));
 
   painter.restore();

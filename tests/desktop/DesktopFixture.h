@@ -72,6 +72,7 @@ struct DesktopOptions {
   bool wayland = false;              // a Wayland session: the desktop binds the global keys
   SettingsView::DesktopKeys keys;
   std::function<bool()> desktopKeysBound;
+  OrbWindowKind windowKind;
 };
 
 struct Desktop {
@@ -96,7 +97,7 @@ struct Desktop {
             *model, h.clock, [] { return false; },
             [](bool) { return std::optional<std::string>{}; }, options.keys),
         [this] { return screens; }, [this] { return mouse; }, std::move(options.notifier),
-        std::move(motionSetting), options.wayland, options.desktopKeysBound});
+        std::move(motionSetting), options.wayland, options.desktopKeysBound, options.windowKind});
     keys.takenElsewhere = options.keysTakenElsewhere;
     delegate->onQuit = [this] { ++quits; };
     delegate->launch();

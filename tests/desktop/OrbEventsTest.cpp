@@ -99,6 +99,23 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   QTest::mouseClick(d.window(), Qt::LeftButton, {}, d.at({nvda.x, nvda.y + 3}));
   EXPECT_EQ(d.model->activeID(), "NVDA");
   EXPECT_EQ(state(d), "spread at 640,400");
+  // A press on the empty canvas, which reaches the window where the desktop ignores its input
+  // shape, is a press beside the orb: the satellites fold, nothing is dragged.
+  QTest::mousePress(d.window(), Qt::LeftButton, {}, d.at({20, 20}));
+  QTest::mouseMove(d.window(), d.at({120, 20}));
+  QTest::mouseRelease(d.window(), Qt::LeftButton, {}, d.at({120, 20}));
+  d.h.scheduler.advance(1);
+  EXPECT_EQ(state(d), "at 640,400");
+}
+
+// Under a desktop that ignores input shapes the window is the orb's drawing, without its glow;
+// spread, it is the canvas.
+TEST(OrbGestures, WhereInputShapesAreIgnoredTheWindowIsTheOrbItself) {
+  Desktop d({.windowKind = {true, false}});
+  EXPECT_EQ(d.delegate->panel().frame(), QRect(168, 159, 125, 126));
+  QTest::mouseClick(d.window(), Qt::LeftButton, {}, d.at({230, 230}));
+  d.h.scheduler.advance(1);
+  EXPECT_EQ(d.delegate->panel().frame(), QRect(0, 0, 460, 460));
 }
 
 // A quick drag let go in the open glides on in its direction with motion on, and stays where it
@@ -411,7 +428,10 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
                                    bound = true;
                                    return std::optional<std::string>{};
                                  }};
-  Desktop d({.wayland = true, .keys = keys, .desktopKeysBound = [&] { return bound; }});
+  Desktop d({.wayland = true,
+             .keys = keys,
+             .desktopKeysBound = [&] { return bound; },
+             .windowKind = {true, false}});
   const std::string unbound =
       "岚舟 · 模拟源\n左键显示/隐藏灵球 · 右键管理和设置\n全局快捷键未绑定 · 见设置 › 外观 › 快捷键"
       "\n贵州茅台  CNY1,468.80 · 交易中";

@@ -5,6 +5,7 @@
 #include "shell/DockGeometry.h"
 #include "shell/HitShape.h"
 #include "shell/OrbFrame.h"
+#include "shell/WindowKind.h"
 #include "shell/WindowPlacement.h"
 
 namespace tidemark {
@@ -94,23 +95,54 @@ TEST(OrbFrame, TheWindowCoversWhatIsDrawn) {
   const Rect below = hintCapsule(96, none, 200), beside = hintCapsule(96, left, 200);
   ASSERT_EQ(below, (Rect{118, 347.6, 224, 24}));
   ASSERT_EQ(beside, (Rect{290, 218, 224, 24}));
+  const Rect bare{169.5, 166, 121, 126};  // the sphere and its folded satellites
   const struct {
     const char* what;
     FrameState state;
     Rect frame;
   } rows[] = {
-      {"collapsed", {96, none, false, {}}, {126, 126, 208, 208}},
-      {"satellites or ring out", {96, none, true, {}}, {0, 0, 460, 460}},
-      {"docked left: the half on the screen", {96, left, false, {}}, {230, 126, 104, 208}},
-      {"docked right", {96, right, false, {}}, {126, 126, 104, 208}},
-      {"docked top", {96, top, false, {}}, {126, 230, 208, 104}},
-      {"docked bottom", {96, bottom, false, {}}, {126, 126, 208, 104}},
-      {"docked, controls settling", {96, left, true, {}}, {230, 126, 104, 208}},
-      {"a hint below, 2 more round it", {96, none, false, below}, {116, 126, 228, 248}},
-      {"a hint beside the docked half", {96, left, false, beside}, {230, 126, 230, 208}},
-      {"growing to 132.4: whole points", {132.4, none, false, {}}, {89, 89, 282, 282}},
+      {"collapsed", {96, none, false, {}, {}}, {126, 126, 208, 208}},
+      {"satellites or ring out", {96, none, true, {}, {}}, {0, 0, 460, 460}},
+      {"docked left: the half on the screen", {96, left, false, {}, {}}, {230, 126, 104, 208}},
+      {"docked right", {96, right, false, {}, {}}, {126, 126, 104, 208}},
+      {"docked top", {96, top, false, {}, {}}, {126, 230, 208, 104}},
+      {"docked bottom", {96, bottom, false, {}, {}}, {126, 126, 208, 104}},
+      {"docked, controls settling", {96, left, true, {}, {}}, {230, 126, 104, 208}},
+      {"a hint below, 2 more round it", {96, none, false, below, {}}, {116, 126, 228, 248}},
+      {"a hint beside the docked half", {96, left, false, beside, {}}, {230, 126, 230, 208}},
+      {"growing to 132.4: whole points", {132.4, none, false, {}, {}}, {89, 89, 282, 282}},
+      {"bare: the drawing, 2 round it", {96, none, false, {}, bare}, {167, 164, 126, 130}},
+      {"bare, docked left", {96, left, false, {}, bare}, {230, 164, 63, 130}},
+      {"bare with a hint below", {96, none, false, below, bare}, {116, 164, 228, 210}},
+      {"bare, satellites out", {96, none, true, {}, bare}, {0, 0, 460, 460}},
+      {"bare, held", {96, none, false, {}, bare, true}, {0, 0, 460, 460}},
+      {"bare, held docked left", {96, left, false, {}, bare, true}, {230, 0, 230, 460}},
+      {"held where the shape holds", {96, none, false, {}, {}, true}, {126, 126, 208, 208}},
   };
   for (const auto& r : rows) EXPECT_EQ(windowFrame(r.state), r.frame) << r.what;
+}
+
+// The orb's window per desktop: X11 honours the input shape; Wayland's X servers do not, and
+// wlroots desktops move only windows they do not manage.
+TEST(OrbWindowKind, ManagedWhereTheDesktopNeedsItAndKeptToTheOrbUnderWayland) {
+  const struct {
+    bool wayland;
+    const char* desktops;
+    OrbWindowKind kind;
+  } rows[] = {
+      {false, "sway", {false, true}},
+      {false, "", {false, true}},
+      {true, "KDE", {true, false}},
+      {true, "ubuntu:GNOME", {true, false}},
+      {true, "", {true, false}},
+      {true, "sway", {false, false}},
+      {true, "Hyprland", {false, false}},
+      {true, "X-Generic:wlroots", {false, false}},
+      {true, "swayfx-like:River", {false, false}},
+      {true, "swaylike", {true, false}},
+  };
+  for (const auto& r : rows)
+    EXPECT_EQ(orbWindowKind(r.wayland, r.desktops), r.kind) << r.wayland << r.desktops;
 }
 
 const Screen mainScreen{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}};

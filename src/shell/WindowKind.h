@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string_view>
+
+namespace tidemark {
+
+// How the orb's window lives with the desktop it runs on.
+//
+// In an X11 session it bypasses the window manager (override-redirect): it is then on every
+// desktop, and no manager stacks it below a window or pushes a dragged orb back onto the screen;
+// the X server sends clicks outside its input shape to the window below.
+//
+// Under a Wayland desktop's X server the compositor routes the pointer to the whole window and
+// ignores its input shape (KWin, wlroots; mutter drops it whenever new pixels reach it), so the
+// window is kept to the orb itself. KWin gives an override-redirect window no keyboard focus and
+// mutter follows input shapes only for managed ones: there the window is managed. wlroots
+// desktops re-centre a managed floating window and ignore its moves: there it bypasses them.
+struct OrbWindowKind {
+  bool managed = false;
+  bool inputShapeHonoured = true;
+  friend bool operator==(const OrbWindowKind&, const OrbWindowKind&) = default;
+};
+
+// `desktops` is $XDG_CURRENT_DESKTOP: names separated by colons, such as "ubuntu:GNOME".
+OrbWindowKind orbWindowKind(bool waylandSession, std::string_view desktops);
+
+}  // namespace tidemark
