@@ -109,13 +109,20 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
 }
 
 // Under a desktop that ignores input shapes the window is the orb's drawing, without its glow;
-// spread, it is the canvas.
+// spread, it is the canvas. Held down, an unmanaged one (wlroots) is the canvas too, so a quick
+// drag stays on it; a managed one keeps its size under the pointer.
 TEST(OrbGestures, WhereInputShapesAreIgnoredTheWindowIsTheOrbItself) {
-  Desktop d({.windowKind = {true, false}});
-  EXPECT_EQ(d.delegate->panel().frame(), QRect(168, 159, 125, 126));
-  QTest::mouseClick(d.window(), Qt::LeftButton, {}, d.at({230, 230}));
-  d.h.scheduler.advance(1);
-  EXPECT_EQ(d.delegate->panel().frame(), QRect(0, 0, 460, 460));
+  const QRect bare(168, 159, 125, 126), canvas(0, 0, 460, 460);
+  for (const bool managed : {true, false}) {
+    Desktop d({.windowKind = {managed, false}});
+    EXPECT_EQ(d.delegate->panel().frame(), bare);
+    QTest::mousePress(d.window(), Qt::LeftButton, {}, d.at({230, 230}));
+    EXPECT_EQ(d.delegate->panel().frame(), managed ? bare : canvas) << managed;
+    QTest::mouseRelease(d.window(), Qt::LeftButton, {}, d.at({230, 230}));
+    EXPECT_EQ(d.delegate->panel().frame(), bare) << managed;
+    d.h.scheduler.advance(1);
+    EXPECT_EQ(d.delegate->panel().frame(), canvas) << "spread, managed " << managed;
+  }
 }
 
 // A quick drag let go in the open glides on in its direction with motion on, and stays where it
