@@ -65,7 +65,8 @@ void AppDelegate::applyWindowGeometry() {
   OrbView& orb = panel_->content().orbView();
   const OrbHitState state = panel_->content().hitState();
   std::optional<Rect> bare;
-  if (!deps_.windowKind.inputShapeHonoured) {
+  // Measured only where it decides the frame: spread, the window is the canvas anyway.
+  if (!deps_.windowKind.inputShapeHonoured && (!orb.controlsOut() || state.dock)) {
     const QRect drawn = orb.paintedRegion().boundingRect();
     bare =
         Rect{double(drawn.x()), double(drawn.y()), double(drawn.width()), double(drawn.height())};
