@@ -446,6 +446,7 @@ void AppDelegate::refresh() {
 void AppDelegate::toggleObserve() {
   windowModel_.setForcedObserve(!windowModel_.forcedObserve());
   setPassThrough(windowModel_.forcedObserve());
+  if (!windowModel_.forcedObserve()) hoverTimer_.start();
   windowModel_.setRadialOpen(false);
 }
 

@@ -155,6 +155,8 @@ class AppDelegate {
   StatusItem& statusItem();
   bool isGliding() const { return glideTimer_.isActive(); }
   bool passesPointerThrough() const { return passThrough_; }
+  // Whether the pointer is being looked for (a round trip to the display server each time).
+  bool watchesPointer() const { return hoverTimer_.isActive(); }
   // Quit the application (the ring menu's and the tray menu's last item).
   std::function<void()> onQuit;
 

@@ -82,7 +82,10 @@ void AppDelegate::applyWindowGeometry() {
     // The compositor sends every press on the window to its X server, which would drop one
     // outside the shape: the whole window takes them, and the content tells the orb from beside it.
     if (!passThrough_ && !yielding_) input = QRegion(0, 0, frame.width(), frame.height());
-  } else if (!passThrough_ && !yielding_) {
+  } else if (!windowModel_.forcedObserve() && !yielding_) {
+    // The orb and its controls take the pointer even while it is let through elsewhere: the
+    // window hears it arrive and takes a click at once, where a look at the pointer would come
+    // up to a poll later.
     const double r = state.orbSize / 2;
     const Point c = canvasCenter;
     if (!state.dock) {
@@ -126,6 +129,8 @@ void AppDelegate::applyOrbVisibility() {
   // they are given again before every show.
   if (visible) deps_.windowSystem.prepareOrbWindow(*panel_);
   panel_->setVisible(visible);
+  // Shown again, the pointer may be anywhere: looked for until it is found away or on the orb.
+  if (visible) hoverTimer_.start();
 }
 
 void AppDelegate::updateYield() {
@@ -160,35 +165,30 @@ void AppDelegate::setPassThrough(bool on) {
 }
 
 void AppDelegate::updatePointerMode() {
-  if (!panel_ || !panel_->isVisible()) return;
-  if (windowModel_.forcedObserve()) {
-    setPassThrough(true);
-    return;
+  if (!panel_ || !panel_->isVisible()) return hoverTimer_.stop();
+  // Forced, only the menu item brings the orb back; under Wayland the X server learns where the
+  // pointer is only while it is over a window of X11 clients, so a panel that let everything
+  // through would never hear of it coming back: its input region alone lets the rest through.
+  if (windowModel_.forcedObserve() || deps_.waylandSession) {
+    setPassThrough(windowModel_.forcedObserve());
+    return hoverTimer_.stop();
   }
-  // Under Wayland the X server learns where the pointer is only while it is over a window of
-  // X11 clients: a panel that let everything through would never hear of the pointer coming
-  // back to the orb. Its input region alone lets the rest through there.
-  if (deps_.waylandSession) return setPassThrough(false);
   const Point mouse = deps_.mouseLocation();
   const Point o = origin();
   const QPointF p(mouse.x - o.x, mouse.y - o.y);
   if (panel_->content().isInteractive(p) || windowModel_.dragging()) {
     leaveDate_.reset();
     setPassThrough(false);
-    hoverTimer_.setInterval(80);
     return;
   }
   const Date now = deps_.clock.now();
   if (!leaveDate_) {
     leaveDate_ = now;
   } else if (now - *leaveDate_ > 0.4) {
+    // From here the window's own pointer events tell when the pointer comes back.
     setPassThrough(true);
+    hoverTimer_.stop();
   }
-  // Each look at the pointer is a round trip to the display server. Far from the panel, where
-  // the pointer needs a while to reach the orb, looking half as often is enough.
-  const bool far =
-      p.x() < -120 || p.y() < -120 || p.x() > canvasSide + 120 || p.y() > canvasSide + 120;
-  hoverTimer_.setInterval(passThrough_ && far ? 160 : 80);
 }
 
 }  // namespace tidemark

@@ -516,31 +516,44 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
 TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   Desktop d;
   const Point core{640, 400}, corner{420, 180};
-  // Where the pointer is, how long after the last look, dragging, passing through.
-  const std::tuple<const char*, Point, double, bool, bool> steps[] = {
-      {"over the core", core, 0, false, false},
-      {"just left", corner, 0, false, false},
-      {"0.4 s later: still the grace time", corner, 0.4, false, false},
-      {"past it", corner, 0.01, false, true},
-      {"back on the core", core, 0, false, false},
-      {"dragged, the pointer ahead of the orb", corner, 0, true, false},
-      {"still dragging, past the grace time", corner, 1, true, false},
+  // The orb and its controls take the pointer in every state but the forced one, so that its
+  // arrival is heard at once.
+  const QRegion taking = d.windows.region;
+  ASSERT_TRUE(taking.contains(d.at({230, 230})));
+  // Where the pointer is, how long after the last look, dragging, passing through, looked for.
+  const std::tuple<const char*, Point, double, bool, bool, bool> steps[] = {
+      {"over the core: the window reports its leaving", core, 0, false, false, false},
+      {"just left", corner, 0, false, false, true},
+      {"0.4 s later: still the grace time", corner, 0.4, false, false, true},
+      {"past it: the window reports its coming back", corner, 0.01, false, true, false},
+      {"back on the core", core, 0, false, false, false},
+      {"dragged, the pointer ahead of the orb", corner, 0, true, false, true},
+      {"still dragging, past the grace time", corner, 1, true, false, true},
   };
-  for (const auto& [what, at, wait, dragging, through] : steps) {
+  d.delegate->panel().onPointerEntered();  // shown under the pointer
+  for (const auto& [what, at, wait, dragging, through, looking] : steps) {
     d.delegate->windowModel().setDragging(dragging);
+    const bool entered = at.x == core.x && d.mouse.x != core.x;
+    const bool left = at.x != core.x && d.mouse.x == core.x;
     d.mouse = at;
     d.h.clock.advance(wait);
-    d.delegate->updatePointerMode();
-    EXPECT_EQ(d.windows.region.isEmpty(), through) << what;
+    if (entered) d.delegate->panel().onPointerEntered();
+    if (left) d.delegate->panel().onPointerLeft();
+    if (d.delegate->watchesPointer()) d.delegate->updatePointerMode();
+    EXPECT_EQ(d.delegate->passesPointerThrough(), through) << what;
+    EXPECT_EQ(d.delegate->watchesPointer(), looking) << what;
+    EXPECT_EQ(d.windows.region, taking) << what;
   }
   d.delegate->windowModel().setDragging(false);
   d.delegate->toggleObserve();  // forced: nothing takes a click, whatever the pointer does
+  d.delegate->panel().onPointerEntered();
   d.delegate->updatePointerMode();
   EXPECT_TRUE(d.windows.region.isEmpty());
+  EXPECT_FALSE(d.delegate->watchesPointer());
   d.delegate->toggleObserve();
+  EXPECT_TRUE(d.delegate->watchesPointer());
   d.delegate->updatePointerMode();
-  EXPECT_TRUE(d.windows.region.contains(d.at({230, 230})));
-  EXPECT_FALSE(d.windows.region.contains(d.at({130, 130})));
+  EXPECT_EQ(d.windows.region, taking);
 }
 
 // Esc closes each window of ours from wherever the focus is in it.

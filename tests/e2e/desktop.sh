@@ -201,6 +201,20 @@ if wait_for 5 orb_at 640 400 && wait_for 3 same_core; then
 else
   fail "collapsed, the window stayed $(geometry) or the orb's core moved"
 fi
+# A click the instant the pointer comes back to the orb, after it has been away for a while
+# (the orb then lets the pointer through), stays with the orb: it spreads the satellites.
+point_off 430 190
+sleep 1 # away long enough to be let through; nothing to wait for, the time is the case itself
+before=$(presses)
+xdotool mousemove 640 400 click 1
+if wait_for 5 pixel_not 640 317 "$white" && [ "$(presses)" = "$before" ]; then
+  ok "a click the moment the pointer came back to the orb stayed with the orb"
+else
+  fail "a click as the pointer came back to (640,400): satellites $(pixel 640 317), presses $before → $(presses)"
+fi
+xdotool key Escape
+wait_for 5 pixel_is 640 317 "$white" || fail "Esc did not collapse the satellites"
+wait_for 5 orb_at 640 400 || fail "collapsed again, the window is $(geometry)"
 
 # 2b. Without a compositor nothing blends the window: it shows only what is drawn, without the
 # glow, and the window below shows right beside the sphere (its rim at x = 688) and between the
