@@ -256,15 +256,16 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     (void)iconSet;
     return content(delegate, key, section);
   };
+  const std::string desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
   AppDelegate delegate(
       {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens,
        [] {
          const QPoint p = QCursor::pos();
          return Point{double(p.x()), double(p.y())};
        },
-       makeStatusNotifier, makeDesktopMotionSetting, choice.wayland,
-       [&] { return gnomeKeys && gnome.isInstalled(); },
-       orbWindowKind(choice.wayland, qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString())});
+       [labels = trayLabelsShown(desktops)] { return makeStatusNotifier(labels); },
+       makeDesktopMotionSetting, choice.wayland, [&] { return gnomeKeys && gnome.isInstalled(); },
+       orbWindowKind(choice.wayland, desktops)});
   delegate.onQuit = [] { QCoreApplication::quit(); };
   instance.onRequest = [&delegate](SingleInstance::Request request) {
     switch (request) {

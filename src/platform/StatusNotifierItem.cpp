@@ -282,8 +282,9 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
   StatusNotifierItem& owner_;
 };
 
-StatusNotifierItem::StatusNotifierItem(QDBusConnection bus)
+StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, bool labels)
     : bus_(std::move(bus)),
+      labels_(labels),
       serviceName_(QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(::getpid())),
       item_(std::make_unique<ItemObject>(*this)),
       menu_(std::make_unique<MenuObject>(*this)),
@@ -380,7 +381,7 @@ void StatusNotifierItem::settle(bool available) {
 QVariantMap StatusNotifierItem::itemProperties() const {
   const QString none;
   const QVariant noPixmaps = QVariant::fromValue(sni::IconPixmapList());
-  return {
+  QVariantMap properties{
       {QStringLiteral("Category"), QStringLiteral("ApplicationStatus")},
       {QStringLiteral("Id"), QStringLiteral("tidemark")},
       {QStringLiteral("Title"), QStringLiteral("潮汐栏")},
@@ -398,10 +399,13 @@ QVariantMap StatusNotifierItem::itemProperties() const {
        QVariant::fromValue(sni::ToolTip{none, icon_, QStringLiteral("潮汐栏"), toolTip_})},
       {QStringLiteral("ItemIsMenu"), false},
       {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(QLatin1String(menuPath)))},
-      {QStringLiteral("XAyatanaLabel"), label_},
-      {QStringLiteral("XAyatanaLabelGuide"), guide_},
-      {QStringLiteral("XAyatanaOrderingIndex"), QVariant::fromValue(uint(0))},
   };
+  if (labels_) {
+    properties.insert(QStringLiteral("XAyatanaLabel"), label_);
+    properties.insert(QStringLiteral("XAyatanaLabelGuide"), guide_);
+    properties.insert(QStringLiteral("XAyatanaOrderingIndex"), QVariant::fromValue(uint(0)));
+  }
+  return properties;
 }
 
 void StatusNotifierItem::emitSignal(const char* path, const char* interface, const char* name,
@@ -478,7 +482,7 @@ void StatusNotifierItem::setToolTip(const std::string& text) {
 
 void StatusNotifierItem::setLabel(const std::string& text) {
   const QString label = QString::fromStdString(text).trimmed();
-  if (label == label_) return;
+  if (!labels_ || label == label_) return;
   label_ = label;
   guide_ = labelGuide(label);
   emitSignal(itemPath, "org.kde.StatusNotifierItem", "XAyatanaNewLabel", {label_, guide_});
@@ -549,10 +553,10 @@ void StatusNotifierItem::rebuildMenu() {
              {QVariant::fromValue(revision_), 0});
 }
 
-std::unique_ptr<StatusNotifier> makeStatusNotifier() {
+std::unique_ptr<StatusNotifier> makeStatusNotifier(bool labels) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return nullptr;
-  return std::make_unique<StatusNotifierItem>(bus);
+  return std::make_unique<StatusNotifierItem>(bus, labels);
 }
 
 }  // namespace tidemark

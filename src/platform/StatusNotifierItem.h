@@ -28,7 +28,9 @@ class StatusNotifierItem final : public StatusNotifier {
   static constexpr const char* itemPath = "/StatusNotifierItem";
   static constexpr const char* menuPath = "/MenuBar";
 
-  explicit StatusNotifierItem(QDBusConnection bus);
+  // Without `labels` the item publishes no text beside its icon: MATE's notification area shows
+  // an item's label in place of its icon, and for an empty label nothing at all.
+  explicit StatusNotifierItem(QDBusConnection bus, bool labels = true);
   ~StatusNotifierItem() override;
 
   void start(Handlers handlers) override;
@@ -65,6 +67,7 @@ class StatusNotifierItem final : public StatusNotifier {
                   const QVariantList& arguments = {});
 
   QDBusConnection bus_;
+  bool labels_ = true;
   QString serviceName_;
   Handlers handlers_;
   bool available_ = false;

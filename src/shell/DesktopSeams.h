@@ -99,8 +99,8 @@ class DesktopMotionSetting {
 std::unique_ptr<WindowSystem> makeWindowSystem();
 // Without `grab` (a Wayland session, where X11 grabs reach only X11 windows) none are taken.
 std::unique_ptr<GlobalHotKeys> makeGlobalHotKeys(bool grab = true);
-// None without a session bus.
-std::unique_ptr<StatusNotifier> makeStatusNotifier();
+// None without a session bus. Without `labels`, an icon with no text beside it.
+std::unique_ptr<StatusNotifier> makeStatusNotifier(bool labels = true);
 std::unique_ptr<DesktopMotionSetting> makeDesktopMotionSetting();
 
 }  // namespace tidemark

@@ -24,4 +24,8 @@ struct OrbWindowKind {
 // `desktops` is $XDG_CURRENT_DESKTOP: names separated by colons, such as "ubuntu:GNOME".
 OrbWindowKind orbWindowKind(bool waylandSession, std::string_view desktops);
 
+// Whether the tray may show text beside its icon: MATE's notification area would show the text
+// instead of the icon, and nothing at all while there is none (masked, or the icon alone chosen).
+bool trayLabelsShown(std::string_view desktops);
+
 }  // namespace tidemark

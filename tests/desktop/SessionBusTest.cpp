@@ -40,6 +40,7 @@ class LabelLog : public QObject {
   QStringList properties;  // "id label" of each updated item, "id -name" of each removed name
  public Q_SLOTS:
   void label(const QString& text, const QString&) { labels << text; }
+  void toolTip() { labels << u"(tooltip)"_s; }
   void layout(uint revision, int) { revisions << revision; }
   void updated(const QDBusMessage& message) {
     for (const auto& item : qdbus_cast<sni::MenuItemPropertiesList>(message.arguments().value(0)))
@@ -377,6 +378,33 @@ TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
 
 // The icon's pixels go out as alpha, red, green and blue, row by row, not premultiplied; the
 // label's guide is its widest shape, so the panel keeps its room as the figures change.
+// Where labels are off (MATE, which would show the text in place of the icon, and nothing for an
+// empty one), the item publishes no label and never announces one.
+TEST(TrayItem, WithoutLabelsNoneIsPublishedOrAnnounced) {
+  Host host;
+  Watcher watcher;
+  watcher.start(host);
+  StatusNotifierItem item(QDBusConnection::sessionBus(), false);
+  item.start({});
+  const QString service = item.serviceName(), path = u"/StatusNotifierItem"_s;
+  LabelLog log;
+  for (const auto& [signal, slot] :
+       {std::pair{u"XAyatanaNewLabel"_s, SLOT(label(QString, QString))},
+        std::pair{u"NewToolTip"_s, SLOT(toolTip())}})
+    ASSERT_TRUE(host.bus.connect(service, path, itemInterface, signal, &log, slot));
+  item.setLabel("600519  1,468.80  +1.16%");
+  item.setToolTip("岚舟");  // announced after the label would have been
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.isEmpty(); }, 3000));
+  EXPECT_EQ(log.labels, QStringList{u"(tooltip)"_s});
+  const QVariantMap p = qdbus_cast<QVariantMap>(
+      host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface})
+          .arguments()
+          .value(0));
+  EXPECT_EQ(p.value(u"Id"_s), u"tidemark"_s);
+  for (const char* name : {"XAyatanaLabel", "XAyatanaLabelGuide", "XAyatanaOrderingIndex"})
+    EXPECT_FALSE(p.contains(QLatin1String(name))) << name;
+}
+
 TEST(TrayItem, IconBytesAndTheLabelsGuide) {
   QImage image(3, 1, QImage::Format_ARGB32);
   image.setPixel(0, 0, qRgba(0x11, 0x22, 0x33, 0xff));

@@ -145,6 +145,16 @@ TEST(OrbWindowKind, ManagedWhereTheDesktopNeedsItAndKeptToTheOrbUnderWayland) {
     EXPECT_EQ(orbWindowKind(r.wayland, r.desktops), r.kind) << r.wayland << r.desktops;
 }
 
+// Text beside the tray icon everywhere but on MATE, whose panel would show it instead of the icon.
+TEST(TrayLabels, ShownEverywhereButMate) {
+  const std::pair<const char*, bool> rows[] = {
+      {"MATE", false}, {"X-Debian:mate", false}, {"GNOME", true},
+      {"", true},      {"MATEish", true},        {"XFCE", true},
+  };
+  for (const auto& [desktops, shown] : rows)
+    EXPECT_EQ(trayLabelsShown(desktops), shown) << desktops;
+}
+
 const Screen mainScreen{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}};
 const Screen sideScreen{{1920, 0, 1280, 800}, {1920, 0, 1280, 800}};
 const Screen tinyScreen{{0, 0, 100, 60}, {0, 0, 100, 60}};
