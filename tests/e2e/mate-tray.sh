@@ -40,7 +40,7 @@ registered() { watcher RegisteredStatusNotifierItems | grep -q "$item"; }
 # What the panel shows begins further left by an item's width: the notification area's handle
 # moves aside for it. (The clock's text changes width by a pixel or two as the minutes turn.)
 left_edge() { convert "$tmp/$1.png" -fuzz 10% -trim -format '%[fx:page.x]' info:; }
-widened() { [ $(($(left_edge before) - $(left_edge "$1"))) -ge 16 ]; }
+widened() { [ $(($(left_edge before) - $(left_edge "$1"))) -ge 18 ]; }
 drawn() { strip now && widened now; }
 if wait_for 20 registered && wait_for 10 drawn; then
   ok "MATE's panel draws the item, the icon alone"
