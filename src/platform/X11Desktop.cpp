@@ -182,6 +182,24 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
     xcb_flush(connection_);
   }
 
+  void orbWindowShown(QWidget& window) override {
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    xcb_delete_property(connection_, id, XCB_ATOM_WM_TRANSIENT_FOR);
+    // A mapped window's desktop is changed by asking the window manager (source 1: an
+    // application).
+    xcb_client_message_event_t ask{};
+    ask.response_type = XCB_CLIENT_MESSAGE;
+    ask.format = 32;
+    ask.window = id;
+    ask.type = atom(connection_, "_NET_WM_DESKTOP");
+    ask.data.data32[0] = 0xFFFFFFFF;
+    ask.data.data32[1] = 1;
+    xcb_send_event(connection_, 0, rootOf(connection_),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&ask));
+    xcb_flush(connection_);
+  }
+
   // X11 lets every client read every pixel: there is nothing to ask for.
   bool canExcludeFromCapture() const override { return false; }
   void setExcludedFromCapture(QWidget&, bool) override {}

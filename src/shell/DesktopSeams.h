@@ -27,6 +27,10 @@ class WindowSystem {
   // Call before the window is first shown: it is put on every desktop, kept out of task bars, and
   // a move and resize in one request leaves its pixels where they stand on the screen.
   virtual void prepareOrbWindow(QWidget& window) = 0;
+  // Call right after a window the window manager manages is shown. Qt marks a tool window as a
+  // dialog of the application's hidden group window, which KWin then keeps on one desktop and
+  // hides on the others: the mark goes, and the window asks again to be on every desktop.
+  virtual void orbWindowShown(QWidget&) {}
   // Whether a compositing manager blends translucent windows now; `changed` hears one start or
   // stop.
   virtual bool compositing() const = 0;

@@ -129,6 +129,7 @@ void AppDelegate::applyOrbVisibility() {
   // they are given again before every show.
   if (visible) deps_.windowSystem.prepareOrbWindow(*panel_);
   panel_->setVisible(visible);
+  if (visible && deps_.windowKind.managed) deps_.windowSystem.orbWindowShown(*panel_);
   // Shown again, the pointer may be anywhere: looked for until it is found away or on the orb.
   if (visible) hoverTimer_.start();
 }

@@ -20,6 +20,7 @@ struct RecordingWindowSystem final : WindowSystem {
   void setInputRegion(QWidget&, const QRegion& r) override { region = r; }
   void setVisibleRegion(QWidget&, const std::optional<QRegion>& r) override { visible = r; }
   void prepareOrbWindow(QWidget&) override {}
+  void orbWindowShown(QWidget&) override { ++shownManaged; }
   bool compositing() const override { return composited; }
   void watchCompositing(std::function<void(bool)> c) override { compositingChanged = std::move(c); }
   bool canExcludeFromCapture() const override { return false; }
@@ -28,6 +29,7 @@ struct RecordingWindowSystem final : WindowSystem {
     pressed = std::move(p);
   }
   QRegion region;  // in the window's coordinates
+  int shownManaged = 0;
   std::optional<QRegion> visible;
   bool composited = true;
   std::function<void(bool)> compositingChanged;

@@ -122,6 +122,10 @@ TEST(OrbGestures, WhereInputShapesAreIgnoredTheWindowIsTheOrbItself) {
     EXPECT_EQ(d.delegate->panel().frame(), bare) << managed;
     d.h.scheduler.advance(1);
     EXPECT_EQ(d.delegate->panel().frame(), canvas) << "spread, managed " << managed;
+    // A managed window is put on every desktop after each show, where the manager sees it.
+    d.delegate->toggleOrb();
+    d.delegate->toggleOrb();
+    EXPECT_EQ(d.windows.shownManaged, managed ? 2 : 0) << managed;
   }
 }
 

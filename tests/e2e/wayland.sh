@@ -184,6 +184,17 @@ if [[ $states == *STICKY* && $states == *ABOVE* && $states == *SKIP_TASKBAR* && 
 else
   fail "hidden and shown again, the orb's states: $states"
 fi
+# No dialog of the application's hidden group window (KWin keeps such a window on one desktop),
+# and on every workspace.
+on_every_workspace() {
+  [ "$(xprop -id "$panel" _NET_WM_DESKTOP)" = "_NET_WM_DESKTOP(CARDINAL) = 4294967295" ] &&
+    xprop -id "$panel" WM_TRANSIENT_FOR | grep -q 'not found'
+}
+if wait_for 5 on_every_workspace; then
+  ok "shown again, the orb is no one's dialog and on every workspace"
+else
+  fail "shown again: $(xprop -id "$panel" _NET_WM_DESKTOP WM_TRANSIENT_FOR | tr '\n' ' ')"
+fi
 
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ]
