@@ -315,7 +315,7 @@ for button in 1 3; do
   if wait_for 5 pixel_is 553 366 "$backdrop"; then
     ok "button $button on the desktop closed the ring menu"
   else
-    fail "after button $button on the desktop the ring button still shows: $(pixel 553 366)"
+    fail "after button $button on the desktop the ring button still shows: $(pixel 553 366); window $(geometry) (460x460: the ring is still open)"
   fi
   [ "$button" = 1 ] || xdotool key Escape
 done
@@ -332,7 +332,7 @@ xdotool mousemove "$(tray_spot)" 12 click 3
 if wait_for 5 pixel_is 553 366 "$backdrop"; then
   ok "a right click on the tray's panel closed the ring menu"
 else
-  fail "after a right click on the tray's panel the ring button still shows: $(pixel 553 366)"
+  fail "after a right click on the tray's panel the ring button still shows: $(pixel 553 366); window $(geometry) (460x460: the ring is still open)"
 fi
 xdotool windowmap --sync "$below"
 wait_for 5 find_below || below_missing "did not come back"
