@@ -71,8 +71,6 @@ geometry() {
 }
 geometry_is() { [ "$(geometry)" = "$1 $2 $3" ]; }
 orb_at() { geometry_is $(($1 - 104)) $(($2 - 104)) 208x208; }
-map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
-mapped_as() { [ "$(map_state)" = "$1" ]; }
 app_gone() { ! running "$app_pid"; }
 presses() { grep -c '^ButtonPress' "$tmp/below.log" || true; }
 pressed_at() { grep -q "root:($1,$2)" "$tmp/below.log"; }

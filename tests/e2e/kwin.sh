@@ -50,18 +50,12 @@ else
   fail "the orb's window is $(size), expected 125x126"
 fi
 
-map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
-mapped_as() { [ "$(map_state)" = "$1" ]; }
 "$app" --toggle-orb >/dev/null 2>&1
 wait_for 10 mapped_as IsUnMapped || fail "tidemark --toggle-orb did not hide the orb: $(map_state)"
 "$app" --toggle-orb >/dev/null 2>&1
 wait_for 10 mapped_as IsViewable || fail "tidemark --toggle-orb again did not show the orb: $(map_state)"
-settled() {
-  [ "$(xprop -id "$panel" _NET_WM_DESKTOP)" = "_NET_WM_DESKTOP(CARDINAL) = 4294967295" ] &&
-    xprop -id "$panel" WM_TRANSIENT_FOR | grep -q 'not found'
-}
 states=$(xprop -id "$panel" _NET_WM_STATE)
-if wait_for 5 settled && [[ $states == *ABOVE* && $states == *SKIP_TASKBAR* && $states == *SKIP_PAGER* ]]; then
+if wait_for 5 on_every_desktop && [[ $states == *ABOVE* && $states == *SKIP_TASKBAR* && $states == *SKIP_PAGER* ]]; then
   ok "shown again, the orb is above, off the task bar and pager, nobody's dialog and on every desktop"
 else
   fail "shown again: $states; $(xprop -id "$panel" _NET_WM_DESKTOP WM_TRANSIENT_FOR | tr '\n' ' ')"

@@ -70,3 +70,12 @@ quiet_home() {
     "{\\\"activeID\\\":\\\"600519\\\",\\\"theme\\\":\\\"dark\\\",\\\"reduceMotion\\\":true,\\\"refreshInterval\\\":0,\\\"sourceMode\\\":\\\"mock\\\",\\\"masked\\\":false,\\\"orbSize\\\":96,\\\"autoRotate\\\":false,\\\"menuDensity\\\":$1,\\\"phase\\\":\\\"live\\\",\\\"latencyMS\\\":86,\\\"updatedAt\\\":0,\\\"onboardingSeen\\\":true,\\\"alertAbove\\\":true,\\\"alertTriggered\\\":false}" \
     >"$XDG_CONFIG_HOME/Tidemark/Tidemark.conf"
 }
+
+# The orb's window, $panel: whether it is mapped, and whether it is nobody's dialog and on every
+# desktop (KWin keeps a dialog of the application's hidden group window on one desktop).
+map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
+mapped_as() { [ "$(map_state)" = "$1" ]; }
+on_every_desktop() {
+  [ "$(xprop -id "$panel" _NET_WM_DESKTOP)" = "_NET_WM_DESKTOP(CARDINAL) = 4294967295" ] &&
+    xprop -id "$panel" WM_TRANSIENT_FOR | grep -q 'not found'
+}

@@ -172,8 +172,6 @@ fi
 
 # Hidden and shown again, the orb is still above, on every workspace and off the task bar,
 # although mutter dropped those states while it was hidden.
-map_state() { xwininfo -id "$panel" | awk '/Map State/ { print $NF }'; }
-mapped_as() { [ "$(map_state)" = "$1" ]; }
 "$app" --toggle-orb >/dev/null 2>&1 || true
 wait_for 10 mapped_as IsUnMapped || fail "tidemark --toggle-orb did not hide the orb: $(map_state)"
 "$app" --toggle-orb >/dev/null 2>&1 || true
@@ -184,13 +182,8 @@ if [[ $states == *STICKY* && $states == *ABOVE* && $states == *SKIP_TASKBAR* && 
 else
   fail "hidden and shown again, the orb's states: $states"
 fi
-# No dialog of the application's hidden group window (KWin keeps such a window on one desktop),
-# and on every workspace.
-on_every_workspace() {
-  [ "$(xprop -id "$panel" _NET_WM_DESKTOP)" = "_NET_WM_DESKTOP(CARDINAL) = 4294967295" ] &&
-    xprop -id "$panel" WM_TRANSIENT_FOR | grep -q 'not found'
-}
-if wait_for 5 on_every_workspace; then
+# No dialog of the application's hidden group window, and on every workspace.
+if wait_for 5 on_every_desktop; then
   ok "shown again, the orb is no one's dialog and on every workspace"
 else
   fail "shown again: $(xprop -id "$panel" _NET_WM_DESKTOP WM_TRANSIENT_FOR | tr '\n' ' ')"
