@@ -388,7 +388,7 @@ QVariantMap StatusNotifierItem::itemProperties() const {
       {QStringLiteral("Status"), QStringLiteral("Active")},
       {QStringLiteral("WindowId"), 0},
       {QStringLiteral("IconName"), iconName_},
-      {QStringLiteral("IconThemePath"), iconName_.isEmpty() ? none : iconFolder()},
+      {QStringLiteral("IconThemePath"), iconName_.isEmpty() ? none : iconFolder_},
       {QStringLiteral("IconPixmap"), QVariant::fromValue(icon_)},
       {QStringLiteral("OverlayIconName"), none},
       {QStringLiteral("OverlayIconPixmap"), noPixmaps},
@@ -445,7 +445,7 @@ bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
 
 void StatusNotifierItem::writeIconFile(const QImage& image) {
   static std::atomic<unsigned> written{0};
-  const QDir folder(iconFolder());
+  const QDir folder(iconFolder_);
   if (iconName_.isEmpty()) removeIconFiles(true);  // left by an earlier run that ended abruptly
   if (!QDir().mkpath(folder.path())) return;
   // Hosts look an icon up by its name once: a new image needs a new name.
@@ -459,7 +459,7 @@ void StatusNotifierItem::writeIconFile(const QImage& image) {
 }
 
 void StatusNotifierItem::removeIconFiles(bool othersToo) {
-  QDir folder(iconFolder());
+  QDir folder(iconFolder_);
   const QString own = QStringLiteral("tidemark-tray-%1-").arg(::getpid());
   for (const QString& file :
        folder.entryList({QStringLiteral("tidemark-tray-*.png")}, QDir::Files)) {

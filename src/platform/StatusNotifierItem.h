@@ -69,6 +69,8 @@ class StatusNotifierItem final : public StatusNotifier {
   QDBusConnection bus_;
   bool labels_ = true;
   QString serviceName_;
+  // Looked up once: hosts read the properties, the folder's path among them, on every change.
+  QString iconFolder_ = iconFolder();
   Handlers handlers_;
   bool available_ = false;
   bool pending_ = false;
