@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "core/FileIO.h"
+#include "core/Market.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
 

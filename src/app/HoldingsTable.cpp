@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "app/TextTable.h"
+#include "core/Market.h"
 #include "core/NumberText.h"
-#include "sources/QuoteFeeds.h"
 
 namespace tidemark {
 namespace {
@@ -12,7 +12,7 @@ namespace {
 std::string currencyOf(const AppModel& model, const std::string& symbol) {
   if (const QuoteSnapshot* q = model.quote(symbol)) return q->currency();
   QuoteSnapshot unquoted;
-  unquoted.market = feedMarketLabel(symbol);
+  unquoted.market = marketLabel(feedMarket(symbol));
   return unquoted.currency();
 }
 

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "core/Market.h"
+
 namespace tidemark {
 
 double QuoteSnapshot::changePct() const {
@@ -11,14 +13,13 @@ double QuoteSnapshot::changePct() const {
 }
 
 bool QuoteSnapshot::isIndex() const {
-  return market == "A股指数" || market == "港股指数" || market == "美股指数";
+  const auto kind = marketOfLabel(market);
+  return kind && tidemark::isIndex(*kind);
 }
 
 std::string QuoteSnapshot::currency() const {
-  if (isIndex()) return "";
-  if (market == "港股" || market == "港股基金") return "HKD";
-  if (market == "美股" || market == "美股基金") return "USD";
-  return "CNY";
+  // A feed's own label, or none, counts as the mainland's.
+  return std::string(currencyOf(marketOfLabel(market).value_or(Market::aShare)));
 }
 
 std::vector<double> QuoteSnapshot::trend() const {

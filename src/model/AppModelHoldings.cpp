@@ -7,9 +7,8 @@
 #include <unordered_set>
 
 #include "core/FileIO.h"
+#include "core/Market.h"
 #include "model/AppModel.h"
-#include "sources/Indices.h"
-#include "sources/QuoteFeeds.h"
 
 namespace tidemark {
 
@@ -85,7 +84,7 @@ std::vector<HoldingsTotal> AppModel::holdingsTotals(const std::vector<HoldingLin
     if (line.watched) held.push_back({line.holding, line.quote});
   return tidemark::holdingsTotals(held, [](const std::string& symbol) {
     QuoteSnapshot unquoted;
-    unquoted.market = feedMarketLabel(symbol);
+    unquoted.market = marketLabel(feedMarket(symbol));
     return unquoted.currency();
   });
 }

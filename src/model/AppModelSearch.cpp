@@ -40,8 +40,9 @@ std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
     for (const DemoSecurity& s : demoIndices())
       if (std::none_of(pool.begin(), pool.end(),
                        [&](const QuoteSnapshot& q) { return q.id == s.id; }))
-        pool.push_back(QuoteSnapshot{s.id, s.market, s.name, s.price, s.prevClose, s.high, s.low,
-                                     s.volume, embeddedSnapshotDate(), "embedded_fallback"});
+        pool.push_back(QuoteSnapshot{s.id, std::string(marketLabel(s.market)), s.name, s.price,
+                                     s.prevClose, s.high, s.low, s.volume, embeddedSnapshotDate(),
+                                     "embedded_fallback"});
   }
   const std::string folded = toLowerAscii(text);
   std::vector<std::pair<int, QuoteSnapshot>> ranked;

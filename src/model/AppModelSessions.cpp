@@ -1,12 +1,11 @@
 // Market sessions in the model: whether the watched markets are awake, and their states.
 
 #include "model/AppModel.h"
-#include "sources/QuoteFeeds.h"
 
 namespace tidemark {
 
 std::optional<MarketState> AppModel::marketStateOf(std::string_view market) const {
-  const auto exchange = exchangeOfMarket(market);
+  const auto exchange = exchangeOfLabel(market);
   if (!exchange) return std::nullopt;
   return marketState(*exchange, deps_.clock.now());
 }
@@ -16,11 +15,10 @@ bool AppModel::watchedMarketAwake(Date at) const {
   std::array<bool, exchangeCount> asked{};
   size_t left = exchangeCount;
   for (const std::string& symbol : symbols) {
-    const auto exchange = exchangeOfMarket(feedMarketLabel(symbol));
-    if (!exchange) return true;
-    bool& seen = asked[static_cast<size_t>(*exchange)];
+    const Exchange exchange = exchangeOf(feedMarket(symbol));
+    bool& seen = asked[static_cast<size_t>(exchange)];
     if (seen) continue;
-    if (isAwake(*exchange, at)) return true;
+    if (isAwake(exchange, at)) return true;
     seen = true;
     if (--left == 0) break;
   }

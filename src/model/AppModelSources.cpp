@@ -1,5 +1,6 @@
 // The endpoint set at start-up, the remote manifest, and intraday series.
 
+#include "core/Market.h"
 #include "model/AppModel.h"
 
 namespace tidemark {
@@ -60,7 +61,7 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
 }
 
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
-  if (!isLive(sourceMode_) || quote.market == "A股基金") return;
+  if (!isLive(sourceMode_) || marketOfLabel(quote.market) == Market::aFund) return;
   const Date now = deps_.clock.now();
   // A request from the clock's future (it was set back) holds nothing up.
   if (auto last = intradayRequestedAt_.find(quote.id); last != intradayRequestedAt_.end() &&

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "core/Market.h"
 #include "core/QuoteSnapshot.h"
 
 namespace tidemark {
@@ -10,7 +11,7 @@ namespace tidemark {
 // A well-known security of the demonstration set, at its opening values.
 struct DemoSecurity {
   const char* id;
-  const char* market;
+  Market market;
   const char* name;
   double price;
   double prevClose;
@@ -19,7 +20,7 @@ struct DemoSecurity {
   int64_t volume;
 };
 
-// The default watchlist and well-known names across all six market labels.
+// The default watchlist and well-known names across all six markets of shares and funds.
 const std::vector<DemoSecurity>& demoSecurities();
 
 // The indices of the demonstration, served when watched: the well-known ones, at their opening

@@ -8,8 +8,8 @@
 #include <map>
 #include <unordered_map>
 
+#include "core/Market.h"
 #include "core/NumberText.h"
-#include "sources/Indices.h"
 
 namespace tidemark {
 namespace {

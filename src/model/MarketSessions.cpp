@@ -89,17 +89,6 @@ std::string_view stateText(MarketState state) {
   return "";
 }
 
-std::optional<Exchange> exchangeOfMarket(std::string_view label) {
-  const auto market = [&](std::string_view name) {
-    return label == name || (label.starts_with(name) && (label.substr(name.size()) == "基金" ||
-                                                         label.substr(name.size()) == "指数"));
-  };
-  if (market("A股")) return Exchange::shanghai;
-  if (market("港股")) return Exchange::hongKong;
-  if (market("美股")) return Exchange::newYork;
-  return std::nullopt;
-}
-
 std::optional<MarketState> marketState(Exchange exchange, Date at) {
   const auto local = localTime(exchange, at);
   if (!local) return std::nullopt;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "core/Date.h"
+#include "core/Market.h"
 
 namespace tidemark {
 
@@ -17,9 +18,6 @@ namespace tidemark {
 //
 // Every interval includes its start and excludes its end: 11:30 in Shanghai is already the
 // lunch break, 13:00 trading again.
-enum class Exchange { shanghai, hongKong, newYork };
-inline constexpr size_t exchangeCount = 3;
-
 enum class MarketState {
   trading,     // 交易中
   lunchBreak,  // 午间休市: between the two sessions of a day
@@ -30,9 +28,6 @@ enum class MarketState {
 };
 
 std::string_view stateText(MarketState state);
-
-// The exchange whose hours a market label keeps; none for a label of no market.
-std::optional<Exchange> exchangeOfMarket(std::string_view label);
 
 // None when the exchange's time zone is missing from the system's database.
 std::optional<MarketState> marketState(Exchange exchange, Date at);

@@ -1,20 +1,27 @@
 #include "model/StaticSnapshot.h"
 
+#include <array>
 #include <cmath>
 #include <unordered_set>
 
 #include "core/FileIO.h"
+#include "core/Market.h"
 #include "model/ModelError.h"
 
 namespace tidemark {
 
 std::string staticMarketLabel(std::string_view value) {
-  if (value == "CN" || value == "A股") return "A股";
-  if (value == "HK" || value == "港股") return "港股";
-  if (value == "US" || value == "美股") return "美股";
-  if (value == "CN_FUND" || value == "A股基金") return "A股基金";
-  if (value == "HK_FUND" || value == "港股基金") return "港股基金";
-  if (value == "US_FUND" || value == "美股基金") return "美股基金";
+  // The file may name the markets of shares and funds by code instead of by label.
+  static constexpr std::array<std::pair<std::string_view, Market>, 6> codes{{
+      {"CN", Market::aShare},
+      {"HK", Market::hkShare},
+      {"US", Market::usShare},
+      {"CN_FUND", Market::aFund},
+      {"HK_FUND", Market::hkFund},
+      {"US_FUND", Market::usFund},
+  }};
+  for (const auto& [code, market] : codes)
+    if (value == code || value == marketLabel(market)) return std::string(marketLabel(market));
   return std::string(value);
 }
 

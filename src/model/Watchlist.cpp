@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "core/Market.h"
 #include "core/Text.h"
-#include "sources/Indices.h"
 #include "sources/TextDecoding.h"
 
 namespace tidemark {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "core/Market.h"
 #include "core/Url.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"

@@ -7,17 +7,11 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/Market.h"
 #include "core/Text.h"
-#include "sources/Indices.h"
 
 namespace tidemark {
 namespace {
-
-bool hasNonDigit(std::string_view s) {
-  for (char c : s)
-    if (c < '0' || c > '9') return true;
-  return false;
-}
 
 // Plain decimal text in the C locale, the whole field: one optional sign, then digits with at
 // most one point among them. No blanks, exponents, second signs or words such as "inf".
@@ -237,7 +231,7 @@ void append(std::vector<QuoteSnapshot>& records, const std::string& symbol, std:
             const char* source) {
   QuoteSnapshot& q = records.emplace_back();
   q.id = symbol;
-  q.market = feedMarketLabel(symbol);
+  q.market = marketLabel(feedMarket(symbol));
   q.name = name;
   q.price = price;
   q.prevClose = prevClose;
@@ -270,51 +264,6 @@ std::vector<QuoteSnapshot> parseRows(std::string_view text, const std::vector<st
 }
 
 }  // namespace
-
-std::optional<std::string> marketCode(std::string_view symbol, SourceMode source) {
-  if (source != SourceMode::tencent && source != SourceMode::sina) return std::nullopt;
-  // Indices first: their prefix would read as a US ticker below.
-  if (isIndexSymbol(symbol)) {
-    const bool aShare = !symbol.starts_with("hk") && !symbol.starts_with("us");
-    if (source == SourceMode::sina && !aShare) return std::nullopt;
-    return std::string(symbol);
-  }
-  if (hasNonDigit(symbol)) {
-    const bool five = characterCount(symbol) == 5;
-    if (source == SourceMode::tencent)
-      return five ? "hk" + std::string(symbol) : "us" + toUpperAscii(symbol);
-    return five ? "rt_hk" + std::string(symbol) : "gb_" + toLowerAscii(symbol);
-  }
-  if (symbol.empty()) return std::nullopt;
-  switch (symbol.front()) {
-    case '6':
-    case '5':
-      return "sh" + std::string(symbol);
-    case '0':
-    case '1':
-    case '2':
-    case '3':
-      return "sz" + std::string(symbol);
-    case '4':
-    case '8':
-    case '9':
-      return "bj" + std::string(symbol);
-    default:
-      return std::nullopt;
-  }
-}
-
-bool isFundStyleSymbol(std::string_view s) {
-  if (s.size() != 6) return false;
-  return s.starts_with("01") || s.starts_with("02") || s.starts_with("5") || s.starts_with("15") ||
-         s.starts_with("16");
-}
-
-std::string_view feedMarketLabel(std::string_view symbol) {
-  if (auto index = indexMarketLabel(symbol)) return *index;
-  if (hasNonDigit(symbol)) return "美股";
-  return characterCount(symbol) == 5 ? "港股" : "A股";
-}
 
 std::vector<QuoteSnapshot> parseTencent(std::string_view text,
                                         const std::vector<std::string>& symbols, Date parsedAt) {

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "core/Json.h"
+#include "core/Market.h"
 
 extern char** environ;
 
@@ -69,9 +70,10 @@ std::vector<QuoteSnapshot> decodeSDKQuotes(std::string_view output, Date readAt)
     int64_t volume = 0;
     if (traded && std::abs(*traded) < 9.2e18) volume = static_cast<int64_t>(*traded);
     quotes.push_back(QuoteSnapshot{
-        *id, json::string(object, "market").value_or("A股"), *name, *price, *prevClose,
-        json::number(object, "high").value_or(*price), json::number(object, "low").value_or(*price),
-        volume, updatedAt, json::string(object, "source").value_or("stock-sdk")});
+        *id, json::string(object, "market").value_or(std::string(marketLabel(Market::aShare))),
+        *name, *price, *prevClose, json::number(object, "high").value_or(*price),
+        json::number(object, "low").value_or(*price), volume, updatedAt,
+        json::string(object, "source").value_or("stock-sdk")});
   }
   return quotes;
 }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "core/Market.h"
+
 namespace tidemark {
 
 PolarChartGeometry polarChartGeometry(const std::vector<double>& values, double width,
@@ -59,8 +61,14 @@ std::optional<size_t> linearChartIndex(double x, size_t count, const Rect& plot)
 
 std::array<std::string_view, 3> marketTimes(std::string_view market) {
   // By exchange: funds and indices keep their exchange's hours.
-  if (market.starts_with("A股")) return {"09:30", "11:30 / 13:00", "15:00"};
-  if (market.starts_with("港股")) return {"09:30", "12:00 / 13:00", "16:00"};
+  switch (axisExchangeOfLabel(market)) {
+    case Exchange::shanghai:
+      return {"09:30", "11:30 / 13:00", "15:00"};
+    case Exchange::hongKong:
+      return {"09:30", "12:00 / 13:00", "16:00"};
+    case Exchange::newYork:
+      break;
+  }
   return {"09:30", "12:45", "16:00 ET"};
 }
 

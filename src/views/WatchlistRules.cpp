@@ -6,7 +6,7 @@
 #include <QCollator>
 #include <QString>
 
-#include "sources/Indices.h"
+#include "core/Market.h"
 
 namespace tidemark {
 namespace {
@@ -52,9 +52,11 @@ int standardCompare(const QCollator& collator, const QString& a, const QString& 
 }  // namespace
 
 const std::vector<std::string>& watchlistMarkets() {
-  static const std::vector<std::string> v{"全部",     "A股",      "港股",     "美股",
-                                          "A股基金",  "港股基金", "美股基金", "A股指数",
-                                          "港股指数", "美股指数"};
+  static const std::vector<std::string> v = [] {
+    std::vector<std::string> all{"全部"};
+    for (Market market : allMarkets) all.emplace_back(marketLabel(market));
+    return all;
+  }();
   return v;
 }
 const std::vector<std::string>& watchlistStatuses() {
@@ -71,23 +73,13 @@ const std::vector<std::string>& watchlistSortOrders() {
 }
 
 std::string marketOfSymbol(const std::string& symbol) {
-  if (auto index = indexMarketLabel(symbol)) return std::string(*index);
-  const bool digits = !symbol.empty() && std::all_of(symbol.begin(), symbol.end(),
-                                                     [](char c) { return c >= '0' && c <= '9'; });
-  if (digits && symbol.size() == 6) {
-    const bool fund = symbol.starts_with("01") || symbol.starts_with("02") ||
-                      symbol.starts_with("5") || symbol.starts_with("15") ||
-                      symbol.starts_with("16");
-    return fund ? "A股基金" : "A股";
-  }
-  if (digits && symbol.size() == 5) return "港股";
-  return "美股";
+  return std::string(marketLabel(watchlistMarket(symbol)));
 }
 
 std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock, double grace) {
   if (!quote) return "暂无行情";
   // Fund net values are published once a day.
-  const double allowed = quote->market == "A股基金" ? 129600 : 300;
+  const double allowed = marketOfLabel(quote->market) == Market::aFund ? 129600 : 300;
   return statusClock - quote->updatedAt > allowed + grace ? "已过期" : "正常";
 }
 

@@ -10,6 +10,7 @@
 #include "core/DataSourceEndpoints.h"
 #include "core/Date.h"
 #include "core/Enums.h"
+#include "core/Market.h"
 #include "core/NumberText.h"
 #include "core/QuoteSnapshot.h"
 #include "core/Url.h"
@@ -201,6 +202,33 @@ TEST(QuoteSnapshot, ChangePercentAndCurrency) {
     q.market = market;
     EXPECT_EQ(std::pair(q.changePct(), q.currency()), std::pair(percent, std::string(currency)))
         << price << " " << prevClose << " " << market;
+  }
+}
+
+TEST(Market, ASymbolAsTheFeedsAndTheWatchlistLabelIt) {
+  // Symbol; the feed's label; the label of a watchlist row without a quote. The two differ on
+  // fund codes and on unusual lengths.
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"600519", "A股", "A股"},
+      {"510300", "A股", "A股基金"},
+      {"159915", "A股", "A股基金"},
+      {"012345", "A股", "A股基金"},
+      {"161725", "A股", "A股基金"},
+      {"1600", "A股", "美股"},
+      {"00700", "港股", "港股"},
+      {"0700A", "美股", "美股"},
+      {"NVDA", "美股", "美股"},
+      {"", "A股", "美股"},
+      {"sh000001", "A股指数", "A股指数"},
+      {"bj899050", "A股指数", "A股指数"},
+      {"hkHSTECH", "港股指数", "港股指数"},
+      {"usIXIC", "美股指数", "美股指数"},
+      {"sh00001", "美股", "美股"},
+      {"hkhsi", "美股", "美股"},
+  };
+  for (const auto& [symbol, feed, row] : cases) {
+    EXPECT_EQ(marketLabel(feedMarket(symbol)), feed) << symbol;
+    EXPECT_EQ(marketLabel(watchlistMarket(symbol)), row) << symbol;
   }
 }
 

@@ -82,7 +82,7 @@ TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
       {"2026-11-30T09:00:00Z", "美股", "盘前", true},   // Mon 04:00 EST
   };
   for (const auto& [instant, market, text, awake] : cases) {
-    const auto exchange = exchangeOfMarket(market);
+    const auto exchange = exchangeOfLabel(market);
     ASSERT_TRUE(exchange) << market;
     const auto state = marketState(*exchange, at(instant));
     ASSERT_TRUE(state) << instant;
@@ -90,7 +90,7 @@ TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
     EXPECT_EQ(isAwake(*exchange, at(instant)), awake) << instant << " " << market;
   }
   for (const char* none : {"", "B股", "港股通", "美股基金x", "场外基金"})
-    EXPECT_EQ(exchangeOfMarket(none), std::nullopt) << none;
+    EXPECT_EQ(exchangeOfLabel(none), std::nullopt) << none;
 }
 
 struct QuietCase {

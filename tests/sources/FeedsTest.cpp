@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/Market.h"
 #include "sources/LiveMarketData.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
