@@ -22,7 +22,7 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
                    bool startTimers, Bundle bundle)
     : deps_(dependencies), bundle_(std::move(bundle)), canRequestNotifications_(startTimers) {
   const Date now = deps_.clock.now();
-  updatedAt_ = now;
+  prefs_.updatedAt = now;
   lastRefreshStartedAt_ = now;
   lastRotationAt_ = now;
 
@@ -58,8 +58,8 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   } else {
     watchlist_ = defaultWatchlist();
   }
-  if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
-    activeID_ = watchlist_.empty() ? std::string() : watchlist_.front();
+  if (std::find(watchlist_.begin(), watchlist_.end(), prefs_.activeID) == watchlist_.end())
+    prefs_.activeID = watchlist_.empty() ? std::string() : watchlist_.front();
   if (!fileProblem.empty()) setAsideWatchlistFile(std::move(fileProblem));
   if (watchlistURL_) holdingsURL_ = watchlistURL_->parent_path() / "holdings.json";
   // Nothing is written for a user who never held anything.
@@ -179,7 +179,7 @@ void AppModel::restoreSnapshotCache() {
   if (auto bytes = deps_.defaults.data(snapshotsKey)) {
     if (auto restored = decodeSnapshotCache(*bytes)) setQuotes(std::move(*restored));
   }
-  setPhase(phaseForAge(updatedAt_));
+  setPhase(phaseForAge(prefs_.updatedAt));
 }
 
 QuotePhase AppModel::phaseForAge(Date dataTime) const {
@@ -198,14 +198,14 @@ void AppModel::setWatchlist(std::vector<std::string> watchlist) {
     return;
   }
   assign(watchlist_, validSymbols(watchlist, maxWatchlistLength));
-  if (std::find(watchlist_.begin(), watchlist_.end(), activeID_) == watchlist_.end())
+  if (std::find(watchlist_.begin(), watchlist_.end(), prefs_.activeID) == watchlist_.end())
     setActiveID(watchlist_.empty() ? std::string() : watchlist_.front());
   saveWatchlist();
   savePreferences();
 }
 
 void AppModel::setActiveID(std::string symbol) {
-  assign(activeID_, std::move(symbol));
+  assign(prefs_.activeID, std::move(symbol));
   if (!ready_) return;
   lastRotationAt_ = deps_.clock.now();
   savePreferences();
@@ -214,28 +214,28 @@ void AppModel::setActiveID(std::string symbol) {
 }
 
 void AppModel::setTheme(AppTheme theme) {
-  assign(theme_, theme);
+  assign(prefs_.theme, theme);
   savePreferences();
 }
 
 void AppModel::setReduceMotion(bool on) {
-  assign(reduceMotion_, on);
+  assign(prefs_.reduceMotion, on);
   savePreferences();
 }
 
 void AppModel::setRefreshInterval(double seconds) {
   if (!ready_) {
-    assign(refreshInterval_, seconds);
+    assign(prefs_.refreshInterval, seconds);
     return;
   }
-  assign(refreshInterval_, clampedRefreshInterval(seconds));
+  assign(prefs_.refreshInterval, clampedRefreshInterval(seconds));
   lastRefreshStartedAt_ = deps_.clock.now();
   savePreferences();
 }
 
 void AppModel::setSourceMode(SourceMode mode) {
-  const SourceMode previous = sourceMode_;
-  assign(sourceMode_, mode);
+  const SourceMode previous = prefs_.sourceMode;
+  assign(prefs_.sourceMode, mode);
   if (!ready_) return;
   savePreferences();
   if (mode != previous) {
@@ -246,81 +246,81 @@ void AppModel::setSourceMode(SourceMode mode) {
 }
 
 void AppModel::setMasked(bool on) {
-  assign(masked_, on);
+  assign(prefs_.masked, on);
   savePreferences();
 }
 
 void AppModel::setOrbSize(double points) {
-  assign(orbSize_, ready_ ? clampedOrbSize(points) : points);
+  assign(prefs_.orbSize, ready_ ? clampedOrbSize(points) : points);
   savePreferences();
 }
 
 void AppModel::setAutoRotate(bool on) {
-  assign(autoRotate_, on);
+  assign(prefs_.autoRotate, on);
   if (!ready_) return;
   lastRotationAt_ = deps_.clock.now();
   savePreferences();
 }
 
 void AppModel::setMenuDensity(int64_t density) {
-  assign(menuDensity_, ready_ ? clampedMenuDensity(density) : density);
+  assign(prefs_.menuDensity, ready_ ? clampedMenuDensity(density) : density);
   savePreferences();
 }
 
 void AppModel::setOrbShowsName(bool on) {
-  assign(orbShowsName_, on);
+  assign(prefs_.orbShowsName, std::optional(on));
   savePreferences();
 }
 
 void AppModel::setPhase(QuotePhase phase) {
-  assign(phase_, phase);
+  assign(prefs_.phase, phase);
   savePreferences();
 }
 
 void AppModel::setLastError(std::optional<std::string> text) {
-  assign(lastError_, std::move(text));
+  assign(prefs_.lastError, std::move(text));
   savePreferences();
 }
 
 void AppModel::setLatencyMS(int64_t milliseconds) {
-  assign(latencyMS_, milliseconds);
+  assign(prefs_.latencyMS, milliseconds);
   savePreferences();
 }
 
 void AppModel::setUpdatedAt(Date date) {
-  assign(updatedAt_, date);
+  assign(prefs_.updatedAt, date);
   savePreferences();
 }
 
 void AppModel::setOnboardingSeen(bool seen) {
-  assign(onboardingSeen_, seen);
+  assign(prefs_.onboardingSeen, seen);
   savePreferences();
 }
 
 void AppModel::setAlertPrice(std::optional<double> price) {
   if (!ready_) {
-    assign(alertPrice_, price);
+    assign(prefs_.alertPrice, price);
     return;
   }
-  assign(alertPrice_, validAlertPrice(price));
+  assign(prefs_.alertPrice, validAlertPrice(price));
   setAlertTriggered(false);
   savePreferences();
   evaluateAlert();
 }
 
 void AppModel::setAlertAbove(bool above) {
-  assign(alertAbove_, above);
+  assign(prefs_.alertAbove, above);
   savePreferences();
   evaluateAlert();
 }
 
 void AppModel::setAlertTriggered(bool triggered) {
-  assign(alertTriggered_, triggered);
+  assign(prefs_.alertTriggered, triggered);
   savePreferences();
 }
 
 void AppModel::setAlertSymbolID(std::optional<std::string> symbol) {
-  assign(alertSymbolID_, std::move(symbol));
+  assign(prefs_.alertSymbolID, std::move(symbol));
   savePreferences();
   evaluateAlert();
 }
@@ -346,11 +346,11 @@ const QuoteSnapshot* AppModel::quote(const std::string& symbol) const {
 }
 
 const QuoteSnapshot* AppModel::activeQuote() const {
-  return quote(activeID_);
+  return quote(prefs_.activeID);
 }
 
 const QuoteSnapshot* AppModel::alertQuote() const {
-  return alertSymbolID_ ? quote(*alertSymbolID_) : nullptr;
+  return prefs_.alertSymbolID ? quote(*prefs_.alertSymbolID) : nullptr;
 }
 
 std::vector<QuoteSnapshot> AppModel::watchedQuotes() const {
@@ -379,32 +379,15 @@ std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mod
 }
 
 std::string AppModel::sourceLabel() const {
-  return tidemark::sourceLabel(quotes_, sourceMode_);
+  return tidemark::sourceLabel(quotes_, prefs_.sourceMode);
 }
 
 // ---- Preferences -------------------------------------------------------------------------
 
-AppModel::Preferences AppModel::currentPreferences() const {
+Preferences AppModel::startingPreferences() {
   Preferences p;
-  p.activeID = activeID_;
-  p.theme = theme_;
-  p.reduceMotion = reduceMotion_;
-  p.refreshInterval = refreshInterval_;
-  p.sourceMode = sourceMode_;
-  p.masked = masked_;
-  p.orbSize = orbSize_;
-  p.autoRotate = autoRotate_;
-  p.menuDensity = menuDensity_;
-  p.orbShowsName = orbShowsName_;
-  p.phase = phase_;
-  p.lastError = lastError_;
-  p.latencyMS = latencyMS_;
-  p.updatedAt = updatedAt_;
-  p.onboardingSeen = onboardingSeen_;
-  p.alertPrice = alertPrice_;
-  p.alertAbove = alertAbove_;
-  p.alertTriggered = alertTriggered_;
-  p.alertSymbolID = alertSymbolID_;
+  p.activeID = "600519";
+  p.orbShowsName = false;
   return p;
 }
 

@@ -104,28 +104,28 @@ class AppModel {
   }
   const std::string& sourceConfigStatus() const { return sourceConfigStatus_; }
   const std::vector<std::string>& watchlist() const { return watchlist_; }
-  const std::string& activeID() const { return activeID_; }
-  AppTheme theme() const { return theme_; }
-  bool reduceMotion() const { return reduceMotion_; }
-  double refreshInterval() const { return refreshInterval_; }
-  SourceMode sourceMode() const { return sourceMode_; }
-  bool masked() const { return masked_; }
-  double orbSize() const { return orbSize_; }
-  bool autoRotate() const { return autoRotate_; }
-  int64_t menuDensity() const { return menuDensity_; }
-  bool orbShowsName() const { return orbShowsName_; }
-  QuotePhase phase() const { return phase_; }
-  const std::optional<std::string>& lastError() const { return lastError_; }
-  int64_t latencyMS() const { return latencyMS_; }
-  Date updatedAt() const { return updatedAt_; }
-  bool onboardingSeen() const { return onboardingSeen_; }
+  const std::string& activeID() const { return prefs_.activeID; }
+  AppTheme theme() const { return prefs_.theme; }
+  bool reduceMotion() const { return prefs_.reduceMotion; }
+  double refreshInterval() const { return prefs_.refreshInterval; }
+  SourceMode sourceMode() const { return prefs_.sourceMode; }
+  bool masked() const { return prefs_.masked; }
+  double orbSize() const { return prefs_.orbSize; }
+  bool autoRotate() const { return prefs_.autoRotate; }
+  int64_t menuDensity() const { return prefs_.menuDensity; }
+  bool orbShowsName() const { return prefs_.orbShowsName.value_or(false); }
+  QuotePhase phase() const { return prefs_.phase; }
+  const std::optional<std::string>& lastError() const { return prefs_.lastError; }
+  int64_t latencyMS() const { return prefs_.latencyMS; }
+  Date updatedAt() const { return prefs_.updatedAt; }
+  bool onboardingSeen() const { return prefs_.onboardingSeen; }
   const std::vector<QuoteSnapshot>& sourceSearchResults() const { return sourceSearchResults_; }
   const std::optional<std::string>& sourceSearchMessage() const { return sourceSearchMessage_; }
   bool isSearchingSource() const { return isSearchingSource_; }
-  std::optional<double> alertPrice() const { return alertPrice_; }
-  bool alertAbove() const { return alertAbove_; }
-  bool alertTriggered() const { return alertTriggered_; }
-  const std::optional<std::string>& alertSymbolID() const { return alertSymbolID_; }
+  std::optional<double> alertPrice() const { return prefs_.alertPrice; }
+  bool alertAbove() const { return prefs_.alertAbove; }
+  bool alertTriggered() const { return prefs_.alertTriggered; }
+  const std::optional<std::string>& alertSymbolID() const { return prefs_.alertSymbolID; }
   const std::vector<Holding>& holdings() const { return holdings_; }
   bool showsDayProfitInTray() const { return showsDayProfitInTray_; }
   // A live source while no watched market is awake: refreshed every quietRefreshInterval, and
@@ -169,7 +169,7 @@ class AppModel {
   const QuoteSnapshot* alertQuote() const;
   const QuoteSnapshot* quote(const std::string& symbol) const;
   std::vector<QuoteSnapshot> watchedQuotes() const;
-  std::string_view phaseLabel() const { return label(phase_); }
+  std::string_view phaseLabel() const { return label(prefs_.phase); }
   std::string sourceLabel() const;
   // The state of a market (by its label) now; none for a label of no market, or when the
   // exchange's time zone is unknown. The heartbeat notifies whenever one of them changes.
@@ -194,7 +194,8 @@ class AppModel {
   // Preferences.
   void savePreferences();
   void resetPreferences();
-  Preferences currentPreferences() const;
+  // What is stored: every field set, the name switch included.
+  const Preferences& currentPreferences() const { return prefs_; }
 
   // Watchlist.
   void select(const std::string& symbol);
@@ -336,30 +337,15 @@ class AppModel {
   std::map<std::string, std::vector<double>> intradaySeries_;
   std::string sourceConfigStatus_ = "使用内置地址";
   std::vector<std::string> watchlist_;
-  std::string activeID_ = "600519";
-  AppTheme theme_ = AppTheme::dark;
-  bool reduceMotion_ = false;
-  double refreshInterval_ = 2.6;
-  SourceMode sourceMode_ = SourceMode::mock;
-  bool masked_ = false;
+  // The preferences in use, one record: the store's defaults but for the first symbol and the
+  // name switch, which is always set here.
+  static Preferences startingPreferences();
+  Preferences prefs_ = startingPreferences();
   // The user's choices as last kept at once (the preferences without what refreshes change).
   std::optional<Preferences> savedChoices_;
-  double orbSize_ = 96;
-  bool autoRotate_ = true;
-  int64_t menuDensity_ = 0;
-  bool orbShowsName_ = false;
-  QuotePhase phase_ = QuotePhase::live;
-  std::optional<std::string> lastError_;
-  int64_t latencyMS_ = 86;
-  Date updatedAt_;
-  bool onboardingSeen_ = false;
   std::vector<QuoteSnapshot> sourceSearchResults_;
   std::optional<std::string> sourceSearchMessage_;
   bool isSearchingSource_ = false;
-  std::optional<double> alertPrice_;
-  bool alertAbove_ = true;
-  bool alertTriggered_ = false;
-  std::optional<std::string> alertSymbolID_;
   std::optional<StoreWriteFailure> settingsWriteFailure_;
   std::vector<Holding> holdings_;
   bool showsDayProfitInTray_ = false;

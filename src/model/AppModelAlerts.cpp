@@ -17,10 +17,10 @@ void AppModel::setAlert(const std::string& symbol, double price, bool above) {
   if (!std::isfinite(price) || !(price > 0)) return;
   // Assigned together and evaluated once below: evaluating between the assignments could fire
   // the new symbol against the old threshold.
-  assign(alertSymbolID_, std::optional<std::string>(symbol));
-  assign(alertAbove_, above);
-  assign(alertPrice_, std::optional<double>(price));
-  assign(alertTriggered_, false);
+  assign(prefs_.alertSymbolID, std::optional<std::string>(symbol));
+  assign(prefs_.alertAbove, above);
+  assign(prefs_.alertPrice, std::optional<double>(price));
+  assign(prefs_.alertTriggered, false);
   alertNotificationNeedsDelivery_ = false;
   ++alertGeneration_;
   savePreferences();
@@ -30,18 +30,18 @@ void AppModel::setAlert(const std::string& symbol, double price, bool above) {
 
 void AppModel::clearAlert() {
   alertNotificationNeedsDelivery_ = false;
-  if (alertSymbolID_) deps_.notifier.remove(alertIdentifierPrefix + *alertSymbolID_);
+  if (prefs_.alertSymbolID) deps_.notifier.remove(alertIdentifierPrefix + *prefs_.alertSymbolID);
   setAlertSymbolID(std::nullopt);
   setAlertPrice(std::nullopt);
 }
 
 void AppModel::evaluateAlert() {
-  if (!ready_ || !alertPrice_ || !alertSymbolID_) return;
+  if (!ready_ || !prefs_.alertPrice || !prefs_.alertSymbolID) return;
   const QuoteSnapshot* q = alertQuote();
-  if (!q || alertTriggered_) return;
+  if (!q || prefs_.alertTriggered) return;
   const double p = q->price;
-  const double t = *alertPrice_;
-  if (!((alertAbove_ && p >= t) || (!alertAbove_ && p <= t))) return;
+  const double t = *prefs_.alertPrice;
+  if (!((prefs_.alertAbove && p >= t) || (!prefs_.alertAbove && p <= t))) return;
   setAlertTriggered(true);
   savePreferences();
   alertNotificationNeedsDelivery_ = true;
@@ -57,7 +57,7 @@ void AppModel::requestPriceAlertNotifications() {
 
 void AppModel::deliverPriceAlertNotification() {
   if (!alertNotificationNeedsDelivery_ || !alertNotificationsAuthorized_) return;
-  if (alertDeliveryInFlight_ || !alertPrice_) return;
+  if (alertDeliveryInFlight_ || !prefs_.alertPrice) return;
   const QuoteSnapshot* q = alertQuote();
   if (!q) return;
   // "CNY 1,468.80"; an index's points stand alone.
@@ -65,8 +65,8 @@ void AppModel::deliverPriceAlertNotification() {
   NotificationRequest request;
   request.identifier = alertIdentifierPrefix + q->id;
   request.title = q->name.empty() ? "价格提醒已触发" : q->name + " 价格提醒";
-  request.body = currency + priceText(q->price) + "，目标 " + currency + priceText(*alertPrice_) +
-                 " 已达到提醒条件。";
+  request.body = currency + priceText(q->price) + "，目标 " + currency +
+                 priceText(*prefs_.alertPrice) + " 已达到提醒条件。";
   alertDeliveryInFlight_ = true;
   deps_.notifier.add(request, guarded([this, generation = alertGeneration_] {
                        alertDeliveryInFlight_ = false;

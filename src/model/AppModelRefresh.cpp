@@ -52,19 +52,20 @@ void AppModel::heartbeat() {
   // Data fetched on the quiet cadence stays current until the next quiet refresh is due, also
   // in the moment a market wakes and the next refresh is on its way.
   const double allowed = staleAfter + (quietRefresh_ || quietData_ ? quietRefreshInterval : 0);
-  if (phase_ == QuotePhase::live && now - updatedAt_ > allowed) setPhase(QuotePhase::stale);
+  if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > allowed)
+    setPhase(QuotePhase::stale);
 
-  const bool paused = refreshInterval_ == 0 || phase_ == QuotePhase::offline ||
-                      phase_ == QuotePhase::loading ||
-                      (phase_ == QuotePhase::stale && lastError_.has_value());
-  const double interval = quietRefresh_ ? quietRefreshInterval : refreshInterval_;
+  const bool paused = prefs_.refreshInterval == 0 || prefs_.phase == QuotePhase::offline ||
+                      prefs_.phase == QuotePhase::loading ||
+                      (prefs_.phase == QuotePhase::stale && prefs_.lastError.has_value());
+  const double interval = quietRefresh_ ? quietRefreshInterval : prefs_.refreshInterval;
   // A clock set back (a time change) would hold every period for as long as it went back: the
   // period counts as over, once, and restarts from the new time.
   const double sinceRefresh = now - lastRefreshStartedAt_;
   if (!paused && (sinceRefresh >= interval || sinceRefresh < 0)) beginRefresh(true);
 
   const double sinceRotation = now - lastRotationAt_;
-  if (autoRotate_ && (sinceRotation >= rotationPeriod || sinceRotation < 0)) cycleActive();
+  if (prefs_.autoRotate && (sinceRotation >= rotationPeriod || sinceRotation < 0)) cycleActive();
 }
 
 void AppModel::beginRefresh(bool /*automatic*/) {
@@ -78,7 +79,7 @@ void AppModel::beginRefresh(bool /*automatic*/) {
 }
 
 void AppModel::loadSource(bool resetMock) {
-  switch (sourceMode_) {
+  switch (prefs_.sourceMode) {
     case SourceMode::mock:
       liveLoad_.reset();
       quietData_ = false;
@@ -90,7 +91,7 @@ void AppModel::loadSource(bool resetMock) {
       loadStatic();
       break;
     default:
-      fetchLiveQuotes(sourceMode_);
+      fetchLiveQuotes(prefs_.sourceMode);
       break;
   }
 }
@@ -124,7 +125,7 @@ void AppModel::loadStatic() {
     setLastError(std::string(error.what()) + " · 已使用内置离线快照");
   }
   // Never stamped with the current time: a shipped snapshot must not pass for live data.
-  setPhase(phaseForAge(updatedAt_));
+  setPhase(phaseForAge(prefs_.updatedAt));
   saveQuotes();
   evaluateAlert();
 }

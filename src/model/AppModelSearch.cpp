@@ -27,7 +27,7 @@ std::optional<int> matchRank(const QuoteSnapshot& quote, const std::string& fold
 std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
   // The well-known indices are found too, by name or code.
   std::vector<QuoteSnapshot> pool;
-  if (sourceMode_ == SourceMode::mock) {
+  if (prefs_.sourceMode == SourceMode::mock) {
     std::vector<std::string> indices;
     for (const DemoSecurity& index : demoIndices()) indices.emplace_back(index.id);
     pool = mockMarket_.quotes(indices, deps_.clock.now());
@@ -73,7 +73,7 @@ void AppModel::searchSource(const std::string& text) {
     return;
   }
   setIsSearchingSource(true);
-  if (sourceMode_ == SourceMode::mock || sourceMode_ == SourceMode::staticJSON)
+  if (prefs_.sourceMode == SourceMode::mock || prefs_.sourceMode == SourceMode::staticJSON)
     return endSearch(localSearch(query), false);
 
   deps_.dataSource.searchSecurities(

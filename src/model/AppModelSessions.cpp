@@ -26,7 +26,7 @@ bool AppModel::watchedMarketAwake(Date at) const {
 }
 
 void AppModel::followSessions(Date now) {
-  const bool quiet = isLive(sourceMode_) && !watchedMarketAwake(now);
+  const bool quiet = isLive(prefs_.sourceMode) && !watchedMarketAwake(now);
   if (quiet != quietRefresh_) assign(quietRefresh_, quiet);
   std::array<std::optional<MarketState>, exchangeCount> states;
   for (size_t i = 0; i < exchangeCount; ++i) states[i] = marketState(Exchange(i), now);

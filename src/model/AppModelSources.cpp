@@ -6,7 +6,7 @@
 namespace tidemark {
 
 void AppModel::startFirstLoad() {
-  if (!canRequestNotifications_ || !isLive(sourceMode_)) {
+  if (!canRequestNotifications_ || !isLive(prefs_.sourceMode)) {
     loadSource(true);
     return;
   }
@@ -61,7 +61,7 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
 }
 
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
-  if (!isLive(sourceMode_) || marketOfLabel(quote.market) == Market::aFund) return;
+  if (!isLive(prefs_.sourceMode) || marketOfLabel(quote.market) == Market::aFund) return;
   const Date now = deps_.clock.now();
   // A request from the clock's future (it was set back) holds nothing up.
   if (auto last = intradayRequestedAt_.find(quote.id); last != intradayRequestedAt_.end() &&

@@ -75,7 +75,7 @@ void AppModel::cycleActive() {
   if (candidates.size() < 2) return;
   size_t next = 0;
   for (size_t k = 0; k < candidates.size(); ++k)
-    if (*candidates[k] == activeID_) next = (k + 1) % candidates.size();
+    if (*candidates[k] == prefs_.activeID) next = (k + 1) % candidates.size();
   select(*candidates[next]);
 }
 
