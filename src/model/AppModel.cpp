@@ -325,18 +325,6 @@ void AppModel::setAlertSymbolID(std::optional<std::string> symbol) {
   evaluateAlert();
 }
 
-void AppModel::setSourceSearchResults(std::vector<QuoteSnapshot> results) {
-  assign(sourceSearchResults_, std::move(results));
-}
-
-void AppModel::setSourceSearchMessage(std::optional<std::string> message) {
-  assign(sourceSearchMessage_, std::move(message));
-}
-
-void AppModel::setIsSearchingSource(bool searching) {
-  assign(isSearchingSource_, searching);
-}
-
 // ---- Derived -------------------------------------------------------------------------------
 
 const QuoteSnapshot* AppModel::quote(const std::string& symbol) const {

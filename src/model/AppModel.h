@@ -21,9 +21,11 @@
 #include "core/Scheduler.h"
 #include "model/DemoMarket.h"
 #include "model/Holdings.h"
+#include "model/HoldingsBook.h"
 #include "model/MarketSessions.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
+#include "model/SecuritySearch.h"
 #include "model/Watchlist.h"
 
 namespace tidemark {
@@ -119,15 +121,15 @@ class AppModel {
   int64_t latencyMS() const { return prefs_.latencyMS; }
   Date updatedAt() const { return prefs_.updatedAt; }
   bool onboardingSeen() const { return prefs_.onboardingSeen; }
-  const std::vector<QuoteSnapshot>& sourceSearchResults() const { return sourceSearchResults_; }
-  const std::optional<std::string>& sourceSearchMessage() const { return sourceSearchMessage_; }
-  bool isSearchingSource() const { return isSearchingSource_; }
+  const std::vector<QuoteSnapshot>& sourceSearchResults() const { return search_.results(); }
+  const std::optional<std::string>& sourceSearchMessage() const { return search_.message(); }
+  bool isSearchingSource() const { return search_.isSearching(); }
   std::optional<double> alertPrice() const { return prefs_.alertPrice; }
   bool alertAbove() const { return prefs_.alertAbove; }
   bool alertTriggered() const { return prefs_.alertTriggered; }
   const std::optional<std::string>& alertSymbolID() const { return prefs_.alertSymbolID; }
-  const std::vector<Holding>& holdings() const { return holdings_; }
-  bool showsDayProfitInTray() const { return showsDayProfitInTray_; }
+  const std::vector<Holding>& holdings() const { return holdings_.list(); }
+  bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
   // A live source while no watched market is awake: refreshed every quietRefreshInterval, and
   // data counts as current for that long (plus staleAfter). Set by the heartbeat.
   bool quietRefresh() const { return quietRefresh_; }
@@ -160,9 +162,6 @@ class AppModel {
   void setAlertAbove(bool above);
   void setAlertTriggered(bool triggered);
   void setAlertSymbolID(std::optional<std::string> symbol);
-  void setSourceSearchResults(std::vector<QuoteSnapshot> results);
-  void setSourceSearchMessage(std::optional<std::string> message);
-  void setIsSearchingSource(bool searching);
 
   // Derived state.
   const QuoteSnapshot* activeQuote() const;
@@ -228,7 +227,7 @@ class AppModel {
 
   // Holdings. Setting one replaces the symbol's; refused, with the reason in words, for a symbol
   // not watched and for shares or a cost out of range. Figures come from the current quotes.
-  const Holding* holding(const std::string& symbol) const;
+  const Holding* holding(const std::string& symbol) const { return holdings_.find(symbol); }
   std::optional<std::string> setHolding(const std::string& symbol, double shares, double cost);
   void removeHolding(const std::string& symbol);
   void setShowsDayProfitInTray(bool on);
@@ -343,12 +342,9 @@ class AppModel {
   Preferences prefs_ = startingPreferences();
   // The user's choices as last kept at once (the preferences without what refreshes change).
   std::optional<Preferences> savedChoices_;
-  std::vector<QuoteSnapshot> sourceSearchResults_;
-  std::optional<std::string> sourceSearchMessage_;
-  bool isSearchingSource_ = false;
+  SecuritySearch search_;
   std::optional<StoreWriteFailure> settingsWriteFailure_;
-  std::vector<Holding> holdings_;
-  bool showsDayProfitInTray_ = false;
+  HoldingsBook holdings_;
   bool quietRefresh_ = false;
   std::array<std::optional<MarketState>, exchangeCount> marketStates_;
 
@@ -380,8 +376,6 @@ class AppModel {
   MockMarket mockMarket_;
   // The live load whose answers still count; an older one's answers are dropped.
   std::shared_ptr<LiveLoad> liveLoad_;
-  // Counts searchSource calls; an answer for an older one is dropped.
-  uint64_t searchGeneration_ = 0;
 };
 
 // Where the shown quotes come from, in words: the first tag found in the order offline snapshot,

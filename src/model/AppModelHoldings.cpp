@@ -12,12 +12,6 @@
 
 namespace tidemark {
 
-const Holding* AppModel::holding(const std::string& symbol) const {
-  for (const Holding& h : holdings_)
-    if (h.symbolID == symbol) return &h;
-  return nullptr;
-}
-
 bool AppModel::isWatched(const std::string& symbol) const {
   return std::find(watchlist_.begin(), watchlist_.end(), symbol) != watchlist_.end();
 }
@@ -26,32 +20,21 @@ std::optional<std::string> AppModel::setHolding(const std::string& symbol, doubl
                                                 double cost) {
   if (isIndexSymbol(symbol)) return std::string("指数不能录入持仓");
   if (!isWatched(symbol)) return std::string("只能为自选中的标的录入持仓");
-  if (auto problem = holdingProblem(shares, cost)) return problem;
-  auto list = holdings_;
-  const auto same = [&](const Holding& h) { return h.symbolID == symbol; };
-  if (auto it = std::find_if(list.begin(), list.end(), same); it != list.end()) {
-    *it = Holding{symbol, shares, cost};
-  } else if (list.size() >= maxHoldingsCount) {
-    return "持仓最多 " + std::to_string(maxHoldingsCount) + " 项";
-  } else {
-    list.push_back(Holding{symbol, shares, cost});
-  }
-  assign(holdings_, std::move(list));
+  if (auto refused = holdings_.set(symbol, shares, cost)) return refused;
+  changed_.notify();
   saveHoldings();
   return std::nullopt;
 }
 
 void AppModel::removeHolding(const std::string& symbol) {
-  if (!holding(symbol)) return;
-  auto list = holdings_;
-  std::erase_if(list, [&](const Holding& h) { return h.symbolID == symbol; });
-  assign(holdings_, std::move(list));
+  if (!holdings_.remove(symbol)) return;
+  changed_.notify();
   saveHoldings();
 }
 
 void AppModel::setShowsDayProfitInTray(bool on) {
-  if (showsDayProfitInTray_ == on) return;
-  assign(showsDayProfitInTray_, on);
+  if (!holdings_.setShowsDayProfitInTray(on)) return;
+  changed_.notify();
   saveHoldings();
 }
 
@@ -61,8 +44,8 @@ std::vector<AppModel::HoldingLine> AppModel::holdingLines() const {
   quotes.reserve(quotes_.size());
   for (const QuoteSnapshot& q : quotes_) quotes.emplace(q.id, &q);
   std::vector<HoldingLine> lines;
-  lines.reserve(holdings_.size());
-  for (const Holding& h : holdings_) {
+  lines.reserve(holdings_.list().size());
+  for (const Holding& h : holdings_.list()) {
     const bool isWatched = watched.contains(h.symbolID);
     const auto q = isWatched ? quotes.find(h.symbolID) : quotes.end();
     // A price no holding can be multiplied by is no quote for it.
@@ -119,19 +102,13 @@ bool AppModel::restoreHoldings() {
     }
   }
   if (!newest) return false;
-  holdings_ = std::move(newest->holdings);
-  showsDayProfitInTray_ = newest->showsDayProfitInTray;
+  holdings_.restore(std::move(*newest));
   return true;
 }
 
 bool AppModel::holdingsSavedAsIs() const {
   return storedEverywhere(holdingsKey, holdingsURL_, holdingsFileHeld_,
-                          [this](std::string_view bytes) {
-                            size_t dropped = 0;
-                            const auto record = holdingsBackupFromBytes(bytes, &dropped);
-                            return record && dropped == 0 && record->holdings == holdings_ &&
-                                   record->showsDayProfitInTray == showsDayProfitInTray_;
-                          });
+                          [this](std::string_view bytes) { return holdings_.matches(bytes); });
 }
 
 void AppModel::setAsideHoldingsFile(std::string problem) {
@@ -140,8 +117,7 @@ void AppModel::setAsideHoldingsFile(std::string problem) {
 
 void AppModel::saveHoldings() {
   if (!ready_) return;
-  auto bytes =
-      json::encode(toJson(HoldingsBackup{1, deps_.clock.now(), holdings_, showsDayProfitInTray_}));
+  auto bytes = json::encode(toJson(holdings_.record(deps_.clock.now())));
   if (!bytes) return;
   // The store first, so it holds the newest list even when the file cannot be written.
   deps_.defaults.setData(holdingsKey, *bytes);

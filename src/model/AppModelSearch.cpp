@@ -2,27 +2,10 @@
 
 #include <algorithm>
 
-#include "core/Text.h"
 #include "model/AppModel.h"
 #include "model/StaticSnapshot.h"
 
 namespace tidemark {
-namespace {
-
-constexpr size_t searchLimit = 20;
-
-// 0: the code itself, 1: the code begins with the text, 2: code or name contains it.
-std::optional<int> matchRank(const QuoteSnapshot& quote, const std::string& folded) {
-  const std::string id = toLowerAscii(quote.id);
-  if (id == folded) return 0;
-  if (id.starts_with(folded)) return 1;
-  if (id.find(folded) != std::string::npos ||
-      toLowerAscii(quote.name).find(folded) != std::string::npos)
-    return 2;
-  return std::nullopt;
-}
-
-}  // namespace
 
 std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
   // The well-known indices are found too, by name or code.
@@ -44,35 +27,18 @@ std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
                                      s.prevClose, s.high, s.low, s.volume, embeddedSnapshotDate(),
                                      "embedded_fallback"});
   }
-  const std::string folded = toLowerAscii(text);
-  std::vector<std::pair<int, QuoteSnapshot>> ranked;
-  for (QuoteSnapshot& candidate : pool) {
-    const auto rank = matchRank(candidate, folded);
-    if (!rank) continue;
-    // What the model shows is fresher than the opening or shipped values.
-    const QuoteSnapshot* held = quote(candidate.id);
-    ranked.emplace_back(*rank, held ? *held : std::move(candidate));
-  }
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  std::vector<QuoteSnapshot> results;
-  for (auto& [rank, candidate] : ranked) {
-    if (results.size() == searchLimit) break;
-    results.push_back(std::move(candidate));
-  }
-  return results;
+  // What the model shows is fresher than the opening or shipped values.
+  return rankedMatches(std::move(pool), text, [this](const std::string& id) { return quote(id); });
 }
 
 void AppModel::searchSource(const std::string& text) {
-  const uint64_t generation = ++searchGeneration_;
   const std::string query(trimmedSymbol(text));
   if (query.empty()) {
-    setSourceSearchResults({});
-    setSourceSearchMessage(std::nullopt);
-    setIsSearchingSource(false);
-    return;
+    search_.clear();
+    return changed_.notify();
   }
-  setIsSearchingSource(true);
+  const uint64_t generation = search_.begin();
+  changed_.notify();
   if (prefs_.sourceMode == SourceMode::mock || prefs_.sourceMode == SourceMode::staticJSON)
     return endSearch(localSearch(query), false);
 
@@ -80,22 +46,16 @@ void AppModel::searchSource(const std::string& text) {
       dataSourceEndpoints_, query,
       guarded(QuotesCompletion([this, generation, query](std::vector<QuoteSnapshot> found,
                                                          std::optional<std::string> error) {
-        if (generation != searchGeneration_) return;  // a newer search is under way or done
-        if (!error) {
-          if (found.size() > searchLimit) found.resize(searchLimit);
-          return endSearch(std::move(found), false);
-        }
+        if (!search_.isCurrent(generation)) return;  // a newer search is under way or done
+        if (!error) return endSearch(std::move(found), false);
         // The shipped securities still answer the common names when the source is down.
         endSearch(localSearch(query), true);
       })));
 }
 
 void AppModel::endSearch(std::vector<QuoteSnapshot> results, bool sourceFailed) {
-  std::optional<std::string> message;
-  if (results.empty()) message = sourceFailed ? "数据源搜索失败，请稍后重试" : "没有找到匹配的标的";
-  setSourceSearchResults(std::move(results));
-  setSourceSearchMessage(std::move(message));
-  setIsSearchingSource(false);
+  search_.finish(std::move(results), sourceFailed);
+  changed_.notify();
 }
 
 void AppModel::addSearchResult(const QuoteSnapshot& candidate) {

@@ -174,7 +174,8 @@ void AppModel::saveWatchlist() {
 }
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {
-  std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_);
+  std::string text =
+      exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_.list());
   if (!isReplaceable(url)) throw std::runtime_error("无法写入 " + url.string() + "：不是普通文件");
   if (auto error = writeFileAtomically(url, text, NewFileAccess::document))
     throw std::system_error(error, "无法写入 " + url.string());
@@ -232,7 +233,8 @@ AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& ur
   setWatchlist(std::move(list));
   if (held) {
     result.holdings = held->size();
-    assign(holdings_, std::move(*held));
+    holdings_.replace(std::move(*held));
+    changed_.notify();
     saveHoldings();
   }
   return result;
