@@ -177,6 +177,12 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
        {{"600519", 100, 1500.5}},
        {"holdings.json"}},
       {"an unreadable file", "{broken", storeSame, {{"NVDA", 3, 1}}, {"holdings.json"}},
+      {"a tie: the store's bad entry is written over",
+       R"({"version":1,"savedAt":)" START
+       R"(,"holdings":[{"symbolID":"600519","shares":100,"cost":1500.5}]})",
+       fileRecord,
+       {{"600519", 100, 1500.5}},
+       {}},
       {"an unreadable store", std::nullopt, "[]", {}, {AppModel::holdingsKey}},
       {"nothing stored", std::nullopt, std::nullopt, {}, {}},
   };
@@ -190,6 +196,9 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
     for (const auto& r : m->setAsideRecords())
       aside.push_back(std::filesystem::path(r.record).filename().string());
     EXPECT_EQ(aside, k.setAside) << k.what;
+    // What is stored afterwards holds no entry that could not be read.
+    EXPECT_EQ(h.store.data(AppModel::holdingsKey).value_or("").find("-1"), std::string::npos)
+        << k.what;
     if (k.store == "[]") {
       EXPECT_EQ(h.store.data(AppModel::holdingsUnreadableKey), "[]");
     }
