@@ -79,7 +79,7 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   if (startTimers) {
     timer_ = deps_.scheduler.every(heartbeatInterval, guarded([this] { heartbeat(); }));
     deps_.notifier.queryAuthorization(guarded(std::function<void(bool)>([this](bool authorized) {
-      alertNotificationsAuthorized_ = authorized;
+      alert_.authorized = authorized;
       if (authorized) deliverPriceAlertNotification();
     })));
   }
@@ -169,10 +169,8 @@ void AppModel::restorePreferences() {
   setLatencyMS(p->latencyMS);
   setUpdatedAt(p->updatedAt);
   setOnboardingSeen(p->onboardingSeen);
-  setAlertPrice(validAlertPrice(p->alertPrice));
-  setAlertAbove(p->alertAbove);
-  setAlertTriggered(p->alertTriggered);
-  setAlertSymbolID(p->alertSymbolID);
+  alert_.readFrom(*p);
+  changed_.notify();
 }
 
 void AppModel::restoreSnapshotCache() {
@@ -299,28 +297,28 @@ void AppModel::setOnboardingSeen(bool seen) {
 
 void AppModel::setAlertPrice(std::optional<double> price) {
   if (!ready_) {
-    assign(prefs_.alertPrice, price);
+    assign(alert_.rule.price, price);
     return;
   }
-  assign(prefs_.alertPrice, validAlertPrice(price));
+  assign(alert_.rule.price, validAlertPrice(price));
   setAlertTriggered(false);
   savePreferences();
   evaluateAlert();
 }
 
 void AppModel::setAlertAbove(bool above) {
-  assign(prefs_.alertAbove, above);
+  assign(alert_.rule.above, above);
   savePreferences();
   evaluateAlert();
 }
 
 void AppModel::setAlertTriggered(bool triggered) {
-  assign(prefs_.alertTriggered, triggered);
+  assign(alert_.rule.triggered, triggered);
   savePreferences();
 }
 
 void AppModel::setAlertSymbolID(std::optional<std::string> symbol) {
-  assign(prefs_.alertSymbolID, std::move(symbol));
+  assign(alert_.rule.symbolID, std::move(symbol));
   savePreferences();
   evaluateAlert();
 }
@@ -338,7 +336,7 @@ const QuoteSnapshot* AppModel::activeQuote() const {
 }
 
 const QuoteSnapshot* AppModel::alertQuote() const {
-  return prefs_.alertSymbolID ? quote(*prefs_.alertSymbolID) : nullptr;
+  return alert_.rule.symbolID ? quote(*alert_.rule.symbolID) : nullptr;
 }
 
 std::vector<QuoteSnapshot> AppModel::watchedQuotes() const {
@@ -377,6 +375,12 @@ Preferences AppModel::startingPreferences() {
   p.activeID = "600519";
   p.orbShowsName = false;
   return p;
+}
+
+Preferences AppModel::currentPreferences() const {
+  Preferences record = prefs_;
+  alert_.writeTo(record);
+  return record;
 }
 
 void AppModel::savePreferences() {

@@ -25,6 +25,7 @@
 #include "model/MarketSessions.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
+#include "model/PriceAlert.h"
 #include "model/SecuritySearch.h"
 #include "model/Watchlist.h"
 
@@ -124,10 +125,10 @@ class AppModel {
   const std::vector<QuoteSnapshot>& sourceSearchResults() const { return search_.results(); }
   const std::optional<std::string>& sourceSearchMessage() const { return search_.message(); }
   bool isSearchingSource() const { return search_.isSearching(); }
-  std::optional<double> alertPrice() const { return prefs_.alertPrice; }
-  bool alertAbove() const { return prefs_.alertAbove; }
-  bool alertTriggered() const { return prefs_.alertTriggered; }
-  const std::optional<std::string>& alertSymbolID() const { return prefs_.alertSymbolID; }
+  std::optional<double> alertPrice() const { return alert_.rule.price; }
+  bool alertAbove() const { return alert_.rule.above; }
+  bool alertTriggered() const { return alert_.rule.triggered; }
+  const std::optional<std::string>& alertSymbolID() const { return alert_.rule.symbolID; }
   const std::vector<Holding>& holdings() const { return holdings_.list(); }
   bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
   // A live source while no watched market is awake: refreshed every quietRefreshInterval, and
@@ -176,8 +177,8 @@ class AppModel {
 
   // Unpublished state worth reading.
   bool isReady() const { return ready_; }
-  bool alertNotificationsAuthorized() const { return alertNotificationsAuthorized_; }
-  bool alertNotificationNeedsDelivery() const { return alertNotificationNeedsDelivery_; }
+  bool alertNotificationsAuthorized() const { return alert_.authorized; }
+  bool alertNotificationNeedsDelivery() const { return alert_.needsDelivery; }
   const std::optional<std::filesystem::path>& watchlistURL() const { return watchlistURL_; }
   // What construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
@@ -193,8 +194,8 @@ class AppModel {
   // Preferences.
   void savePreferences();
   void resetPreferences();
-  // What is stored: every field set, the name switch included.
-  const Preferences& currentPreferences() const { return prefs_; }
+  // What is stored: every field set, the name switch and the alert included.
+  Preferences currentPreferences() const;
 
   // Watchlist.
   void select(const std::string& symbol);
@@ -339,7 +340,9 @@ class AppModel {
   // The preferences in use, one record: the store's defaults but for the first symbol and the
   // name switch, which is always set here.
   static Preferences startingPreferences();
+  // Its alert fields stay unused: the alert keeps its rule and writes it into the stored record.
   Preferences prefs_ = startingPreferences();
+  PriceAlert alert_;
   // The user's choices as last kept at once (the preferences without what refreshes change).
   std::optional<Preferences> savedChoices_;
   SecuritySearch search_;
@@ -349,10 +352,6 @@ class AppModel {
   std::array<std::optional<MarketState>, exchangeCount> marketStates_;
 
   // Unpublished.
-  bool alertNotificationsAuthorized_ = false;
-  bool alertNotificationNeedsDelivery_ = false;
-  bool alertDeliveryInFlight_ = false;  // keeps one fired alert from being posted twice
-  uint64_t alertGeneration_ = 0;        // counts setAlert calls, to match deliveries to them
   Bundle bundle_;
   std::optional<std::filesystem::path> watchlistURL_;
   // An unreadable watchlist file that could not be moved aside is not written over.
