@@ -101,8 +101,8 @@ AppDelegate::~AppDelegate() {
 void AppDelegate::launch() {
   auto* self = this;
   panel_ = std::make_unique<OrbPanel>(
-      deps_.model, windowModel_, deps_.clock, [self](int command) { self->ringAction(command); },
-      deps_.windowKind.managed);
+      deps_.model, windowModel_, deps_.clock,
+      [self](RingCommand command) { self->ringAction(command); }, deps_.windowKind.managed);
   OrbContentView& content = panel_->content();
   content.orbView().setBare(!deps_.windowKind.inputShapeHonoured);
   content.onClick = [self] { self->scheduleClick(); };
@@ -476,26 +476,23 @@ void AppDelegate::toggleBloom() {
   savePosition();
 }
 
-void AppDelegate::ringAction(int command) {
+void AppDelegate::ringAction(RingCommand command) {
   windowModel_.setRadialOpen(false);
   switch (command) {
-    case 0:
+    case RingCommand::refresh:
       refresh();
       break;
-    case 1:
+    case RingCommand::alert:
       openWindow("alert");
       break;
-    case 2:
+    case RingCommand::appearance:
       openSettings("外观");
       break;
-    case 3:
+    case RingCommand::mask:
       toggleMask();
       break;
-    case 4:
+    case RingCommand::quit:
       if (onQuit) onQuit();
-      break;
-    case 5:
-      toggleBloom();
       break;
   }
 }

@@ -106,7 +106,7 @@ class AppDelegate {
   void toggleBloom();
   void refresh();
   void scheduleClick();
-  void ringAction(int command);
+  void ringAction(RingCommand command);
   bool handleKey(int key);
   void updatePointerMode();
   // A left or right press at this global point, anywhere on the desktop: the open ring menu

@@ -18,7 +18,7 @@ void call(const std::function<void()>& callback) {
 }  // namespace
 
 OrbContentView::OrbContentView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-                               std::function<void(int)> onAction, QWidget* parent)
+                               std::function<void(RingCommand)> onAction, QWidget* parent)
     : QWidget(parent),
       model_(model),
       windowModel_(windowModel),

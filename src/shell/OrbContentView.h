@@ -19,7 +19,7 @@ namespace tidemark {
 class OrbContentView final : public QWidget {
  public:
   OrbContentView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-                 std::function<void(int)> onAction, QWidget* parent = nullptr);
+                 std::function<void(RingCommand)> onAction, QWidget* parent = nullptr);
 
   bool isCore(QPointF p) const;
   bool isInteractive(QPointF p) const;

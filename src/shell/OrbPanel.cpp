@@ -16,7 +16,7 @@ Qt::WindowFlags panelFlags(bool managed) {
 }  // namespace
 
 OrbPanel::OrbPanel(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-                   std::function<void(int)> onAction, bool managed)
+                   std::function<void(RingCommand)> onAction, bool managed)
     : QWidget(nullptr, panelFlags(managed)),
       content_(new OrbContentView(model, windowModel, clock, std::move(onAction), this)),
       managed_(managed) {

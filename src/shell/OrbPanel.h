@@ -17,7 +17,7 @@ namespace tidemark {
 class OrbPanel final : public QWidget {
  public:
   OrbPanel(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-           std::function<void(int)> onAction, bool managed = false);
+           std::function<void(RingCommand)> onAction, bool managed = false);
 
   OrbContentView& content() { return *content_; }
   bool isManaged() const { return managed_; }

@@ -50,8 +50,13 @@ inline bool drawnBehindSphere(double radiusFactor) {
   return radiusFactor < 0.83;
 }
 
-// Ring menu button k (0...4), fanned over the orb from the left round to the lower right.
-inline constexpr int ringButtonCount = 5;
+// The ring menu's commands, in the order their buttons stand: button k (0...4) is fanned over
+// the orb from the left round to the lower right.
+enum class RingCommand { refresh, alert, appearance, mask, quit };
+inline constexpr std::array allRingCommands{RingCommand::refresh, RingCommand::alert,
+                                            RingCommand::appearance, RingCommand::mask,
+                                            RingCommand::quit};
+inline constexpr int ringButtonCount = static_cast<int>(allRingCommands.size());
 Point ringButtonCenter(int k, double orbSize);
 Rect ringButtonHitRect(int k, double orbSize);
 

@@ -28,6 +28,7 @@ struct RingItem {
   const char* label;
   const char* symbol;
 };
+// In the order of allRingCommands.
 constexpr RingItem ringItems[ringButtonCount] = {
     {"刷新", "arrow.clockwise"},
     {"预警", "bell"},
@@ -39,7 +40,7 @@ constexpr RingItem ringItems[ringButtonCount] = {
 }  // namespace
 
 OrbView::OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-                 std::function<void(int)> onAction, QWidget* parent)
+                 std::function<void(RingCommand)> onAction, QWidget* parent)
     : QWidget(parent),
       model_(model),
       windowModel_(windowModel),
@@ -54,7 +55,7 @@ OrbView::OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& cloc
       return coreTest_ && coreTest_(button->mapTo(this, QPointF(p)));
     };
     QObject::connect(button, &QAbstractButton::clicked, this, [this, k] {
-      if (onAction_) onAction_(k);
+      if (onAction_) onAction_(allRingCommands[k]);
     });
     button->setLook(OrbPalette{model.theme()}, 0);
     ringButtons_.push_back(button);

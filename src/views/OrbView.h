@@ -36,7 +36,7 @@ void paintOrbGlow(QPainter& painter, QPointF c, double s, const OrbPalette& pale
 class OrbView final : public QWidget {
  public:
   OrbView(AppModel& model, OrbWindowModel& windowModel, const Clock& clock,
-          std::function<void(int)> onAction, QWidget* parent = nullptr);
+          std::function<void(RingCommand)> onAction, QWidget* parent = nullptr);
 
   // The satellites are spread only when free and the ring menu is closed.
   bool expanded() const;
@@ -131,7 +131,7 @@ class OrbView final : public QWidget {
   AppModel& model_;
   OrbWindowModel& windowModel_;
   const Clock& clock_;
-  std::function<void(int)> onAction_;
+  std::function<void(RingCommand)> onAction_;
   std::function<bool(QPointF)> coreTest_;
   ChangeSignal::Subscription modelSubscription_, windowSubscription_;
 
