@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 
 #include "core/FileIO.h"
+#include "core/GlobalCommands.h"
 #include "model/Watchlist.h"
 
 namespace tidemark {
@@ -66,13 +67,20 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
       QStringLiteral("holdings"),
       QStringLiteral("Print the holdings with today's and the total profit, a total line per "
                      "currency; --source and --json apply; changes nothing."));
-  const QCommandLineOption toggleOrb(
-      QStringLiteral("toggle-orb"),
-      QStringLiteral("Show or hide the running app's orb, as Ctrl+Alt+Space does; for a key bound "
-                     "in the desktop's keyboard settings. Exits 1 when the app is not running."));
-  const QCommandLineOption toggleMask(
-      QStringLiteral("toggle-mask"),
-      QStringLiteral("Mask or unmask every figure of the running app, as Ctrl+Alt+M does."));
+  const auto globalOption = [](GlobalCommand command, const char* more) {
+    const auto text = [](std::string_view s) {
+      return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+    };
+    const GlobalCommandSpec& spec = specOf(command);
+    return QCommandLineOption(text(spec.option), text(spec.help) + QStringLiteral(", as ") +
+                                                     text(spec.keys) + QStringLiteral(" does") +
+                                                     QString::fromUtf8(more));
+  };
+  const QCommandLineOption toggleOrb = globalOption(
+      GlobalCommand::toggleOrb,
+      "; for a key bound in the desktop's keyboard settings. Exits 1 when the app is not "
+      "running.");
+  const QCommandLineOption toggleMask = globalOption(GlobalCommand::toggleMask, ".");
   parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
                      toggleOrb, toggleMask});
 

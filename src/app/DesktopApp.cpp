@@ -23,6 +23,7 @@
 #include "app/LiveSources.h"
 #include "app/SingleInstance.h"
 #include "app/StoreNotices.h"
+#include "core/GlobalCommands.h"
 #include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
 #include "platform/GnomeShortcuts.h"
@@ -126,8 +127,9 @@ PlatformChoice choosePlatform(const std::function<const char*(const char*)>& env
             true};
   return {"",
           "tidemark: Wayland session without XWayland: the orb cannot keep itself above other "
-          "windows or dock at a screen edge, and Ctrl+Alt+Space and Ctrl+Alt+M do not work; "
-          "install XWayland (Debian package xwayland) for all of it"};
+          "windows or dock at a screen edge, and " +
+              bothKeys() +
+              " do not work; install XWayland (Debian package xwayland) for all of it"};
 }
 
 bool hasDisplay() {
@@ -279,11 +281,14 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   };
   delegate.launch();
   if (choice.wayland && gnomeKeys && gnome.isInstalled()) {
-    std::cerr << "tidemark: Ctrl+Alt+Space and Ctrl+Alt+M are GNOME shortcuts that run "
-                 "tidemark --toggle-orb and --toggle-mask\n";
+    std::cerr << "tidemark: " << bothKeys() << " are GNOME shortcuts that run tidemark --"
+              << specOf(GlobalCommand::toggleOrb).option << " and --"
+              << specOf(GlobalCommand::toggleMask).option << "\n";
   } else if (choice.wayland) {
     std::cerr << "tidemark: no global keys in a Wayland session until the desktop binds them: "
-                 "bind tidemark --toggle-orb and tidemark --toggle-mask in its keyboard settings"
+                 "bind tidemark --"
+              << specOf(GlobalCommand::toggleOrb).option << " and tidemark --"
+              << specOf(GlobalCommand::toggleMask).option << " in its keyboard settings"
               << (gnomeKeys ? " (or press 添加 GNOME 快捷键 in the settings, under 外观)" : "")
               << "\n";
   }

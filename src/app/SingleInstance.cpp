@@ -11,14 +11,21 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include "core/GlobalCommands.h"
+
 namespace tidemark {
 namespace {
 
 const QByteArray acknowledged = "ok\n";
+// A global command travels as its command-line option.
+QByteArray commandLine(GlobalCommand command) {
+  const std::string_view option = specOf(command).option;
+  return QByteArray(option.data(), static_cast<qsizetype>(option.size())) + '\n';
+}
 const std::pair<SingleInstance::Request, QByteArray> requestLines[] = {
     {SingleInstance::Request::show, "show\n"},
-    {SingleInstance::Request::toggleOrb, "toggle-orb\n"},
-    {SingleInstance::Request::toggleMask, "toggle-mask\n"},
+    {SingleInstance::Request::toggleOrb, commandLine(GlobalCommand::toggleOrb)},
+    {SingleInstance::Request::toggleMask, commandLine(GlobalCommand::toggleMask)},
 };
 
 QByteArray lineOf(SingleInstance::Request request) {

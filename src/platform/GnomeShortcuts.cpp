@@ -3,22 +3,23 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include "core/GlobalCommands.h"
+
 namespace tidemark {
 namespace {
 
 struct Shortcut {
   const char* path;
-  const char* name;
-  const char* binding;
-  const char* option;
-  const char* keys;  // as the user reads them
+  const GlobalCommandSpec& command;
 };
 const Shortcut shortcuts[] = {
-    {GnomeShortcuts::orbPath, "潮汐栏：显示或隐藏灵球", "<Control><Alt>space", "--toggle-orb",
-     "Ctrl+Alt+Space"},
-    {GnomeShortcuts::maskPath, "潮汐栏：遮蔽行情数字", "<Control><Alt>m", "--toggle-mask",
-     "Ctrl+Alt+M"},
+    {GnomeShortcuts::orbPath, specOf(GlobalCommand::toggleOrb)},
+    {GnomeShortcuts::maskPath, specOf(GlobalCommand::toggleMask)},
 };
+
+QString text(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
 
 // A GNOME accelerator in one spelling: modifiers in order, <Primary> and <Ctrl> as <Control>,
 // the key in lower case ("<Primary><Alt>M" and "<Alt><Control>m" are one binding).
@@ -62,14 +63,14 @@ std::optional<QString> GnomeShortcuts::run(const QStringList& arguments) const {
   return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
 }
 
-QString GnomeShortcuts::command(const char* option) const {
+QString GnomeShortcuts::command(std::string_view option) const {
   // GNOME splits the command as a shell would, without running one.
   const bool plain = !executable_.contains(u'\'') && !executable_.contains(u' ') &&
                      !executable_.contains(u'"') && !executable_.contains(u'\\');
   const QString program =
       plain ? executable_
             : u'\'' + QString(executable_).replace(u'\'', QStringLiteral("'\\''")) + u'\'';
-  return program + u' ' + QLatin1String(option);
+  return program + QStringLiteral(" --") + text(option);
 }
 
 bool GnomeShortcuts::isAvailable() const {
@@ -91,7 +92,8 @@ bool GnomeShortcuts::isInstalled() const {
     const auto value = [](const std::optional<QString>& printed) {
       return printed ? parseStringArray(*printed).value(0) : QString();
     };
-    if (value(command) != this->command(s.option) || value(binding) != QLatin1String(s.binding))
+    if (value(command) != this->command(s.command.option) ||
+        value(binding) != text(s.command.gnomeBinding))
       return false;
   }
   return true;
@@ -111,17 +113,17 @@ std::optional<std::string> GnomeShortcuts::install() const {
     };
     const QString taken = normalBinding(value("binding"));
     for (const Shortcut& s : shortcuts)
-      if (!taken.isEmpty() && taken == normalBinding(QString::fromUtf8(s.binding)))
-        return std::string(s.keys) + " 已被 GNOME 快捷键「" + value("name").toStdString() +
+      if (!taken.isEmpty() && taken == normalBinding(text(s.command.gnomeBinding)))
+        return std::string(s.command.keys) + " 已被 GNOME 快捷键「" + value("name").toStdString() +
                "」占用；没有绑定任何快捷键";
   }
   // Each entry first, the list last: GNOME never sees a listed shortcut without its keys.
   for (const Shortcut& s : shortcuts) {
-    for (const auto& [key, value] : {std::pair{"name", QString::fromUtf8(s.name)},
-                                     {"command", command(s.option)},
-                                     {"binding", QString::fromUtf8(s.binding)}}) {
+    for (const auto& [key, value] : {std::pair{"name", text(s.command.gnomeName)},
+                                     {"command", command(s.command.option)},
+                                     {"binding", text(s.command.gnomeBinding)}}) {
       if (!run({QStringLiteral("set"), entry(s.path), QLatin1String(key), stringLiteral(value)}))
-        return std::string("无法写入 GNOME 快捷键 ") + s.binding;
+        return "无法写入 GNOME 快捷键 " + std::string(s.command.gnomeBinding);
     }
   }
   QStringList paths = parseStringArray(*list);

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <QString>
 #include <QStringList>
@@ -40,7 +41,8 @@ class GnomeShortcuts {
 
  private:
   std::optional<QString> run(const QStringList& arguments) const;
-  QString command(const char* option) const;
+  // The command line that runs the option (without its dashes).
+  QString command(std::string_view option) const;
 
   QString executable_, gsettings_;
 };

@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 
+#include "core/GlobalCommands.h"
 #include "shell/DesktopSeams.h"
 
 namespace tidemark {
@@ -287,7 +288,8 @@ class X11HotKeys final : public GlobalHotKeys, public QAbstractNativeEventFilter
   };
   static constexpr uint16_t modifiers = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;  // Ctrl+Alt
   static constexpr std::array<std::pair<int, xcb_keysym_t>, 2> wanted{
-      {{1, 0x0020}, {2, 0x006d}}};  // XK_space, XK_m
+      {{globalCommands[0].hotKeyId, globalCommands[0].keysym},
+       {globalCommands[1].hotKeyId, globalCommands[1].keysym}}};
   static constexpr std::array<uint16_t, 4> lockVariants{0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2,
                                                         XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 

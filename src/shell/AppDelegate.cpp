@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include "core/GlobalCommands.h"
 #include "core/NumberText.h"
 #include "shell/WindowPlacement.h"
 #include "views/DetailView.h"
@@ -27,6 +28,15 @@ namespace {
 
 constexpr double hintSeconds = 2.4;
 constexpr const char* usageHint = "单击展开卫星 · 双击详情 · 右键快捷操作";
+
+// The tooltip's line of keys: "Ctrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M 遮蔽".
+std::string keyLine() {
+  std::string line;
+  for (const GlobalCommandSpec& command : globalCommands)
+    line +=
+        (line.empty() ? "" : " · ") + std::string(command.keys) + " " + std::string(command.brief);
+  return line;
+}
 
 struct WindowSpec {
   const char* key;
@@ -221,8 +231,8 @@ void AppDelegate::launch() {
 
   desktopKeysBound_ = deps_.desktopKeysBound && deps_.desktopKeysBound();
   deps_.hotKeys.install([self](int id) {
-    if (id == 1) self->toggleOrb();
-    if (id == 2) self->toggleMask();
+    if (id == specOf(GlobalCommand::toggleOrb).hotKeyId) self->toggleOrb();
+    if (id == specOf(GlobalCommand::toggleMask).hotKeyId) self->toggleMask();
   });
   keysInstalled_ = true;
   // A key another program holds is named, and asked for again every few seconds until it is ours.
@@ -333,8 +343,9 @@ std::string AppDelegate::statusTitle() const {
 std::string AppDelegate::unavailableKeys() const {
   if (!keysInstalled_ || !deps_.hotKeys.canHold()) return "";
   std::string keys;
-  for (const auto& [id, name] : {std::pair{1, "Ctrl+Alt+Space"}, {2, "Ctrl+Alt+M"}})
-    if (!deps_.hotKeys.holds(id)) keys += (keys.empty() ? "" : "、") + std::string(name);
+  for (const GlobalCommandSpec& command : globalCommands)
+    if (!deps_.hotKeys.holds(command.hotKeyId))
+      keys += (keys.empty() ? "" : "、") + std::string(command.keys);
   return keys.empty() ? "" : keys + " 已被其他程序占用";
 }
 
@@ -348,8 +359,7 @@ std::string AppDelegate::tooltip() const {
   // Under Wayland the keys are there only once the desktop's own shortcuts run our toggles.
   const bool bound = !deps_.waylandSession || desktopKeysBound_;
   std::string text = "岚舟 · " + m.sourceLabel() + "\n左键显示/隐藏灵球 · 右键管理和设置\n" +
-                     (bound ? "Ctrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M 遮蔽"
-                            : "全局快捷键未绑定 · 见设置 › 外观 › 快捷键");
+                     (bound ? keyLine() : "全局快捷键未绑定 · 见设置 › 外观 › 快捷键");
   if (const std::string keys = unavailableKeys(); !keys.empty()) text += "\n" + keys;
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote()) {

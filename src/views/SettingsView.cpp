@@ -15,6 +15,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "core/GlobalCommands.h"
 #include "core/NumberText.h"
 #include "views/DetailView.h"
 #include "views/HoldingsView.h"
@@ -399,16 +400,16 @@ QWidget* SettingsView::keysCard(QWidget* page) {
     return label;
   };
   if (!desktop.wayland) {
-    line(QStringLiteral("Ctrl+Alt+Space  显示或隐藏灵球"));
-    line(QStringLiteral("Ctrl+Alt+M  遮蔽所有行情数字"));
+    for (const GlobalCommandSpec& command : globalCommands)
+      line(q(command.keys) + QStringLiteral("  ") + q(command.description));
   } else {
-    line(QStringLiteral("Wayland 会话中，其他程序的窗口有焦点时收不到 Ctrl+Alt+Space 和 "
-                        "Ctrl+Alt+M。请在桌面的键盘设置里为这两条命令绑定按键："),
+    line(QStringLiteral("Wayland 会话中，其他程序的窗口有焦点时收不到 ") +
+             QString::fromStdString(bothKeys(" 和 ")) +
+             QStringLiteral("。请在桌面的键盘设置里为这两条命令绑定按键："),
          "muted", 12);
-    for (const auto& [option, what] :
-         {std::pair{"--toggle-orb", "显示或隐藏灵球"}, {"--toggle-mask", "遮蔽所有行情数字"}}) {
-      auto* command = line(desktop.program + u' ' + QLatin1String(option) + QStringLiteral("  ") +
-                           QString::fromUtf8(what));
+    for (const GlobalCommandSpec& spec : globalCommands) {
+      auto* command = line(desktop.program + QStringLiteral(" --") + q(spec.option) +
+                           QStringLiteral("  ") + q(spec.description));
       command->setTextInteractionFlags(Qt::TextSelectableByMouse);
     }
     line(QStringLiteral("灵球有焦点时，它自己的按键照常可用：R 刷新、1/2/3 尺寸、M 遮蔽、←/→ "
@@ -424,13 +425,15 @@ QWidget* SettingsView::keysCard(QWidget* page) {
         outcome->style()->polish(outcome);
       };
       if (desktop.gnomeInstalled())
-        tell(QStringLiteral("GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"), "muted");
+        tell(QStringLiteral("GNOME 快捷键已添加：") + QString::fromStdString(bothKeys("、")),
+             "muted");
       QObject::connect(add, &QPushButton::clicked, this, [this, tell] {
         if (const auto failure = actions_.keys.addGnome()) {
           tell(QString::fromStdString(*failure), "error");
           return;
         }
-        tell(QStringLiteral("GNOME 快捷键已添加：Ctrl+Alt+Space、Ctrl+Alt+M"), "muted");
+        tell(QStringLiteral("GNOME 快捷键已添加：") + QString::fromStdString(bothKeys("、")),
+             "muted");
         if (actions_.keys.changed) actions_.keys.changed();
       });
       auto* row = new QHBoxLayout;
@@ -564,8 +567,10 @@ QWidget* SettingsView::alertPage() {
       QStringLiteral(
           "在 Linux 桌面上，遮蔽会隐藏窗口里的数字，但无法阻止窗口被录屏或屏幕共享捕获。"),
       "muted", 12));
-  privacy->content().addWidget(
-      themedLabel(QStringLiteral("快捷键 Ctrl+Alt+M 随时切换遮蔽。"), "muted", 12));
+  privacy->content().addWidget(themedLabel(QStringLiteral("快捷键 ") +
+                                               q(specOf(GlobalCommand::toggleMask).keys) +
+                                               QStringLiteral(" 随时切换遮蔽。"),
+                                           "muted", 12));
   layout->addWidget(privacy);
   layout->addStretch();
 
