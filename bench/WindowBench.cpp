@@ -115,8 +115,9 @@ struct Held : Windows {
 
 void openSettingsWithHoldings(benchmark::State& state) {
   Held w(size_t(state.range(0)));
-  const std::string section = state.range(1) ? "持仓盈亏" : "外观";
-  state.SetLabel(section);
+  const SettingsSection section =
+      state.range(1) ? SettingsSection::holdings : SettingsSection::appearance;
+  state.SetLabel(std::string(sectionTitle(section)));
   for (auto _ : state)
     w.open({960, 740}, [&] { return new SettingsView(w.model, w.clock, {}, section); });
 }
@@ -126,7 +127,7 @@ BENCHMARK(openSettingsWithHoldings)
 
 void refreshWithHoldingsShown(benchmark::State& state) {
   Held w(size_t(state.range(0)));
-  SettingsView view(w.model, w.clock, {}, "持仓盈亏");
+  SettingsView view(w.model, w.clock, {}, SettingsSection::holdings);
   view.setAttribute(Qt::WA_DontShowOnScreen);
   view.resize(960, 740);
   view.show();

@@ -251,7 +251,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   // translation is loaded with the first of them, not at start.
   const WindowContentFactory windows = [&content, &bundle](AppDelegate& delegate,
                                                            const std::string& key,
-                                                           const std::string& section) {
+                                                           std::optional<SettingsSection> section) {
     static const bool translated = loadQtTranslations();
     static const bool iconSet = setWindowIcon(bundle);
     (void)translated;

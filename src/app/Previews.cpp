@@ -110,7 +110,7 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   const auto alert = [&](const std::string& name) {
     render(new AlertEditorView(model, {}), alertSize, file(name));
   };
-  const auto settings = [&](const std::string& section) {
+  const auto settings = [&](SettingsSection section) {
     SettingsView::Actions actions;
     actions.autostartEnabled = [] { return false; };
     actions.setAutostart = [](bool) { return std::nullopt; };

@@ -82,7 +82,8 @@ WindowContentFactory standardWindowContent(
     std::function<std::optional<std::string>(bool on)> setAutostart,
     SettingsView::DesktopKeys keys) {
   return [&model, &clock, autostartEnabled, setAutostart, keys](
-             AppDelegate& d, const std::string& key, const std::string& section) -> QWidget* {
+             AppDelegate& d, const std::string& key,
+             std::optional<SettingsSection> section) -> QWidget* {
     if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
     if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
     if (key == "settings") {
@@ -95,7 +96,8 @@ WindowContentFactory standardWindowContent(
       actions.keys = keys;
       actions.keys.changed = [&d] { d.desktopKeysChanged(); };
       actions.pageBuilt = [&d](QWidget& page) { d.partBuilt(page); };
-      return new SettingsView(model, clock, std::move(actions), section);
+      return new SettingsView(model, clock, std::move(actions),
+                              section.value_or(SettingsSection::appearance));
     }
     return nullptr;
   };
@@ -125,7 +127,7 @@ void AppDelegate::launch() {
   content.onDoubleClick = [self] {
     self->clickWork_.cancel();
     self->windowModel_.setExpanded(false);
-    self->openSettings("圆形详情");
+    self->openSettings(SettingsSection::detail);
   };
   content.onRightClick = [self] {
     self->clickWork_.cancel();
@@ -496,7 +498,7 @@ void AppDelegate::ringAction(RingCommand command) {
       openWindow("alert");
       break;
     case RingCommand::appearance:
-      openSettings("外观");
+      openSettings(SettingsSection::appearance);
       break;
     case RingCommand::mask:
       toggleMask();
@@ -570,7 +572,7 @@ void AppDelegate::placeWindow(QWidget& window, QSize size) {
   window.move(static_cast<int>(std::lround(r.x)), static_cast<int>(std::lround(r.y)));
 }
 
-void AppDelegate::openSettings(const std::string& section) {
+void AppDelegate::openSettings(SettingsSection section) {
   openWindow("settings", section);
 }
 
@@ -583,7 +585,7 @@ void AppDelegate::closeWindow(const std::string& key) {
   if (QWidget* w = window(key)) w->close();
 }
 
-void AppDelegate::openWindow(const std::string& key, const std::string& section) {
+void AppDelegate::openWindow(const std::string& key, std::optional<SettingsSection> section) {
   if (key == "alert") {
     // The editor always starts from the current alert.
     if (QWidget* old = window("alert")) old->deleteLater();
@@ -595,7 +597,7 @@ void AppDelegate::openWindow(const std::string& key, const std::string& section)
     SettingsView* settings = nullptr;
     for (QWidget* child : existing->findChildren<QWidget*>())
       if (!settings) settings = dynamic_cast<SettingsView*>(child);
-    if (settings && !section.empty()) settings->showSection(section);
+    if (settings && section) settings->showSection(*section);
     existing->show();
     existing->raise();
     existing->activateWindow();

@@ -36,7 +36,7 @@ std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed);
 // Builds the root widget of an auxiliary window: "settings" (with its initial section), "guide"
 // or "alert". The windows themselves belong to the delegate.
 using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const std::string& key,
-                                                    const std::string& section)>;
+                                                    std::optional<SettingsSection> section)>;
 
 // The real windows: settings (opening the guide and the alert editor from its buttons, with the
 // login switch given), the guide and the alert editor, each closing its own window.
@@ -127,8 +127,8 @@ class AppDelegate {
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
 
-  void openWindow(const std::string& key, const std::string& section = {});
-  void openSettings(const std::string& section);
+  void openWindow(const std::string& key, std::optional<SettingsSection> section = std::nullopt);
+  void openSettings(SettingsSection section);
   void closeWindow(const std::string& key);
   QWidget* window(const std::string& key) const;
 

@@ -31,7 +31,7 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
   menu.addAction(QString::fromStdString(m.sourceLabel()))->setEnabled(false);
   menu.addSeparator();
   add(shown_ ? "隐藏灵球" : "显示灵球", [this] { toggleOrb(); });
-  add("设置…", [this] { openSettings("外观"); });
+  add("设置…", [this] { openSettings(SettingsSection::appearance); });
   menu.addSeparator();
   add("立即刷新", [this] { refresh(); });
   add("价格预警…", [this] { openWindow("alert"); });

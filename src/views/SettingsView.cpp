@@ -115,14 +115,21 @@ struct PillRow {
 
 }  // namespace
 
-const std::vector<std::string>& SettingsView::sections() {
-  static const std::vector<std::string> names{"外观",     "圆形详情", "自选管理",
-                                              "持仓盈亏", "数据源",   "预警与隐私"};
-  return names;
+std::string_view sectionTitle(SettingsSection section) {
+  static constexpr std::array<std::string_view, 6> titles{"外观",     "圆形详情", "自选管理",
+                                                          "持仓盈亏", "数据源",   "预警与隐私"};
+  return titles[static_cast<size_t>(section)];
+}
+
+const std::array<SettingsSection, 6>& SettingsView::sections() {
+  static constexpr std::array all{SettingsSection::appearance, SettingsSection::detail,
+                                  SettingsSection::watchlist,  SettingsSection::holdings,
+                                  SettingsSection::source,     SettingsSection::alertsAndPrivacy};
+  return all;
 }
 
 SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
-                           const std::string& initialSection, QWidget* parent)
+                           SettingsSection initialSection, QWidget* parent)
     : QWidget(parent), model_(model), actions_(std::move(actions)), clock_(clock) {
   if (!actions_.confirmReset)
     actions_.confirmReset = [this] {
@@ -155,7 +162,7 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   sideLayout->addSpacing(8);
   list_ = new QListWidget(side);
   list_->setFont(uiFont(14));
-  for (const std::string& name : sections()) list_->addItem(q(name));
+  for (SettingsSection section : sections()) list_->addItem(q(sectionTitle(section)));
   sideLayout->addWidget(list_, 1);
   auto* guide = new QPushButton(QStringLiteral("重新查看引导"), side);
   QObject::connect(guide, &QPushButton::clicked, this, [this] {
@@ -207,20 +214,16 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   sync();
 }
 
-void SettingsView::showSection(const std::string& section) {
-  const auto& names = sections();
-  const auto it = std::find(names.begin(), names.end(), section);
-  list_->setCurrentRow(it == names.end() ? 0 : int(it - names.begin()));
+void SettingsView::showSection(SettingsSection section) {
+  list_->setCurrentRow(static_cast<int>(section));
 }
 
-std::string SettingsView::currentSection() const {
+SettingsSection SettingsView::currentSection() const {
   return sections()[size_t(std::max(0, list_->currentRow()))];
 }
 
-QWidget* SettingsView::page(const std::string& section) {
-  const auto& names = sections();
-  const auto it = std::find(names.begin(), names.end(), section);
-  return it == names.end() ? nullptr : ensurePage(int(it - names.begin()));
+QWidget* SettingsView::page(SettingsSection section) {
+  return ensurePage(static_cast<int>(section));
 }
 
 QWidget* SettingsView::ensurePage(int index) {

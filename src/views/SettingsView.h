@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <QCheckBox>
@@ -23,6 +25,11 @@ namespace tidemark {
 class DetailView;
 class HoldingsView;
 class WatchlistView;
+
+// The settings window's sections, in the side bar's order.
+enum class SettingsSection { appearance, detail, watchlist, holdings, source, alertsAndPrivacy };
+// The side bar's title of a section ("外观", "圆形详情", ...).
+std::string_view sectionTitle(SettingsSection section);
 
 // The settings window: a list of sections beside the chosen one. Every control writes through
 // the model's setters, so the orb and the tray follow at once.
@@ -55,15 +62,17 @@ class SettingsView final : public QWidget {
     std::function<void(QWidget& page)> pageBuilt;
   };
 
-  static const std::vector<std::string>& sections();
+  // In the side bar's order.
+  static const std::array<SettingsSection, 6>& sections();
 
   SettingsView(AppModel& model, const Clock& clock, Actions actions,
-               const std::string& initialSection = "外观", QWidget* parent = nullptr);
+               SettingsSection initialSection = SettingsSection::appearance,
+               QWidget* parent = nullptr);
 
-  void showSection(const std::string& section);
-  std::string currentSection() const;
+  void showSection(SettingsSection section);
+  SettingsSection currentSection() const;
   // A section's page, built now if it was not yet: each is built when first shown or asked for.
-  QWidget* page(const std::string& section);
+  QWidget* page(SettingsSection section);
   DetailView& detail();
   WatchlistView& watchlist();
   HoldingsView& holdings();

@@ -27,10 +27,10 @@ QPushButton* button(QWidget& root, const QString& text) {
 
 TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
   test::Desktop d;
-  d.delegate->openSettings("持仓盈亏");
+  d.delegate->openSettings(SettingsSection::holdings);
   auto* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
-  EXPECT_EQ(settings->currentSection(), "持仓盈亏");
+  EXPECT_EQ(settings->currentSection(), SettingsSection::holdings);
   HoldingsView& view = settings->holdings();
   const auto settle = [] { QTest::qWait(1); };
   EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
@@ -124,7 +124,7 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
 // moves on to a security not held yet, and shows and saves nothing while masked.
 TEST(HoldingsSection, TheFormKeepsDigitsAsksBeforeReplacingAndHidesWhenMasked) {
   test::Desktop d;
-  d.delegate->openSettings("持仓盈亏");
+  d.delegate->openSettings(SettingsSection::holdings);
   auto* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
   HoldingsView& view = settings->holdings();
@@ -222,7 +222,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   EXPECT_EQ(d.delegate->statusItem().toolTip(), head.substr(0, head.rfind('\n')) + "\n行情已遮蔽");
   d.model->setMasked(false);
 
-  d.delegate->openSettings("圆形详情");
+  d.delegate->openSettings(SettingsSection::detail);
   auto* detail = d.inWindow<DetailView>("settings");
   ASSERT_TRUE(detail);
   QTest::qWait(1);
@@ -243,7 +243,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
             head.substr(0, head.rfind('\n')) +
                 "\n上证指数  3,882.78 · 交易中\n今日盈亏 CNY +1,680.00 · HKD +13.20");
-  d.delegate->openSettings("持仓盈亏");
+  d.delegate->openSettings(SettingsSection::holdings);
   auto* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->holdings().symbol().findData(u"sh000001"_s), -1);

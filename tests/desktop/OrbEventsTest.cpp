@@ -44,7 +44,7 @@ std::string hint(Desktop& d) {
 
 std::string section(Desktop& d) {
   auto* view = d.inWindow<SettingsView>("settings");
-  return view ? view->currentSection() : "";
+  return view ? std::string(sectionTitle(view->currentSection())) : "";
 }
 
 // The orb's state, where its centre stands and the settings' section, if they are open.
@@ -411,7 +411,7 @@ TEST(HotKeys, OneShowsOrHidesTheOrbTwoMasksEveryFigure) {
 // go, and then the key is the app's.
 TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   Desktop d({.keysTakenElsewhere = {2}});
-  d.delegate->openSettings("外观");
+  d.delegate->openSettings(SettingsSection::appearance);
   SettingsView* settings = d.inWindow<SettingsView>("settings");
   ASSERT_TRUE(settings);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
@@ -448,7 +448,7 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
       "\n贵州茅台  CNY1,468.80 · 交易中";
   EXPECT_EQ(d.delegate->statusItem().toolTip(), unbound);
   EXPECT_TRUE(d.delegate->panel().isManaged());
-  d.delegate->openSettings("外观");
+  d.delegate->openSettings(SettingsSection::appearance);
   QWidget* settings = d.delegate->window("settings");
   QStringList texts;
   for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
@@ -486,7 +486,8 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
     // Nor is the glow drawn where nothing would blend it: beside the sphere is the background.
     const QImage drawn = panel.content().orbView().grab().toImage();
     EXPECT_EQ(drawn.pixel(230 + 48 + 4, 230) != drawn.pixel(20, 230), composited) << composited;
-    d.delegate->openSettings("外观");  // 960 wide: no room beside the orb, so in the middle
+    d.delegate->openSettings(
+        SettingsSection::appearance);  // 960 wide: no room beside the orb, so in the middle
     QWidget* settings = d.delegate->window("settings");
     QApplication::setActiveWindow(settings);
     ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->yieldsToWindow(); }, 2000)) << composited;
@@ -611,10 +612,10 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
 
 TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
-  d.delegate->openSettings("外观");
+  d.delegate->openSettings(SettingsSection::appearance);
   QWidget* settings = d.delegate->window("settings");
   settings->move(5, 5);  // where the user put it
-  d.delegate->openSettings("圆形详情");
+  d.delegate->openSettings(SettingsSection::detail);
   EXPECT_EQ(d.delegate->window("settings"), settings);
   EXPECT_EQ(section(d), "圆形详情");
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
@@ -622,8 +623,9 @@ TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   EXPECT_EQ(settings->windowTitle(), u"设置 · 使用偏好"_s);
   // At its size the window does not scroll as a whole: each section scrolls on its own, and the
   // side bar's last button is in view in every section.
-  for (const std::string& name : SettingsView::sections()) {
-    d.delegate->openSettings(name);
+  for (SettingsSection section : SettingsView::sections()) {
+    const std::string name(sectionTitle(section));
+    d.delegate->openSettings(section);
     QApplication::processEvents();
     EXPECT_EQ(settings->findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0) << name;
     for (auto* button : settings->findChildren<QPushButton*>()) {
@@ -683,7 +685,7 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
     EXPECT_EQ(where(), "1690,170 docked") << "size changed " << row.position;
     EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.position);
     // Windows open on the orb's screen, beside the orb's visible half.
-    d.delegate->openSettings("外观");
+    d.delegate->openSettings(SettingsSection::appearance);
     QWidget* settings = d.delegate->window("settings");
     EXPECT_EQ(QRect(settings->pos(), settings->size()), row.settings) << row.position;
     d.delegate->openWindow("guide");
@@ -730,9 +732,9 @@ TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
 TEST(Delegate, TheDesktopsCalmReachesTheOrbAndTheDetail) {
   Desktop d({.reduceMotion = false, .systemCalm = true});
   // Opened on another section: the detail, built when it is first shown, is told too.
-  d.delegate->openSettings("外观");
+  d.delegate->openSettings(SettingsSection::appearance);
   EXPECT_EQ(d.inWindow<DetailOrb>("settings"), nullptr);
-  d.delegate->openSettings("圆形详情");
+  d.delegate->openSettings(SettingsSection::detail);
   DetailOrb* detail = d.inWindow<DetailOrb>("settings");
   ASSERT_TRUE(detail && d.motion);
   EXPECT_FALSE(d.content().orbView().motionAllowed());

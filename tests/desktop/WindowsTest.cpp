@@ -167,7 +167,7 @@ struct Windows : ::testing::Test {
   bool autostart = false;
   std::optional<std::string> autostartFailure;
 
-  std::unique_ptr<SettingsView> settings(const std::string& section = "外观") {
+  std::unique_ptr<SettingsView> settings(SettingsSection section = SettingsSection::appearance) {
     SettingsView::Actions a;
     a.openGuide = [] {};
     a.openAlert = [] {};
@@ -191,20 +191,21 @@ struct Windows : ::testing::Test {
 };
 
 TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
-  auto view = settings("圆形详情");
-  EXPECT_EQ(view->currentSection(), "圆形详情");
+  auto view = settings(SettingsSection::detail);
+  EXPECT_EQ(view->currentSection(), SettingsSection::detail);
   // Each section shows its own page.
-  const std::pair<const char*, const char*> headings[] = {{"外观", "外观"},
-                                                          {"圆形详情", "圆形详情 · 螺旋分时"},
-                                                          {"自选管理", "自选管理 · 本地保存"},
-                                                          {"数据源", "数据源"},
-                                                          {"预警与隐私", "预警与隐私"}};
+  const std::pair<SettingsSection, const char*> headings[] = {
+      {SettingsSection::appearance, "外观"},
+      {SettingsSection::detail, "圆形详情 · 螺旋分时"},
+      {SettingsSection::watchlist, "自选管理 · 本地保存"},
+      {SettingsSection::source, "数据源"},
+      {SettingsSection::alertsAndPrivacy, "预警与隐私"}};
   for (const auto& [section, heading] : headings) {
     view->showSection(section);
     QStringList shown;
     for (const QLabel* label : view->findChildren<QLabel*>())
       if (label->isVisibleTo(view.get())) shown << label->text();
-    EXPECT_TRUE(shown.contains(QString::fromUtf8(heading))) << section;
+    EXPECT_TRUE(shown.contains(QString::fromUtf8(heading))) << sectionTitle(section);
   }
   // Each data source says in a line what it is; the demonstration says it is not the market.
   for (const auto& [mode, line] :
@@ -283,7 +284,7 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   EXPECT_EQ(model->watchlist().size(), 5u);
 
   // The source chosen from the list; 立即刷新 asks the source at once.
-  view->showSection("数据源");
+  view->showSection(SettingsSection::source);
   QComboBox* sources = nullptr;
   for (auto* box : view->findChildren<QComboBox*>())
     if (box->findText(u"静态 JSON"_s) >= 0) sources = box;
@@ -297,7 +298,7 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
 }
 
 TEST_F(Windows, ImportAndExportReportInWords) {
-  auto view = settings("数据源");
+  auto view = settings(SettingsSection::source);
   const auto path = h.folder.path() / "list.json";
   // The dialogs start in the home folder, then where the last file was chosen.
   EXPECT_EQ(view->fileDialogStart(true), QDir::homePath() + u"/tidemark-watchlist.json"_s);
@@ -356,7 +357,7 @@ TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
     EXPECT_EQ(view.rows().size(), stale ? 5u : 0u) << instant;
     // The data-source section says why the refresh slowed down.
     SettingsView::Actions none;
-    SettingsView settings(*m, home.clock, std::move(none), "数据源");
+    SettingsView settings(*m, home.clock, std::move(none), SettingsSection::source);
     const QString quiet = u"\n自选的市场都未开市，每 5 分钟刷新一次。"_s;
     EXPECT_TRUE(named<QLabel>(
         settings,
@@ -493,7 +494,7 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   EXPECT_EQ(detail.chart().readoutText(), u"••••"_s);
   EXPECT_EQ(detail.chart().volumeReadout(), u"成交量 ••••"_s);
 
-  auto view = settings("预警与隐私");
+  auto view = settings(SettingsSection::alertsAndPrivacy);
   QStringList texts = list.shownTexts();
   for (const QLabel* label : view->findChildren<QLabel*>()) texts << label->text();
   EXPECT_TRUE(texts.contains(u"600519  贵州茅台\n价格达到或高于 目标价格已遮蔽"_s));
@@ -695,7 +696,7 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   ASSERT_EQ(d.model->setHolding("00700", 20000, 380), std::nullopt);
   ASSERT_EQ(d.model->setHolding("NVDA", 10, 0), std::nullopt);
   d.model->remove("NVDA");
-  d.delegate->openSettings("外观");
+  d.delegate->openSettings(SettingsSection::appearance);
   d.delegate->openWindow("guide");
   d.delegate->openWindow("alert");
   QWidget* settings = d.delegate->window("settings");
@@ -719,11 +720,12 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
       }
       for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
         settings->resize(size);
-        for (const std::string& section : SettingsView::sections()) {
+        for (SettingsSection section : SettingsView::sections()) {
           view->showSection(section);
           settle();
           EXPECT_EQ(cutTexts(*settings), QStringList())
-              << section << " at " << size.width() << "×" << size.height() << " " << when;
+              << sectionTitle(section) << " at " << size.width() << "×" << size.height() << " "
+              << when;
         }
       }
     }
@@ -735,7 +737,7 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   d.model->select("hkHSTECH");
   for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
     settings->resize(size);
-    view->showSection("圆形详情");
+    view->showSection(SettingsSection::detail);
     settle();
     EXPECT_EQ(cutTexts(*settings), QStringList()) << size.width();
   }
