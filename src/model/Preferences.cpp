@@ -1,5 +1,6 @@
 #include "model/Preferences.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tidemark {
@@ -87,7 +88,8 @@ double clampedRefreshInterval(double seconds) {
 }
 
 double clampedOrbSize(double points) {
-  return (points == 72 || points == 96 || points == 132) ? points : 96;
+  return std::find(orbSizes.begin(), orbSizes.end(), points) != orbSizes.end() ? points
+                                                                               : orbSizes[1];
 }
 
 int64_t clampedMenuDensity(int64_t density) {

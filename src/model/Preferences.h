@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -44,8 +45,10 @@ std::optional<Preferences> preferencesFromJson(const Json& object, std::string* 
 
 // The allowed values of the clamped settings, and what replaces anything else.
 double clampedRefreshInterval(double seconds);  // 0, 2.6, 5.0 → else 2.6
-double clampedOrbSize(double points);           // 72, 96, 132 → else 96
-int64_t clampedMenuDensity(int64_t density);    // 0…2 → else 0
+// The orb's three sizes in points, small to large; the middle one is the default.
+inline constexpr std::array<double, 3> orbSizes{72, 96, 132};
+double clampedOrbSize(double points);         // one of orbSizes → else 96
+int64_t clampedMenuDensity(int64_t density);  // 0…2 → else 0
 // Only finite thresholds above zero are kept.
 std::optional<double> validAlertPrice(std::optional<double> price);
 

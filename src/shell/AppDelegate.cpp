@@ -516,13 +516,9 @@ bool AppDelegate::handleKey(int key) {
       refresh();
       return true;
     case Qt::Key_1:
-      m.setOrbSize(72);
-      return true;
     case Qt::Key_2:
-      m.setOrbSize(96);
-      return true;
     case Qt::Key_3:
-      m.setOrbSize(132);
+      m.setOrbSize(orbSizes[size_t(key - Qt::Key_1)]);
       return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:

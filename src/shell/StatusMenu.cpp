@@ -43,10 +43,10 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
   menu.addSeparator();
 
   QMenu* sizes = menu.addMenu(QStringLiteral("灵球尺寸"));
-  for (int size : {72, 96, 132}) {
+  for (const double size : orbSizes) {
     QAction* item = sizes->addAction(QString::number(size) + QStringLiteral(" pt"));
     item->setCheckable(true);
-    item->setChecked(static_cast<int>(m.orbSize()) == size);
+    item->setChecked(m.orbSize() == size);
     QObject::connect(item, &QAction::triggered, sizes,
                      [this, size] { deps_.model.setOrbSize(size); });
   }

@@ -318,13 +318,14 @@ QWidget* SettingsView::appearancePage() {
   };
 
   auto* orb = new ProductCard(QStringLiteral("灵球"), page);
-  pills(orb, QStringLiteral("尺寸"),
-        {{QStringLiteral("小 72"), [this] { model_.setOrbSize(72); }},
-         {QStringLiteral("中 96"), [this] { model_.setOrbSize(96); }},
-         {QStringLiteral("大 132"), [this] { model_.setOrbSize(132); }}},
-        [this] { return model_.orbSize() == 72   ? 0
-                        : model_.orbSize() == 96 ? 1
-                                                 : 2; });
+  std::vector<std::pair<QString, std::function<void()>>> sizes;
+  for (const auto& [word, points] :
+       {std::pair{"小 ", orbSizes[0]}, {"中 ", orbSizes[1]}, {"大 ", orbSizes[2]}})
+    sizes.emplace_back(QString::fromUtf8(word) + QString::number(points),
+                       [this, points] { model_.setOrbSize(points); });
+  pills(orb, QStringLiteral("尺寸"), std::move(sizes), [this] {
+    return int(std::find(orbSizes.begin(), orbSizes.end(), model_.orbSize()) - orbSizes.begin());
+  });
   pills(orb, QStringLiteral("球面显示"),
         {{QStringLiteral("代码"), [this] { model_.setOrbShowsName(false); }},
          {QStringLiteral("名称"), [this] { model_.setOrbShowsName(true); }}},
