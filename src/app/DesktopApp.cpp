@@ -249,8 +249,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
       [executable](bool on) { return Autostart::setEnabled(on, executable); }, keys);
   // Qt's own texts (standard buttons, file dialogs, a field's menu) show only in our windows: its
   // translation is loaded with the first of them, not at start.
-  const WindowContentFactory windows = [&content, &bundle](AppDelegate& delegate,
-                                                           const std::string& key,
+  const WindowContentFactory windows = [&content, &bundle](AppDelegate& delegate, AuxWindow key,
                                                            std::optional<SettingsSection> section) {
     static const bool translated = loadQtTranslations();
     static const bool iconSet = setWindowIcon(bundle);

@@ -39,15 +39,15 @@ std::string keyLine() {
 }
 
 struct WindowSpec {
-  const char* key;
+  AuxWindow key;
   const char* title;
   QSize size, minimum;
   bool resizable;
 };
 constexpr WindowSpec windowSpecs[] = {
-    {"settings", "设置 · 使用偏好", {960, 740}, {840, 560}, true},
-    {"guide", "欢迎来到岚舟", {480, 600}, {480, 560}, false},
-    {"alert", "价格预警", {420, 540}, {420, 540}, false},
+    {AuxWindow::settings, "设置 · 使用偏好", {960, 740}, {840, 560}, true},
+    {AuxWindow::guide, "欢迎来到岚舟", {480, 600}, {480, 560}, false},
+    {AuxWindow::alert, "价格预警", {420, 540}, {420, 540}, false},
 };
 
 std::string maskHint(bool masked) {
@@ -82,15 +82,16 @@ WindowContentFactory standardWindowContent(
     std::function<std::optional<std::string>(bool on)> setAutostart,
     SettingsView::DesktopKeys keys) {
   return [&model, &clock, autostartEnabled, setAutostart, keys](
-             AppDelegate& d, const std::string& key,
-             std::optional<SettingsSection> section) -> QWidget* {
-    if (key == "guide") return new OnboardingView(model, [&d] { d.closeWindow("guide"); });
-    if (key == "alert") return new AlertEditorView(model, [&d] { d.closeWindow("alert"); });
-    if (key == "settings") {
+             AppDelegate& d, AuxWindow key, std::optional<SettingsSection> section) -> QWidget* {
+    if (key == AuxWindow::guide)
+      return new OnboardingView(model, [&d] { d.closeWindow(AuxWindow::guide); });
+    if (key == AuxWindow::alert)
+      return new AlertEditorView(model, [&d] { d.closeWindow(AuxWindow::alert); });
+    if (key == AuxWindow::settings) {
       SettingsView::Actions actions;
-      actions.openGuide = [&d] { d.openWindow("guide"); };
-      actions.openAlert = [&d] { d.openWindow("alert"); };
-      actions.close = [&d] { d.closeWindow("settings"); };
+      actions.openGuide = [&d] { d.openWindow(AuxWindow::guide); };
+      actions.openAlert = [&d] { d.openWindow(AuxWindow::alert); };
+      actions.close = [&d] { d.closeWindow(AuxWindow::settings); };
       actions.autostartEnabled = autostartEnabled;
       actions.setAutostart = setAutostart;
       actions.keys = keys;
@@ -249,7 +250,7 @@ void AppDelegate::launch() {
       if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
     });
   }
-  if (!deps_.model.onboardingSeen()) openWindow("guide");
+  if (!deps_.model.onboardingSeen()) openWindow(AuxWindow::guide);
 }
 
 StatusItem& AppDelegate::statusItem() {
@@ -495,7 +496,7 @@ void AppDelegate::ringAction(RingCommand command) {
       refresh();
       break;
     case RingCommand::alert:
-      openWindow("alert");
+      openWindow(AuxWindow::alert);
       break;
     case RingCommand::appearance:
       openSettings(SettingsSection::appearance);
@@ -569,23 +570,23 @@ void AppDelegate::placeWindow(QWidget& window, QSize size) {
 }
 
 void AppDelegate::openSettings(SettingsSection section) {
-  openWindow("settings", section);
+  openWindow(AuxWindow::settings, section);
 }
 
-QWidget* AppDelegate::window(const std::string& key) const {
+QWidget* AppDelegate::window(AuxWindow key) const {
   auto it = windows_.find(key);
   return it == windows_.end() ? nullptr : it->second.data();
 }
 
-void AppDelegate::closeWindow(const std::string& key) {
+void AppDelegate::closeWindow(AuxWindow key) {
   if (QWidget* w = window(key)) w->close();
 }
 
-void AppDelegate::openWindow(const std::string& key, std::optional<SettingsSection> section) {
-  if (key == "alert") {
+void AppDelegate::openWindow(AuxWindow key, std::optional<SettingsSection> section) {
+  if (key == AuxWindow::alert) {
     // The editor always starts from the current alert.
-    if (QWidget* old = window("alert")) old->deleteLater();
-    windows_.erase("alert");
+    if (QWidget* old = window(AuxWindow::alert)) old->deleteLater();
+    windows_.erase(AuxWindow::alert);
   }
   if (QWidget* existing = window(key)) {
     // The views carry no meta-object of their own, so a cast, not findChild, tells them apart.

@@ -33,9 +33,12 @@ class AppDelegate;
 // hides.
 std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed);
 
-// Builds the root widget of an auxiliary window: "settings" (with its initial section), "guide"
-// or "alert". The windows themselves belong to the delegate.
-using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, const std::string& key,
+// The windows besides the orb; at most one of each is open.
+enum class AuxWindow { settings, guide, alert };
+
+// Builds the root widget of an auxiliary window (the settings with their initial section). The
+// windows themselves belong to the delegate.
+using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, AuxWindow window,
                                                     std::optional<SettingsSection> section)>;
 
 // The real windows: settings (opening the guide and the alert editor from its buttons, with the
@@ -127,10 +130,10 @@ class AppDelegate {
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
 
-  void openWindow(const std::string& key, std::optional<SettingsSection> section = std::nullopt);
+  void openWindow(AuxWindow key, std::optional<SettingsSection> section = std::nullopt);
   void openSettings(SettingsSection section);
-  void closeWindow(const std::string& key);
-  QWidget* window(const std::string& key) const;
+  void closeWindow(AuxWindow key);
+  QWidget* window(AuxWindow key) const;
 
   // Where the orb's 460-point canvas stands on the screen (its top left); the window covers
   // only the part of it that draws something.
@@ -183,7 +186,7 @@ class AppDelegate {
   std::unique_ptr<OrbPanel> panel_;
   std::unique_ptr<StatusItem> statusItem_;
   std::optional<std::tuple<MiniOrbFace, AppTheme, qreal, bool>> trayIcon_;  // as last drawn
-  std::map<std::string, QPointer<QWidget>> windows_;
+  std::map<AuxWindow, QPointer<QWidget>> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
   QTimer hoverTimer_, glideTimer_;
   TimerHandle keysRetry_;

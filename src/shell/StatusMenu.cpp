@@ -34,7 +34,7 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
   add("设置…", [this] { openSettings(SettingsSection::appearance); });
   menu.addSeparator();
   add("立即刷新", [this] { refresh(); });
-  add("价格预警…", [this] { openWindow("alert"); });
+  add("价格预警…", [this] { openWindow(AuxWindow::alert); });
   add(
       "屏幕共享遮蔽", [this] { toggleMask(); }, m.masked());
   add(
@@ -60,7 +60,7 @@ void AppDelegate::buildStatusMenu(QMenu& menu) {
     QObject::connect(item, &QAction::triggered, phases,
                      [this, phase] { deps_.model.simulatePhase(phase); });
   }
-  add("使用引导", [this] { openWindow("guide"); });
+  add("使用引导", [this] { openWindow(AuxWindow::guide); });
   add("退出潮汐栏", [this] {
     if (onQuit) onQuit();
   });

@@ -16,6 +16,19 @@
 
 namespace tidemark::test {
 
+// A window's name in failure messages.
+inline const char* nameOf(AuxWindow window) {
+  switch (window) {
+    case AuxWindow::settings:
+      return "settings";
+    case AuxWindow::guide:
+      return "guide";
+    case AuxWindow::alert:
+      return "alert";
+  }
+  return "";
+}
+
 struct RecordingWindowSystem final : WindowSystem {
   void setInputRegion(QWidget&, const QRegion& r) override { region = r; }
   void setVisibleRegion(QWidget&, const std::optional<QRegion>& r) override { visible = r; }
@@ -115,7 +128,7 @@ struct Desktop {
   // The first widget of this type in the window opened under `key`. Some views carry no
   // meta-object of their own, so a plain cast finds them.
   template <class T>
-  T* inWindow(const char* key) {
+  T* inWindow(AuxWindow key) {
     if (QWidget* window = delegate->window(key))
       for (QWidget* child : window->findChildren<QWidget*>())
         if (auto* found = dynamic_cast<T*>(child)) return found;

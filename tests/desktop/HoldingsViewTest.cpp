@@ -28,7 +28,7 @@ QPushButton* button(QWidget& root, const QString& text) {
 TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
   test::Desktop d;
   d.delegate->openSettings(SettingsSection::holdings);
-  auto* settings = d.inWindow<SettingsView>("settings");
+  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->currentSection(), SettingsSection::holdings);
   HoldingsView& view = settings->holdings();
@@ -125,7 +125,7 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
 TEST(HoldingsSection, TheFormKeepsDigitsAsksBeforeReplacingAndHidesWhenMasked) {
   test::Desktop d;
   d.delegate->openSettings(SettingsSection::holdings);
-  auto* settings = d.inWindow<SettingsView>("settings");
+  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(settings);
   HoldingsView& view = settings->holdings();
   const auto pick = [&](const char* symbol) {
@@ -223,7 +223,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.model->setMasked(false);
 
   d.delegate->openSettings(SettingsSection::detail);
-  auto* detail = d.inWindow<DetailView>("settings");
+  auto* detail = d.inWindow<DetailView>(AuxWindow::settings);
   ASSERT_TRUE(detail);
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().mid(9),
@@ -244,7 +244,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
             head.substr(0, head.rfind('\n')) +
                 "\n上证指数  3,882.78 · 交易中\n今日盈亏 CNY +1,680.00 · HKD +13.20");
   d.delegate->openSettings(SettingsSection::holdings);
-  auto* settings = d.inWindow<SettingsView>("settings");
+  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->holdings().symbol().findData(u"sh000001"_s), -1);
   EXPECT_NE(settings->holdings().symbol().findData(u"000858"_s), -1);

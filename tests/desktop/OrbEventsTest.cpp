@@ -43,7 +43,7 @@ std::string hint(Desktop& d) {
 }
 
 std::string section(Desktop& d) {
-  auto* view = d.inWindow<SettingsView>("settings");
+  auto* view = d.inWindow<SettingsView>(AuxWindow::settings);
   return view ? std::string(sectionTitle(view->currentSection())) : "";
 }
 
@@ -215,9 +215,9 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
   };
   const auto none = [](Desktop&) {};
   const auto windows = [](Desktop& d) {
-    return std::string(d.delegate->window("settings") ? "settings " : "") +
-           (d.delegate->window("alert") ? "alert " : "") +
-           (d.delegate->window("guide") ? "guide " : "") + section(d);
+    return std::string(d.delegate->window(AuxWindow::settings) ? "settings " : "") +
+           (d.delegate->window(AuxWindow::alert) ? "alert " : "") +
+           (d.delegate->window(AuxWindow::guide) ? "guide " : "") + section(d);
   };
   const auto refreshing = [](Desktop& d) {
     return hint(d) + std::to_string(d.model->hasPendingRefresh());
@@ -326,7 +326,7 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
   // the focus from the orb, which closes the ring on its own.
   const auto inEditor = [](Qt::MouseButton button) {
     return [button](Desktop& d) {
-      QTest::mouseClick(d.delegate->window("alert"), button, {}, QPoint(5, 5));
+      QTest::mouseClick(d.delegate->window(AuxWindow::alert), button, {}, QPoint(5, 5));
     };
   };
   const Case cases[] = {
@@ -358,7 +358,7 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
   for (const Case& k : cases) {
     Desktop d;
     if (std::string(k.what).ends_with("alert editor")) {
-      d.delegate->openWindow("alert");
+      d.delegate->openWindow(AuxWindow::alert);
       QTest::qWait(1);  // its activation, which would close the ring, comes first
     }
     QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
@@ -412,7 +412,7 @@ TEST(HotKeys, OneShowsOrHidesTheOrbTwoMasksEveryFigure) {
 TEST(HotKeys, AKeyAnotherProgramHoldsIsNamedAndTakenOnceFree) {
   Desktop d({.keysTakenElsewhere = {2}});
   d.delegate->openSettings(SettingsSection::appearance);
-  SettingsView* settings = d.inWindow<SettingsView>("settings");
+  SettingsView* settings = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(settings);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
             tooltipHead + "\nCtrl+Alt+M 已被其他程序占用\n贵州茅台  CNY1,468.80 · 交易中");
@@ -449,7 +449,7 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
   EXPECT_EQ(d.delegate->statusItem().toolTip(), unbound);
   EXPECT_TRUE(d.delegate->panel().isManaged());
   d.delegate->openSettings(SettingsSection::appearance);
-  QWidget* settings = d.delegate->window("settings");
+  QWidget* settings = d.delegate->window(AuxWindow::settings);
   QStringList texts;
   for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
   EXPECT_TRUE(texts.contains(u"/opt/tm/tidemark --toggle-orb  显示或隐藏灵球"_s));
@@ -488,7 +488,7 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
     EXPECT_EQ(drawn.pixel(230 + 48 + 4, 230) != drawn.pixel(20, 230), composited) << composited;
     d.delegate->openSettings(
         SettingsSection::appearance);  // 960 wide: no room beside the orb, so in the middle
-    QWidget* settings = d.delegate->window("settings");
+    QWidget* settings = d.delegate->window(AuxWindow::settings);
     QApplication::setActiveWindow(settings);
     ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->yieldsToWindow(); }, 2000)) << composited;
     // Hidden, with a compositor too: no ghost over the window's controls.
@@ -511,7 +511,7 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
     EXPECT_FALSE(d.delegate->yieldsToWindow());
     settings->move(100, 100);
     EXPECT_TRUE(d.delegate->yieldsToWindow());
-    d.delegate->closeWindow("settings");
+    d.delegate->closeWindow(AuxWindow::settings);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !d.delegate->yieldsToWindow(); }, 2000));
     EXPECT_TRUE(panel.isVisible());
     EXPECT_TRUE(d.windows.region.contains(d.at({230, 230})));
@@ -563,18 +563,18 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
 
 // Esc closes each window of ours from wherever the focus is in it.
 TEST(Delegate, EscClosesEachWindow) {
-  for (const char* key : {"settings", "alert", "guide"}) {
+  for (AuxWindow key : {AuxWindow::settings, AuxWindow::alert, AuxWindow::guide}) {
     Desktop d;
     d.delegate->openWindow(key);
     QWidget* window = d.delegate->window(key);
-    ASSERT_TRUE(window) << key;
+    ASSERT_TRUE(window) << test::nameOf(key);
     window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << key;
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << test::nameOf(key);
     QWidget* focus = QApplication::focusWidget() ? QApplication::focusWidget() : window;
     QTest::keyClick(focus, Qt::Key_A);
-    EXPECT_TRUE(window->isVisible()) << key << ": only Esc closes it";
+    EXPECT_TRUE(window->isVisible()) << test::nameOf(key) << ": only Esc closes it";
     QTest::keyClick(focus, Qt::Key_Escape);
-    EXPECT_FALSE(window->isVisible()) << key;
+    EXPECT_FALSE(window->isVisible()) << test::nameOf(key);
   }
 }
 
@@ -582,7 +582,7 @@ TEST(Delegate, EscClosesEachWindow) {
 // theme, in each window.
 TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
   for (const AppTheme theme : {AppTheme::dark, AppTheme::light}) {
-    for (const char* key : {"settings", "alert", "guide"}) {
+    for (AuxWindow key : {AuxWindow::settings, AuxWindow::alert, AuxWindow::guide}) {
       Desktop d;
       d.model->setTheme(theme);
       d.delegate->openWindow(key);
@@ -601,11 +601,11 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
         control->setFocus(Qt::TabFocusReason);
         QApplication::processEvents();
         EXPECT_NE(control->grab().toImage(), before)
-            << key << " " << rawValue(theme) << ": " << control->metaObject()->className() << " "
-            << control->accessibleName().toStdString();
+            << test::nameOf(key) << " " << rawValue(theme) << ": "
+            << control->metaObject()->className() << " " << control->accessibleName().toStdString();
         ++checked;
       }
-      EXPECT_GE(checked, 1) << key;
+      EXPECT_GE(checked, 1) << test::nameOf(key);
     }
   }
 }
@@ -613,10 +613,10 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
 TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings(SettingsSection::appearance);
-  QWidget* settings = d.delegate->window("settings");
+  QWidget* settings = d.delegate->window(AuxWindow::settings);
   settings->move(5, 5);  // where the user put it
   d.delegate->openSettings(SettingsSection::detail);
-  EXPECT_EQ(d.delegate->window("settings"), settings);
+  EXPECT_EQ(d.delegate->window(AuxWindow::settings), settings);
   EXPECT_EQ(section(d), "圆形详情");
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
@@ -641,17 +641,17 @@ TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
     ADD_FAILURE() << text.toStdString();
   };
   click(u"编辑预警…"_s);
-  QPointer<QWidget> first = d.delegate->window("alert");
+  QPointer<QWidget> first = d.delegate->window(AuxWindow::alert);
   ASSERT_TRUE(first);
   // Right of the orb at 640 + 0.8 × 96 + 12, centred on it with the frame's 36 included.
   EXPECT_EQ(QRect(first->pos(), first->size()), QRect(729, 112, 420, 540));
   click(u"编辑预警…"_s);
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
-  EXPECT_NE(d.delegate->window("alert"), nullptr);
-  EXPECT_EQ(d.delegate->window("guide"), nullptr);
+  EXPECT_NE(d.delegate->window(AuxWindow::alert), nullptr);
+  EXPECT_EQ(d.delegate->window(AuxWindow::guide), nullptr);
   click(u"重新查看引导"_s);
-  EXPECT_NE(d.delegate->window("guide"), nullptr);
+  EXPECT_NE(d.delegate->window(AuxWindow::guide), nullptr);
 }
 
 // Two 1920 × 1080 screens side by side, the orb docked on the border they share: on the left
@@ -686,10 +686,10 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
     EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.position);
     // Windows open on the orb's screen, beside the orb's visible half.
     d.delegate->openSettings(SettingsSection::appearance);
-    QWidget* settings = d.delegate->window("settings");
+    QWidget* settings = d.delegate->window(AuxWindow::settings);
     EXPECT_EQ(QRect(settings->pos(), settings->size()), row.settings) << row.position;
-    d.delegate->openWindow("guide");
-    EXPECT_EQ(d.delegate->window("guide")->pos(), row.guide) << row.position;
+    d.delegate->openWindow(AuxWindow::guide);
+    EXPECT_EQ(d.delegate->window(AuxWindow::guide)->pos(), row.guide) << row.position;
     // Esc leaves the edge onto the orb's own screen.
     QTest::keyClick(&d.delegate->panel(), Qt::Key_Escape);
     EXPECT_EQ(where(), row.undocked) << row.position;
@@ -700,13 +700,13 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
 // in it scrolls into view: the guide's last button too.
 TEST(Delegate, WindowsFitASmallScreenAndScroll) {
   Desktop d({.screens = {{{0, 0, 640, 480}, {0, 0, 640, 480}}}});
-  for (const char* key : {"guide", "settings", "alert"}) {
+  for (AuxWindow key : {AuxWindow::guide, AuxWindow::settings, AuxWindow::alert}) {
     d.delegate->openWindow(key);
     QWidget* w = d.delegate->window(key);
     const QRect frame(w->pos(), w->size() + QSize(8, 36));
-    EXPECT_TRUE(QRect(0, 0, 640, 480).contains(frame)) << key;
+    EXPECT_TRUE(QRect(0, 0, 640, 480).contains(frame)) << test::nameOf(key);
   }
-  QWidget* guide = d.delegate->window("guide");
+  QWidget* guide = d.delegate->window(AuxWindow::guide);
   auto* scroll = guide->findChild<QScrollArea*>();
   QAbstractButton* start = nullptr;
   for (auto* b : guide->findChildren<QAbstractButton*>())
@@ -733,9 +733,9 @@ TEST(Delegate, TheDesktopsCalmReachesTheOrbAndTheDetail) {
   Desktop d({.reduceMotion = false, .systemCalm = true});
   // Opened on another section: the detail, built when it is first shown, is told too.
   d.delegate->openSettings(SettingsSection::appearance);
-  EXPECT_EQ(d.inWindow<DetailOrb>("settings"), nullptr);
+  EXPECT_EQ(d.inWindow<DetailOrb>(AuxWindow::settings), nullptr);
   d.delegate->openSettings(SettingsSection::detail);
-  DetailOrb* detail = d.inWindow<DetailOrb>("settings");
+  DetailOrb* detail = d.inWindow<DetailOrb>(AuxWindow::settings);
   ASSERT_TRUE(detail && d.motion);
   EXPECT_FALSE(d.content().orbView().motionAllowed());
   EXPECT_TRUE(detail->systemReduceMotion());

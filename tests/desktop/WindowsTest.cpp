@@ -697,10 +697,10 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   ASSERT_EQ(d.model->setHolding("NVDA", 10, 0), std::nullopt);
   d.model->remove("NVDA");
   d.delegate->openSettings(SettingsSection::appearance);
-  d.delegate->openWindow("guide");
-  d.delegate->openWindow("alert");
-  QWidget* settings = d.delegate->window("settings");
-  SettingsView* view = d.inWindow<SettingsView>("settings");
+  d.delegate->openWindow(AuxWindow::guide);
+  d.delegate->openWindow(AuxWindow::alert);
+  QWidget* settings = d.delegate->window(AuxWindow::settings);
+  SettingsView* view = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(view);
   // A theme recolours every open window at once, with its backdrop.
   const std::pair<AppTheme, QColor> themes[] = {
@@ -712,11 +712,13 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
       d.model->setMasked(masked);
       d.h.scheduler.runDue();
       const std::string when = std::string(rawValue(theme)) + (masked ? " masked" : "");
-      for (const char* key : {"guide", "alert", "settings"})
-        EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window), backdrop) << key;
-      for (const char* key : {"guide", "alert"}) {
+      for (AuxWindow key : {AuxWindow::guide, AuxWindow::alert, AuxWindow::settings})
+        EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window), backdrop)
+            << test::nameOf(key);
+      for (AuxWindow key : {AuxWindow::guide, AuxWindow::alert}) {
         settle();
-        EXPECT_EQ(cutTexts(*d.delegate->window(key)), QStringList()) << key << " " << when;
+        EXPECT_EQ(cutTexts(*d.delegate->window(key)), QStringList())
+            << test::nameOf(key) << " " << when;
       }
       for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
         settings->resize(size);
