@@ -7,7 +7,7 @@
 #include <QDBusVariant>
 #include <QObject>
 
-#include "shell/DesktopSeams.h"
+#include "seams/DesktopSeams.h"
 
 namespace tidemark {
 

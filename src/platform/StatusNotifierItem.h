@@ -9,7 +9,7 @@
 #include <QPointer>
 
 #include "platform/StatusNotifierTypes.h"
-#include "shell/DesktopSeams.h"
+#include "seams/DesktopSeams.h"
 
 class QAction;
 

@@ -18,7 +18,7 @@
 #include <QGuiApplication>
 
 #include "core/GlobalCommands.h"
-#include "shell/DesktopSeams.h"
+#include "seams/DesktopSeams.h"
 
 namespace tidemark {
 namespace {

@@ -16,7 +16,7 @@
 #include "core/KeyValueStore.h"
 #include "core/Scheduler.h"
 #include "model/AppModel.h"
-#include "shell/DesktopSeams.h"
+#include "seams/DesktopSeams.h"
 #include "shell/DockGeometry.h"
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"

@@ -9,7 +9,7 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
-#include "shell/DesktopSeams.h"
+#include "seams/DesktopSeams.h"
 
 namespace tidemark {
 
