@@ -64,10 +64,6 @@ bool isIndex(Market market) {
   return market == Market::aIndex || market == Market::hkIndex || market == Market::usIndex;
 }
 
-bool isFund(Market market) {
-  return market == Market::aFund || market == Market::hkFund || market == Market::usFund;
-}
-
 std::string_view currencyOf(Market market) {
   return row(market).currency;
 }

@@ -39,7 +39,6 @@ std::optional<Exchange> exchangeOfLabel(std::string_view label);
 
 Exchange exchangeOf(Market market);
 bool isIndex(Market market);
-bool isFund(Market market);
 // "CNY", "HKD" or "USD"; empty for an index, which is counted in points.
 std::string_view currencyOf(Market market);
 
