@@ -8,6 +8,7 @@
 #include "core/ManualScheduler.h"
 #include "model/AppModel.h"
 #include "model/SnapshotCache.h"
+#include "model/StoreKeys.h"
 #include "sources/UnavailableDataSource.h"
 
 namespace tidemark {
@@ -43,7 +44,7 @@ BENCHMARK(MockRefresh)->Arg(5)->Arg(50)->Arg(500)->Arg(5000)->Complexity();
 
 void SnapshotCacheRestore(benchmark::State& state) {
   Fixture f(static_cast<size_t>(state.range(0)));
-  const std::string bytes = *f.store.data(AppModel::snapshotsKey);
+  const std::string bytes = *f.store.data(storeKeys::snapshots);
   for (auto _ : state) benchmark::DoNotOptimize(decodeSnapshotCache(bytes));
   state.SetComplexityN(state.range(0));
 }

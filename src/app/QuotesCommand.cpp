@@ -14,6 +14,7 @@
 #include "app/TextTable.h"
 #include "core/NumberText.h"
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 #include "platform/QtScheduler.h"
 #include "platform/SettingsStore.h"
 
@@ -73,13 +74,13 @@ std::string renderJson(const AppModel& model, bool pretty) {
 void useSourceMode(KeyValueStore& store, SourceMode mode, Date now) {
   Preferences preferences;
   preferences.updatedAt = now;
-  if (auto bytes = store.data(AppModel::preferencesKey)) {
+  if (auto bytes = store.data(storeKeys::preferences)) {
     if (auto document = json::parse(*bytes)) {
       if (auto stored = preferencesFromJson(*document)) preferences = *stored;
     }
   }
   preferences.sourceMode = mode;
-  store.setData(AppModel::preferencesKey, toJson(preferences).dump());
+  store.setData(storeKeys::preferences, toJson(preferences).dump());
 }
 
 // The live sources without intraday series: the command line draws no charts, so the model
@@ -152,7 +153,7 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
   QTemporaryDir scratch;
   if (line.symbols) {
     auto memory = std::make_unique<MemoryKeyValueStore>();
-    memory->setStringArray(AppModel::watchlistKey, *line.symbols);
+    memory->setStringArray(storeKeys::watchlist, *line.symbols);
     store = std::move(memory);
   } else {
     if (!scratch.isValid()) {

@@ -1,13 +1,15 @@
 #include "app/StoreNotices.h"
 
+#include "model/StoreKeys.h"
+
 namespace tidemark {
 
 std::string setAsideLine(const AppModel::SetAsideRecord& r, const std::string& settingsFile) {
-  const bool preferences = r.record == AppModel::preferencesKey;
+  const bool preferences = r.record == storeKeys::preferences;
   std::string line = "tidemark: could not read ";
   if (preferences) {
     line += "the stored settings";
-  } else if (r.record == AppModel::holdingsKey) {
+  } else if (r.record == storeKeys::holdings) {
     line += "the stored holdings";
   } else if (r.record.ends_with("holdings.json")) {
     line += "the holdings file " + r.record;
@@ -18,7 +20,7 @@ std::string setAsideLine(const AppModel::SetAsideRecord& r, const std::string& s
   if (r.keptAs.empty())
     return line + " nor move it aside (" + r.failure + "); it is left as it is and not written\n";
   line += "; kept as " + r.keptAs;
-  if (preferences || r.record == AppModel::holdingsKey) line += " in " + settingsFile;
+  if (preferences || r.record == storeKeys::holdings) line += " in " + settingsFile;
   if (preferences) line += "; the defaults are used";
   return line + "\n";
 }

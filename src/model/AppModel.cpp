@@ -1,4 +1,5 @@
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -33,10 +34,11 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
               assign(settingsWriteFailure_, failure);
           })));
 
+  if (!watchlistURL && deps_.applicationSupportDirectory)
+    watchlistURL = *deps_.applicationSupportDirectory / "Tidemark" / "watchlist.json";
   if (watchlistURL) {
-    watchlistURL_ = std::move(watchlistURL);
-  } else if (deps_.applicationSupportDirectory) {
-    watchlistURL_ = *deps_.applicationSupportDirectory / "Tidemark" / "watchlist.json";
+    watchlistFile_ = RecordFile(watchlistURL);
+    holdingsFile_ = RecordFile(watchlistURL->parent_path() / "holdings.json");
   }
 
   restoreSourceConfiguration();
@@ -47,11 +49,9 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   restorePreferences();
   restoreSnapshotCache();
 
-  if (watchlistURL_) {
-    // A write cut short by a kill leaves its temporary file; the real one is intact.
-    removeLeftoverTemporaries(*watchlistURL_);
-    removeLeftoverTemporaries(watchlistURL_->parent_path() / "holdings.json");
-  }
+  // A write cut short by a kill leaves its temporary file; the real one is intact.
+  for (const RecordFile* file : {&watchlistFile_, &holdingsFile_})
+    if (file->path()) removeLeftoverTemporaries(*file->path());
   std::string fileProblem;
   if (auto stored = readWatchlist(&fileProblem)) {
     watchlist_ = std::move(*stored);
@@ -60,8 +60,7 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   }
   if (std::find(watchlist_.begin(), watchlist_.end(), prefs_.activeID) == watchlist_.end())
     prefs_.activeID = watchlist_.empty() ? std::string() : watchlist_.front();
-  if (!fileProblem.empty()) setAsideWatchlistFile(std::move(fileProblem));
-  if (watchlistURL_) holdingsURL_ = watchlistURL_->parent_path() / "holdings.json";
+  if (!fileProblem.empty()) watchlistFile_.setAside(std::move(fileProblem), setAside_);
   // Nothing is written for a user who never held anything.
   const bool holdingsStored = restoreHoldings();
 
@@ -99,7 +98,7 @@ std::function<void()> AppModel::guarded(std::function<void()> work) {
 // ---- Restoring ---------------------------------------------------------------------------
 
 void AppModel::restoreSourceConfiguration() {
-  if (auto bytes = deps_.defaults.data(sourceManifestKey)) {
+  if (auto bytes = deps_.defaults.data(storeKeys::sourceManifest)) {
     if (auto manifest = decodeManifest(*bytes); manifest && manifest->isValid()) {
       dataSourceEndpoints_ = manifest->endpoints;
       sourceConfigRevision_ = manifest->revision;
@@ -137,7 +136,7 @@ Preferences choicesOf(Preferences p) {
 }  // namespace
 
 void AppModel::restorePreferences() {
-  auto bytes = deps_.defaults.data(preferencesKey);
+  auto bytes = deps_.defaults.data(storeKeys::preferences);
   if (!bytes) return;
   auto document = json::parse(*bytes);
   std::string badKey;
@@ -145,11 +144,11 @@ void AppModel::restorePreferences() {
   if (!p) {
     // The record is ignored as a whole, but a theme from a newer version or one mistyped field
     // must not cost the user the rest: it is kept before the defaults are saved over it.
-    deps_.defaults.setData(preferencesUnreadableKey, *bytes);
+    deps_.defaults.setData(storeKeys::preferencesUnreadable, *bytes);
     const std::string problem = !document                ? "not JSON"
                                 : !document->is_object() ? "not a JSON object"
                                                          : "field \"" + badKey + "\"";
-    setAside_.push_back({preferencesKey, problem, preferencesUnreadableKey, ""});
+    setAside_.push_back({storeKeys::preferences, problem, storeKeys::preferencesUnreadable, ""});
     return;
   }
   // The stored choices: a start that changes none of them writes nothing at once.
@@ -174,7 +173,7 @@ void AppModel::restorePreferences() {
 }
 
 void AppModel::restoreSnapshotCache() {
-  if (auto bytes = deps_.defaults.data(snapshotsKey)) {
+  if (auto bytes = deps_.defaults.data(storeKeys::snapshots)) {
     if (auto restored = decodeSnapshotCache(*bytes)) setQuotes(std::move(*restored));
   }
   setPhase(phaseForAge(prefs_.updatedAt));
@@ -390,9 +389,9 @@ void AppModel::savePreferences() {
   if (!bytes) return;
   // What refreshes and the rotation change is kept lazily; a choice of the user's at once.
   Preferences chosen = choicesOf(now);
-  if (savedChoices_ == chosen) return deps_.defaults.setDataLazily(preferencesKey, *bytes);
+  if (savedChoices_ == chosen) return deps_.defaults.setDataLazily(storeKeys::preferences, *bytes);
   savedChoices_ = std::move(chosen);
-  deps_.defaults.setData(preferencesKey, *bytes);
+  deps_.defaults.setData(storeKeys::preferences, *bytes);
 }
 
 void AppModel::resetPreferences() {

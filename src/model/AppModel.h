@@ -12,20 +12,16 @@
 
 #include "core/Bundle.h"
 #include "core/ChangeSignal.h"
-#include "core/Clock.h"
-#include "core/DataSourceEndpoints.h"
-#include "core/KeyValueStore.h"
-#include "core/MarketDataSource.h"
-#include "core/Notifier.h"
 #include "core/QuoteSnapshot.h"
 #include "core/Scheduler.h"
 #include "model/DemoMarket.h"
-#include "model/Holdings.h"
 #include "model/HoldingsBook.h"
 #include "model/MarketSessions.h"
+#include "model/ModelDependencies.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
 #include "model/PriceAlert.h"
+#include "model/RecordFile.h"
 #include "model/SecuritySearch.h"
 #include "model/Watchlist.h"
 
@@ -39,54 +35,21 @@ class AppModel {
  public:
   using Preferences = tidemark::Preferences;
   using WatchlistBackup = tidemark::WatchlistBackup;
+  using Dependencies = ModelDependencies;
+  using ImportResult = WatchlistImportResult;
+  using HoldingLine = tidemark::HoldingLine;
 
-  struct Dependencies {
-    KeyValueStore& defaults;
-    const Clock& clock;
-    Scheduler& scheduler;
-    MarketDataSource& dataSource;
-    Notifier& notifier;
-    // The user's application-support directory; the watchlist file defaults to
-    // "<it>/Tidemark/watchlist.json". None: the watchlist lives in the store only.
-    std::optional<std::filesystem::path> applicationSupportDirectory = std::nullopt;
-    // An endpoint set for this run only: it replaces the restored one and is never stored.
-    std::optional<DataSourceEndpoints> endpointsOverride = std::nullopt;
-  };
-
-  static constexpr const char* preferencesKey = "tidemark.native.preferences.v2";
-  // An unreadable preferences record is moved here before the defaults are saved over it; the
-  // next unreadable one replaces it.
-  static constexpr const char* preferencesUnreadableKey =
-      "tidemark.native.preferences.unreadable.v2";
-  static constexpr const char* watchlistKey = "tidemark.native.watchlist.v1";
-  static constexpr const char* watchlistBackupKey = "tidemark.native.watchlist.backup.v1";
-  static constexpr const char* snapshotsKey = "tidemark.native.snapshots.v1";
-  static constexpr const char* holdingsKey = "tidemark.native.holdings.v1";
-  static constexpr const char* holdingsUnreadableKey = "tidemark.native.holdings.unreadable.v1";
-  static constexpr const char* sourceManifestKey = "tidemark.native.source-manifest.v1";
   // The orb's hint when settingsWriteFailure() becomes set.
   static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   // The longest watchlist kept: a longer import or watchlist file is refused whole.
   static constexpr size_t maxWatchlistLength = 5000;
   static constexpr double staleAfter = 15;
-  // A live source is asked this often while no watched market is awake.
-  static constexpr double quietRefreshInterval = 300;
   static constexpr double heartbeatInterval = 0.5;
-  static constexpr double refreshDebounce = 0.18;
-  static constexpr double rotationPeriod = 7;
   static const std::vector<std::string>& defaultWatchlist();
   // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
   static Date embeddedSnapshotDate();
 
-  // A stored record that construction could not read (fully), kept aside before anything was
-  // saved over it.
-  struct SetAsideRecord {
-    std::string record;   // the store key, or the watchlist file's path
-    std::string problem;  // what could not be read, in English: "not JSON", "field \"theme\""
-    std::string keptAs;   // the key or file that holds it now; empty when it could not be moved
-    std::string failure;  // why it could not be moved; the file is then left alone this run
-    friend bool operator==(const SetAsideRecord&, const SetAsideRecord&) = default;
-  };
+  using SetAsideRecord = tidemark::SetAsideRecord;
 
   // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
   // the notification queries and the network bootstrap.
@@ -131,8 +94,8 @@ class AppModel {
   const std::optional<std::string>& alertSymbolID() const { return alert_.rule.symbolID; }
   const std::vector<Holding>& holdings() const { return holdings_.list(); }
   bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
-  // A live source while no watched market is awake: refreshed every quietRefreshInterval, and
-  // data counts as current for that long (plus staleAfter). Set by the heartbeat.
+  // A live source while no watched market is awake: refreshed every five minutes, and data
+  // counts as current for that long (plus staleAfter). Set by the heartbeat.
   bool quietRefresh() const { return quietRefresh_; }
   // Why the settings cannot be saved: set by the first failed save after a good one (or since
   // the start), cleared by the next good save; failures in between change nothing. So it
@@ -177,9 +140,7 @@ class AppModel {
 
   // Unpublished state worth reading.
   bool isReady() const { return ready_; }
-  bool alertNotificationsAuthorized() const { return alert_.authorized; }
   bool alertNotificationNeedsDelivery() const { return alert_.needsDelivery; }
-  const std::optional<std::filesystem::path>& watchlistURL() const { return watchlistURL_; }
   // What construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
   const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
@@ -189,7 +150,6 @@ class AppModel {
   bool isLoading() const { return sourceBootstrapInFlight_ || liveLoad_ != nullptr; }
   bool hasPendingRefresh() const { return static_cast<bool>(pendingRefresh_); }
   Date lastRefreshStartedAt() const { return lastRefreshStartedAt_; }
-  Date lastRotationAt() const { return lastRotationAt_; }
 
   // Preferences.
   void savePreferences();
@@ -215,14 +175,7 @@ class AppModel {
   void addSearchResult(const QuoteSnapshot& quote);
   std::optional<std::vector<std::string>> readWatchlist() const;
   void saveWatchlist();
-  // Both throw: file and encoding errors as std::system_error, bad content as ModelError. The
-  // holdings travel with the watchlist: an import that carries them replaces them, one without
-  // leaves them alone.
-  struct ImportResult {
-    size_t symbols = 0;
-    std::optional<size_t> holdings;  // none: the file carried no holdings
-    size_t skippedHoldings = 0;      // entries that are no holding
-  };
+  // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
   void exportWatchlist(const std::filesystem::path& url) const;
   ImportResult importWatchlist(const std::filesystem::path& url);
 
@@ -233,18 +186,11 @@ class AppModel {
   void removeHolding(const std::string& symbol);
   void setShowsDayProfitInTray(bool on);
   bool isWatched(const std::string& symbol) const;
-  // Each holding with its security's quote (none when it has none, or is no longer watched),
-  // looked up once for the whole list.
-  struct HoldingLine {
-    const Holding* holding;
-    const QuoteSnapshot* quote;
-    bool watched;
-  };
+  // Each holding with its quote, looked up once for the whole list.
   std::vector<HoldingLine> holdingLines() const;
   // Per currency, of the watched holdings (of these lines of them).
   std::vector<HoldingsTotal> holdingsTotals() const;
   std::vector<HoldingsTotal> holdingsTotals(const std::vector<HoldingLine>& lines) const;
-  const std::optional<std::filesystem::path>& holdingsURL() const { return holdingsURL_; }
 
   // Refresh engine.
   void heartbeat();
@@ -271,7 +217,6 @@ class AppModel {
   void fetchIntraday(const QuoteSnapshot& quote);
   std::vector<double> priceSeries(const QuoteSnapshot& quote) const;
   bool hasRealIntraday(const QuoteSnapshot& quote) const;
-  static constexpr double intradayThrottle = 60;
 
  private:
   struct LiveLoad;
@@ -296,19 +241,9 @@ class AppModel {
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
-  // Whether the store and the file already hold the list in use, so a start need not write:
-  // the store's record under `key` and the file (unless held aside) both read whole to what
-  // `holds` accepts.
-  bool storedEverywhere(const std::string& key, const std::optional<std::filesystem::path>& file,
-                        bool fileHeld, const std::function<bool(std::string_view)>& holds) const;
   bool watchlistSavedAsIs() const;
-  // Moves an unreadable file aside and records it; false when it could not be moved, and is
-  // then not to be written over this run.
-  bool setAsideFile(const std::filesystem::path& file, std::string problem);
-  void setAsideWatchlistFile(std::string problem);
   // Whether a record was found.
   bool restoreHoldings();
-  void setAsideHoldingsFile(std::string problem);
   void saveHoldings();
   bool holdingsSavedAsIs() const;
   void startFirstLoad();
@@ -353,11 +288,9 @@ class AppModel {
 
   // Unpublished.
   Bundle bundle_;
-  std::optional<std::filesystem::path> watchlistURL_;
-  // An unreadable watchlist file that could not be moved aside is not written over.
-  bool watchlistFileHeld_ = false;
-  std::optional<std::filesystem::path> holdingsURL_;  // "holdings.json" beside the watchlist file
-  bool holdingsFileHeld_ = false;
+  // The files beside the user's other files that keep a copy of the watchlist and holdings.
+  RecordFile watchlistFile_;
+  RecordFile holdingsFile_;
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;

@@ -9,6 +9,7 @@
 #include "core/FileIO.h"
 #include "core/Market.h"
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 
 namespace tidemark {
 
@@ -74,29 +75,24 @@ std::vector<HoldingsTotal> AppModel::holdingsTotals(const std::vector<HoldingLin
 
 bool AppModel::restoreHoldings() {
   std::optional<HoldingsBackup> newest;
-  if (holdingsURL_) {
-    std::error_code error;
+  std::string problem;
+  if (auto bytes = holdingsFile_.read(&problem)) {
     size_t dropped = 0;
-    if (auto bytes = readFile(*holdingsURL_, error)) {
-      newest = holdingsBackupFromBytes(*bytes, &dropped);
-      // A file that could not be read whole is kept aside; what could be read is used.
-      if (!newest) {
-        setAsideHoldingsFile("not a holdings record");
-      } else if (dropped > 0) {
-        setAsideHoldingsFile(std::to_string(dropped) + " of " +
-                             std::to_string(dropped + newest->holdings.size()) +
-                             " holdings unreadable, dropped");
-      }
-    } else if (std::error_code missing;
-               std::filesystem::exists(std::filesystem::symlink_status(*holdingsURL_, missing))) {
-      setAsideHoldingsFile(error.message());
-    }
+    newest = holdingsBackupFromBytes(*bytes, &dropped);
+    // A file that could not be read whole is kept aside; what could be read is used.
+    if (!newest)
+      problem = "not a holdings record";
+    else if (dropped > 0)
+      problem = std::to_string(dropped) + " of " +
+                std::to_string(dropped + newest->holdings.size()) + " holdings unreadable, dropped";
   }
-  if (auto bytes = deps_.defaults.data(holdingsKey)) {
+  if (!problem.empty()) holdingsFile_.setAside(std::move(problem), setAside_);
+  if (auto bytes = deps_.defaults.data(storeKeys::holdings)) {
     auto stored = holdingsBackupFromBytes(*bytes);
     if (!stored) {
-      deps_.defaults.setData(holdingsUnreadableKey, *bytes);
-      setAside_.push_back({holdingsKey, "not a holdings record", holdingsUnreadableKey, ""});
+      deps_.defaults.setData(storeKeys::holdingsUnreadable, *bytes);
+      setAside_.push_back(
+          {storeKeys::holdings, "not a holdings record", storeKeys::holdingsUnreadable, ""});
     } else if (!newest || stored->savedAt > newest->savedAt) {  // on a tie the file wins
       newest = std::move(stored);
     }
@@ -107,12 +103,9 @@ bool AppModel::restoreHoldings() {
 }
 
 bool AppModel::holdingsSavedAsIs() const {
-  return storedEverywhere(holdingsKey, holdingsURL_, holdingsFileHeld_,
-                          [this](std::string_view bytes) { return holdings_.matches(bytes); });
-}
-
-void AppModel::setAsideHoldingsFile(std::string problem) {
-  holdingsFileHeld_ = !setAsideFile(*holdingsURL_, std::move(problem));
+  const auto matches = [this](std::string_view bytes) { return holdings_.matches(bytes); };
+  const auto stored = deps_.defaults.data(storeKeys::holdings);
+  return stored && matches(*stored) && holdingsFile_.holds(matches);
 }
 
 void AppModel::saveHoldings() {
@@ -120,12 +113,8 @@ void AppModel::saveHoldings() {
   auto bytes = json::encode(toJson(holdings_.record(deps_.clock.now())));
   if (!bytes) return;
   // The store first, so it holds the newest list even when the file cannot be written.
-  deps_.defaults.setData(holdingsKey, *bytes);
-  if (!holdingsURL_ || holdingsFileHeld_) return;
-  std::error_code error;
-  std::filesystem::create_directories(holdingsURL_->parent_path(), error);
-  if (error) return;
-  writeFileAtomically(*holdingsURL_, *bytes);
+  deps_.defaults.setData(storeKeys::holdings, *bytes);
+  holdingsFile_.write(*bytes);
 }
 
 }  // namespace tidemark

@@ -8,9 +8,15 @@
 #include "model/AppModel.h"
 #include "model/SnapshotCache.h"
 #include "model/StaticSnapshot.h"
+#include "model/StoreKeys.h"
 
 namespace tidemark {
 namespace {
+
+// A live source is asked this often while no watched market is awake.
+constexpr double quietRefreshInterval = 300;
+constexpr double refreshDebounce = 0.18;
+constexpr double rotationPeriod = 7;
 
 // Tried first to last; a hand-picked live mode is only a first preference.
 std::vector<SourceMode> sourceOrder(SourceMode mode) {
@@ -224,7 +230,8 @@ std::vector<QuoteSnapshot> AppModel::preservingSavedWatchlistQuotes(
 
 void AppModel::saveQuotes() {
   if (!ready_) return;
-  if (auto bytes = encodeSnapshotCache(quotes_)) deps_.defaults.setDataLazily(snapshotsKey, *bytes);
+  if (auto bytes = encodeSnapshotCache(quotes_))
+    deps_.defaults.setDataLazily(storeKeys::snapshots, *bytes);
 }
 
 void AppModel::simulatePhase(QuotePhase phase) {

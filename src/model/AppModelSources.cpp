@@ -2,8 +2,15 @@
 
 #include "core/Market.h"
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 
 namespace tidemark {
+namespace {
+
+// The shortest time between two requests of one symbol's intraday series.
+constexpr double intradayThrottle = 60;
+
+}  // namespace
 
 void AppModel::startFirstLoad() {
   if (!canRequestNotifications_ || !isLive(prefs_.sourceMode)) {
@@ -44,20 +51,20 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
     deps_.scheduler.post(guarded([completion] { completion(false); }));
     return;
   }
-  deps_.dataSource.fetchManifest(*url, guarded(std::function<void(std::optional<std::string>)>(
-                                           [this, completion](std::optional<std::string> body) {
-                                             auto manifest =
-                                                 body ? decodeManifest(*body) : std::nullopt;
-                                             // An equal revision is adopted again; only an older
-                                             // one is refused.
-                                             if (!manifest || !manifest->isValid() ||
-                                                 manifest->revision < sourceConfigRevision_)
-                                               return completion(false);
-                                             dataSourceEndpoints_ = manifest->endpoints;
-                                             sourceConfigRevision_ = manifest->revision;
-                                             deps_.defaults.setData(sourceManifestKey, *body);
-                                             completion(true);
-                                           })));
+  deps_.dataSource.fetchManifest(
+      *url,
+      guarded(std::function<void(std::optional<std::string>)>(
+          [this, completion](std::optional<std::string> body) {
+            auto manifest = body ? decodeManifest(*body) : std::nullopt;
+            // An equal revision is adopted again; only an older
+            // one is refused.
+            if (!manifest || !manifest->isValid() || manifest->revision < sourceConfigRevision_)
+              return completion(false);
+            dataSourceEndpoints_ = manifest->endpoints;
+            sourceConfigRevision_ = manifest->revision;
+            deps_.defaults.setData(storeKeys::sourceManifest, *body);
+            completion(true);
+          })));
 }
 
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {

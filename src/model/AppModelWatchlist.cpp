@@ -9,6 +9,7 @@
 
 #include "core/FileIO.h"
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 
 namespace tidemark {
 
@@ -89,88 +90,52 @@ std::optional<std::vector<std::string>> AppModel::readWatchlist() const {
 
 std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fileProblem) const {
   std::optional<WatchlistBackup> newest;
-  if (watchlistURL_) {
-    std::error_code error;
+  if (auto bytes = watchlistFile_.read(fileProblem)) {
     size_t dropped = 0;
-    if (auto bytes = readFile(*watchlistURL_, error)) {
-      newest = watchlistBackupFromBytes(*bytes, &dropped);
-      if (fileProblem && !newest) *fileProblem = "not a watchlist record";
-      if (fileProblem && newest && dropped > 0)
-        *fileProblem = std::to_string(dropped) + " of " +
-                       std::to_string(dropped + newest->symbols.size()) +
-                       " symbols unreadable, dropped";
-      if (newest && newest->symbols.size() > maxWatchlistLength) {
-        // Too long to keep: refused whole, so the list the settings hold stays.
-        if (fileProblem)
-          *fileProblem = std::to_string(newest->symbols.size()) + " symbols, more than the " +
-                         std::to_string(maxWatchlistLength) + " a watchlist holds";
-        newest.reset();
-      }
-    } else if (std::error_code missing;
-               fileProblem &&
-               std::filesystem::exists(std::filesystem::symlink_status(*watchlistURL_, missing))) {
-      // A folder, a pipe, a file too large or one that cannot be opened.
-      *fileProblem = error.message();
+    newest = watchlistBackupFromBytes(*bytes, &dropped);
+    if (fileProblem && !newest) *fileProblem = "not a watchlist record";
+    if (fileProblem && newest && dropped > 0)
+      *fileProblem = std::to_string(dropped) + " of " +
+                     std::to_string(dropped + newest->symbols.size()) +
+                     " symbols unreadable, dropped";
+    if (newest && newest->symbols.size() > maxWatchlistLength) {
+      // Too long to keep: refused whole, so the list the settings hold stays.
+      if (fileProblem)
+        *fileProblem = std::to_string(newest->symbols.size()) + " symbols, more than the " +
+                       std::to_string(maxWatchlistLength) + " a watchlist holds";
+      newest.reset();
     }
   }
-  if (auto bytes = deps_.defaults.data(watchlistBackupKey)) {
+  if (auto bytes = deps_.defaults.data(storeKeys::watchlistBackup)) {
     // On a tie the file, read first, wins.
     auto stored = watchlistBackupFromBytes(*bytes);
     if (stored && (!newest || stored->exportedAt > newest->exportedAt)) newest = std::move(stored);
   }
   if (newest) return validSymbols(newest->symbols, maxWatchlistLength);
-  if (auto list = deps_.defaults.stringArray(watchlistKey))
+  if (auto list = deps_.defaults.stringArray(storeKeys::watchlist))
     return validSymbols(*list, maxWatchlistLength);
   return std::nullopt;
 }
 
-bool AppModel::storedEverywhere(const std::string& key,
-                                const std::optional<std::filesystem::path>& file, bool fileHeld,
-                                const std::function<bool(std::string_view)>& holds) const {
-  const auto held = [&](const std::optional<std::string>& bytes) { return bytes && holds(*bytes); };
-  if (!held(deps_.defaults.data(key))) return false;
-  if (!file || fileHeld) return true;
-  std::error_code error;
-  return held(readFile(*file, error));
-}
-
 bool AppModel::watchlistSavedAsIs() const {
-  return deps_.defaults.stringArray(watchlistKey) == watchlist_ &&
-         storedEverywhere(watchlistBackupKey, watchlistURL_, watchlistFileHeld_,
-                          [this](std::string_view bytes) {
-                            size_t dropped = 0;
-                            const auto record = watchlistBackupFromBytes(bytes, &dropped);
-                            return record && dropped == 0 && record->symbols == watchlist_;
-                          });
-}
-
-bool AppModel::setAsideFile(const std::filesystem::path& file, std::string problem) {
-  // "watchlist.json" → "watchlist.unreadable.json"; a later unreadable file replaces it.
-  std::filesystem::path aside = file;
-  aside.replace_filename(file.stem().string() + ".unreadable" + file.extension().string());
-  std::error_code error;
-  std::filesystem::rename(file, aside, error);
-  setAside_.push_back({file.string(), std::move(problem), error ? std::string() : aside.string(),
-                       error ? error.message() : ""});
-  return !error;
-}
-
-void AppModel::setAsideWatchlistFile(std::string problem) {
-  watchlistFileHeld_ = !setAsideFile(*watchlistURL_, std::move(problem));
+  const auto matches = [this](std::string_view bytes) {
+    size_t dropped = 0;
+    const auto record = watchlistBackupFromBytes(bytes, &dropped);
+    return record && dropped == 0 && record->symbols == watchlist_;
+  };
+  const auto stored = deps_.defaults.data(storeKeys::watchlistBackup);
+  return deps_.defaults.stringArray(storeKeys::watchlist) == watchlist_ && stored &&
+         matches(*stored) && watchlistFile_.holds(matches);
 }
 
 void AppModel::saveWatchlist() {
   if (!ready_) return;
   // The store first, so it holds the newest list even when the file cannot be written.
-  deps_.defaults.setStringArray(watchlistKey, watchlist_);
+  deps_.defaults.setStringArray(storeKeys::watchlist, watchlist_);
   auto bytes = json::encode(toJson(WatchlistBackup{1, deps_.clock.now(), watchlist_}));
   if (!bytes) return;
-  deps_.defaults.setData(watchlistBackupKey, *bytes);
-  if (!watchlistURL_ || watchlistFileHeld_) return;
-  std::error_code error;
-  std::filesystem::create_directories(watchlistURL_->parent_path(), error);
-  if (error) return;
-  writeFileAtomically(*watchlistURL_, *bytes);
+  deps_.defaults.setData(storeKeys::watchlistBackup, *bytes);
+  watchlistFile_.write(*bytes);
 }
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {

@@ -5,9 +5,17 @@
 #include <string_view>
 #include <vector>
 
+#include "core/QuoteSnapshot.h"
 #include "model/Holdings.h"
 
 namespace tidemark {
+
+// A holding with its security's quote (none when it has none, or is no longer watched).
+struct HoldingLine {
+  const Holding* holding;
+  const QuoteSnapshot* quote;
+  bool watched;
+};
 
 // What the user holds, one entry a symbol in the order entered, with the switch that puts the
 // day's profit in the tray: the list's own rules and its stored record. Which symbols may be held

@@ -38,6 +38,14 @@ struct WatchlistBackup {
   std::vector<std::string> symbols;
 };
 
+// What an import brought: the holdings travel with the watchlist, and an import that carries
+// them replaces them, one without leaves them alone.
+struct WatchlistImportResult {
+  size_t symbols = 0;
+  std::optional<size_t> holdings;  // none: the file carried no holdings
+  size_t skippedHoldings = 0;      // entries that are no holding
+};
+
 // Stored form: keys in field order, the date as seconds since 2001-01-01T00:00:00Z.
 Json toJson(const WatchlistBackup& backup);
 // One bad entry does not cost the list: an entry that is not a string, or holds bytes that are

@@ -27,6 +27,7 @@
 #include "core/Json.h"
 #include "model/AppModel.h"
 #include "model/Preferences.h"
+#include "model/StoreKeys.h"
 #include "platform/SettingsStore.h"
 #include "support/EndlessServer.h"
 #include "support/Fakes.h"
@@ -155,11 +156,11 @@ class CommandLine : public testing::Test {
                       const std::vector<std::string>& watchlist = {"600519"}) {
     std::filesystem::create_directories(config);
     SettingsStore store(QString::fromStdString((config / "Tidemark.conf").string()));
-    store.setStringArray(AppModel::watchlistKey, watchlist);
+    store.setStringArray(storeKeys::watchlist, watchlist);
     QuoteSnapshot held{"600519", "A股", "贵州茅台",        1400,     1390, 1401,
                        1388,     9,     Date{814'000'000}, "tencent"};
-    store.setData(AppModel::snapshotsKey, Json::array({toJson(held)}).dump());
-    if (preferences) store.setData(AppModel::preferencesKey, toJson(*preferences).dump());
+    store.setData(storeKeys::snapshots, Json::array({toJson(held)}).dump());
+    if (preferences) store.setData(storeKeys::preferences, toJson(*preferences).dump());
   }
   // Files below the private home, other than the folders made for the run.
   std::vector<std::string> filesLeft() const {
@@ -309,7 +310,7 @@ TEST_F(CommandLine, TheDesktopAppBesideASilentBusSaysWhatItSetAsideAndOnceThatSe
   std::filesystem::create_directories(config);
   std::filesystem::create_directories(data);
   const QString settingsFile = QString::fromStdString(config / "Tidemark.conf");
-  SettingsStore(settingsFile).setData(AppModel::preferencesKey, R"({"theme":"midnight")");
+  SettingsStore(settingsFile).setData(storeKeys::preferences, R"({"theme":"midnight")");
   std::ofstream(data / "watchlist.json") << "{broken";
 
   // A look at the quotes leaves everything as it was, unreadable parts included.

@@ -138,7 +138,7 @@ TEST(Holdings, TheModelRefusesKeepsAndStoresThem) {
   const std::string stored =
       R"({"version":1,"savedAt":)" START R"(,"holdings":[{"symbolID":"600519","shares":100.0,)"
       R"("cost":1500.5},{"symbolID":"00700","shares":0.5,"cost":0.0}],"showsDayProfitInTray":true})";
-  EXPECT_EQ(h.store.data(AppModel::holdingsKey), stored);
+  EXPECT_EQ(h.store.data(storeKeys::holdings), stored);
   std::error_code error;
   EXPECT_EQ(readFile(h.folder.path() / "holdings.json", error), stored);
 
@@ -183,13 +183,13 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
        fileRecord,
        {{"600519", 100, 1500.5}},
        {}},
-      {"an unreadable store", std::nullopt, "[]", {}, {AppModel::holdingsKey}},
+      {"an unreadable store", std::nullopt, "[]", {}, {storeKeys::holdings}},
       {"nothing stored", std::nullopt, std::nullopt, {}, {}},
   };
   for (const auto& k : cases) {
     ModelHarness h;
     if (k.file) std::ofstream(h.folder.path() / "holdings.json") << *k.file;
-    if (k.store) h.store.setData(AppModel::holdingsKey, *k.store);
+    if (k.store) h.store.setData(storeKeys::holdings, *k.store);
     auto m = h.make();
     EXPECT_EQ(m->holdings(), k.read) << k.what;
     std::vector<std::string> aside;
@@ -197,10 +197,10 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
       aside.push_back(std::filesystem::path(r.record).filename().string());
     EXPECT_EQ(aside, k.setAside) << k.what;
     // What is stored afterwards holds no entry that could not be read.
-    EXPECT_EQ(h.store.data(AppModel::holdingsKey).value_or("").find("-1"), std::string::npos)
+    EXPECT_EQ(h.store.data(storeKeys::holdings).value_or("").find("-1"), std::string::npos)
         << k.what;
     if (k.store == "[]") {
-      EXPECT_EQ(h.store.data(AppModel::holdingsUnreadableKey), "[]");
+      EXPECT_EQ(h.store.data(storeKeys::holdingsUnreadable), "[]");
     }
     if (!k.file && !k.store) {
       EXPECT_FALSE(std::filesystem::exists(h.folder.path() / "holdings.json")) << "none written";

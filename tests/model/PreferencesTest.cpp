@@ -40,12 +40,12 @@ TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
   h.scheduler.advance(30);  // refreshes every 2.6 s and the rotation
   EXPECT_NE(m->activeID(), before);
   const std::set<std::string> lazy(h.store.lazy.begin(), h.store.lazy.end());
-  EXPECT_EQ(lazy, (std::set<std::string>{AppModel::preferencesKey, AppModel::snapshotsKey}));
+  EXPECT_EQ(lazy, (std::set<std::string>{storeKeys::preferences, storeKeys::snapshots}));
   EXPECT_EQ(prompt(), std::vector<std::string>{});
   m->setTheme(AppTheme::light);
   m->refresh();
   h.scheduler.advance(3);
-  EXPECT_EQ(prompt(), std::vector<std::string>{AppModel::preferencesKey});
+  EXPECT_EQ(prompt(), std::vector<std::string>{storeKeys::preferences});
   // Read back whole: the lazily kept fields are in the record the store holds.
   EXPECT_EQ(h.make()->activeID(), m->activeID());
   // A start that finds every list and choice stored writes nothing at once, the files neither;
@@ -62,7 +62,7 @@ TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
   EXPECT_EQ(std::filesystem::last_write_time(file, error), written);
   std::filesystem::remove(h.folder.path() / "holdings.json");
   m = h.make(true);
-  EXPECT_EQ(prompt(), std::vector<std::string>{AppModel::holdingsKey});
+  EXPECT_EQ(prompt(), std::vector<std::string>{storeKeys::holdings});
   EXPECT_TRUE(std::filesystem::exists(h.folder.path() / "holdings.json"));
 }
 
@@ -90,7 +90,7 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
     const auto edit = json::parse(patch);
     if (edit) record.merge_patch(*edit);
     const std::string bytes = edit ? record.dump() : patch;
-    h.store.setData(AppModel::preferencesKey, bytes);
+    h.store.setData(storeKeys::preferences, bytes);
     h.store.setData(unreadableKey, "older");
     h.store.writes.clear();
     auto model = h.make();
@@ -105,8 +105,8 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
     EXPECT_EQ(h.make()->setAsideRecords(), std::vector<AppModel::SetAsideRecord>{}) << patch;
     EXPECT_EQ(h.store.data(unreadableKey), problem ? bytes : "older") << patch;
     const auto& [key, saved] = h.store.writes.at(problem ? 1 : 0);
-    EXPECT_EQ(h.store.writes[0].first, problem ? unreadableKey : AppModel::preferencesKey);
-    EXPECT_EQ(key, AppModel::preferencesKey) << patch;
+    EXPECT_EQ(h.store.writes[0].first, problem ? unreadableKey : storeKeys::preferences);
+    EXPECT_EQ(key, storeKeys::preferences) << patch;
     EXPECT_EQ(json::string(*json::parse(saved), "theme"), rawValue(theme)) << patch;
   }
 }

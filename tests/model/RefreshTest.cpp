@@ -295,7 +295,7 @@ TEST(Bootstrap, StatusTextsForEveryEnd) {
     EXPECT_EQ(m->sourceConfigRevision(), revision);
     EXPECT_FALSE(h.source.calls.empty()) << "quotes are loaded whatever the probes said";
     const bool adopted = probes.size() == 2;
-    EXPECT_EQ(h.store.data(AppModel::sourceManifestKey).has_value(), adopted);
+    EXPECT_EQ(h.store.data(storeKeys::sourceManifest).has_value(), adopted);
     if (!adopted) continue;
     EXPECT_EQ(h.source.probedWith.at(1), "https://m.gtimg.cn/q=");
     auto next = h.make();  // the next start uses it
@@ -306,7 +306,7 @@ TEST(Bootstrap, StatusTextsForEveryEnd) {
 
 TEST(Bootstrap, AStoredManifestThatHasBecomeInvalidIsPassedOverSilently) {
   ModelHarness h;
-  h.store.setData(AppModel::sourceManifestKey, manifest(7, "http://m.gtimg.cn/q="));
+  h.store.setData(storeKeys::sourceManifest, manifest(7, "http://m.gtimg.cn/q="));
   auto m = h.make();
   EXPECT_EQ(m->sourceConfigStatus(), "使用内置地址");
   EXPECT_EQ(m->dataSourceEndpoints(), DataSourceEndpoints::bundled());

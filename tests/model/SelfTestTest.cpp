@@ -29,13 +29,13 @@ TEST(SelfTest, EachBrokenEnvironmentFailsWithItsTextAndLeavesNothingBehind) {
   const Store memory = [] { return std::make_unique<MemoryKeyValueStore>(); };
   const Store inUse = [] {
     auto store = std::make_unique<MemoryKeyValueStore>();
-    store->setStringArray(AppModel::watchlistKey, {"NVDA"});
+    store->setStringArray(storeKeys::watchlist, {"NVDA"});
     return store;
   };
   const auto forgetting = [](std::vector<std::string> keys) -> Store {
     return [keys] { return std::make_unique<ForgetfulStore>(keys); };
   };
-  const Store losesWatchlist = forgetting({AppModel::watchlistKey, AppModel::watchlistBackupKey});
+  const Store losesWatchlist = forgetting({storeKeys::watchlist, storeKeys::watchlistBackup});
   const std::string future =
       R"({"updatedAt":"2030-01-01T00:00:00Z","quotes":[{"symbol":"600519","market":"CN",)"
       R"("name":"贵州茅台","price":1,"prevClose":1,"high":1,"low":1,"volume":1}]})";

@@ -30,16 +30,16 @@ TEST(StoredFormats, PreferencesRecord) {
   ModelHarness h;
   h.make();
   EXPECT_EQ(
-      h.store.data(AppModel::preferencesKey),
+      h.store.data(storeKeys::preferences),
       R"({"activeID":"600519","theme":"dark","reduceMotion":false,"refreshInterval":2.6,)"
       R"("sourceMode":"mock","masked":false,"orbSize":96.0,"autoRotate":true,)"
       R"("menuDensity":0,"orbShowsName":false,"phase":"live","latencyMS":86,"updatedAt":)" START
       R"(,"onboardingSeen":false,"alertAbove":true,"alertTriggered":false})");
   // A record that differs from the defaults everywhere is read whole: saved again, it is the same.
   ModelHarness reader;
-  reader.store.setData(AppModel::preferencesKey, preferences);
+  reader.store.setData(storeKeys::preferences, preferences);
   reader.make();
-  EXPECT_EQ(reader.store.data(AppModel::preferencesKey), preferences);
+  EXPECT_EQ(reader.store.data(storeKeys::preferences), preferences);
 }
 
 TEST(StoredFormats, WatchlistBackupAndFile) {
@@ -48,15 +48,15 @@ TEST(StoredFormats, WatchlistBackupAndFile) {
   m->setWatchlist({"NVDA", "00700"});
   const std::string backup =
       R"({"version":1,"exportedAt":)" START R"(,"symbols":["NVDA","00700"]})";
-  EXPECT_EQ(h.store.data(AppModel::watchlistBackupKey), backup);
+  EXPECT_EQ(h.store.data(storeKeys::watchlistBackup), backup);
   std::error_code error;
   EXPECT_EQ(readFile(h.folder.path() / "watchlist.json", error), backup);
   // A backup one second newer than the file wins; on a tie the file does.
-  h.store.setData(AppModel::watchlistBackupKey,
+  h.store.setData(storeKeys::watchlistBackup,
                   R"({"version":1,"exportedAt":816832801.0,"symbols":["03033"]})");
   EXPECT_EQ(h.make()->watchlist(), List{"03033"});
   std::ofstream(h.folder.path() / "watchlist.json") << backup;
-  h.store.setData(AppModel::watchlistBackupKey,
+  h.store.setData(storeKeys::watchlistBackup,
                   R"({"version":1,"exportedAt":)" START R"(,"symbols":["03033"]})");
   EXPECT_EQ(h.make()->watchlist(), (List{"NVDA", "00700"}));
 }
@@ -72,7 +72,7 @@ TEST(StoredFormats, SnapshotCache) {
   auto m = h.make();
   m->setWatchlist({"600519"});
   m->setSourceMode(SourceMode::tencent);
-  EXPECT_EQ(h.store.data(AppModel::snapshotsKey), cache);
+  EXPECT_EQ(h.store.data(storeKeys::snapshots), cache);
   // Read back whole, or not at all when one entry is broken; the phase follows the saved time.
   const std::tuple<std::string, double, size_t, QuotePhase> reads[] = {
       {cache, 20, 1, QuotePhase::stale},
@@ -80,11 +80,11 @@ TEST(StoredFormats, SnapshotCache) {
   };
   for (const auto& [bytes, age, count, phase] : reads) {
     ModelHarness reader;
-    reader.store.setData(AppModel::snapshotsKey, bytes);
+    reader.store.setData(storeKeys::snapshots, bytes);
     Preferences p;
     p.sourceMode = SourceMode::tencent;  // its load never answers: nothing replaces the quotes
     p.updatedAt = test::testStart() + -age;
-    reader.store.setData(AppModel::preferencesKey, toJson(p).dump());
+    reader.store.setData(storeKeys::preferences, toJson(p).dump());
     reader.source.holdAnswers = true;
     auto r = reader.make();
     EXPECT_EQ(r->quotes(), count ? m->quotes() : std::vector<QuoteSnapshot>{}) << age;

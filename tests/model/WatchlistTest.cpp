@@ -118,17 +118,17 @@ TEST(Watchlist, AnUnreadableFileIsMovedAsideOrLeftAlone) {
     std::ofstream(h.folder.path() / "watchlist.json.a1B2c3") << "{half";
     std::ofstream(h.folder.path() / "watchlist.json.mine") << "{mine";
     if (blocked) std::filesystem::create_directories(aside / "x");
-    if (plain) h.store.setStringArray(AppModel::watchlistKey, *plain);
+    if (plain) h.store.setStringArray(storeKeys::watchlist, *plain);
     if (!plain)
-      h.store.setData(AppModel::watchlistBackupKey,
+      h.store.setData(storeKeys::watchlistBackup,
                       R"({"version":1,"exportedAt":0.0,"symbols":["03033"]})");
     auto m = h.make();
     EXPECT_EQ(m->watchlist(), list) << bytes;
     EXPECT_EQ(m->activeID(), list.empty() ? "" : list[0]);
-    EXPECT_EQ(h.store.stringArray(AppModel::watchlistKey), list);
+    EXPECT_EQ(h.store.stringArray(storeKeys::watchlist), list);
     std::error_code error;
     EXPECT_EQ(readFile(file, error),
-              blocked ? std::optional(bytes) : h.store.data(AppModel::watchlistBackupKey));
+              blocked ? std::optional(bytes) : h.store.data(storeKeys::watchlistBackup));
     std::vector<AppModel::SetAsideRecord> expected;
     if (problem)
       expected.push_back(
@@ -204,7 +204,7 @@ TEST(Watchlist, IndicesBesideTheStockOfTheSameDigits) {
   m->loadSource(false);
   EXPECT_NE(m->quote("sh000001")->price, 3882.78) << "moves like the rest";
   EXPECT_LT(std::abs(m->quote("sh000001")->price / 3882.78 - 1), 0.006);
-  EXPECT_EQ(h.store.stringArray(AppModel::watchlistKey),
+  EXPECT_EQ(h.store.stringArray(storeKeys::watchlist),
             (List{"000001", "sh000001", "hkHSI", "usIXIC", "sz399001", "sh000016"}));
   EXPECT_EQ(m->setHolding("sh000001", 1, 3000), "指数不能录入持仓");
   EXPECT_EQ(m->setHolding("000001", 100, 11), std::nullopt);
@@ -272,7 +272,7 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
   EXPECT_EQ(m->watchlist(), (List{"600519", "00700", "NVDA", "03033", "000858", "601899"}));
   EXPECT_EQ(m->quote("601899")->price, 18.4);
   EXPECT_EQ(m->quote("600519")->price, 1500);
-  EXPECT_NE(h.store.data(AppModel::snapshotsKey)->find("601899"), std::string::npos);
+  EXPECT_NE(h.store.data(storeKeys::snapshots)->find("601899"), std::string::npos);
 
   // The newest search wins; clearing the box drops the one under way.
   h.source.holdSearches = true;

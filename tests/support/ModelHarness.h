@@ -5,6 +5,7 @@
 
 #include "core/KeyValueStore.h"
 #include "model/AppModel.h"
+#include "model/StoreKeys.h"
 #include "support/Fakes.h"
 
 namespace tidemark {
