@@ -41,10 +41,10 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
     holdingsFile_ = RecordFile(watchlistURL->parent_path() / "holdings.json");
   }
 
-  restoreSourceConfiguration();
+  sources_ = SourceConfiguration::restored(deps_.defaults, bundle_);
   if (deps_.endpointsOverride) {
-    dataSourceEndpoints_ = *deps_.endpointsOverride;
-    sourceConfigStatus_ = "使用指定地址";
+    sources_.endpoints = *deps_.endpointsOverride;
+    sources_.status = "使用指定地址";
   }
   restorePreferences();
   restoreSnapshotCache();
@@ -96,29 +96,6 @@ std::function<void()> AppModel::guarded(std::function<void()> work) {
 }
 
 // ---- Restoring ---------------------------------------------------------------------------
-
-void AppModel::restoreSourceConfiguration() {
-  if (auto bytes = deps_.defaults.data(storeKeys::sourceManifest)) {
-    if (auto manifest = decodeManifest(*bytes); manifest && manifest->isValid()) {
-      dataSourceEndpoints_ = manifest->endpoints;
-      sourceConfigRevision_ = manifest->revision;
-      sourceConfigStatus_ = "使用缓存地址 r" + std::to_string(manifest->revision);
-      return;
-    }
-  }
-  // The configuration shipped with the application is the built-in set, possibly newer than
-  // the compiled-in one.
-  if (auto path = bundle_.resource("data-source-config", "json")) {
-    std::error_code error;
-    if (auto bytes = readFile(*path, error)) {
-      if (auto manifest = decodeManifest(*bytes); manifest && manifest->isValid()) {
-        dataSourceEndpoints_ = manifest->endpoints;
-        sourceConfigRevision_ = manifest->revision;
-      }
-    }
-  }
-  sourceConfigStatus_ = "使用内置地址";
-}
 
 namespace {
 

@@ -23,6 +23,7 @@
 #include "model/PriceAlert.h"
 #include "model/RecordFile.h"
 #include "model/SecuritySearch.h"
+#include "model/SourceConfiguration.h"
 #include "model/Watchlist.h"
 
 namespace tidemark {
@@ -68,7 +69,7 @@ class AppModel {
   const std::map<std::string, std::vector<double>>& intradaySeries() const {
     return intradaySeries_;
   }
-  const std::string& sourceConfigStatus() const { return sourceConfigStatus_; }
+  const std::string& sourceConfigStatus() const { return sources_.status; }
   const std::vector<std::string>& watchlist() const { return watchlist_; }
   const std::string& activeID() const { return prefs_.activeID; }
   AppTheme theme() const { return prefs_.theme; }
@@ -143,11 +144,11 @@ class AppModel {
   bool alertNotificationNeedsDelivery() const { return alert_.needsDelivery; }
   // What construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
-  const DataSourceEndpoints& dataSourceEndpoints() const { return dataSourceEndpoints_; }
-  int64_t sourceConfigRevision() const { return sourceConfigRevision_; }
-  bool sourceBootstrapInFlight() const { return sourceBootstrapInFlight_; }
+  const DataSourceEndpoints& dataSourceEndpoints() const { return sources_.endpoints; }
+  int64_t sourceConfigRevision() const { return sources_.revision; }
+  bool sourceBootstrapInFlight() const { return sources_.bootstrapInFlight; }
   // A bootstrap or a live load is under way; its end changes the published state.
-  bool isLoading() const { return sourceBootstrapInFlight_ || liveLoad_ != nullptr; }
+  bool isLoading() const { return sources_.bootstrapInFlight || liveLoad_ != nullptr; }
   bool hasPendingRefresh() const { return static_cast<bool>(pendingRefresh_); }
   Date lastRefreshStartedAt() const { return lastRefreshStartedAt_; }
 
@@ -236,7 +237,6 @@ class AppModel {
     };
   }
 
-  void restoreSourceConfiguration();
   void restorePreferences();
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
@@ -270,7 +270,7 @@ class AppModel {
   // Published.
   std::vector<QuoteSnapshot> quotes_;
   std::map<std::string, std::vector<double>> intradaySeries_;
-  std::string sourceConfigStatus_ = "使用内置地址";
+  SourceConfiguration sources_;
   std::vector<std::string> watchlist_;
   // The preferences in use, one record: the store's defaults but for the first symbol and the
   // name switch, which is always set here.
@@ -302,9 +302,6 @@ class AppModel {
   bool quietData_ = false;
   Date lastRotationAt_;
   std::map<std::string, Date> intradayRequestedAt_;
-  DataSourceEndpoints dataSourceEndpoints_ = DataSourceEndpoints::bundled();
-  int64_t sourceConfigRevision_ = 0;
-  bool sourceBootstrapInFlight_ = false;
   MockMarket mockMarket_;
   // The live load whose answers still count; an older one's answers are dropped.
   std::shared_ptr<LiveLoad> liveLoad_;

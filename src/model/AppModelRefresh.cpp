@@ -75,7 +75,7 @@ void AppModel::heartbeat() {
 }
 
 void AppModel::beginRefresh(bool /*automatic*/) {
-  if (sourceBootstrapInFlight_) return;
+  if (sources_.bootstrapInFlight) return;
   pendingRefresh_.cancel();
   lastRefreshStartedAt_ = deps_.clock.now();
   pendingRefresh_ = deps_.scheduler.after(refreshDebounce, guarded([this] {
@@ -165,7 +165,7 @@ void AppModel::attempt(const std::shared_ptr<LiveLoad>& load) {
   // reads its argument.
   const std::vector<std::string> wanted = load->wanted;
   deps_.dataSource.fetchQuotes(
-      source, dataSourceEndpoints_, wanted, load->cached,
+      source, sources_.endpoints, wanted, load->cached,
       guarded(std::function<void(std::vector<QuoteSnapshot>, std::optional<std::string>)>(
           [this, weakLoad](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
             auto load = weakLoad.lock();

@@ -43,7 +43,7 @@ void AppModel::searchSource(const std::string& text) {
     return endSearch(localSearch(query), false);
 
   deps_.dataSource.searchSecurities(
-      dataSourceEndpoints_, query,
+      sources_.endpoints, query,
       guarded(QuotesCompletion([this, generation, query](std::vector<QuoteSnapshot> found,
                                                          std::optional<std::string> error) {
         if (!search_.isCurrent(generation)) return;  // a newer search is under way or done

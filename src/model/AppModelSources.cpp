@@ -17,8 +17,8 @@ void AppModel::startFirstLoad() {
     loadSource(true);
     return;
   }
-  if (sourceBootstrapInFlight_) return;  // the bootstrap under way loads when it ends
-  sourceBootstrapInFlight_ = true;
+  if (sources_.bootstrapInFlight) return;  // the bootstrap under way loads when it ends
+  sources_.bootstrapInFlight = true;
   setPhase(QuotePhase::loading);
   savePreferences();
   bootstrapDataSourcesAndLoad();
@@ -26,19 +26,19 @@ void AppModel::startFirstLoad() {
 
 void AppModel::bootstrapDataSourcesAndLoad() {
   const auto end = [this](std::string status) {
-    assign(sourceConfigStatus_, std::move(status));
-    sourceBootstrapInFlight_ = false;
+    assign(sources_.status, std::move(status));
+    sources_.bootstrapInFlight = false;
     loadSource(true);
   };
   deps_.dataSource.probeQuoteEndpoints(
-      dataSourceEndpoints_, guarded(std::function<void(bool)>([this, end](bool usable) {
-        if (usable) return end("行情地址可用 · r" + std::to_string(sourceConfigRevision_));
-        assign(sourceConfigStatus_, std::string("检测到行情地址异常，正在获取更新…"));
+      sources_.endpoints, guarded(std::function<void(bool)>([this, end](bool usable) {
+        if (usable) return end("行情地址可用 · r" + std::to_string(sources_.revision));
+        assign(sources_.status, std::string("检测到行情地址异常，正在获取更新…"));
         fetchRemoteSourceManifest([this, end](bool adopted) {
           if (!adopted) return end("远程更新不可用 · 使用缓存地址");
           deps_.dataSource.probeQuoteEndpoints(
-              dataSourceEndpoints_, guarded(std::function<void(bool)>([this, end](bool ok) {
-                end(ok ? "远程地址已更新并验证 · r" + std::to_string(sourceConfigRevision_)
+              sources_.endpoints, guarded(std::function<void(bool)>([this, end](bool ok) {
+                end(ok ? "远程地址已更新并验证 · r" + std::to_string(sources_.revision)
                        : "已更新地址 · 部分源仍不可用");
               })));
         });
@@ -52,19 +52,10 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
     return;
   }
   deps_.dataSource.fetchManifest(
-      *url,
-      guarded(std::function<void(std::optional<std::string>)>(
-          [this, completion](std::optional<std::string> body) {
-            auto manifest = body ? decodeManifest(*body) : std::nullopt;
-            // An equal revision is adopted again; only an older
-            // one is refused.
-            if (!manifest || !manifest->isValid() || manifest->revision < sourceConfigRevision_)
-              return completion(false);
-            dataSourceEndpoints_ = manifest->endpoints;
-            sourceConfigRevision_ = manifest->revision;
-            deps_.defaults.setData(storeKeys::sourceManifest, *body);
-            completion(true);
-          })));
+      *url, guarded(std::function<void(std::optional<std::string>)>(
+                [this, completion](const std::optional<std::string>& body) {
+                  completion(sources_.adopt(body, deps_.defaults));
+                })));
 }
 
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
@@ -80,7 +71,7 @@ void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
   intradayRequestedAt_[quote.id] = now;
   // Copies: an answer given at once may replace the quotes `quote` lives in.
   const std::string id = quote.id, market = quote.market;
-  deps_.dataSource.fetchIntraday(dataSourceEndpoints_, id, market,
+  deps_.dataSource.fetchIntraday(sources_.endpoints, id, market,
                                  guarded(std::function<void(MarketDataSource::Intraday)>(
                                      [this, id, now](MarketDataSource::Intraday answer) {
                                        // Never asked, because a newer request took its place: the
