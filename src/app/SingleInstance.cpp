@@ -50,7 +50,7 @@ QString SingleInstance::runtimeFolder(QString* notice) {
   };
   const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
   if (!runtime.isEmpty() && usable(runtime, false)) return QString::fromLocal8Bit(runtime);
-  const QString own = QDir::tempPath() + QStringLiteral("/tidemark-%1").arg(uid);
+  QString own = QDir::tempPath() + QStringLiteral("/tidemark-%1").arg(uid);
   const QByteArray ownPath = QFile::encodeName(own);
   ::mkdir(ownPath.constData(), 0700);  // or it is there already, and checked below
   const QString why = runtime.isEmpty() ? QStringLiteral("$XDG_RUNTIME_DIR is not set")

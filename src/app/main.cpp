@@ -1,3 +1,4 @@
+#include <exception>
 #include <iostream>
 
 #ifdef __GLIBC__
@@ -13,7 +14,9 @@
 #include "app/QuotesCommand.h"
 #include "app/SingleInstance.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
 #ifdef __GLIBC__
   // A feed that fails by sending too much leaves large blocks that are freed at once. glibc's
   // threshold for mapping a block on its own rises with each such free, after which the blocks
@@ -66,4 +69,18 @@ int main(int argc, char** argv) {
     }
   }
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // What no layer could handle ends the run with its reason rather than an abort.
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "tidemark: " << error.what() << "\n";
+  } catch (...) {
+    std::cerr << "tidemark: unexpected failure\n";
+  }
+  return 1;
 }

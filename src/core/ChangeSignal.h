@@ -16,7 +16,8 @@ class ChangeSignal {
   class Subscription {
    public:
     Subscription() = default;
-    Subscription(std::weak_ptr<Handlers> handlers, uint64_t id) : handlers_(handlers), id_(id) {}
+    Subscription(std::weak_ptr<Handlers> handlers, uint64_t id)
+        : handlers_(std::move(handlers)), id_(id) {}
     Subscription(Subscription&&) noexcept = default;
     Subscription& operator=(Subscription&& other) noexcept {
       if (this != &other) {

@@ -38,7 +38,8 @@ class KeyValueStore {
     setData(key, bytes);
   }
   // Stores that keep nothing beyond memory have nothing to tell.
-  virtual void setWriteObserver(WriteObserver) {}
+  virtual void setWriteObserver(WriteObserver /*observer*/) {
+  }  // NOLINT(performance-unnecessary-value-param): a sink for the stores that keep it
 };
 
 // A store that lives in memory only: throw-away runs and tests.

@@ -50,8 +50,10 @@ class MarketDataSource {
   // Securities whose code or name matches the text, with their quotes, best match first. No
   // quotes and no error: nothing matched. An error: the search itself failed, which is all a
   // source without a search can say.
-  virtual void searchSecurities(const DataSourceEndpoints& /*endpoints*/,
-                                const std::string& /*text*/, QuotesCompletion completion) {
+  virtual void searchSecurities(
+      const DataSourceEndpoints& /*endpoints*/, const std::string& /*text*/,
+      QuotesCompletion completion) {  // NOLINT(performance-unnecessary-value-param): a sink for the
+                                      // sources that search
     completion({}, "数据源不支持搜索");
   }
 };

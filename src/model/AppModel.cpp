@@ -21,7 +21,9 @@ Date AppModel::embeddedSnapshotDate() {
 
 AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
                    bool startTimers, Bundle bundle)
-    : deps_(dependencies), bundle_(std::move(bundle)), canRequestNotifications_(startTimers) {
+    : deps_(std::move(dependencies)),
+      bundle_(std::move(bundle)),
+      canRequestNotifications_(startTimers) {
   const Date now = deps_.clock.now();
   prefs_.updatedAt = now;
   lastRefreshStartedAt_ = now;

@@ -45,7 +45,7 @@ void AppModel::searchSource(const std::string& text) {
   deps_.dataSource.searchSecurities(
       sources_.endpoints, query,
       guarded(QuotesCompletion([this, generation, query](std::vector<QuoteSnapshot> found,
-                                                         std::optional<std::string> error) {
+                                                         const std::optional<std::string>& error) {
         if (!search_.isCurrent(generation)) return;  // a newer search is under way or done
         if (!error) return endSearch(std::move(found), false);
         // The shipped securities still answer the common names when the source is down.

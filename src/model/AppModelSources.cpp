@@ -51,11 +51,11 @@ void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
     deps_.scheduler.post(guarded([completion] { completion(false); }));
     return;
   }
-  deps_.dataSource.fetchManifest(
-      *url, guarded(std::function<void(std::optional<std::string>)>(
-                [this, completion](const std::optional<std::string>& body) {
-                  completion(sources_.adopt(body, deps_.defaults));
-                })));
+  deps_.dataSource.fetchManifest(*url,
+                                 guarded(std::function<void(std::optional<std::string>)>(
+                                     [this, completion](const std::optional<std::string>& body) {
+                                       completion(sources_.adopt(body, deps_.defaults));
+                                     })));
 }
 
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {

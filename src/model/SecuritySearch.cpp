@@ -50,7 +50,10 @@ std::vector<QuoteSnapshot> rankedMatches(
     const auto rank = matchRank(candidate, folded);
     if (!rank) continue;
     const QuoteSnapshot* held = fresher(candidate.id);
-    ranked.emplace_back(*rank, held ? *held : std::move(candidate));
+    if (held)
+      ranked.emplace_back(*rank, *held);
+    else
+      ranked.emplace_back(*rank, std::move(candidate));
   }
   std::stable_sort(ranked.begin(), ranked.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -234,13 +234,13 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
                   {variantArgument(item->properties.value(args[1].toString()))});
     }
     if (member == QLatin1String("Event") && args.size() == 4) {
-      event(args[0].toInt(), args[1].toString());
+      handleEvent(args[0].toInt(), args[1].toString());
       return send(message, connection, {});
     }
     if (member == QLatin1String("EventGroup") && args.size() == 1) {
       QList<int> errors;
       for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
-        if (!event(e.id, e.eventId)) errors << e.id;
+        if (!handleEvent(e.id, e.eventId)) errors << e.id;
       return send(message, connection, {QVariant::fromValue(errors)});
     }
     if (member == QLatin1String("AboutToShow") && args.size() == 1) {
@@ -264,7 +264,7 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
 
  private:
   // A click triggers the item's action on the next turn; other events need nothing.
-  bool event(int id, const QString& name) {
+  bool handleEvent(int id, const QString& name) {
     const auto it = owner_.actions_.find(id);
     if (it == owner_.actions_.end() && id != 0) return false;
     if (name == QLatin1String("clicked") && it != owner_.actions_.end() && it->second) {
@@ -436,8 +436,9 @@ bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
   png.width = static_cast<png_uint_32>(rgba.width());
   png.height = static_cast<png_uint_32>(rgba.height());
   png.format = PNG_FORMAT_RGBA;
-  const bool written = png_image_write_to_file(&png, QFile::encodeName(path).constData(), 0,
-                                               rgba.constBits(), rgba.bytesPerLine(), nullptr);
+  const bool written =
+      png_image_write_to_file(&png, QFile::encodeName(path).constData(), 0, rgba.constBits(),
+                              static_cast<png_int_32>(rgba.bytesPerLine()), nullptr);
   png_image_free(&png);
   if (!written) QFile::remove(path);
   return written;

@@ -81,7 +81,8 @@ WindowContentFactory standardWindowContent(
     AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
     std::function<std::optional<std::string>(bool on)> setAutostart,
     SettingsView::DesktopKeys keys) {
-  return [&model, &clock, autostartEnabled, setAutostart, keys](
+  return [&model, &clock, autostartEnabled = std::move(autostartEnabled),
+          setAutostart = std::move(setAutostart), keys = std::move(keys)](
              AppDelegate& d, AuxWindow key, std::optional<SettingsSection> section) -> QWidget* {
     if (key == AuxWindow::guide)
       return new OnboardingView(model, [&d] { d.closeWindow(AuxWindow::guide); });

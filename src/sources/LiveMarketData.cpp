@@ -106,7 +106,7 @@ void LiveMarketData::probeQuoteEndpoints(const DataSourceEndpoints& endpoints,
 void LiveMarketData::fetchManifest(const std::string& url,
                                    std::function<void(std::optional<std::string>)> completion) {
   HttpRequest request{url, {{"Accept", "application/json"}}, 5, manifestMaxBytes};
-  http_.get(request, [completion = std::move(completion)](HttpResponse response) {
+  http_.get(request, [completion = std::move(completion)](const HttpResponse& response) {
     completion(isSuccess(response) ? response.body : std::nullopt);
   });
 }

@@ -142,12 +142,12 @@ void StockSDKBridge::launch(Purpose purpose, ProcessRequest request, Answer answ
   }
 }
 
-void StockSDKBridge::start(Purpose purpose, ProcessRequest request, Answer answer) {
+void StockSDKBridge::start(Purpose purpose, const ProcessRequest& request, Answer answer) {
   Slot& slot = (*slots_)[purpose];
   slot.running = true;
   slot.key = runKey(request);
   slot.answers.push_back(std::move(answer));
-  runner_.run(request, [this, purpose, alive = std::weak_ptr(slots_)](ProcessResult result) {
+  runner_.run(request, [this, purpose, alive = std::weak_ptr(slots_)](const ProcessResult& result) {
     if (alive.lock()) ended(purpose, result);
   });
 }
@@ -226,7 +226,7 @@ void StockSDKBridge::probeHealth(const DataSourceEndpoints& endpoints,
   const auto node = nodePath();
   if (!setup_.script || !node) return completion(std::nullopt);
   launch(healthRun, request(*node, endpoints, {"--health"}, setup_.healthDeadline),
-         [completion = std::move(completion)](ProcessResult result) {
+         [completion = std::move(completion)](const ProcessResult& result) {
            if (result.launchError || result.timedOut) return completion(std::nullopt);
            completion(result.exitedNormally && result.exitCode == 0);
          });
@@ -239,7 +239,7 @@ void StockSDKBridge::fetchTimeline(const DataSourceEndpoints& endpoints, const s
   const auto argument = dumpStrict(Json{{"id", id}, {"market", market}});
   if (!setup_.script || !node || !argument) return completion({});
   launch(timelineRun, request(*node, endpoints, {"--timeline", *argument}, setup_.timelineDeadline),
-         [completion = std::move(completion)](ProcessResult result) {
+         [completion = std::move(completion)](const ProcessResult& result) {
            if (result.launchError || !result.exitedNormally || result.exitCode != 0)
              return completion({std::nullopt, result.replaced});
            completion({decodeTimeline(result.standardOutput)});

@@ -92,7 +92,7 @@ class StockSDKBridge {
   ProcessRequest request(const std::string& node, const DataSourceEndpoints& endpoints,
                          std::vector<std::string> arguments, double deadline) const;
   void launch(Purpose purpose, ProcessRequest request, Answer answer);
-  void start(Purpose purpose, ProcessRequest request, Answer answer);
+  void start(Purpose purpose, const ProcessRequest& request, Answer answer);
   void ended(Purpose purpose, const ProcessResult& result);
 
   ProcessRunner& runner_;

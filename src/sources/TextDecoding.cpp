@@ -13,18 +13,21 @@ namespace {
 // One converter per thread, reused: opening one costs far more than a short conversion. It
 // converts to glibc's internal UCS-4 ("WCHAR_T"), one conversion step instead of two, and the
 // few code points of a run are written out as UTF-8 here.
+// iconv_open's failure value, (iconv_t)-1 as iconv(3) defines it.
+const iconv_t noConverter = reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
+
 class GB18030Converter {
  public:
   GB18030Converter() : cd_(iconv_open("WCHAR_T", "GB18030")) {}
   ~GB18030Converter() {
-    if (cd_ != reinterpret_cast<iconv_t>(-1)) iconv_close(cd_);
+    if (cd_ != noConverter) iconv_close(cd_);
   }
   GB18030Converter(const GB18030Converter&) = delete;
   GB18030Converter& operator=(const GB18030Converter&) = delete;
 
   // Appends the converted run as UTF-8; false on an invalid or incomplete sequence.
   bool append(std::string_view run, std::string& out) {
-    if (cd_ == reinterpret_cast<iconv_t>(-1)) return false;
+    if (cd_ == noConverter) return false;
     iconv(cd_, nullptr, nullptr, nullptr, nullptr);
     // Every character takes at least two bytes of a multi-byte run.
     units_.resize(run.size() / 2 + 1);

@@ -65,7 +65,7 @@ DetailOrb::DetailOrb(AppModel& model, std::function<void()> close, QWidget* pare
   });
 }
 
-void DetailOrb::animateTo(double target, int milliseconds, QEasingCurve curve) {
+void DetailOrb::animateTo(double target, int milliseconds, const QEasingCurve& curve) {
   animation_.stop();
   if (!motionAllowed() || !isVisible()) {
     presence_ = target;

@@ -59,7 +59,7 @@ class DetailOrb final : public QWidget {
 
  private:
   bool motionAllowed() const { return !model_.reduceMotion() && !systemReduceMotion_; }
-  void animateTo(double target, int milliseconds, QEasingCurve curve);
+  void animateTo(double target, int milliseconds, const QEasingCurve& curve);
 
   AppModel& model_;
   std::function<void()> close_;

@@ -179,7 +179,7 @@ void HoldingsView::fillSymbols() {
   const QString chosen = symbol_->currentData().toString();
   const QSignalBlocker quiet(symbol_);
   symbol_->clear();
-  for (const auto& [id, name] : offered_) symbol_->addItem(q(id + "  " + name), q(id));
+  for (const auto& [id, name] : offered_) symbol_->addItem(q(id + "  ").append(q(name)), q(id));
   const int again = symbol_->findData(chosen);
   symbol_->setCurrentIndex(again >= 0 ? again : 0);
 }

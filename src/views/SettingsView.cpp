@@ -295,15 +295,15 @@ QWidget* SettingsView::appearancePage() {
 
   // Pills for a setting with a few fixed values.
   const auto pills = [this](ProductCard* card, const QString& title,
-                            std::vector<std::pair<QString, std::function<void()>>> choices,
-                            std::function<int()> current) {
+                            const std::vector<std::pair<QString, std::function<void()>>>& choices,
+                            const std::function<int()>& current) {
     auto* row = new QHBoxLayout;
     row->setSpacing(8);
     auto* name = themedLabel(title, "secondary", 13, QFont::Normal, card);
     name->setFixedWidth(96);
     row->addWidget(name);
     std::vector<ProductPill*> made;
-    for (auto& [text, action] : choices) {
+    for (const auto& [text, action] : choices) {
       auto* pill = new ProductPill(text, card);
       QObject::connect(pill, &QPushButton::clicked, this, action);
       row->addWidget(pill);
@@ -322,7 +322,7 @@ QWidget* SettingsView::appearancePage() {
   for (const auto& [word, points] :
        {std::pair{"小 ", orbSizes[0]}, {"中 ", orbSizes[1]}, {"大 ", orbSizes[2]}})
     sizes.emplace_back(QString::fromUtf8(word) + QString::number(points),
-                       [this, points] { model_.setOrbSize(points); });
+                       [this, size = points] { model_.setOrbSize(size); });
   pills(orb, QStringLiteral("尺寸"), std::move(sizes), [this] {
     return int(std::find(orbSizes.begin(), orbSizes.end(), model_.orbSize()) - orbSizes.begin());
   });
@@ -330,8 +330,9 @@ QWidget* SettingsView::appearancePage() {
         {{QStringLiteral("代码"), [this] { model_.setOrbShowsName(false); }},
          {QStringLiteral("名称"), [this] { model_.setOrbShowsName(true); }}},
         [this] { return model_.orbShowsName() ? 1 : 0; });
-  const auto check = [this](ProductCard* card, const QString& text, std::function<bool()> get,
-                            std::function<void(bool)> set) {
+  const auto check = [this](ProductCard* card, const QString& text,
+                            const std::function<bool()>& get,
+                            const std::function<void(bool)>& set) {
     auto* box = new ProductSwitch(text, card);
     QObject::connect(box, &QCheckBox::toggled, this, [set](bool on) { set(on); });
     card->content().addWidget(box);
@@ -480,7 +481,7 @@ QWidget* SettingsView::sourcePage() {
   for (auto [seconds, text] : {std::pair{0.0, "关闭"}, {2.6, "2.6 秒"}, {5.0, "5 秒"}}) {
     auto* pill = new ProductPill(QString::fromUtf8(text), card);
     QObject::connect(pill, &QPushButton::clicked, this,
-                     [this, seconds] { model_.setRefreshInterval(seconds); });
+                     [this, chosen = seconds] { model_.setRefreshInterval(chosen); });
     interval->addWidget(pill);
     intervals.emplace_back(seconds, pill);
   }
