@@ -29,8 +29,15 @@ std::variant<DataSourceEndpoints, std::string> readEndpointsFile(const std::stri
   return path + " holds no endpoint set (the nine addresses, alone or under \"endpoints\")";
 }
 
-std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments) {
-  QCommandLineParser parser;
+namespace {
+
+// Every option, added to the parser.
+struct Options {
+  QCommandLineOption help, version, selfTest, quotes, json, watch, source, symbols, endpoints,
+      previews, holdings, toggleOrb, toggleMask;
+};
+
+Options addOptions(QCommandLineParser& parser) {
   parser.setApplicationDescription(
       QStringLiteral("潮汐栏 (Tidemark): a desktop market-quote companion.\n"
                      "Without options it starts the desktop app: the orb and the tray item."));
@@ -81,8 +88,74 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
       "; for a key bound in the desktop's keyboard settings. Exits 1 when the app is not "
       "running.");
   const QCommandLineOption toggleMask = globalOption(GlobalCommand::toggleMask, ".");
+
   parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
                      toggleOrb, toggleMask});
+  return {help,    version,   selfTest, quotes,   json,      watch,     source,
+          symbols, endpoints, previews, holdings, toggleOrb, toggleMask};
+}
+
+using Parsed = std::variant<CommandLine, std::string>;
+
+// The modes that stand alone: help, version, the two toggles and the self-test.
+std::optional<Parsed> standaloneMode(const QCommandLineParser& parser, const Options& o) {
+  CommandLine line;
+  if (parser.isSet(o.help)) {
+    line.mode = CommandLine::Mode::help;
+    line.helpText = parser.helpText().toStdString();
+    return line;
+  }
+  if (parser.isSet(o.version)) {
+    line.mode = CommandLine::Mode::version;
+    return line;
+  }
+  for (const auto& [option, mode] : {std::pair{&o.toggleOrb, CommandLine::Mode::toggleOrb},
+                                     {&o.toggleMask, CommandLine::Mode::toggleMask}}) {
+    if (!parser.isSet(*option)) continue;
+    if (parser.optionNames().size() > 1)
+      return "--" + option->names().constFirst().toStdString() + " takes no other option";
+    line.mode = mode;
+    return line;
+  }
+  if (parser.isSet(o.selfTest)) {
+    for (const auto* other :
+         {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.endpoints, &o.holdings})
+      if (parser.isSet(*other)) return std::string("--self-test takes no other option");
+    line.mode = CommandLine::Mode::selfTest;
+    return line;
+  }
+  return std::nullopt;
+}
+
+// The quotes' own options: the source, the symbols and the endpoints file, read and checked.
+std::optional<std::string> takeQuoteValues(const QCommandLineParser& parser, const Options& o,
+                                           CommandLine& line) {
+  if (parser.isSet(o.source)) {
+    const std::string value = parser.value(o.source).toStdString();
+    line.source = fromRawValue<SourceMode>(value);
+    if (!line.source) return "unknown source '" + value + "' (" + modeList() + ")";
+  }
+  if (parser.isSet(o.symbols)) {
+    std::vector<std::string> list;
+    for (const QString& part : parser.value(o.symbols).split(u','))
+      list.push_back(std::string(trimmedSymbol(part.toStdString())));
+    list = validSymbols(list);
+    if (list.empty()) return std::string("--symbols needs at least one symbol");
+    line.symbols = std::move(list);
+  }
+  if (parser.isSet(o.endpoints)) {
+    auto read = readEndpointsFile(parser.value(o.endpoints).toStdString());
+    if (auto* message = std::get_if<std::string>(&read)) return *message;
+    line.endpoints = std::get<DataSourceEndpoints>(read);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments) {
+  QCommandLineParser parser;
+  const Options o = addOptions(parser);
 
   // The directory is the last argument whatever comes before it, so this mode skips the parser.
   if (arguments.contains(QStringLiteral("--render-previews"))) {
@@ -96,59 +169,20 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   if (!parser.parse(arguments)) return parser.errorText().toStdString();
   if (!parser.positionalArguments().isEmpty())
     return "unexpected argument '" + parser.positionalArguments().constFirst().toStdString() + "'";
+  if (auto standalone = standaloneMode(parser, o)) return *standalone;
 
   CommandLine line;
-  if (parser.isSet(help)) {
-    line.mode = CommandLine::Mode::help;
-    line.helpText = parser.helpText().toStdString();
-    return line;
-  }
-  if (parser.isSet(version)) {
-    line.mode = CommandLine::Mode::version;
-    return line;
-  }
-  for (const auto& [option, mode] : {std::pair{&toggleOrb, CommandLine::Mode::toggleOrb},
-                                     {&toggleMask, CommandLine::Mode::toggleMask}}) {
-    if (!parser.isSet(*option)) continue;
-    if (parser.optionNames().size() > 1)
-      return "--" + option->names().constFirst().toStdString() + " takes no other option";
-    line.mode = mode;
-    return line;
-  }
-  if (parser.isSet(selfTest)) {
-    for (const auto* other : {&quotes, &json, &watch, &source, &symbols, &endpoints, &holdings})
-      if (parser.isSet(*other)) return std::string("--self-test takes no other option");
-    line.mode = CommandLine::Mode::selfTest;
-    return line;
-  }
   // Any of the quote options asks for the quotes; alone, --endpoints goes to the desktop app.
-  for (const auto* option : {&quotes, &json, &watch, &source, &symbols, &holdings})
+  for (const auto* option : {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.holdings})
     if (parser.isSet(*option)) line.mode = CommandLine::Mode::quotes;
-  line.holdings = parser.isSet(holdings);
+  line.holdings = parser.isSet(o.holdings);
   // The holdings are the user's own: a list of symbols has none.
-  for (const auto* other : {&symbols, &watch})
+  for (const auto* other : {&o.symbols, &o.watch})
     if (line.holdings && parser.isSet(*other))
       return "--holdings does not take --" + other->names().constFirst().toStdString();
-  line.json = parser.isSet(json);
-  line.watch = parser.isSet(watch);
-  if (parser.isSet(source)) {
-    const std::string value = parser.value(source).toStdString();
-    line.source = fromRawValue<SourceMode>(value);
-    if (!line.source) return "unknown source '" + value + "' (" + modeList() + ")";
-  }
-  if (parser.isSet(symbols)) {
-    std::vector<std::string> list;
-    for (const QString& part : parser.value(symbols).split(u','))
-      list.push_back(std::string(trimmedSymbol(part.toStdString())));
-    list = validSymbols(list);
-    if (list.empty()) return std::string("--symbols needs at least one symbol");
-    line.symbols = std::move(list);
-  }
-  if (parser.isSet(endpoints)) {
-    auto read = readEndpointsFile(parser.value(endpoints).toStdString());
-    if (auto* message = std::get_if<std::string>(&read)) return *message;
-    line.endpoints = std::get<DataSourceEndpoints>(read);
-  }
+  line.json = parser.isSet(o.json);
+  line.watch = parser.isSet(o.watch);
+  if (auto error = takeQuoteValues(parser, o, line)) return *error;
   return line;
 }
 

@@ -161,6 +161,49 @@ int runSelfTest(int& argc, char** argv) {
   return 0;
 }
 
+namespace {
+
+// A second start forwards to the first and ends; one that cannot reach it says what to do.
+std::optional<int> exitForClaim(SingleInstance::Claim claim, qint64 holder) {
+  switch (claim) {
+    case SingleInstance::Claim::first:
+      return std::nullopt;
+    case SingleInstance::Claim::forwarded:
+      std::cerr << "tidemark: already running; its orb is shown\n";
+      return 0;
+    case SingleInstance::Claim::unresponsive:
+      std::cerr << "tidemark: another tidemark of yours is running";
+      if (holder > 0) std::cerr << " (process " << holder << ")";
+      std::cerr << " but does not answer; end it (";
+      if (holder > 0) {
+        std::cerr << "kill " << holder;
+      } else {
+        std::cerr << "pkill -x tidemark";
+      }
+      std::cerr << ") and start again\n";
+      return 1;
+  }
+  return std::nullopt;
+}
+
+// In a Wayland session the global keys are the desktop's to bind: says how they are bound.
+void tellWaylandKeys(bool gnomeKeys, bool gnomeInstalled) {
+  if (gnomeInstalled) {
+    std::cerr << "tidemark: " << bothKeys() << " are GNOME shortcuts that run tidemark --"
+              << specOf(GlobalCommand::toggleOrb).option << " and --"
+              << specOf(GlobalCommand::toggleMask).option << "\n";
+    return;
+  }
+  std::cerr << "tidemark: no global keys in a Wayland session until the desktop binds them: "
+               "bind tidemark --"
+            << specOf(GlobalCommand::toggleOrb).option << " and tidemark --"
+            << specOf(GlobalCommand::toggleMask).option << " in its keyboard settings"
+            << (gnomeKeys ? " (or press 添加 GNOME 快捷键 in the settings, under 外观)" : "")
+            << "\n";
+}
+
+}  // namespace
+
 int runDesktop(int& argc, char** argv, const CommandLine& line) {
   catchQuitSignals();
   // A session bus that takes the connection and never answers would hold every D-Bus call, Qt's
@@ -189,24 +232,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                                             : runtime + QStringLiteral("/tidemark.socket"));
   const SingleInstance::Claim claim = instance.claim();
   if (!instance.notice.isEmpty()) std::cerr << instance.notice.toStdString() << "\n";
-  switch (claim) {
-    case SingleInstance::Claim::first:
-      break;
-    case SingleInstance::Claim::forwarded:
-      std::cerr << "tidemark: already running; its orb is shown\n";
-      return 0;
-    case SingleInstance::Claim::unresponsive:
-      std::cerr << "tidemark: another tidemark of yours is running";
-      if (instance.holder > 0) std::cerr << " (process " << instance.holder << ")";
-      std::cerr << " but does not answer; end it (";
-      if (instance.holder > 0) {
-        std::cerr << "kill " << instance.holder;
-      } else {
-        std::cerr << "pkill -x tidemark";
-      }
-      std::cerr << ") and start again\n";
-      return 1;
-  }
+  if (const auto exit = exitForClaim(claim, instance.holder)) return *exit;
 
   if (bus.get() == BusAnswer::silent) {
     std::cerr << "tidemark: the session bus at " << busAddress
@@ -279,18 +305,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     }
   };
   delegate.launch();
-  if (choice.wayland && gnomeKeys && gnome.isInstalled()) {
-    std::cerr << "tidemark: " << bothKeys() << " are GNOME shortcuts that run tidemark --"
-              << specOf(GlobalCommand::toggleOrb).option << " and --"
-              << specOf(GlobalCommand::toggleMask).option << "\n";
-  } else if (choice.wayland) {
-    std::cerr << "tidemark: no global keys in a Wayland session until the desktop binds them: "
-                 "bind tidemark --"
-              << specOf(GlobalCommand::toggleOrb).option << " and tidemark --"
-              << specOf(GlobalCommand::toggleMask).option << " in its keyboard settings"
-              << (gnomeKeys ? " (or press 添加 GNOME 快捷键 in the settings, under 外观)" : "")
-              << "\n";
-  }
+  if (choice.wayland) tellWaylandKeys(gnomeKeys, gnomeKeys && gnome.isInstalled());
   const int status = app.exec();
   delegate.terminate();
   // The quotes and the state of the data, kept lazily, reach the disk on the way out, told

@@ -137,61 +137,51 @@ Shown shown(const AppModel& model) {
 
 }  // namespace
 
-int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
-  SystemClock clock;
-  QtScheduler scheduler;
-  NullNotifier notifier;
-  const Bundle bundle = applicationBundle();
-  LiveSources live(bundle, clock);
-  QuotesOnly sources(live.data);
+namespace {
 
-  // With --symbols nothing of the user's is read or written; otherwise the user's settings and
-  // watchlist are read, and whatever the model writes back goes to a scratch overlay and copy.
+// What the model reads and writes for one command.
+struct CommandInputs {
   std::unique_ptr<SettingsStore> settings;
   std::unique_ptr<KeyValueStore> store;
   std::optional<std::filesystem::path> support, watchlistFile;
-  QTemporaryDir scratch;
+};
+
+// With --symbols nothing of the user's is read or written; otherwise the user's settings and
+// watchlist are read, and whatever the model writes back goes to a scratch overlay and copy.
+std::optional<CommandInputs> commandInputs(const CommandLine& line, const QTemporaryDir& scratch,
+                                           std::ostream& err) {
+  CommandInputs in;
   if (line.symbols) {
     auto memory = std::make_unique<MemoryKeyValueStore>();
     memory->setStringArray(storeKeys::watchlist, *line.symbols);
-    store = std::move(memory);
-  } else {
-    if (!scratch.isValid()) {
-      err << "tidemark: cannot create a temporary folder: " << scratch.errorString().toStdString()
-          << "\n";
-      return 1;
-    }
-    settings = SettingsStore::standard();
-    store = std::make_unique<OverlayKeyValueStore>(*settings);
-    support = applicationSupportDirectory();
-    watchlistFile = scratch.filePath(QStringLiteral("watchlist.json")).toStdString();
-    if (support) {
-      const auto original =
-          QString::fromStdString((*support / "Tidemark" / "watchlist.json").string());
-      if (QFile::exists(original))
-        QFile::copy(original, QString::fromStdString(watchlistFile->string()));
-      // The holdings file lives beside the watchlist file.
-      const auto held = QString::fromStdString((*support / "Tidemark" / "holdings.json").string());
-      if (QFile::exists(held)) QFile::copy(held, scratch.filePath(QStringLiteral("holdings.json")));
-    }
+    in.store = std::move(memory);
+    return in;
   }
-  if (line.source) useSourceMode(*store, *line.source, clock.now());
+  if (!scratch.isValid()) {
+    err << "tidemark: cannot create a temporary folder: " << scratch.errorString().toStdString()
+        << "\n";
+    return std::nullopt;
+  }
+  in.settings = SettingsStore::standard();
+  in.store = std::make_unique<OverlayKeyValueStore>(*in.settings);
+  in.support = applicationSupportDirectory();
+  in.watchlistFile = scratch.filePath(QStringLiteral("watchlist.json")).toStdString();
+  if (in.support) {
+    const auto original =
+        QString::fromStdString((*in.support / "Tidemark" / "watchlist.json").string());
+    if (QFile::exists(original))
+      QFile::copy(original, QString::fromStdString(in.watchlistFile->string()));
+    // The holdings file lives beside the watchlist file.
+    const auto held = QString::fromStdString((*in.support / "Tidemark" / "holdings.json").string());
+    if (QFile::exists(held)) QFile::copy(held, scratch.filePath(QStringLiteral("holdings.json")));
+  }
+  return in;
+}
 
-  AppModel model({*store, clock, scheduler, sources, notifier, support, line.endpoints},
-                 watchlistFile, false, bundle);
-  waitForLoad(model);
-  const auto print = [&] {
-    if (line.holdings) {
-      out << (line.json ? renderHoldingsJson(model, true) : renderHoldingsTable(model));
-    } else {
-      out << (line.json ? renderJson(model, !line.watch) : renderTable(model));
-    }
-    out << std::flush;
-  };
-  print();
-  if (!line.watch) return out ? 0 : 1;
-
-  // The model's own heartbeat: stale data, automatic refresh and rotation, every half second.
+// The model's own heartbeat: stale data, automatic refresh and rotation, every half second;
+// prints again whenever what is shown changed, until the user interrupts.
+int watch(AppModel& model, const CommandLine& line, std::ostream& out,
+          const std::function<void()>& print) {
   Shown last = shown(model);
   QTimer heartbeat;
   QObject::connect(&heartbeat, &QTimer::timeout, &heartbeat, [&] {
@@ -203,8 +193,39 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
   });
   heartbeat.start(static_cast<int>(AppModel::heartbeatInterval * 1000));
   QEventLoop loop;
-  loop.exec();  // until the user interrupts
+  loop.exec();
   return 0;
+}
+
+}  // namespace
+
+int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
+  SystemClock clock;
+  QtScheduler scheduler;
+  NullNotifier notifier;
+  const Bundle bundle = applicationBundle();
+  LiveSources live(bundle, clock);
+  QuotesOnly sources(live.data);
+
+  QTemporaryDir scratch;
+  auto in = commandInputs(line, scratch, err);
+  if (!in) return 1;
+  if (line.source) useSourceMode(*in->store, *line.source, clock.now());
+
+  AppModel model({*in->store, clock, scheduler, sources, notifier, in->support, line.endpoints},
+                 in->watchlistFile, false, bundle);
+  waitForLoad(model);
+  const auto print = [&] {
+    if (line.holdings) {
+      out << (line.json ? renderHoldingsJson(model, true) : renderHoldingsTable(model));
+    } else {
+      out << (line.json ? renderJson(model, !line.watch) : renderTable(model));
+    }
+    out << std::flush;
+  };
+  print();
+  if (!line.watch) return out ? 0 : 1;
+  return watch(model, line, out, print);
 }
 
 }  // namespace tidemark

@@ -27,6 +27,40 @@ bool expect(std::string_view text, size_t& pos, char c) {
   return true;
 }
 
+// ".123…" after the seconds: the fraction, 0 when there is none; none for a dot without digits.
+std::optional<double> fractionAt(std::string_view text, size_t& pos) {
+  double fraction = 0;
+  if (pos >= text.size() || text[pos] != '.') return fraction;
+  ++pos;
+  double scale = 0.1;
+  const size_t start = pos;
+  while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
+    fraction += (text[pos] - '0') * scale;
+    scale /= 10;
+    ++pos;
+  }
+  if (pos == start) return std::nullopt;
+  return fraction;
+}
+
+// "Z", "+hh", "+hhmm" or "+hh:mm" (or with "-"): the offset east of UTC in seconds.
+std::optional<int> offsetAt(std::string_view text, size_t& pos) {
+  if (pos < text.size() && text[pos] == 'Z') {
+    ++pos;
+    return 0;
+  }
+  if (pos >= text.size() || (text[pos] != '+' && text[pos] != '-')) return std::nullopt;
+  const int sign = text[pos] == '-' ? -1 : 1;
+  ++pos;
+  int oh = 0, om = 0;
+  if (!digits(text, pos, 2, oh)) return std::nullopt;
+  const bool colon = pos < text.size() && text[pos] == ':';
+  if (colon) ++pos;
+  if ((colon || pos < text.size()) && !digits(text, pos, 2, om)) return std::nullopt;
+  if (oh > 23 || om > 59) return std::nullopt;
+  return sign * (oh * 3600 + om * 60);
+}
+
 }  // namespace
 
 std::optional<Date> parseISO8601(std::string_view text) {
@@ -38,40 +72,15 @@ std::optional<Date> parseISO8601(std::string_view text) {
       !digits(text, pos, 2, h) || !expect(text, pos, ':') || !digits(text, pos, 2, mi) ||
       !expect(text, pos, ':') || !digits(text, pos, 2, s))
     return std::nullopt;
-  double fraction = 0;
-  if (pos < text.size() && text[pos] == '.') {
-    ++pos;
-    double scale = 0.1;
-    size_t start = pos;
-    while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
-      fraction += (text[pos] - '0') * scale;
-      scale /= 10;
-      ++pos;
-    }
-    if (pos == start) return std::nullopt;
-  }
-  int offsetSeconds = 0;
-  if (pos < text.size() && text[pos] == 'Z') {
-    ++pos;
-  } else if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
-    int sign = text[pos] == '-' ? -1 : 1;
-    ++pos;
-    int oh, om = 0;
-    if (!digits(text, pos, 2, oh)) return std::nullopt;
-    bool colon = pos < text.size() && text[pos] == ':';
-    if (colon) ++pos;
-    if ((colon || pos < text.size()) && !digits(text, pos, 2, om)) return std::nullopt;
-    if (oh > 23 || om > 59) return std::nullopt;
-    offsetSeconds = sign * (oh * 3600 + om * 60);
-  } else {
-    return std::nullopt;
-  }
-  if (pos != text.size()) return std::nullopt;
+  const auto fraction = fractionAt(text, pos);
+  if (!fraction) return std::nullopt;
+  const auto offsetSeconds = offsetAt(text, pos);
+  if (!offsetSeconds || pos != text.size()) return std::nullopt;
   if (h > 23 || mi > 59 || s > 59) return std::nullopt;
   year_month_day ymd{year{y}, month{static_cast<unsigned>(mo)}, day{static_cast<unsigned>(d)}};
   if (!ymd.ok()) return std::nullopt;
   double unixTime = static_cast<double>(sys_days{ymd}.time_since_epoch().count()) * 86400.0 +
-                    h * 3600 + mi * 60 + s - offsetSeconds + fraction;
+                    h * 3600 + mi * 60 + s - *offsetSeconds + *fraction;
   return Date::fromUnix(unixTime);
 }
 

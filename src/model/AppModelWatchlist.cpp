@@ -146,6 +146,34 @@ void AppModel::exportWatchlist(const std::filesystem::path& url) const {
     throw std::system_error(error, "无法写入 " + url.string());
 }
 
+namespace {
+
+// The holdings an import carries: a later entry for the same symbol replaces the earlier one in
+// its place; entries that are no holding, and those past the limit, are counted as skipped.
+std::vector<Holding> importedHoldings(const Json& entries, size_t& skipped) {
+  if (!entries.is_array()) throw ModelError::invalidImport("文件中的持仓不是有效的列表");
+  std::vector<Holding> held;
+  std::unordered_map<std::string, size_t> at;
+  for (const Json& entry : entries) {
+    auto holding = holdingFromJson(entry);
+    if (holding) {
+      if (auto it = at.find(holding->symbolID); it != at.end()) {
+        held[it->second] = std::move(*holding);
+        continue;
+      }
+    }
+    if (!holding || held.size() == maxHoldingsCount) {
+      ++skipped;
+      continue;
+    }
+    at.emplace(holding->symbolID, held.size());
+    held.push_back(std::move(*holding));
+  }
+  return held;
+}
+
+}  // namespace
+
 AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
   std::error_code error;
   auto bytes = readFile(url, error);
@@ -173,27 +201,8 @@ AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& ur
                                     " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
   ImportResult result;
   std::optional<std::vector<Holding>> held;
-  if (const auto entries = document->find("holdings"); entries != document->end()) {
-    if (!entries->is_array()) throw ModelError::invalidImport("文件中的持仓不是有效的列表");
-    held.emplace();
-    // A later entry for the same symbol replaces the earlier one in its place.
-    std::unordered_map<std::string, size_t> at;
-    for (const Json& entry : *entries) {
-      auto holding = holdingFromJson(entry);
-      if (holding) {
-        if (auto it = at.find(holding->symbolID); it != at.end()) {
-          (*held)[it->second] = std::move(*holding);
-          continue;
-        }
-      }
-      if (!holding || held->size() == maxHoldingsCount) {
-        ++result.skippedHoldings;
-        continue;
-      }
-      at.emplace(holding->symbolID, held->size());
-      held->push_back(std::move(*holding));
-    }
-  }
+  if (const auto entries = document->find("holdings"); entries != document->end())
+    held = importedHoldings(*entries, result.skippedHoldings);
   result.symbols = list.size();
   setWatchlist(std::move(list));
   if (held) {

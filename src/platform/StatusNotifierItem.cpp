@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <unistd.h>
+#include <array>
 
 #include <atomic>
 
@@ -209,60 +210,91 @@ class StatusNotifierItem::MenuObject final : public QDBusVirtualObject {
                                {QStringLiteral("TextDirection"), QStringLiteral("ltr")},
                                {QStringLiteral("Status"), QStringLiteral("normal")},
                                {QStringLiteral("IconThemePath"), QStringList()}});
-    if (member == QLatin1String("GetLayout") && args.size() == 3) {
-      const auto* item = findItem(owner_.layout_, args[0].toInt());
-      if (!item) return invalidId(message, connection);
-      const QStringList names = qdbus_cast<QStringList>(args[2]);
-      return send(message, connection,
-                  {QVariant::fromValue(owner_.revision_),
-                   QVariant::fromValue(limited(*item, args[1].toInt(), names))});
-    }
-    if (member == QLatin1String("GetGroupProperties") && args.size() == 2) {
-      const auto ids = qdbus_cast<QList<int>>(args[0]);
-      const QStringList names = qdbus_cast<QStringList>(args[1]);
-      sni::MenuItemPropertiesList found;
-      for (int id : ids)
-        if (const auto* item = findItem(owner_.layout_, id))
-          found.append({id, limited(*item, 0, names).properties});
-      return send(message, connection, {QVariant::fromValue(found)});
-    }
-    if (member == QLatin1String("GetProperty") && args.size() == 2) {
-      const auto* item = findItem(owner_.layout_, args[0].toInt());
-      if (!item || !item->properties.contains(args[1].toString()))
-        return invalidId(message, connection);
-      return send(message, connection,
-                  {variantArgument(item->properties.value(args[1].toString()))});
-    }
-    if (member == QLatin1String("Event") && args.size() == 4) {
-      handleEvent(args[0].toInt(), args[1].toString());
-      return send(message, connection, {});
-    }
-    if (member == QLatin1String("EventGroup") && args.size() == 1) {
-      QList<int> errors;
-      for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
-        if (!handleEvent(e.id, e.eventId)) errors << e.id;
-      return send(message, connection, {QVariant::fromValue(errors)});
-    }
-    if (member == QLatin1String("AboutToShow") && args.size() == 1) {
-      const bool root = args[0].toInt() == 0;
-      if (root) owner_.rebuildMenu();
-      return send(message, connection, {root});
-    }
-    if (member == QLatin1String("AboutToShowGroup") && args.size() == 1) {
-      const auto ids = qdbus_cast<QList<int>>(args[0]);
-      QList<int> updates, errors;
-      if (ids.contains(0)) {
-        owner_.rebuildMenu();
-        updates << 0;
-      }
-      for (int id : ids)
-        if (!findItem(owner_.layout_, id)) errors << id;
-      return send(message, connection, {QVariant::fromValue(updates), QVariant::fromValue(errors)});
-    }
+    for (const Method& method : methods())
+      if (member == QLatin1String(method.name) && args.size() == method.arguments)
+        return (this->*method.handler)(message, connection, args);
     return refuse(message, connection, "org.freedesktop.DBus.Error.UnknownMethod");
   }
 
  private:
+  // The menu's methods, each with the number of arguments it takes.
+  using Handler = bool (MenuObject::*)(const QDBusMessage&, const QDBusConnection&,
+                                       const QVariantList&);
+  struct Method {
+    const char* name;
+    qsizetype arguments;
+    Handler handler;
+  };
+  static const std::array<Method, 7>& methods() {
+    static const std::array<Method, 7> table{{
+        {"GetLayout", 3, &MenuObject::getLayout},
+        {"GetGroupProperties", 2, &MenuObject::getGroupProperties},
+        {"GetProperty", 2, &MenuObject::getProperty},
+        {"Event", 4, &MenuObject::menuEvent},
+        {"EventGroup", 1, &MenuObject::eventGroup},
+        {"AboutToShow", 1, &MenuObject::aboutToShow},
+        {"AboutToShowGroup", 1, &MenuObject::aboutToShowGroup},
+    }};
+    return table;
+  }
+
+  bool getLayout(const QDBusMessage& message, const QDBusConnection& connection,
+                 const QVariantList& args) {
+    const auto* item = findItem(owner_.layout_, args[0].toInt());
+    if (!item) return invalidId(message, connection);
+    const QStringList names = qdbus_cast<QStringList>(args[2]);
+    return send(message, connection,
+                {QVariant::fromValue(owner_.revision_),
+                 QVariant::fromValue(limited(*item, args[1].toInt(), names))});
+  }
+  bool getGroupProperties(const QDBusMessage& message, const QDBusConnection& connection,
+                          const QVariantList& args) {
+    const auto ids = qdbus_cast<QList<int>>(args[0]);
+    const QStringList names = qdbus_cast<QStringList>(args[1]);
+    sni::MenuItemPropertiesList found;
+    for (int id : ids)
+      if (const auto* item = findItem(owner_.layout_, id))
+        found.append({id, limited(*item, 0, names).properties});
+    return send(message, connection, {QVariant::fromValue(found)});
+  }
+  bool getProperty(const QDBusMessage& message, const QDBusConnection& connection,
+                   const QVariantList& args) {
+    const auto* item = findItem(owner_.layout_, args[0].toInt());
+    if (!item || !item->properties.contains(args[1].toString()))
+      return invalidId(message, connection);
+    return send(message, connection, {variantArgument(item->properties.value(args[1].toString()))});
+  }
+  bool menuEvent(const QDBusMessage& message, const QDBusConnection& connection,
+                 const QVariantList& args) {
+    handleEvent(args[0].toInt(), args[1].toString());
+    return send(message, connection, {});
+  }
+  bool eventGroup(const QDBusMessage& message, const QDBusConnection& connection,
+                  const QVariantList& args) {
+    QList<int> errors;
+    for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
+      if (!handleEvent(e.id, e.eventId)) errors << e.id;
+    return send(message, connection, {QVariant::fromValue(errors)});
+  }
+  bool aboutToShow(const QDBusMessage& message, const QDBusConnection& connection,
+                   const QVariantList& args) {
+    const bool root = args[0].toInt() == 0;
+    if (root) owner_.rebuildMenu();
+    return send(message, connection, {root});
+  }
+  bool aboutToShowGroup(const QDBusMessage& message, const QDBusConnection& connection,
+                        const QVariantList& args) {
+    const auto ids = qdbus_cast<QList<int>>(args[0]);
+    QList<int> updates, errors;
+    if (ids.contains(0)) {
+      owner_.rebuildMenu();
+      updates << 0;
+    }
+    for (int id : ids)
+      if (!findItem(owner_.layout_, id)) errors << id;
+    return send(message, connection, {QVariant::fromValue(updates), QVariant::fromValue(errors)});
+  }
+
   // A click triggers the item's action on the next turn; other events need nothing.
   bool handleEvent(int id, const QString& name) {
     const auto it = owner_.actions_.find(id);
@@ -503,6 +535,26 @@ QString StatusNotifierItem::labelGuide(const QString& label) {
   return guide;
 }
 
+namespace {
+
+// What the menu tells of an action: a separator, or its label, and whether it is enabled,
+// checkable and checked; a hidden one says so.
+void addItemProperties(const QAction& action, QVariantMap& properties) {
+  if (action.isSeparator()) {
+    properties.insert(QStringLiteral("type"), QStringLiteral("separator"));
+  } else {
+    properties.insert(QStringLiteral("label"), menuLabel(action.text()));
+    if (!action.isEnabled()) properties.insert(QStringLiteral("enabled"), false);
+    if (action.isCheckable()) {
+      properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
+      properties.insert(QStringLiteral("toggle-state"), action.isChecked() ? 1 : 0);
+    }
+  }
+  if (!action.isVisible()) properties.insert(QStringLiteral("visible"), false);
+}
+
+}  // namespace
+
 void StatusNotifierItem::rebuildMenu() {
   exported_ = std::make_unique<QMenu>();
   if (handlers_.buildMenu) handlers_.buildMenu(*exported_);
@@ -521,17 +573,7 @@ void StatusNotifierItem::rebuildMenu() {
       } else {
         child.id = childID;
       }
-      if (action->isSeparator()) {
-        child.properties.insert(QStringLiteral("type"), QStringLiteral("separator"));
-      } else {
-        child.properties.insert(QStringLiteral("label"), menuLabel(action->text()));
-        if (!action->isEnabled()) child.properties.insert(QStringLiteral("enabled"), false);
-        if (action->isCheckable()) {
-          child.properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
-          child.properties.insert(QStringLiteral("toggle-state"), action->isChecked() ? 1 : 0);
-        }
-      }
-      if (!action->isVisible()) child.properties.insert(QStringLiteral("visible"), false);
+      addItemProperties(*action, child.properties);
       node.children.push_back(std::move(child));
     }
     return node;

@@ -119,6 +119,47 @@ void AppDelegate::launch() {
       [self](RingCommand command) { self->ringAction(command); }, deps_.windowKind.managed);
   OrbContentView& content = panel_->content();
   content.orbView().setBare(!deps_.windowKind.inputShapeHonoured);
+  wireOrbEvents(content);
+
+  // The tray item is made once the orb is on screen, so that neither its registration nor the
+  // tray host's reading of it comes before the first frame; a second at most.
+  content.orbView().onFirstPaint = [self] { self->statusItem(); };
+  statusItemWork_ = deps_.scheduler.after(1, [self] { self->statusItem(); });
+
+  // Everything about the window is settled before it is mapped: compositors honour some of it
+  // only then.
+  deps_.windowSystem.prepareOrbWindow(*panel_);
+  compositing_ = deps_.windowSystem.compositing();
+  content.orbView().setCompositing(compositing_);
+  deps_.windowSystem.watchCompositing([self](bool on) { self->setCompositing(on); });
+  content.orbView().onExtentChanged = [self] { self->applyWindowGeometry(); };
+  restorePosition();
+  applyWindowGeometry();
+  shown_ = true;
+  applyOrbVisibility();
+  panel_->raise();
+
+  watchScreens();
+  subscriptions_.push_back(deps_.model.subscribe([self] { self->scheduleSynchronize(); }));
+  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyWindowGeometry(); }));
+  synchronize();
+  if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+    focusConnection_ = QObject::connect(app, &QGuiApplication::focusWindowChanged, panel_.get(),
+                                        [self] { self->updateYield(); });
+  startPointerTimers();
+  watchPresses();
+
+  if (deps_.motionSetting) motion_ = deps_.motionSetting();
+  if (motion_) {
+    motion_->watch([self](bool calm) { self->setSystemCalm(calm); });
+    setSystemCalm(motion_->calm());
+  }
+  installKeys();
+  if (!deps_.model.onboardingSeen()) openWindow(AuxWindow::guide);
+}
+
+void AppDelegate::wireOrbEvents(OrbContentView& content) {
+  auto* self = this;
   content.onClick = [self] { self->scheduleClick(); };
   // Beside the orb, as a press on another window.
   content.onOutsidePress = [self] {
@@ -163,25 +204,10 @@ void AppDelegate::launch() {
   panel_->onPointerLeft = [self] {
     if (!self->hoverTimer_.isActive()) self->hoverTimer_.start();
   };
+}
 
-  // The tray item is made once the orb is on screen, so that neither its registration nor the
-  // tray host's reading of it comes before the first frame; a second at most.
-  content.orbView().onFirstPaint = [self] { self->statusItem(); };
-  statusItemWork_ = deps_.scheduler.after(1, [self] { self->statusItem(); });
-
-  // Everything about the window is settled before it is mapped: compositors honour some of it
-  // only then.
-  deps_.windowSystem.prepareOrbWindow(*panel_);
-  compositing_ = deps_.windowSystem.compositing();
-  content.orbView().setCompositing(compositing_);
-  deps_.windowSystem.watchCompositing([self](bool on) { self->setCompositing(on); });
-  content.orbView().onExtentChanged = [self] { self->applyWindowGeometry(); };
-  restorePosition();
-  applyWindowGeometry();
-  shown_ = true;
-  applyOrbVisibility();
-  panel_->raise();
-
+void AppDelegate::watchScreens() {
+  auto* self = this;
   // Screens come and go; every change re-settles the orb once the dust has settled.
   const auto watch = [self](QScreen* screen) {
     for (auto signal : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged})
@@ -199,14 +225,10 @@ void AppDelegate::launch() {
                                                   panel_.get(),
                                                   [self] { self->screenParametersDidChange(); }));
   }
+}
 
-  subscriptions_.push_back(deps_.model.subscribe([self] { self->scheduleSynchronize(); }));
-  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyWindowGeometry(); }));
-  synchronize();
-  if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-    focusConnection_ = QObject::connect(app, &QGuiApplication::focusWindowChanged, panel_.get(),
-                                        [self] { self->updateYield(); });
-
+void AppDelegate::startPointerTimers() {
+  auto* self = this;
   hoverTimer_.setInterval(80);
   QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_,
                    [self] { self->updatePointerMode(); });
@@ -214,7 +236,10 @@ void AppDelegate::launch() {
   glideTimer_.setInterval(1000 / 60);
   glideTimer_.setTimerType(Qt::PreciseTimer);
   QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [self] { self->glideStep(); });
+}
 
+void AppDelegate::watchPresses() {
+  auto* self = this;
   // A press anywhere else closes the ring menu: in other applications and on the desktop, then
   // in our own windows.
   deps_.windowSystem.watchPointerPresses(
@@ -226,13 +251,10 @@ void AppDelegate::launch() {
   QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
   windowWatcher_ = watchOwnWindows([self] { self->updateYield(); });
   QCoreApplication::instance()->installEventFilter(windowWatcher_.get());
+}
 
-  if (deps_.motionSetting) motion_ = deps_.motionSetting();
-  if (motion_) {
-    motion_->watch([self](bool calm) { self->setSystemCalm(calm); });
-    setSystemCalm(motion_->calm());
-  }
-
+void AppDelegate::installKeys() {
+  auto* self = this;
   desktopKeysBound_ = deps_.desktopKeysBound && deps_.desktopKeysBound();
   deps_.hotKeys.install([self](int id) {
     if (id == specOf(GlobalCommand::toggleOrb).hotKeyId) self->toggleOrb();
@@ -251,7 +273,6 @@ void AppDelegate::launch() {
       if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
     });
   }
-  if (!deps_.model.onboardingSeen()) openWindow(AuxWindow::guide);
 }
 
 StatusItem& AppDelegate::statusItem() {

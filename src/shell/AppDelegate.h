@@ -164,6 +164,13 @@ class AppDelegate {
   std::function<void()> onQuit;
 
  private:
+  // The steps of launch(): the orb's events, the screens, the pointer's timers, presses
+  // elsewhere, the global keys.
+  void wireOrbEvents(OrbContentView& content);
+  void watchScreens();
+  void startPointerTimers();
+  void watchPresses();
+  void installKeys();
   void buildStatusMenu(QMenu& menu);
   // Everything the tray menu's labels and check marks are made of.
   std::string menuState() const;

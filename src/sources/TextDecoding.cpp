@@ -91,48 +91,47 @@ size_t nextNonAscii(const unsigned char* data, size_t i, size_t size) {
   return i;
 }
 
+// What a UTF-8 lead byte promises: the sequence's length and the range of its first trail byte
+// (narrower after E0, ED, F0 and F4, which would otherwise start overlong forms, surrogates or
+// code points past U+10FFFF). Length 0: no lead byte.
+struct Lead {
+  size_t length = 0;
+  unsigned char lo = 0x80, hi = 0xBF;
+};
+
+Lead leadOf(unsigned char c) {
+  if (c >= 0xC2 && c <= 0xDF) return {2};
+  if (c == 0xE0) return {3, 0xA0};
+  if (c == 0xED) return {3, 0x80, 0x9F};
+  if (c >= 0xE1 && c <= 0xEF) return {3};
+  if (c == 0xF0) return {4, 0x90};
+  if (c == 0xF4) return {4, 0x80, 0x8F};
+  if (c >= 0xF1 && c <= 0xF3) return {4};
+  return {};
+}
+
+// How many bytes from `i` match the lead's sequence: the lead, then trail bytes in range.
+size_t matchingPrefix(const unsigned char* s, size_t i, size_t size, const Lead& lead) {
+  if (i + 1 >= size || s[i + 1] < lead.lo || s[i + 1] > lead.hi) return 1;
+  size_t length = 2;
+  while (length < lead.length && i + length < size && s[i + length] >= 0x80 &&
+         s[i + length] <= 0xBF)
+    ++length;
+  return length;
+}
+
 // Length of the valid UTF-8 sequence at `i`, or 0.
 size_t utf8SequenceLength(const unsigned char* s, size_t i, size_t size) {
-  const unsigned char c = s[i];
-  if (c < 0x80) return 1;
-  auto trail = [&](size_t k, unsigned char lo = 0x80, unsigned char hi = 0xBF) {
-    return i + k < size && s[i + k] >= lo && s[i + k] <= hi;
-  };
-  if (c >= 0xC2 && c <= 0xDF) return trail(1) ? 2 : 0;
-  if (c == 0xE0) return trail(1, 0xA0) && trail(2) ? 3 : 0;
-  if ((c >= 0xE1 && c <= 0xEC) || c == 0xEE || c == 0xEF) return trail(1) && trail(2) ? 3 : 0;
-  if (c == 0xED) return trail(1, 0x80, 0x9F) && trail(2) ? 3 : 0;
-  if (c == 0xF0) return trail(1, 0x90) && trail(2) && trail(3) ? 4 : 0;
-  if (c >= 0xF1 && c <= 0xF3) return trail(1) && trail(2) && trail(3) ? 4 : 0;
-  if (c == 0xF4) return trail(1, 0x80, 0x8F) && trail(2) && trail(3) ? 4 : 0;
-  return 0;
+  if (s[i] < 0x80) return 1;
+  const Lead lead = leadOf(s[i]);
+  if (lead.length == 0) return 0;
+  return matchingPrefix(s, i, size, lead) == lead.length ? lead.length : 0;
 }
 
 // How many bytes of an invalid sequence at `i` form its maximal subpart (at least one).
 size_t invalidSubpartLength(const unsigned char* s, size_t i, size_t size) {
-  const unsigned char c = s[i];
-  unsigned char lo = 0x80, hi = 0xBF;
-  size_t expected;
-  if (c >= 0xC2 && c <= 0xDF) {
-    expected = 2;
-  } else if (c >= 0xE0 && c <= 0xEF) {
-    expected = 3;
-    if (c == 0xE0) lo = 0xA0;
-    if (c == 0xED) hi = 0x9F;
-  } else if (c >= 0xF0 && c <= 0xF4) {
-    expected = 4;
-    if (c == 0xF0) lo = 0x90;
-    if (c == 0xF4) hi = 0x8F;
-  } else {
-    return 1;
-  }
-  size_t length = 1;
-  if (i + 1 < size && s[i + 1] >= lo && s[i + 1] <= hi) {
-    ++length;
-    while (length < expected && i + length < size && s[i + length] >= 0x80 && s[i + length] <= 0xBF)
-      ++length;
-  }
-  return length;
+  const Lead lead = leadOf(s[i]);
+  return lead.length == 0 ? 1 : matchingPrefix(s, i, size, lead);
 }
 
 }  // namespace

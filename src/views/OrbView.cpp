@@ -242,29 +242,14 @@ bool OrbView::step(double seconds) {
   // The core's texts slide back by a few points: the fades' frame rate is smooth enough.
   swap_.advance(seconds);
   if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
-  bool controls = radial_.isMoving() || size_.isMoving();
-  for (Satellite& satellite : satellites_) {
-    if (t >= satellite.startAt) satellite.radius.setTarget(satellite.target);
-    satellite.radius.advance(seconds);
-    const bool moving =
-        satellite.radius.isMoving() || satellite.radius.target() != satellite.target;
-    controls = controls || moving;
-  }
+  const bool controls = advanceSatellites(seconds, t) || radial_.isMoving() || size_.isMoving();
   springs = springs || controls;
   std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
   const bool effects = !ripples_.empty() || t - pulseStart_ < pulseSeconds ||
                        t - flashStart_ < flashSeconds || swap_.isMoving();
   const bool idle = availableMotion();
   if (idle) idlePhase_ += seconds;
-  // While the flash is held and nothing else moves, the next frame is the one its fall begins on.
-  const double sinceFlash = t - flashStart_;
-  const bool held = sinceFlash >= flashHeldFrom && sinceFlash < flashHeldUntil &&
-                    ripples_.empty() && t - pulseStart_ >= pulseSeconds && !swap_.isMoving();
-  const int untilFall = static_cast<int>(std::ceil((flashHeldUntil - sinceFlash) * 1000));
-  ticker_.setInterval(springs   ? springRate
-                      : held    ? std::clamp(untilFall, effectRate, idleRate)
-                      : effects ? effectRate
-                                : idleRate);
+  ticker_.setInterval(frameInterval(springs, effects, t));
   // The window follows what moves, and once more when it has come to rest.
   if (springs || extentMoving_) extentChanged();
   extentMoving_ = springs;
@@ -281,6 +266,28 @@ bool OrbView::step(double seconds) {
     update(orbSquare());
   }
   return springs || effects || idle;
+}
+
+bool OrbView::advanceSatellites(double seconds, double t) {
+  bool moving = false;
+  for (Satellite& satellite : satellites_) {
+    if (t >= satellite.startAt) satellite.radius.setTarget(satellite.target);
+    satellite.radius.advance(seconds);
+    moving = moving || satellite.radius.isMoving() || satellite.radius.target() != satellite.target;
+  }
+  return moving;
+}
+
+int OrbView::frameInterval(bool springs, bool effects, double t) const {
+  if (springs) return springRate;
+  // While the flash is held and nothing else moves, the next frame is the one its fall begins on.
+  const double sinceFlash = t - flashStart_;
+  const bool held = sinceFlash >= flashHeldFrom && sinceFlash < flashHeldUntil &&
+                    ripples_.empty() && t - pulseStart_ >= pulseSeconds && !swap_.isMoving();
+  if (held)
+    return std::clamp(static_cast<int>(std::ceil((flashHeldUntil - sinceFlash) * 1000)), effectRate,
+                      idleRate);
+  return effects ? effectRate : idleRate;
 }
 
 SatellitePage OrbView::satellitePage() {

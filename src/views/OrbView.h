@@ -114,6 +114,10 @@ class OrbView final : public QWidget {
   void animateTick();
   void animateSwap();
   bool step(double seconds);
+  // Advances the satellites' springs; whether any of them still moves toward its place.
+  bool advanceSatellites(double seconds, double t);
+  // The next frame's delay in milliseconds.
+  int frameInterval(bool springs, bool effects, double t) const;
   void layoutControls();
   void syncSatellites();
   void scheduleRefresh();

@@ -19,6 +19,17 @@ bool contains(const std::string& haystack, const QString& needle) {
   return QString::fromStdString(haystack).contains(needle, Qt::CaseInsensitive);
 }
 
+// Two runs of digits by their value, however many leading zeros they carry.
+int compareNumbers(QStringView a, QStringView b) {
+  const auto significant = [](QStringView digits) {
+    qsizetype k = 0;
+    while (k + 1 < digits.size() && digits[k] == u'0') ++k;
+    return digits.mid(k);
+  };
+  const QStringView x = significant(a), y = significant(b);
+  return x.size() != y.size() ? (x.size() < y.size() ? -1 : 1) : x.compare(y);
+}
+
 // Orders embedded numbers by value ("ETF9" before "ETF10") and the rest by the locale's
 // collation, ignoring case: the system's standard comparison of names shown to people.
 int standardCompare(const QCollator& collator, const QString& a, const QString& b) {
@@ -30,18 +41,8 @@ int standardCompare(const QCollator& collator, const QString& a, const QString& 
     while (endB < b.size() && b[endB].isDigit() == digitB) ++endB;
     const QStringView chunkA = QStringView(a).mid(i, endA - i);
     const QStringView chunkB = QStringView(b).mid(j, endB - j);
-    int order = 0;
-    if (digitA && digitB) {
-      const auto significant = [](QStringView digits) {
-        qsizetype k = 0;
-        while (k + 1 < digits.size() && digits[k] == u'0') ++k;
-        return digits.mid(k);
-      };
-      const QStringView x = significant(chunkA), y = significant(chunkB);
-      order = x.size() != y.size() ? (x.size() < y.size() ? -1 : 1) : x.compare(y);
-    } else {
-      order = collator.compare(chunkA, chunkB);
-    }
+    const int order =
+        digitA && digitB ? compareNumbers(chunkA, chunkB) : collator.compare(chunkA, chunkB);
     if (order != 0) return order;
     i = endA;
     j = endB;
@@ -98,26 +99,11 @@ bool matchesSearch(const std::string& search, const std::string& symbol, const s
   return contains(symbol, text) || contains(market, text) || (quote && contains(quote->name, text));
 }
 
-std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watchlist,
-                                           const std::vector<QuoteSnapshot>& quotes,
-                                           const WatchlistFilters& filters, Date statusClock,
-                                           double grace) {
-  std::unordered_map<std::string, const QuoteSnapshot*> byID;
-  for (const QuoteSnapshot& q : quotes) byID.try_emplace(q.id, &q);
-  std::vector<WatchlistEntry> rows;
-  for (const std::string& symbol : watchlist) {
-    auto it = byID.find(symbol);
-    const QuoteSnapshot* quote = it == byID.end() ? nullptr : it->second;
-    WatchlistEntry entry{symbol, quote ? quote->market : marketOfSymbol(symbol),
-                         quote ? std::optional(*quote) : std::nullopt};
-    if (filters.market != "全部" && filters.market != entry.market) continue;
-    if (filters.status != "全部" && filters.status != quoteStatus(quote, statusClock, grace))
-      continue;
-    if (!matchesSearch(filters.search, entry.symbol, entry.market, quote)) continue;
-    if (!matchesChange(filters.change, quote)) continue;
-    rows.push_back(std::move(entry));
-  }
-  if (filters.sortOrder == "名称") {
+namespace {
+
+// Stable: "自选顺序" keeps the watchlist's order, and rows that compare equal keep theirs.
+void sortEntries(std::vector<WatchlistEntry>& rows, const std::string& sortOrder) {
+  if (sortOrder == "名称") {
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     const auto key = [](const WatchlistEntry& e) {
@@ -126,14 +112,39 @@ std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watch
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
       return standardCompare(collator, key(a), key(b)) < 0;
     });
-  } else if (filters.sortOrder == "涨幅从高到低" || filters.sortOrder == "涨幅从低到高") {
-    const bool descending = filters.sortOrder == "涨幅从高到低";
+  } else if (sortOrder == "涨幅从高到低" || sortOrder == "涨幅从低到高") {
+    const bool descending = sortOrder == "涨幅从高到低";
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
       if (!a.quote || !b.quote) return a.quote && !b.quote;
       const double x = a.quote->changePct(), y = b.quote->changePct();
       return descending ? x > y : x < y;
     });
   }
+}
+
+}  // namespace
+
+std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watchlist,
+                                           const std::vector<QuoteSnapshot>& quotes,
+                                           const WatchlistFilters& filters, Date statusClock,
+                                           double grace) {
+  std::unordered_map<std::string, const QuoteSnapshot*> byID;
+  for (const QuoteSnapshot& q : quotes) byID.try_emplace(q.id, &q);
+  const auto shown = [&](const WatchlistEntry& entry, const QuoteSnapshot* quote) {
+    return (filters.market == "全部" || filters.market == entry.market) &&
+           (filters.status == "全部" || filters.status == quoteStatus(quote, statusClock, grace)) &&
+           matchesSearch(filters.search, entry.symbol, entry.market, quote) &&
+           matchesChange(filters.change, quote);
+  };
+  std::vector<WatchlistEntry> rows;
+  for (const std::string& symbol : watchlist) {
+    auto it = byID.find(symbol);
+    const QuoteSnapshot* quote = it == byID.end() ? nullptr : it->second;
+    WatchlistEntry entry{symbol, quote ? quote->market : marketOfSymbol(symbol),
+                         quote ? std::optional(*quote) : std::nullopt};
+    if (shown(entry, quote)) rows.push_back(std::move(entry));
+  }
+  sortEntries(rows, filters.sortOrder);
   return rows;
 }
 
