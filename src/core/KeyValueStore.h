@@ -37,9 +37,9 @@ class KeyValueStore {
   virtual void setDataLazily(const std::string& key, const std::string& bytes) {
     setData(key, bytes);
   }
-  // Stores that keep nothing beyond memory have nothing to tell.
-  virtual void setWriteObserver(WriteObserver /*observer*/) {
-  }  // NOLINT(performance-unnecessary-value-param): a sink for the stores that keep it
+  // Stores that keep nothing beyond memory have nothing to tell. A sink for those that keep it.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param)
+  virtual void setWriteObserver(WriteObserver /*observer*/) {}
 };
 
 // A store that lives in memory only: throw-away runs and tests.

@@ -212,7 +212,7 @@ class AppModel {
 
   // Endpoint set and manifest.
   void bootstrapDataSourcesAndLoad();
-  void fetchRemoteSourceManifest(std::function<void(bool adopted)> completion);
+  void fetchRemoteSourceManifest(const std::function<void(bool adopted)>& completion);
 
   // Intraday series.
   void fetchIntraday(const QuoteSnapshot& quote);

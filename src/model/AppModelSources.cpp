@@ -45,7 +45,7 @@ void AppModel::bootstrapDataSourcesAndLoad() {
       })));
 }
 
-void AppModel::fetchRemoteSourceManifest(std::function<void(bool)> completion) {
+void AppModel::fetchRemoteSourceManifest(const std::function<void(bool)>& completion) {
   const auto url = bundle_.infoValue("StockDataSourceConfigURL");
   if (!url || !isTrustedManifestURL(*url)) {
     deps_.scheduler.post(guarded([completion] { completion(false); }));

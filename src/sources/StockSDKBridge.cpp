@@ -126,7 +126,7 @@ StockSDKBridge::StockSDKBridge(ProcessRunner& runner, const Clock& clock, Bridge
 
 void StockSDKBridge::launch(Purpose purpose, ProcessRequest request, Answer answer) {
   Slot& slot = (*slots_)[purpose];
-  if (!slot.running) return start(purpose, std::move(request), std::move(answer));
+  if (!slot.running) return start(purpose, request, std::move(answer));
   std::optional<Slot::Waiting> replaced = std::move(slot.waiting);
   slot.waiting.reset();
   if (runKey(request) == slot.key) {
@@ -162,7 +162,7 @@ void StockSDKBridge::ended(Purpose purpose, const ProcessResult& result) {
   if (slot.waiting) {
     Slot::Waiting next = std::move(*slot.waiting);
     slot.waiting.reset();
-    start(purpose, std::move(next.request), std::move(next.answer));
+    start(purpose, next.request, std::move(next.answer));
   }
   for (const Answer& answer : answers) answer(result);
 }

@@ -323,7 +323,7 @@ QWidget* SettingsView::appearancePage() {
        {std::pair{"小 ", orbSizes[0]}, {"中 ", orbSizes[1]}, {"大 ", orbSizes[2]}})
     sizes.emplace_back(QString::fromUtf8(word) + QString::number(points),
                        [this, size = points] { model_.setOrbSize(size); });
-  pills(orb, QStringLiteral("尺寸"), std::move(sizes), [this] {
+  pills(orb, QStringLiteral("尺寸"), sizes, [this] {
     return int(std::find(orbSizes.begin(), orbSizes.end(), model_.orbSize()) - orbSizes.begin());
   });
   pills(orb, QStringLiteral("球面显示"),
