@@ -65,6 +65,8 @@ TEST(Decoding, TriesGB18030ThenUTF8ThenRepairs) {
       {"\xe2\x82\xac", "€"},                                     // UTF-8 that is no GB 18030
       {"\xb9\xf3\xd6", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},  // truncated GBK: three marks
       {"\xf0\x9f\x98", "\xef\xbf\xbd"},  // a cut-off emoji: one maximal subpart, one mark
+      // A surrogate, never text in UTF-8 (and no GB 18030 either): a mark for each byte.
+      {"\xed\xa0\x80", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
   };
   for (const auto& [bytes, text] : cases) EXPECT_EQ(decodeLiveText(bytes), text) << bytes;
 }
