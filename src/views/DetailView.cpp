@@ -219,7 +219,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   side->addWidget(chartCard, 1);
 
   auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), side_);
-  name_ = themedLabel(QString(), nullptr, 15, QFont::Bold, figuresCard);
+  name_ = themedLabel(QString(), TextRole::plain, 15, QFont::Bold, figuresCard);
   name_->setWordWrap(false);
   figuresCard->content().addWidget(name_);
   figures_ = new QGridLayout;
@@ -233,10 +233,10 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   int row = 0;
   for (const char* name : names) {
     const bool held = size_t(row) >= holdingRows;
-    auto* caption = themedLabel(QString::fromUtf8(name), "muted", 12.5);
+    auto* caption = themedLabel(QString::fromUtf8(name), TextRole::muted, 12.5);
     caption->setWordWrap(false);
     captions_.push_back(caption);
-    auto* value = themedLabel(QString(), nullptr, 13.5, QFont::DemiBold);
+    auto* value = themedLabel(QString(), TextRole::plain, 13.5, QFont::DemiBold);
     value->setWordWrap(false);
     values_.push_back(value);
     if (held) {

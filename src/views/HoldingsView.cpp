@@ -25,9 +25,9 @@ QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
   auto* layout = new QVBoxLayout(box);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(1);
-  auto* top = themedLabel(caption, "muted", 11.5, QFont::Normal, box);
+  auto* top = themedLabel(caption, TextRole::muted, 11.5, QFont::Normal, box);
   top->setWordWrap(false);
-  auto* number = themedLabel(value, nullptr, 13.5, QFont::DemiBold, box);
+  auto* number = themedLabel(value, TextRole::plain, 13.5, QFont::DemiBold, box);
   number->setWordWrap(false);
   if (signedValue)
     number->setStyleSheet(QStringLiteral("color: ") + qt(quoteColor(*signedValue)).name());
@@ -51,8 +51,8 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   page->addLayout(summaries_);
 
   auto* list = new ProductCard(QStringLiteral("持仓"), this);
-  empty_ = themedLabel(QStringLiteral("还没有持仓 · 在这里录入持有数量和成本价"), "muted", 13,
-                       QFont::Normal, list);
+  empty_ = themedLabel(QStringLiteral("还没有持仓 · 在这里录入持有数量和成本价"), TextRole::muted,
+                       13, QFont::Normal, list);
   list->content().addWidget(empty_);
   // A view that creates only the rows it shows: thousands of holdings cost what a screenful does.
   rows_ = new HoldingsListModel(this);
@@ -74,8 +74,8 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   editRow_->setToolTip(QStringLiteral("编辑所选持仓"));
   removeRow_ = new QPushButton(QStringLiteral("删除"), list);
   removeRow_->setToolTip(QStringLiteral("删除所选持仓"));
-  rowActions->addWidget(themedLabel(QStringLiteral("选中一行后编辑或删除；双击一行编辑。"), "muted",
-                                    12, QFont::Normal, list));
+  rowActions->addWidget(themedLabel(QStringLiteral("选中一行后编辑或删除；双击一行编辑。"),
+                                    TextRole::muted, 12, QFont::Normal, list));
   rowActions->addStretch();
   rowActions->addWidget(editRow_);
   rowActions->addWidget(removeRow_);
@@ -116,7 +116,8 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
       {"标的", symbol_}, {"持有数量", shares_}, {"成本价", cost_}};
   int column = 0;
   for (const auto& [caption, input] : inputs) {
-    auto* label = themedLabel(QString::fromUtf8(caption), "secondary", 12.5, QFont::Normal, form);
+    auto* label =
+        themedLabel(QString::fromUtf8(caption), TextRole::secondary, 12.5, QFont::Normal, form);
     label->setWordWrap(false);
     fields->addWidget(label, 0, column);
     fields->addWidget(input, 1, column);
@@ -127,14 +128,14 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   submit_->setProperty("primary", true);
   fields->addWidget(submit_, 1, column);
   form->content().addLayout(fields);
-  message_ = themedLabel(QString(), "error", 12, QFont::Normal, form);
+  message_ = themedLabel(QString(), TextRole::error, 12, QFont::Normal, form);
   message_->hide();
   form->content().addWidget(message_);
   question_ = new QWidget(form);
   auto* asks = new QHBoxLayout(question_);
   asks->setContentsMargins(0, 0, 0, 0);
   asks->setSpacing(6);
-  questionText_ = themedLabel(QString(), nullptr, 12.5, QFont::Normal, question_);
+  questionText_ = themedLabel(QString(), TextRole::plain, 12.5, QFont::Normal, question_);
   questionText_->setWordWrap(false);
   asks->addWidget(questionText_);
   for (const auto& [label, answer] : {std::pair{"替换", Conflict::replace},
@@ -159,8 +160,8 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
                    [this](bool on) { model_.setShowsDayProfitInTray(on); });
   tray->content().addWidget(tray_);
   tray->content().addWidget(themedLabel(
-      QStringLiteral("打开后，托盘图标旁的文字显示第一种货币的今日盈亏；遮蔽时不显示。"), "muted",
-      12));
+      QStringLiteral("打开后，托盘图标旁的文字显示第一种货币的今日盈亏；遮蔽时不显示。"),
+      TextRole::muted, 12));
   page->addWidget(tray);
   page->addStretch();
 
@@ -292,7 +293,7 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   card->content().addLayout(line);
   if (total.missing > 0)
     card->content().addWidget(themedLabel(QStringLiteral("（%1 项暂无行情）").arg(total.missing),
-                                          "muted", 12, QFont::Normal, card));
+                                          TextRole::muted, 12, QFont::Normal, card));
   return card;
 }
 

@@ -156,9 +156,10 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   auto* sideLayout = new QVBoxLayout(side);
   sideLayout->setContentsMargins(12, 20, 12, 16);
   sideLayout->setSpacing(6);
-  sideLayout->addWidget(themedLabel(QStringLiteral("使用偏好"), nullptr, 18, QFont::Bold, side));
   sideLayout->addWidget(
-      themedLabel(QStringLiteral("潮汐栏 · 岚舟"), "muted", 11.5, QFont::Normal, side));
+      themedLabel(QStringLiteral("使用偏好"), TextRole::plain, 18, QFont::Bold, side));
+  sideLayout->addWidget(
+      themedLabel(QStringLiteral("潮汐栏 · 岚舟"), TextRole::muted, 11.5, QFont::Normal, side));
   sideLayout->addSpacing(8);
   list_ = new QListWidget(side);
   list_->setFont(uiFont(14));
@@ -299,7 +300,7 @@ QWidget* SettingsView::appearancePage() {
                             const std::function<int()>& current) {
     auto* row = new QHBoxLayout;
     row->setSpacing(8);
-    auto* name = themedLabel(title, "secondary", 13, QFont::Normal, card);
+    auto* name = themedLabel(title, TextRole::secondary, 13, QFont::Normal, card);
     name->setFixedWidth(96);
     row->addWidget(name);
     std::vector<ProductPill*> made;
@@ -363,8 +364,9 @@ QWidget* SettingsView::appearancePage() {
   syncers_.push_back([made, example] {
     for (size_t i = 0; i < made.size(); ++i) made[i]->setText(example(int64_t(i)));
   });
-  tray->content().addWidget(themedLabel(
-      QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"), "muted", 12));
+  tray->content().addWidget(
+      themedLabel(QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"),
+                  TextRole::muted, 12));
   layout->addWidget(tray);
 
   layout->addWidget(keysCard(page));
@@ -372,7 +374,7 @@ QWidget* SettingsView::appearancePage() {
   if (actions_.autostartEnabled && actions_.setAutostart) {
     auto* start = new ProductCard(QStringLiteral("启动"), page);
     auto* login = new ProductSwitch(QStringLiteral("登录时启动"), start);
-    auto* problem = themedLabel(QString(), "error", 12, QFont::Normal, start);
+    auto* problem = themedLabel(QString(), TextRole::error, 12, QFont::Normal, start);
     problem->hide();
     start->content().addWidget(login);
     start->content().addWidget(problem);
@@ -398,7 +400,7 @@ QWidget* SettingsView::appearancePage() {
 QWidget* SettingsView::keysCard(QWidget* page) {
   auto* keys = new ProductCard(QStringLiteral("快捷键"), page);
   const DesktopKeys& desktop = actions_.keys;
-  const auto line = [keys](const QString& text, const char* role = nullptr, double size = 13) {
+  const auto line = [keys](const QString& text, TextRole role = TextRole::plain, double size = 13) {
     auto* label = themedLabel(text, role, size, QFont::Normal, keys);
     label->setWordWrap(true);
     keys->content().addWidget(label);
@@ -411,7 +413,7 @@ QWidget* SettingsView::keysCard(QWidget* page) {
     line(QStringLiteral("Wayland 会话中，其他程序的窗口有焦点时收不到 ") +
              QString::fromStdString(bothKeys(" 和 ")) +
              QStringLiteral("。请在桌面的键盘设置里为这两条命令绑定按键："),
-         "muted", 12);
+         TextRole::muted, 12);
     for (const GlobalCommandSpec& spec : globalCommands) {
       auto* command = line(desktop.program + QStringLiteral(" --") + q(spec.option) +
                            QStringLiteral("  ") + q(spec.description));
@@ -419,26 +421,24 @@ QWidget* SettingsView::keysCard(QWidget* page) {
     }
     line(QStringLiteral("灵球有焦点时，它自己的按键照常可用：R 刷新、1/2/3 尺寸、M 遮蔽、←/→ "
                         "切换、回车展开。"),
-         "muted", 12);
+         TextRole::muted, 12);
     if (desktop.gnomeInstalled && desktop.addGnome) {
       auto* add = new QPushButton(QStringLiteral("添加 GNOME 快捷键"), keys);
-      auto* outcome = line(QString(), "muted", 12);
-      const auto tell = [outcome](const QString& text, const char* role) {
+      auto* outcome = line(QString(), TextRole::muted, 12);
+      const auto tell = [outcome](const QString& text, TextRole role) {
         outcome->setText(text);
-        outcome->setProperty("role", QString::fromLatin1(role));
-        outcome->style()->unpolish(outcome);
-        outcome->style()->polish(outcome);
+        setTextRole(outcome, role);
       };
       if (desktop.gnomeInstalled())
         tell(QStringLiteral("GNOME 快捷键已添加：") + QString::fromStdString(bothKeys("、")),
-             "muted");
+             TextRole::muted);
       QObject::connect(add, &QPushButton::clicked, this, [this, tell] {
         if (const auto failure = actions_.keys.addGnome()) {
-          tell(QString::fromStdString(*failure), "error");
+          tell(QString::fromStdString(*failure), TextRole::error);
           return;
         }
         tell(QStringLiteral("GNOME 快捷键已添加：") + QString::fromStdString(bothKeys("、")),
-             "muted");
+             TextRole::muted);
         if (actions_.keys.changed) actions_.keys.changed();
       });
       auto* row = new QHBoxLayout;
@@ -447,7 +447,7 @@ QWidget* SettingsView::keysCard(QWidget* page) {
       keys->content().addLayout(row);
     }
   }
-  shortcutNotice_ = themedLabel(QString(), "warning", 12, QFont::Normal, keys);
+  shortcutNotice_ = themedLabel(QString(), TextRole::warning, 12, QFont::Normal, keys);
   shortcutNotice_->hide();
   keys->content().addWidget(shortcutNotice_);
   return keys;
@@ -472,11 +472,11 @@ QWidget* SettingsView::sourcePage() {
     model_.setSourceMode(SourceMode(mode->itemData(index).toInt()));
   });
   card->content().addWidget(mode);
-  auto* hint = themedLabel(QString(), "muted", 12, QFont::Normal, card);
+  auto* hint = themedLabel(QString(), TextRole::muted, 12, QFont::Normal, card);
   hint->setWordWrap(true);
   card->content().addWidget(hint);
   auto* interval = new QHBoxLayout;
-  interval->addWidget(themedLabel(QStringLiteral("自动刷新"), "secondary", 13));
+  interval->addWidget(themedLabel(QStringLiteral("自动刷新"), TextRole::secondary, 13));
   std::vector<std::pair<double, ProductPill*>> intervals;
   for (auto [seconds, text] : {std::pair{0.0, "关闭"}, {2.6, "2.6 秒"}, {5.0, "5 秒"}}) {
     auto* pill = new ProductPill(QString::fromUtf8(text), card);
@@ -490,7 +490,7 @@ QWidget* SettingsView::sourcePage() {
   layout->addWidget(card);
 
   auto* status = new ProductCard(QStringLiteral("状态"), page);
-  auto* lines = themedLabel(QString(), nullptr, 13, QFont::Normal, status);
+  auto* lines = themedLabel(QString(), TextRole::plain, 13, QFont::Normal, status);
   lines->setTextInteractionFlags(Qt::TextSelectableByMouse);
   status->content().addWidget(lines);
   auto* refresh = new QPushButton(QStringLiteral("立即刷新"), status);
@@ -512,7 +512,7 @@ QWidget* SettingsView::sourcePage() {
   buttons->addWidget(importButton);
   buttons->addStretch();
   files->content().addLayout(buttons);
-  transfer_ = themedLabel(QString(), "muted", 12, QFont::Normal, files);
+  transfer_ = themedLabel(QString(), TextRole::muted, 12, QFont::Normal, files);
   files->content().addWidget(transfer_);
   layout->addWidget(files);
   layout->addStretch();
@@ -552,7 +552,7 @@ QWidget* SettingsView::alertPage() {
                                        QStringLiteral("价格提醒和共享屏幕时的遮蔽。"), page));
 
   auto* alert = new ProductCard(QStringLiteral("价格预警"), page);
-  auto* current = themedLabel(QString(), nullptr, 14, QFont::Medium, alert);
+  auto* current = themedLabel(QString(), TextRole::plain, 14, QFont::Medium, alert);
   alert->content().addWidget(current);
   auto* edit = new QPushButton(QStringLiteral("编辑预警…"), alert);
   QObject::connect(edit, &QPushButton::clicked, this, [this] {
@@ -571,11 +571,11 @@ QWidget* SettingsView::alertPage() {
   privacy->content().addWidget(themedLabel(
       QStringLiteral(
           "在 Linux 桌面上，遮蔽会隐藏窗口里的数字，但无法阻止窗口被录屏或屏幕共享捕获。"),
-      "muted", 12));
+      TextRole::muted, 12));
   privacy->content().addWidget(themedLabel(QStringLiteral("快捷键 ") +
                                                q(specOf(GlobalCommand::toggleMask).keys) +
                                                QStringLiteral(" 随时切换遮蔽。"),
-                                           "muted", 12));
+                                           TextRole::muted, 12));
   layout->addWidget(privacy);
   layout->addStretch();
 

@@ -45,10 +45,11 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(24, 8, 24, 24);
   layout->setSpacing(12);
-  layout->addWidget(themedLabel(QString::fromUtf8("价格预警"), nullptr, 22, QFont::Bold, this));
+  layout->addWidget(
+      themedLabel(QString::fromUtf8("价格预警"), TextRole::plain, 22, QFont::Bold, this));
   layout->addWidget(
       themedLabel(QString::fromUtf8("行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。"),
-                  "secondary", 12, QFont::Normal, this));
+                  TextRole::secondary, 12, QFont::Normal, this));
 
   symbol_ = new QComboBox(this);
   // The alert's own security while it is watched, else the active one.
@@ -61,9 +62,10 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   }
   symbol_->setCurrentIndex(chosen >= 0 ? chosen : active);
   layout->addWidget(symbol_);
-  currentCaption_ = themedLabel(QStringLiteral("当前价格"), "muted", 12, QFont::Normal, this);
+  currentCaption_ =
+      themedLabel(QStringLiteral("当前价格"), TextRole::muted, 12, QFont::Normal, this);
   layout->addWidget(currentCaption_);
-  current_ = themedLabel(QString(), nullptr, 20, QFont::Bold, this);
+  current_ = themedLabel(QString(), TextRole::plain, 20, QFont::Bold, this);
   current_->setWordWrap(false);
   layout->addWidget(current_);
   QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] { showCurrent(); });
@@ -92,7 +94,7 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
     if (auto price = model.alertPrice()) input_->setText(editable(*price));
   }
   layout->addWidget(input_);
-  message_ = themedLabel(QString::fromUtf8(""), "error", 12, QFont::Normal, this);
+  message_ = themedLabel(QString::fromUtf8(""), TextRole::error, 12, QFont::Normal, this);
   layout->addWidget(message_);
   QObject::connect(input_, &QLineEdit::textChanged, this, [this](const QString& text) {
     const bool wrong = !text.isEmpty() && !parseAlertPrice(text.toStdString());
@@ -152,9 +154,10 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWi
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(32, 8, 32, 28);
   layout->setSpacing(14);
-  layout->addWidget(themedLabel(QString::fromUtf8("欢迎来到岚舟"), nullptr, 26, QFont::Bold, this));
+  layout->addWidget(
+      themedLabel(QString::fromUtf8("欢迎来到岚舟"), TextRole::plain, 26, QFont::Bold, this));
   layout->addWidget(themedLabel(QString::fromUtf8("让行情安静地浮在桌面，\n需要时，轻触一颗灵球。"),
-                                "secondary", 14, QFont::Normal, this));
+                                TextRole::secondary, 14, QFont::Normal, this));
   struct Step {
     const char* gesture;
     const char* title;
@@ -172,15 +175,17 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> close, QWi
     auto* row = new QVBoxLayout(card);
     row->setContentsMargins(14, 8, 14, 10);
     row->setSpacing(2);
-    row->addWidget(themedLabel(QString::fromUtf8(step.gesture), "accent", 11, QFont::DemiBold));
-    row->addWidget(themedLabel(QString::fromUtf8(step.title), nullptr, 15, QFont::Bold));
+    row->addWidget(
+        themedLabel(QString::fromUtf8(step.gesture), TextRole::accent, 11, QFont::DemiBold));
+    row->addWidget(themedLabel(QString::fromUtf8(step.title), TextRole::plain, 15, QFont::Bold));
     if (step.detail)
-      row->addWidget(themedLabel(QString::fromUtf8(step.detail), "muted", 12, QFont::Normal));
+      row->addWidget(
+          themedLabel(QString::fromUtf8(step.detail), TextRole::muted, 12, QFont::Normal));
     layout->addWidget(card);
   }
   layout->addWidget(
       themedLabel(QString::fromUtf8("当前可使用本地快照，或在设置中切换腾讯 / 新浪公开行情。"),
-                  "muted", 12, QFont::Normal, this));
+                  TextRole::muted, 12, QFont::Normal, this));
   layout->addStretch();
   auto* start = new QPushButton(QStringLiteral("开始探索"), this);
   start->setMinimumHeight(38);

@@ -180,12 +180,32 @@ void applyTheme(AppTheme theme) {
   styler->restyle();
 }
 
-QLabel* themedLabel(const QString& text, const char* role, double size, QFont::Weight weight,
+namespace {
+
+// The names the style sheet's selectors use; none for plain text.
+const char* roleName(TextRole role) {
+  static constexpr std::array<const char*, 6> names{nullptr,  "secondary", "muted",
+                                                    "accent", "warning",   "error"};
+  return names[static_cast<size_t>(role)];
+}
+
+}  // namespace
+
+void setTextRole(QWidget* label, TextRole role) {
+  const char* name = roleName(role);
+  const QVariant value = name ? QVariant(QString::fromLatin1(name)) : QVariant();
+  if (label->property("role") == value) return;
+  label->setProperty("role", value);
+  label->style()->unpolish(label);
+  label->style()->polish(label);
+}
+
+QLabel* themedLabel(const QString& text, TextRole role, double size, QFont::Weight weight,
                     QWidget* parent) {
   auto* label = new QLabel(text, parent);
   label->setFont(uiFont(size, weight));
   label->setWordWrap(true);
-  if (role) label->setProperty("role", QString::fromLatin1(role));
+  if (role != TextRole::plain) label->setProperty("role", QString::fromLatin1(roleName(role)));
   return label;
 }
 
@@ -261,11 +281,11 @@ void ElidedLabel::changeEvent(QEvent* event) {
   if (event->type() == QEvent::FontChange) shorten();
 }
 
-ElidedLabel* elidedLabel(const QString& text, const char* role, double size, QFont::Weight weight,
+ElidedLabel* elidedLabel(const QString& text, TextRole role, double size, QFont::Weight weight,
                          QWidget* parent) {
   auto* label = new ElidedLabel(QString(), parent);
   label->setFont(uiFont(size, weight));
-  if (role) label->setProperty("role", QString::fromLatin1(role));
+  if (role != TextRole::plain) label->setProperty("role", QString::fromLatin1(roleName(role)));
   label->setFullText(text);
   return label;
 }
@@ -282,8 +302,8 @@ ProductHeading::ProductHeading(const QString& title, const QString& subtitle, QW
   row_->setContentsMargins(0, 0, 0, 0);
   auto* texts = new QVBoxLayout;
   texts->setSpacing(4);
-  title_ = themedLabel(title, nullptr, 22, QFont::Bold, this);
-  subtitle_ = themedLabel(subtitle, "muted", 12.5, QFont::Normal, this);
+  title_ = themedLabel(title, TextRole::plain, 22, QFont::Bold, this);
+  subtitle_ = themedLabel(subtitle, TextRole::muted, 12.5, QFont::Normal, this);
   texts->addWidget(title_);
   texts->addWidget(subtitle_);
   row_->addLayout(texts, 1);
@@ -298,7 +318,8 @@ ProductCard::ProductCard(const QString& title, QWidget* parent) : QFrame(parent)
   content_ = new QVBoxLayout(this);
   content_->setContentsMargins(16, 14, 16, 16);
   content_->setSpacing(10);
-  if (!title.isEmpty()) content_->addWidget(themedLabel(title, "secondary", 12, QFont::DemiBold));
+  if (!title.isEmpty())
+    content_->addWidget(themedLabel(title, TextRole::secondary, 12, QFont::DemiBold));
 }
 
 ProductPill::ProductPill(const QString& text, QWidget* parent) : QPushButton(text, parent) {

@@ -35,8 +35,7 @@ ThemeColors themeColors(const OrbPalette& palette);
 
 // The standard controls' colours for a theme: window, text, fields, buttons and selection.
 QPalette themePalette(const OrbPalette& palette);
-// Rounded fields and buttons, cards, pills and the text roles ("secondary", "muted", "accent",
-// "warning") in the theme's colours.
+// Rounded fields and buttons, cards, pills and the text roles in the theme's colours.
 QString themeStyleSheet(const OrbPalette& palette);
 // Gives the whole application the theme, so every open window recolours at once, and every
 // window made later takes it before it shows. Does nothing when the theme is already applied.
@@ -44,8 +43,14 @@ void applyTheme(AppTheme theme);
 // The property that keeps a window (the orb's panel) out of the style sheet: it draws itself.
 inline constexpr char plainStyle[] = "tidemarkPlainStyle";
 
+// The colours text takes by what it says: plain text, then ever quieter secondary and muted
+// text, the accent, warnings (notices that are no failure) and failures in words.
+enum class TextRole { plain, secondary, muted, accent, warning, error };
+// Gives a label its role's colour, also again after it had another.
+void setTextRole(QWidget* label, TextRole role);
+
 // A label in one of the text roles of the style sheet, at a size in logical pixels.
-QLabel* themedLabel(const QString& text, const char* role, double size,
+QLabel* themedLabel(const QString& text, TextRole role, double size,
                     QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
 
 // A frameless scroll area around `content`, which it resizes. Up and down only unless
@@ -78,7 +83,7 @@ class ElidedLabel final : public QLabel {
 };
 
 // An elided label in one of the text roles.
-ElidedLabel* elidedLabel(const QString& text, const char* role, double size,
+ElidedLabel* elidedLabel(const QString& text, TextRole role, double size,
                          QFont::Weight weight = QFont::Normal, QWidget* parent = nullptr);
 
 // A window's heading: the title over a muted subtitle, with room on the right for a button.

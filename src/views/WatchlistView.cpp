@@ -45,7 +45,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   auto* left = new QVBoxLayout;
   left->setSpacing(10);
   auto* top = new QHBoxLayout;
-  heading_ = themedLabel(QString(), nullptr, 16, QFont::Bold, this);
+  heading_ = themedLabel(QString(), TextRole::plain, 16, QFont::Bold, this);
   heading_->setWordWrap(false);
   top->addWidget(heading_, 1);
   auto* restore = new QPushButton(QStringLiteral("恢复默认自选"), this);
@@ -76,7 +76,8 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
       refresh();
     });
     const int row = int(pickers_.size() / 2), column = int(pickers_.size() % 2) * 2;
-    auto* caption = themedLabel(QString::fromUtf8(captions[pickers_.size()]), "muted", 12.5);
+    auto* caption =
+        themedLabel(QString::fromUtf8(captions[pickers_.size()]), TextRole::muted, 12.5);
     caption->setWordWrap(false);
     pickers->addWidget(caption, row, column);
     pickers->addWidget(box, row, column + 1);
@@ -91,8 +92,8 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   rowsLayout_ = new QVBoxLayout(rowsHost_);
   rowsLayout_->setContentsMargins(0, 0, 10, 0);
   rowsLayout_->setSpacing(6);
-  emptyTitle_ = themedLabel(QString(), nullptr, 15, QFont::DemiBold, rowsHost_);
-  emptyHint_ = themedLabel(QString(), "muted", 12.5, QFont::Normal, rowsHost_);
+  emptyTitle_ = themedLabel(QString(), TextRole::plain, 15, QFont::DemiBold, rowsHost_);
+  emptyHint_ = themedLabel(QString(), TextRole::muted, 12.5, QFont::Normal, rowsHost_);
   emptyTitle_->setAlignment(Qt::AlignCenter);
   emptyHint_->setAlignment(Qt::AlignCenter);
   emptyTitle_->setContentsMargins(0, 36, 0, 0);
@@ -128,16 +129,17 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   busy_->setRange(0, 0);
   busy_->setTextVisible(false);
   busy_->setFixedWidth(60);
-  busyText_ = themedLabel(QStringLiteral("正在查询数据源…"), "muted", 12, QFont::Normal, card);
+  busyText_ =
+      themedLabel(QStringLiteral("正在查询数据源…"), TextRole::muted, 12, QFont::Normal, card);
   busyText_->setWordWrap(false);
   busyRow->addWidget(busy_);
   busyRow->addWidget(busyText_, 1);
   card->content().addLayout(busyRow);
-  searchMessage_ = themedLabel(QString(), "warning", 12, QFont::Normal, card);
+  searchMessage_ = themedLabel(QString(), TextRole::warning, 12, QFont::Normal, card);
   card->content().addWidget(searchMessage_);
   // What the model refuses at the limit, said before anyone tries.
   full_ = themedLabel(QStringLiteral("自选最多 %1 个标的").arg(AppModel::maxWatchlistLength),
-                      "warning", 12, QFont::Normal, card);
+                      TextRole::warning, 12, QFont::Normal, card);
   card->content().addWidget(full_);
 
   auto* lists = new QWidget;
@@ -147,9 +149,10 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   resultsLayout_ = new QVBoxLayout;
   resultsLayout_->setSpacing(6);
   listsLayout->addLayout(resultsLayout_);
-  listsLayout->addWidget(
-      themedLabel(QStringLiteral("加入后即可显示在灵球卫星环中。"), "muted", 12, QFont::Normal));
-  noCandidates_ = themedLabel(QStringLiteral("暂无可选行情"), "secondary", 13, QFont::Normal);
+  listsLayout->addWidget(themedLabel(QStringLiteral("加入后即可显示在灵球卫星环中。"),
+                                     TextRole::muted, 12, QFont::Normal));
+  noCandidates_ =
+      themedLabel(QStringLiteral("暂无可选行情"), TextRole::secondary, 13, QFont::Normal);
   listsLayout->addWidget(noCandidates_);
   candidatesLayout_ = new QVBoxLayout;
   candidatesLayout_->setSpacing(6);
@@ -213,22 +216,23 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
   // The code and name over the market and status, the price over the change.
   auto* first = new QHBoxLayout;
   first->setSpacing(10);
-  first->addWidget(elidedLabel(q(entry.symbol + "  " + (entry.quote ? entry.quote->name : "")),
-                               active ? "accent" : nullptr, 14, QFont::DemiBold, row),
-                   1);
+  first->addWidget(
+      elidedLabel(q(entry.symbol + "  " + (entry.quote ? entry.quote->name : "")),
+                  active ? TextRole::accent : TextRole::plain, 14, QFont::DemiBold, row),
+      1);
   auto* second = new QHBoxLayout;
   second->setSpacing(4);
   second->addWidget(
       elidedLabel(q(entry.market + " · " +
                     quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_, grace())),
-                  "muted", 11.5, QFont::Normal, row),
+                  TextRole::muted, 11.5, QFont::Normal, row),
       1);
   if (entry.quote) {
     auto* price = themedLabel(masked ? QStringLiteral("••••") : q(priceText(entry.quote->price)),
-                              nullptr, 14, QFont::DemiBold, row);
+                              TextRole::plain, 14, QFont::DemiBold, row);
     auto* pct =
         themedLabel(masked ? QStringLiteral("••••") : q(percentText(entry.quote->changePct())),
-                    nullptr, 12, QFont::Medium, row);
+                    TextRole::plain, 12, QFont::Medium, row);
     QPalette colours = pct->palette();
     colours.setColor(QPalette::WindowText, qt(quoteColor(entry.quote->changePct())));
     pct->setPalette(colours);
@@ -285,7 +289,7 @@ void WatchlistView::fillRows() {
           themedLabel(QStringLiteral("显示前 %1 个，共 %2 个 · 用搜索或筛选找到其余的")
                           .arg(count)
                           .arg(rows_.size()),
-                      "muted", 12, QFont::Normal));
+                      TextRole::muted, 12, QFont::Normal));
     rowsLayout_->addStretch();
   }
 
@@ -314,13 +318,14 @@ QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch
   auto* line = new QHBoxLayout(row);
   line->setContentsMargins(10, 6, 6, 6);
   line->setSpacing(6);
-  line->addWidget(elidedLabel(q(quote.id + "  " + quote.name), nullptr, 13, QFont::Medium, row), 1);
-  auto* market = themedLabel(q(quote.market), "muted", 11.5, QFont::Normal, row);
+  line->addWidget(
+      elidedLabel(q(quote.id + "  " + quote.name), TextRole::plain, 13, QFont::Medium, row), 1);
+  auto* market = themedLabel(q(quote.market), TextRole::muted, 11.5, QFont::Normal, row);
   market->setWordWrap(false);
   line->addWidget(market);
   if (watched) {
     // Found again: the search says it is there already.
-    auto* there = themedLabel(QStringLiteral("已在自选"), "muted", 12, QFont::Normal, row);
+    auto* there = themedLabel(QStringLiteral("已在自选"), TextRole::muted, 12, QFont::Normal, row);
     there->setWordWrap(false);
     line->addWidget(there);
     return row;
