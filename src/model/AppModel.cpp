@@ -140,7 +140,7 @@ void AppModel::restorePreferences() {
   setMasked(p->masked);
   setOrbSize(clampedOrbSize(p->orbSize));
   setAutoRotate(p->autoRotate);
-  setMenuDensity(clampedMenuDensity(p->menuDensity));
+  setMenuDensity(clampedMenuDensity(static_cast<int64_t>(p->menuDensity)));
   setOrbShowsName(p->orbShowsName.value_or(false));
   setPhase(p->phase);
   setLastError(p->lastError);
@@ -238,8 +238,8 @@ void AppModel::setAutoRotate(bool on) {
   savePreferences();
 }
 
-void AppModel::setMenuDensity(int64_t density) {
-  assign(prefs_.menuDensity, ready_ ? clampedMenuDensity(density) : density);
+void AppModel::setMenuDensity(MenuDensity density) {
+  assign(prefs_.menuDensity, ready_ ? clampedMenuDensity(static_cast<int64_t>(density)) : density);
   savePreferences();
 }
 
@@ -383,7 +383,7 @@ void AppModel::resetPreferences() {
   setMasked(false);
   setOrbSize(96);
   setAutoRotate(true);
-  setMenuDensity(0);
+  setMenuDensity(MenuDensity::iconOnly);
   setOrbShowsName(false);
   setOnboardingSeen(false);
   setAlertPrice(std::nullopt);

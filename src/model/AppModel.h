@@ -79,7 +79,7 @@ class AppModel {
   bool masked() const { return prefs_.masked; }
   double orbSize() const { return prefs_.orbSize; }
   bool autoRotate() const { return prefs_.autoRotate; }
-  int64_t menuDensity() const { return prefs_.menuDensity; }
+  MenuDensity menuDensity() const { return prefs_.menuDensity; }
   bool orbShowsName() const { return prefs_.orbShowsName.value_or(false); }
   QuotePhase phase() const { return prefs_.phase; }
   const std::optional<std::string>& lastError() const { return prefs_.lastError; }
@@ -116,7 +116,7 @@ class AppModel {
   void setMasked(bool on);
   void setOrbSize(double points);
   void setAutoRotate(bool on);
-  void setMenuDensity(int64_t density);
+  void setMenuDensity(MenuDensity density);
   void setOrbShowsName(bool on);
   void setPhase(QuotePhase phase);
   void setLastError(std::optional<std::string> text);

@@ -30,7 +30,7 @@ Json toJson(const Preferences& p) {
   object["masked"] = p.masked;
   object["orbSize"] = p.orbSize;
   object["autoRotate"] = p.autoRotate;
-  object["menuDensity"] = p.menuDensity;
+  object["menuDensity"] = static_cast<int64_t>(p.menuDensity);
   if (p.orbShowsName) object["orbShowsName"] = *p.orbShowsName;
   object["phase"] = rawValue(p.phase);
   if (p.lastError) object["lastError"] = *p.lastError;
@@ -67,7 +67,9 @@ std::optional<Preferences> preferencesFromJson(const Json& object, std::string* 
   take(boolean(object, "masked"), "masked", p.masked);
   take(number(object, "orbSize"), "orbSize", p.orbSize);
   take(boolean(object, "autoRotate"), "autoRotate", p.autoRotate);
-  take(integer(object, "menuDensity"), "menuDensity", p.menuDensity);
+  int64_t density = 0;
+  take(integer(object, "menuDensity"), "menuDensity", density);
+  p.menuDensity = static_cast<MenuDensity>(density);  // clamped where it is used
   takeOptional("orbShowsName", p.orbShowsName, boolean);
   take(enumeration<QuotePhase>(object, "phase"), "phase", p.phase);
   takeOptional("lastError", p.lastError, string);
@@ -92,8 +94,9 @@ double clampedOrbSize(double points) {
                                                                                : orbSizes[1];
 }
 
-int64_t clampedMenuDensity(int64_t density) {
-  return static_cast<uint64_t>(density) < 3 ? density : 0;
+MenuDensity clampedMenuDensity(int64_t stored) {
+  return static_cast<uint64_t>(stored) < menuDensities.size() ? static_cast<MenuDensity>(stored)
+                                                              : MenuDensity::iconOnly;
 }
 
 std::optional<double> validAlertPrice(std::optional<double> price) {

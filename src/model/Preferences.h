@@ -11,6 +11,12 @@
 
 namespace tidemark {
 
+// What the tray shows beside its icon: nothing, the active security's percentage, or its code,
+// price and percentage. Stored as 0, 1 and 2.
+enum class MenuDensity : int64_t { iconOnly = 0, percent = 1, full = 2 };
+inline constexpr std::array<MenuDensity, 3> menuDensities{MenuDensity::iconOnly,
+                                                          MenuDensity::percent, MenuDensity::full};
+
 // The persisted settings record, one JSON document in the store.
 struct Preferences {
   std::string activeID;
@@ -21,7 +27,7 @@ struct Preferences {
   bool masked = false;
   double orbSize = 96;
   bool autoRotate = true;
-  int64_t menuDensity = 0;
+  MenuDensity menuDensity = MenuDensity::iconOnly;
   std::optional<bool> orbShowsName;
   QuotePhase phase = QuotePhase::live;
   std::optional<std::string> lastError;
@@ -47,8 +53,8 @@ std::optional<Preferences> preferencesFromJson(const Json& object, std::string* 
 double clampedRefreshInterval(double seconds);  // 0, 2.6, 5.0 → else 2.6
 // The orb's three sizes in points, small to large; the middle one is the default.
 inline constexpr std::array<double, 3> orbSizes{72, 96, 132};
-double clampedOrbSize(double points);         // one of orbSizes → else 96
-int64_t clampedMenuDensity(int64_t density);  // 0…2 → else 0
+double clampedOrbSize(double points);            // one of orbSizes → else 96
+MenuDensity clampedMenuDensity(int64_t stored);  // 0…2 → else iconOnly
 // Only finite thresholds above zero are kept.
 std::optional<double> validAlertPrice(std::optional<double> price);
 

@@ -110,7 +110,7 @@ class Checks {
     m.setRefreshInterval(5.0);
     m.setOrbSize(132);
     m.setMasked(true);
-    m.setMenuDensity(2);
+    m.setMenuDensity(MenuDensity::full);
     m.setAutoRotate(false);
     m.setOrbShowsName(true);
     const std::vector<std::string> order{"NVDA", "600519", "00700"};
@@ -118,8 +118,9 @@ class Checks {
     {
       auto second = makeModel(folder_ / "watchlist.json");
       check(second->theme() == AppTheme::aurora && second->refreshInterval() == 5.0 &&
-                second->orbSize() == 132 && second->masked() && second->menuDensity() == 2 &&
-                !second->autoRotate() && second->orbShowsName(),
+                second->orbSize() == 132 && second->masked() &&
+                second->menuDensity() == MenuDensity::full && !second->autoRotate() &&
+                second->orbShowsName(),
             "偏好未持久化");
       check(second->watchlist() == order, "自选顺序未持久化");
     }
@@ -184,15 +185,16 @@ class Checks {
     m.setSourceMode(SourceMode::staticJSON);
     m.setMasked(true);
     m.setOrbSize(72);
-    m.setMenuDensity(1);
+    m.setMenuDensity(MenuDensity::percent);
     m.setOnboardingSeen(true);
     m.setAlert("600519", 1.0e7, true);
     m.resetPreferences();
     const auto isDefault = [](const AppModel& a) {
       return a.theme() == AppTheme::dark && !a.reduceMotion() && a.refreshInterval() == 2.6 &&
              a.sourceMode() == SourceMode::mock && !a.masked() && a.orbSize() == 96 &&
-             a.autoRotate() && a.menuDensity() == 0 && !a.orbShowsName() && !a.onboardingSeen() &&
-             !a.alertPrice() && a.alertAbove() && !a.alertTriggered() && !a.alertSymbolID();
+             a.autoRotate() && a.menuDensity() == MenuDensity::iconOnly && !a.orbShowsName() &&
+             !a.onboardingSeen() && !a.alertPrice() && a.alertAbove() && !a.alertTriggered() &&
+             !a.alertSymbolID();
     };
     check(isDefault(m) && isDefault(*makeModel(folder_ / "watchlist.json")), "偏好重置失败");
     next();

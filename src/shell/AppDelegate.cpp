@@ -408,7 +408,7 @@ void AppDelegate::synchronize() {
   if (statusItem_) {
     statusItem_->setTitle(statusTitle());
     const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
-    const bool bare = m.masked() || m.menuDensity() == 1;
+    const bool bare = m.masked() || m.menuDensity() == MenuDensity::percent;
     const MiniOrbFace face = miniOrbFace(m.activeQuote(), bare);
     // Drawn again only when what it shows changes, not on every price.
     if (const auto icon = std::tuple(face, m.theme(), ratio, statusItem_->exportsItem());

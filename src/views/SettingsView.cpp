@@ -352,17 +352,19 @@ QWidget* SettingsView::appearancePage() {
   layout->addWidget(orb);
 
   auto* tray = new ProductCard(QStringLiteral("托盘文字"), page);
-  const auto example = [this](int64_t density) {
+  const auto example = [this](MenuDensity density) {
     const std::string title = statusTitleText(model_, density);
     return title.empty() ? QStringLiteral("仅图标") : QString::fromStdString(title).trimmed();
   };
-  const auto made = pills(tray, QStringLiteral("显示密度"),
-                          {{QString(), [this] { model_.setMenuDensity(0); }},
-                           {QString(), [this] { model_.setMenuDensity(1); }},
-                           {QString(), [this] { model_.setMenuDensity(2); }}},
-                          [this] { return int(model_.menuDensity()); });
+  std::vector<std::pair<QString, std::function<void()>>> densities;
+  for (MenuDensity density : menuDensities)
+    densities.emplace_back(QString(), [this, density] { model_.setMenuDensity(density); });
+  const auto made = pills(tray, QStringLiteral("显示密度"), densities, [this] {
+    return int(std::find(menuDensities.begin(), menuDensities.end(), model_.menuDensity()) -
+               menuDensities.begin());
+  });
   syncers_.push_back([made, example] {
-    for (size_t i = 0; i < made.size(); ++i) made[i]->setText(example(int64_t(i)));
+    for (size_t i = 0; i < made.size(); ++i) made[i]->setText(example(menuDensities[i]));
   });
   tray->content().addWidget(
       themedLabel(QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"),

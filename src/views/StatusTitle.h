@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "core/NumberText.h"
@@ -8,13 +7,12 @@
 
 namespace tidemark {
 
-// The text beside the tray icon at a menu density: nothing at 0 or when masked, the active
-// percentage at 1, code, price and percentage at 2.
-inline std::string statusTitleText(const AppModel& model, int64_t density) {
-  if (model.masked() || density == 0) return "";
+// The text beside the tray icon at a menu density; nothing when masked.
+inline std::string statusTitleText(const AppModel& model, MenuDensity density) {
+  if (model.masked() || density == MenuDensity::iconOnly) return "";
   const QuoteSnapshot* quote = model.activeQuote();
   if (!quote) return " 暂无自选";
-  if (density == 1) return " " + percentText(quote->changePct());
+  if (density == MenuDensity::percent) return " " + percentText(quote->changePct());
   return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
 }
 

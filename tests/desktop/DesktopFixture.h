@@ -97,7 +97,7 @@ struct Desktop {
     model->setReduceMotion(options.reduceMotion);
     model->setRefreshInterval(0);
     model->setAutoRotate(false);
-    model->setMenuDensity(2);
+    model->setMenuDensity(MenuDensity::full);
     model->setOnboardingSeen(true);
     std::function<std::unique_ptr<DesktopMotionSetting>()> motionSetting;
     if (options.systemCalm)

@@ -772,28 +772,29 @@ TEST(Delegate, HintsLastTheirFullTimeAndAFailedSaveIsToldOncePerStreak) {
 
 TEST(Delegate, TitleTooltipAndIconFollowTheModel) {
   struct Case {
-    int64_t density;
+    MenuDensity density;
     bool masked;
     std::string title, tooltipTail;
     bool ring;
   };
   const Case cases[] = {
-      {0, false, "", "\n贵州茅台  CNY1,468.80 · 交易中", true},
-      {1, false, " +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中", false},
-      {2, false, " 600519  1,468.80  +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中", true},
-      {2, true, "", "\n行情已遮蔽", false},
+      {MenuDensity::iconOnly, false, "", "\n贵州茅台  CNY1,468.80 · 交易中", true},
+      {MenuDensity::percent, false, " +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中", false},
+      {MenuDensity::full, false, " 600519  1,468.80  +1.16%", "\n贵州茅台  CNY1,468.80 · 交易中",
+       true},
+      {MenuDensity::full, true, "", "\n行情已遮蔽", false},
   };
   for (const Case& k : cases) {
     Desktop d;
     d.model->setMenuDensity(k.density);
     d.model->setMasked(k.masked);
     d.h.scheduler.runDue();
-    EXPECT_EQ(d.delegate->statusItem().title(), k.title) << k.density << k.masked;
+    EXPECT_EQ(d.delegate->statusItem().title(), k.title) << int(k.density) << k.masked;
     EXPECT_EQ(d.delegate->statusItem().toolTip(), tooltipHead + k.tooltipTail);
     EXPECT_EQ(d.windows.excluded, k.masked);
     // The arc of the mini orb passes the top of its ring at (11.5, 3); the bare dot has no ring.
     const QImage icon = d.delegate->statusItem().image();
-    EXPECT_EQ(icon.pixelColor(11, 3).alpha() > 200, k.ring) << k.density << k.masked;
+    EXPECT_EQ(icon.pixelColor(11, 3).alpha() > 200, k.ring) << int(k.density) << k.masked;
     EXPECT_EQ(icon.pixelColor(11, 11), QColor(0x6E, 0xF2, 0xD8)) << "the dark theme's dot";
   }
   // The market's state follows the clock at the next beat, without a new quote.

@@ -226,7 +226,7 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
            (m->orbShowsName() ? " name" : " code") + (m->reduceMotion() ? " calm" : "") +
            (m->autoRotate() ? " rotating" : "") + (m->masked() ? " masked" : "") + " every " +
            QString::number(m->refreshInterval()).toStdString() + " tray " +
-           std::to_string(m->menuDensity());
+           std::to_string(int(m->menuDensity()));
   };
   const std::pair<const char*, std::string> clicks[] = {
       {"极光", "aurora 96 code rotating every 2.6 tray 0"},

@@ -71,18 +71,20 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
   // shows whether it was applied (aurora) or ignored (dark). An ignored record replaces the one
   // set aside before, ahead of the readable defaults. Nothing is saved while restoring.
   using enum AppTheme;
-  const std::tuple<const char*, AppTheme, double, double, int64_t, const char*> cases[] = {
+  using enum MenuDensity;
+  const std::tuple<const char*, AppTheme, double, double, MenuDensity, const char*> cases[] = {
       {R"({"orbShowsName":null,"lastError":null,"alertPrice":null,"alertSymbolID":null})", aurora,
-       5.0, 132, 2, nullptr},
-      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, 0, nullptr},
-      {R"({"masked":null})", dark, 2.6, 96, 0, R"(field "masked")"},
-      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, 0,
+       5.0, 132, full, nullptr},
+      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, iconOnly,
+       nullptr},
+      {R"({"masked":null})", dark, 2.6, 96, iconOnly, R"(field "masked")"},
+      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, iconOnly,
        R"(field "sourceMode")"},
-      {R"({"alertPrice":"1"})", dark, 2.6, 96, 0, R"(field "alertPrice")"},
-      {R"(["dark"])", dark, 2.6, 96, 0, "not a JSON object"},
-      {"first", dark, 2.6, 96, 0, "not JSON"},
+      {R"({"alertPrice":"1"})", dark, 2.6, 96, iconOnly, R"(field "alertPrice")"},
+      {R"(["dark"])", dark, 2.6, 96, iconOnly, "not a JSON object"},
+      {"first", dark, 2.6, 96, iconOnly, "not JSON"},
       // A threshold that is not finite and positive is dropped, the rest applied.
-      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, 2, nullptr},
+      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, full, nullptr},
   };
   for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity, problem] : cases) {
     ModelHarness h;
@@ -141,9 +143,9 @@ TEST(Preferences, SettersClampAndResetGoesBackToTheDemonstrationQuotes) {
   auto model = h.make();
   model->setRefreshInterval(4);
   model->setOrbSize(100);
-  model->setMenuDensity(-1);
+  model->setMenuDensity(static_cast<MenuDensity>(-1));
   EXPECT_EQ(std::tuple(model->refreshInterval(), model->orbSize(), model->menuDensity()),
-            std::tuple(2.6, 96.0, int64_t{0}));
+            std::tuple(2.6, 96.0, MenuDensity::iconOnly));
   model->setSourceMode(SourceMode::staticJSON);
   model->resetPreferences();
   EXPECT_EQ(model->quote("NVDA")->source, "mock");
