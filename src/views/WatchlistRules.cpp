@@ -60,6 +60,28 @@ const std::vector<std::string>& watchlistMarkets() {
   }();
   return v;
 }
+std::string_view label(QuoteStatus status) {
+  static constexpr std::array<std::string_view, 3> labels{"正常", "已过期", "暂无行情"};
+  return labels[static_cast<size_t>(status)];
+}
+
+void choose(WatchlistFilters& filters, size_t picker, size_t index) {
+  switch (picker) {
+    case 0:
+      filters.market = index == 0 ? std::nullopt : std::optional(allMarkets[index - 1]);
+      break;
+    case 1:
+      filters.status = index == 0 ? std::nullopt : std::optional(QuoteStatus(index - 1));
+      break;
+    case 2:
+      filters.change = ChangeFilter(index);
+      break;
+    default:
+      filters.sortOrder = SortOrder(index);
+      break;
+  }
+}
+
 const std::vector<std::string>& watchlistStatuses() {
   static const std::vector<std::string> v{"全部", "正常", "已过期", "暂无行情"};
   return v;
@@ -77,19 +99,21 @@ std::string marketOfSymbol(const std::string& symbol) {
   return std::string(marketLabel(watchlistMarket(symbol)));
 }
 
-std::string quoteStatus(const QuoteSnapshot* quote, Date statusClock, double grace) {
-  if (!quote) return "暂无行情";
+QuoteStatus quoteStatus(const QuoteSnapshot* quote, Date statusClock, double grace) {
+  if (!quote) return QuoteStatus::noQuote;
   // Fund net values are published once a day.
   const double allowed = marketOfLabel(quote->market) == Market::aFund ? 129600 : 300;
-  return statusClock - quote->updatedAt > allowed + grace ? "已过期" : "正常";
+  return statusClock - quote->updatedAt > allowed + grace ? QuoteStatus::expired
+                                                          : QuoteStatus::normal;
 }
 
-bool matchesChange(const std::string& changeFilter, const QuoteSnapshot* quote) {
-  if (changeFilter == "全部") return true;
+bool matchesChange(ChangeFilter filter, const QuoteSnapshot* quote) {
+  if (filter == ChangeFilter::all) return true;
   if (!quote) return false;
   const double pct = quote->changePct();
-  const char* category = pct > 0.0001 ? "上涨" : pct < -0.0001 ? "下跌" : "平盘";
-  return changeFilter == category;
+  return filter == (pct > 0.0001    ? ChangeFilter::rising
+                    : pct < -0.0001 ? ChangeFilter::falling
+                                    : ChangeFilter::flat);
 }
 
 bool matchesSearch(const std::string& search, const std::string& symbol, const std::string& market,
@@ -102,8 +126,8 @@ bool matchesSearch(const std::string& search, const std::string& symbol, const s
 namespace {
 
 // Stable: "自选顺序" keeps the watchlist's order, and rows that compare equal keep theirs.
-void sortEntries(std::vector<WatchlistEntry>& rows, const std::string& sortOrder) {
-  if (sortOrder == "名称") {
+void sortEntries(std::vector<WatchlistEntry>& rows, SortOrder sortOrder) {
+  if (sortOrder == SortOrder::name) {
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     const auto key = [](const WatchlistEntry& e) {
@@ -112,8 +136,8 @@ void sortEntries(std::vector<WatchlistEntry>& rows, const std::string& sortOrder
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
       return standardCompare(collator, key(a), key(b)) < 0;
     });
-  } else if (sortOrder == "涨幅从高到低" || sortOrder == "涨幅从低到高") {
-    const bool descending = sortOrder == "涨幅从高到低";
+  } else if (sortOrder != SortOrder::watchlist) {
+    const bool descending = sortOrder == SortOrder::changeDescending;
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
       if (!a.quote || !b.quote) return a.quote && !b.quote;
       const double x = a.quote->changePct(), y = b.quote->changePct();
@@ -131,8 +155,8 @@ std::vector<WatchlistEntry> visibleEntries(const std::vector<std::string>& watch
   std::unordered_map<std::string, const QuoteSnapshot*> byID;
   for (const QuoteSnapshot& q : quotes) byID.try_emplace(q.id, &q);
   const auto shown = [&](const WatchlistEntry& entry, const QuoteSnapshot* quote) {
-    return (filters.market == "全部" || filters.market == entry.market) &&
-           (filters.status == "全部" || filters.status == quoteStatus(quote, statusClock, grace)) &&
+    return (!filters.market || filters.market == marketOfLabel(entry.market)) &&
+           (!filters.status || filters.status == quoteStatus(quote, statusClock, grace)) &&
            matchesSearch(filters.search, entry.symbol, entry.market, quote) &&
            matchesChange(filters.change, quote);
   };

@@ -67,12 +67,11 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
     // Wide enough for its longest choice, which is no wider than the column.
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setMinimumContentsLength(0);
-    QObject::connect(box, &QComboBox::currentTextChanged, this, [this, box](const QString& text) {
-      const size_t index =
+    QObject::connect(box, &QComboBox::currentIndexChanged, this, [this, box](int chosen) {
+      if (chosen < 0) return;
+      const size_t picker =
           size_t(std::find(pickers_.begin(), pickers_.end(), box) - pickers_.begin());
-      std::string* fields[] = {&filters_.market, &filters_.status, &filters_.change,
-                               &filters_.sortOrder};
-      *fields[index] = text.toStdString();
+      tidemark::choose(filters_, picker, size_t(chosen));
       refresh();
     });
     const int row = int(pickers_.size() / 2), column = int(pickers_.size() % 2) * 2;
@@ -224,7 +223,8 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
   second->setSpacing(4);
   second->addWidget(
       elidedLabel(q(entry.market + " · " +
-                    quoteStatus(entry.quote ? &*entry.quote : nullptr, statusClock_, grace())),
+                    std::string(label(quoteStatus(entry.quote ? &*entry.quote : nullptr,
+                                                  statusClock_, grace())))),
                   TextRole::muted, 11.5, QFont::Normal, row),
       1);
   if (entry.quote) {
@@ -273,7 +273,8 @@ void WatchlistView::fillRows() {
   for (size_t i = 0; i < count; ++i) {
     const WatchlistEntry& e = rows_[i];
     shown += e.symbol + (e.symbol == model_.activeID() ? "*" : "") + e.market +
-             quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_, grace()) + "|";
+             std::string(label(quoteStatus(e.quote ? &*e.quote : nullptr, statusClock_, grace()))) +
+             "|";
     if (e.quote)
       shown += e.quote->name + std::to_string(e.quote->price) + "/" +
                std::to_string(e.quote->prevClose) + "|";
@@ -300,10 +301,9 @@ void WatchlistView::fillRows() {
   } else if (rows_.empty()) {
     WatchlistFilters marketOnly;
     marketOnly.market = filters_.market;
-    const bool marketEmpty =
-        filters_.market != "全部" &&
-        visibleEntries(model_.watchlist(), model_.quotes(), marketOnly, statusClock_, grace())
-            .empty();
+    const bool marketEmpty = filters_.market && visibleEntries(model_.watchlist(), model_.quotes(),
+                                                               marketOnly, statusClock_, grace())
+                                                    .empty();
     title = marketEmpty ? QStringLiteral("当前市场还没有自选股") : QStringLiteral("没有匹配的标的");
   }
   emptyTitle_->setText(title);

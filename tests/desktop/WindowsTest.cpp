@@ -53,16 +53,18 @@ TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
       {std::nullopt, "暂无行情", nullptr},
   };
   // The grace while the source is asked every five minutes.
-  EXPECT_EQ(quoteStatus(&*cases[3].quote, now, 15), "正常");
+  EXPECT_EQ(label(quoteStatus(&*cases[3].quote, now, 15)), "正常");
   const QuoteSnapshot late = quoteAt("600519", "A股", "a", 100, 100, 316);
-  EXPECT_EQ(quoteStatus(&late, now, 15), "已过期");
+  EXPECT_EQ(label(quoteStatus(&late, now, 15)), "已过期");
   for (const auto& c : cases) {
     const QuoteSnapshot* q = c.quote ? &*c.quote : nullptr;
-    EXPECT_EQ(quoteStatus(q, now), c.status);
-    EXPECT_TRUE(matchesChange("全部", q));
-    for (const char* filter : {"上涨", "下跌", "平盘"})
-      EXPECT_EQ(matchesChange(filter, q), c.category && std::string(c.category) == filter)
-          << c.status << " " << filter;
+    EXPECT_EQ(label(quoteStatus(q, now)), c.status);
+    EXPECT_TRUE(matchesChange(ChangeFilter::all, q));
+    // The pickers' change options after 全部, in their order.
+    for (size_t i = 1; i < watchlistChanges().size(); ++i)
+      EXPECT_EQ(matchesChange(ChangeFilter(i), q),
+                c.category && c.category == watchlistChanges()[i])
+          << c.status << " " << watchlistChanges()[i];
   }
   const std::pair<const char*, bool> searches[] = {
       {"  \n ", true}, {" 白酒 ", true}, {"1617", true}, {"a股基", true}, {"茅台", false}};
@@ -86,24 +88,31 @@ TEST(WatchlistRules, FiltersThenStableSorts) {
     for (const WatchlistEntry& e : visibleEntries(symbols, quotes, f, now)) ids.push_back(e.symbol);
     return ids;
   };
-  const auto sorted = [](const char* s) {
+  // A filter as the pickers set it: each picker's option by its text.
+  const auto picked = [](std::vector<const char*> options) {
     WatchlistFilters f;
-    f.sortOrder = s;
+    const std::vector<std::string>* lists[] = {&watchlistMarkets(), &watchlistStatuses(),
+                                               &watchlistChanges(), &watchlistSortOrders()};
+    for (size_t p = 0; p < options.size(); ++p)
+      choose(f, p,
+             size_t(std::find(lists[p]->begin(), lists[p]->end(), options[p]) - lists[p]->begin()));
     return f;
   };
+  const auto sorted = [&](const char* s) { return picked({"全部", "全部", "全部", s}); };
   const std::pair<WatchlistFilters, Strings> cases[] = {
       {{}, watchlist},
       {sorted("名称"), {"A2", "A1", "ETF50", "A3", "00700"}},
       {sorted("涨幅从高到低"), {"A1", "A2", "00700", "A3", "ETF50"}},
       {sorted("涨幅从低到高"), {"A3", "00700", "A1", "A2", "ETF50"}},
-      {{"美股"}, {"A1", "ETF50", "A2", "A3"}},  // no quote: by its symbol
-      {{"全部", "已过期"}, {"00700"}},
-      {{"全部", "暂无行情"}, {"ETF50"}},
-      {{"全部", "全部", "上涨"}, {"A1", "A2"}},
-      {{"全部", "全部", "全部", "自选顺序", " etf1 "}, {"A1", "A3"}},
+      {picked({"美股"}), {"A1", "ETF50", "A2", "A3"}},  // no quote: by its symbol
+      {picked({"全部", "已过期"}), {"00700"}},
+      {picked({"全部", "暂无行情"}), {"ETF50"}},
+      {picked({"全部", "全部", "上涨"}), {"A1", "A2"}},
+      {{std::nullopt, std::nullopt, ChangeFilter::all, SortOrder::watchlist, " etf1 "},
+       {"A1", "A3"}},
   };
   for (const auto& [filters, expected] : cases)
-    EXPECT_EQ(order(filters, watchlist), expected) << filters.sortOrder;
+    EXPECT_EQ(order(filters, watchlist), expected) << int(filters.sortOrder);
   Strings ties;
   for (int i = 100; i > 60; --i) {
     ties.push_back("T" + std::to_string(i));
