@@ -38,9 +38,12 @@ QtProcessRunner::~QtProcessRunner() {
   }
 }
 
-void QtProcessRunner::run(const ProcessRequest& request,
-                          std::function<void(ProcessResult)> completion) {
-  auto* process = new QProcess(&context_);
+namespace {
+
+// A process set up to run the request: program, arguments, folder and the environment it names
+// only; standard error and input go nowhere.
+QProcess* preparedProcess(const ProcessRequest& request, QObject& context) {
+  auto* process = new QProcess(&context);
   process->setProgram(QString::fromStdString(request.program));
   QStringList arguments;
   for (const std::string& argument : request.arguments)
@@ -53,6 +56,14 @@ void QtProcessRunner::run(const ProcessRequest& request,
   process->setProcessEnvironment(environment);
   process->setStandardErrorFile(QProcess::nullDevice());
   process->setStandardInputFile(QProcess::nullDevice());
+  return process;
+}
+
+}  // namespace
+
+void QtProcessRunner::run(const ProcessRequest& request,
+                          std::function<void(ProcessResult)> completion) {
+  QProcess* process = preparedProcess(request, context_);
 
   struct State {
     std::function<void(ProcessResult)> completion;

@@ -178,6 +178,33 @@ void DetailOrb::paintEvent(QPaintEvent*) {
                    Qt::AlignCenter, chartLabel());
 }
 
+void DetailView::addFigures(QGridLayout* tiles) {
+  // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
+  // caption over its value.
+  const char* names[] = {"开盘",   "昨收",     "最高", "最低", "成交量",   "更新时间",
+                         "数据源", "交易状态", "持有", "成本", "今日盈亏", "持有盈亏"};
+  int row = 0;
+  for (const char* name : names) {
+    const bool held = size_t(row) >= holdingRows;
+    auto* caption = themedLabel(QString::fromUtf8(name), TextRole::muted, 12.5);
+    caption->setWordWrap(false);
+    captions_.push_back(caption);
+    auto* value = themedLabel(QString(), TextRole::plain, 13.5, QFont::DemiBold);
+    value->setWordWrap(false);
+    values_.push_back(value);
+    if (held) {
+      const int column = row - int(holdingRows);
+      tiles->addWidget(caption, 0, column, Qt::AlignTop);
+      tiles->addWidget(value, 1, column, Qt::AlignTop);
+      tiles->setColumnStretch(column, 1);
+    } else {
+      figures_->addWidget(caption, row, 0);
+      figures_->addWidget(value, row, 1);
+    }
+    ++row;
+  }
+}
+
 DetailView::DetailView(AppModel& model, std::function<void()> close, std::function<void()> onAlert,
                        QWidget* parent)
     : QWidget(parent), model_(model) {
@@ -226,30 +253,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figures_->setHorizontalSpacing(14);
   figures_->setVerticalSpacing(5);
   figures_->setColumnStretch(1, 1);
-  // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
-  // caption over its value.
-  const char* names[] = {"开盘",   "昨收",     "最高", "最低", "成交量",   "更新时间",
-                         "数据源", "交易状态", "持有", "成本", "今日盈亏", "持有盈亏"};
-  int row = 0;
-  for (const char* name : names) {
-    const bool held = size_t(row) >= holdingRows;
-    auto* caption = themedLabel(QString::fromUtf8(name), TextRole::muted, 12.5);
-    caption->setWordWrap(false);
-    captions_.push_back(caption);
-    auto* value = themedLabel(QString(), TextRole::plain, 13.5, QFont::DemiBold);
-    value->setWordWrap(false);
-    values_.push_back(value);
-    if (held) {
-      const int column = row - int(holdingRows);
-      tiles->addWidget(caption, 0, column, Qt::AlignTop);
-      tiles->addWidget(value, 1, column, Qt::AlignTop);
-      tiles->setColumnStretch(column, 1);
-    } else {
-      figures_->addWidget(caption, row, 0);
-      figures_->addWidget(value, row, 1);
-    }
-    ++row;
-  }
+  addFigures(tiles);
   figuresCard->content().addLayout(figures_);
   auto* alert = new QPushButton(QStringLiteral("设置价格预警"), figuresCard);
   alert->setProperty("primary", true);

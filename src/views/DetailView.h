@@ -96,6 +96,9 @@ class DetailView final : public QWidget {
 
  private:
   void refresh();
+  // The captions and values of the quote's figures, in rows beside the charts, and of the
+  // holding's, in `tiles` under the orb.
+  void addFigures(QGridLayout* tiles);
 
   AppModel& model_;
   DetailOrb* orb_;

@@ -122,6 +122,8 @@ class OrbView final : public QWidget {
   void syncSatellites();
   void scheduleRefresh();
   void paintBody(QPainter& painter);
+  // The hint below the orb and the dashed ring where it would dock, around the centre `c`.
+  void paintOverlays(QPainter& painter, const OrbPalette& palette, QPointF c, double s) const;
   // The square the orb, its glow and the folded satellites are drawn in.
   QRect orbSquare() const;
   void paintSatellites(QPainter& painter, bool behind);

@@ -397,6 +397,36 @@ void OrbView::renderLayers(double s) {
   }
 }
 
+void OrbView::paintOverlays(QPainter& painter, const OrbPalette& palette, QPointF c,
+                            double s) const {
+  // A transient hint below the orb, clear of the spread satellites; beside a docked half-disc,
+  // on its visible side.
+  if (const auto capsuleRect = hintRect()) {
+    const QRectF capsule =
+        toQ(*capsuleRect).translated(c - QPointF(canvasCenter.x, canvasCenter.y));
+    painter.setPen(QPen(qt(palette.line()), 1));
+    painter.setBrush(qt(palette.surface()));
+    painter.drawRoundedRect(capsule, 12, 12);
+    painter.setFont(uiFont(11, QFont::DemiBold));
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(capsule, Qt::AlignCenter, QString::fromStdString(*windowModel_.hint()));
+  }
+
+  // Where the orb would dock if released now.
+  if (auto edge = windowModel_.previewEdge()) {
+    // 4 on, 3 off: the pattern counts in pen widths, and only flat caps keep it so.
+    QPen dashed(qt(palette.auroraA()), 2, Qt::CustomDashLine, Qt::FlatCap);
+    dashed.setDashPattern({2, 1.5});
+    painter.setPen(dashed);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(c, s / 2 + 6, s / 2 + 6);
+    painter.setFont(uiFont(9));
+    painter.setPen(qt(palette.ink()));
+    painter.drawText(QRectF(c.x() - 60, c.y() + s / 2 + 24 - 8, 120, 16), Qt::AlignCenter,
+                     QString::fromStdString(std::string("吸附") + edgeWord(*edge) + "边"));
+  }
+}
+
 void OrbView::paintBody(QPainter& painter) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setRenderHint(QPainter::TextAntialiasing);
@@ -459,32 +489,7 @@ void OrbView::paintBody(QPainter& painter) {
   painter.restore();
   paintSatellites(painter, false);
 
-  // A transient hint below the orb, clear of the spread satellites; beside a docked half-disc,
-  // on its visible side.
-  if (const auto capsuleRect = hintRect()) {
-    const QRectF capsule =
-        toQ(*capsuleRect).translated(c - QPointF(canvasCenter.x, canvasCenter.y));
-    painter.setPen(QPen(qt(palette.line()), 1));
-    painter.setBrush(qt(palette.surface()));
-    painter.drawRoundedRect(capsule, 12, 12);
-    painter.setFont(uiFont(11, QFont::DemiBold));
-    painter.setPen(qt(palette.ink()));
-    painter.drawText(capsule, Qt::AlignCenter, QString::fromStdString(*windowModel_.hint()));
-  }
-
-  // Where the orb would dock if released now.
-  if (auto edge = windowModel_.previewEdge()) {
-    // 4 on, 3 off: the pattern counts in pen widths, and only flat caps keep it so.
-    QPen dashed(qt(palette.auroraA()), 2, Qt::CustomDashLine, Qt::FlatCap);
-    dashed.setDashPattern({2, 1.5});
-    painter.setPen(dashed);
-    painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(c, s / 2 + 6, s / 2 + 6);
-    painter.setFont(uiFont(9));
-    painter.setPen(qt(palette.ink()));
-    painter.drawText(QRectF(c.x() - 60, c.y() + s / 2 + 24 - 8, 120, 16), Qt::AlignCenter,
-                     QString::fromStdString(std::string("吸附") + edgeWord(*edge) + "边"));
-  }
+  paintOverlays(painter, palette, c, s);
 }
 
 OrbView::CoreTexts OrbView::coreTexts() const {

@@ -128,28 +128,7 @@ const std::array<SettingsSection, 6>& SettingsView::sections() {
   return all;
 }
 
-SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
-                           SettingsSection initialSection, QWidget* parent)
-    : QWidget(parent), model_(model), actions_(std::move(actions)), clock_(clock) {
-  if (!actions_.confirmReset)
-    actions_.confirmReset = [this] {
-      return QMessageBox::question(this, QStringLiteral("恢复默认设置"),
-                                   QStringLiteral("恢复所有使用偏好的默认值？自选股不受影响。")) ==
-             QMessageBox::Yes;
-    };
-  if (!actions_.chooseFile)
-    actions_.chooseFile = [this](bool save) {
-      const QString filter = QStringLiteral("自选文件 (*.json)");
-      return save ? QFileDialog::getSaveFileName(this, QStringLiteral("导出自选"),
-                                                 fileDialogStart(true), filter)
-                  : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"),
-                                                 fileDialogStart(false), filter);
-    };
-
-  auto* layout = new QHBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-
+QWidget* SettingsView::sideBar() {
   auto* side = new SideBar(this);
   side->setProperty("card", true);
   side->setFixedWidth(168);
@@ -173,7 +152,32 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   QObject::connect(reset, &QPushButton::clicked, this, [this] { resetPreferences(); });
   sideLayout->addWidget(guide);
   sideLayout->addWidget(reset);
-  layout->addWidget(side);
+  return side;
+}
+
+SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
+                           SettingsSection initialSection, QWidget* parent)
+    : QWidget(parent), model_(model), actions_(std::move(actions)), clock_(clock) {
+  if (!actions_.confirmReset)
+    actions_.confirmReset = [this] {
+      return QMessageBox::question(this, QStringLiteral("恢复默认设置"),
+                                   QStringLiteral("恢复所有使用偏好的默认值？自选股不受影响。")) ==
+             QMessageBox::Yes;
+    };
+  if (!actions_.chooseFile)
+    actions_.chooseFile = [this](bool save) {
+      const QString filter = QStringLiteral("自选文件 (*.json)");
+      return save ? QFileDialog::getSaveFileName(this, QStringLiteral("导出自选"),
+                                                 fileDialogStart(true), filter)
+                  : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"),
+                                                 fileDialogStart(false), filter);
+    };
+
+  auto* layout = new QHBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+
+  layout->addWidget(sideBar());
 
   // Each section is built when it is first shown: a window opened on one section does not pay
   // for the others (a long watchlist's rows, thousands of holdings).
@@ -459,6 +463,22 @@ void SettingsView::showEvent(QShowEvent*) {
   if (readAutostart_) readAutostart_();
 }
 
+QWidget* SettingsView::transferCard(QWidget* page) {
+  auto* files = new ProductCard(QStringLiteral("导入与导出"), page);
+  auto* buttons = new QHBoxLayout;
+  auto* exportButton = new QPushButton(QStringLiteral("导出自选…"), files);
+  auto* importButton = new QPushButton(QStringLiteral("导入自选…"), files);
+  QObject::connect(exportButton, &QPushButton::clicked, this, [this] { exportWatchlist(); });
+  QObject::connect(importButton, &QPushButton::clicked, this, [this] { importWatchlist(); });
+  buttons->addWidget(exportButton);
+  buttons->addWidget(importButton);
+  buttons->addStretch();
+  files->content().addLayout(buttons);
+  transfer_ = themedLabel(QString(), TextRole::muted, 12, QFont::Normal, files);
+  files->content().addWidget(transfer_);
+  return files;
+}
+
 QWidget* SettingsView::sourcePage() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
@@ -504,19 +524,7 @@ QWidget* SettingsView::sourcePage() {
   status->content().addLayout(row);
   layout->addWidget(status);
 
-  auto* files = new ProductCard(QStringLiteral("导入与导出"), page);
-  auto* buttons = new QHBoxLayout;
-  auto* exportButton = new QPushButton(QStringLiteral("导出自选…"), files);
-  auto* importButton = new QPushButton(QStringLiteral("导入自选…"), files);
-  QObject::connect(exportButton, &QPushButton::clicked, this, [this] { exportWatchlist(); });
-  QObject::connect(importButton, &QPushButton::clicked, this, [this] { importWatchlist(); });
-  buttons->addWidget(exportButton);
-  buttons->addWidget(importButton);
-  buttons->addStretch();
-  files->content().addLayout(buttons);
-  transfer_ = themedLabel(QString(), TextRole::muted, 12, QFont::Normal, files);
-  files->content().addWidget(transfer_);
-  layout->addWidget(files);
+  layout->addWidget(transferCard(page));
   layout->addStretch();
 
   syncers_.push_back([this, mode, hint, intervals, lines] {

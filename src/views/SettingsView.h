@@ -94,6 +94,10 @@ class SettingsView final : public QWidget {
  private:
   QWidget* appearancePage();
   QWidget* keysCard(QWidget* page);
+  // The list of sections with the guide and reset buttons below it.
+  QWidget* sideBar();
+  // Export and import of the watchlist, with the outcome of the last one.
+  QWidget* transferCard(QWidget* page);
   QWidget* sourcePage();
   QWidget* alertPage();
   void sync();

@@ -1,5 +1,8 @@
 #include "views/Symbols.h"
 
+#include <algorithm>
+#include <array>
+
 #include <QPainterPath>
 
 namespace tidemark {
@@ -67,84 +70,133 @@ const std::initializer_list<std::string_view>& symbolNames() {
   return names;
 }
 
-bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, const QColor& color,
-                bool bold) {
+namespace {
+
+// A symbol's drawing on a 24 × 24 grid: lines stroked at `width` and areas filled.
+struct Glyph {
   QPainterPath stroked, filled;
   double width = 2;
-  if (name == "lock.fill" || name == "lock") {
-    stroked.addPath(arc(QPointF(12, 10), 4.5, 0, 180));
-    stroked.moveTo(7.5, 10);
-    stroked.lineTo(7.5, 10.5);
-    stroked.moveTo(16.5, 10);
-    stroked.lineTo(16.5, 10.5);
-    (name == "lock" ? stroked : filled).addPath(lockBody());
-  } else if (name == "bell.badge.fill") {
-    filled.addPath(bellBody());
-    filled.addEllipse(QPointF(18.5, 5.5), 3.2, 3.2);
-  } else if (name == "bell") {
-    stroked.addPath(bellBody());
-  } else if (name == "arrow.triangle.2.circlepath") {
-    stroked.addPath(arc(QPointF(12, 12), 7.5, 20, 150));
-    stroked.addPath(arrowHead(QPointF(5.1, 9.2), 100));
-    stroked.addPath(arc(QPointF(12, 12), 7.5, 200, 150));
-    stroked.addPath(arrowHead(QPointF(18.9, 14.8), 280));
-  } else if (name == "checkmark") {
-    stroked.moveTo(5, 12.5);
-    stroked.lineTo(10, 17.5);
-    stroked.lineTo(19, 6.5);
-    width = 2.6;
-  } else if (name == "clock") {
-    stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
-    stroked.moveTo(12, 7);
-    stroked.lineTo(12, 12);
-    stroked.lineTo(15.5, 14);
-  } else if (name == "exclamationmark.triangle") {
-    stroked.moveTo(12, 3.5);
-    stroked.lineTo(21, 19.5);
-    stroked.lineTo(3, 19.5);
-    stroked.closeSubpath();
-    stroked.moveTo(12, 9);
-    stroked.lineTo(12, 13.5);
-    filled.addEllipse(QPointF(12, 16.6), 1.2, 1.2);
-  } else if (name == "wifi.slash") {
-    for (double radius : {4.0, 8.0, 12.0}) stroked.addPath(arc(QPointF(12, 19), radius, 45, 90));
-    filled.addEllipse(QPointF(12, 19), 1.6, 1.6);
-    stroked.moveTo(4, 4);
-    stroked.lineTo(20, 20);
-  } else if (name == "arrow.clockwise") {
-    // From the upper right, clockwise round the bottom and over the top, where the head sits at
-    // 80° and points along the arc's clockwise tangent (10° below the horizontal).
-    stroked.addPath(arc(QPointF(12, 12.5), 7.5, 20, -300));
-    stroked.addPath(arrowHead(QPointF(12 + 7.5 * 0.17365, 12.5 - 7.5 * 0.98481), 10));
-  } else if (name == "circle.lefthalf.filled") {
-    stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
-    filled.moveTo(12, 3.5);
-    filled.arcTo(QRectF(3.5, 3.5, 17, 17), 90, 180);
-    filled.closeSubpath();
-  } else if (name == "power") {
-    stroked.addPath(arc(QPointF(12, 13), 7.5, 60, -300));
-    stroked.moveTo(12, 3);
-    stroked.lineTo(12, 11.5);
-  } else if (name == "magnifyingglass") {
-    stroked.addEllipse(QPointF(10.5, 10.5), 6, 6);
-    stroked.moveTo(15, 15);
-    stroked.lineTo(20, 20);
-    width = 2.2;
-  } else if (name == "xmark.circle.fill") {
-    QPainterPath disc;
-    disc.addEllipse(QPointF(12, 12), 9.5, 9.5);
-    QPainterPath cross;
-    cross.moveTo(8.5, 8.5);
-    cross.lineTo(15.5, 15.5);
-    cross.moveTo(15.5, 8.5);
-    cross.lineTo(8.5, 15.5);
-    QPainterPathStroker stroker;
-    stroker.setWidth(2.2);
-    stroker.setCapStyle(Qt::RoundCap);
-    filled.addPath(disc.subtracted(stroker.createStroke(cross)));
-  } else {
-    return false;
-  }
+};
+
+// The lock's shackle, with the short straight ends that meet its body.
+void addShackle(QPainterPath& path) {
+  path.addPath(arc(QPointF(12, 10), 4.5, 0, 180));
+  path.moveTo(7.5, 10);
+  path.lineTo(7.5, 10.5);
+  path.moveTo(16.5, 10);
+  path.lineTo(16.5, 10.5);
+}
+
+using GlyphBuilder = void (*)(Glyph&);
+const std::array<std::pair<std::string_view, GlyphBuilder>, 14> glyphs{{
+    {"lock.fill",
+     [](Glyph& g) {
+       addShackle(g.stroked);
+       g.filled.addPath(lockBody());
+     }},
+    {"lock",
+     [](Glyph& g) {
+       addShackle(g.stroked);
+       g.stroked.addPath(lockBody());
+     }},
+    {"bell.badge.fill",
+     [](Glyph& g) {
+       g.filled.addPath(bellBody());
+       g.filled.addEllipse(QPointF(18.5, 5.5), 3.2, 3.2);
+     }},
+    {"bell", [](Glyph& g) { g.stroked.addPath(bellBody()); }},
+    {"arrow.triangle.2.circlepath",
+     [](Glyph& g) {
+       g.stroked.addPath(arc(QPointF(12, 12), 7.5, 20, 150));
+       g.stroked.addPath(arrowHead(QPointF(5.1, 9.2), 100));
+       g.stroked.addPath(arc(QPointF(12, 12), 7.5, 200, 150));
+       g.stroked.addPath(arrowHead(QPointF(18.9, 14.8), 280));
+     }},
+    {"checkmark",
+     [](Glyph& g) {
+       g.stroked.moveTo(5, 12.5);
+       g.stroked.lineTo(10, 17.5);
+       g.stroked.lineTo(19, 6.5);
+       g.width = 2.6;
+     }},
+    {"clock",
+     [](Glyph& g) {
+       g.stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
+       g.stroked.moveTo(12, 7);
+       g.stroked.lineTo(12, 12);
+       g.stroked.lineTo(15.5, 14);
+     }},
+    {"exclamationmark.triangle",
+     [](Glyph& g) {
+       g.stroked.moveTo(12, 3.5);
+       g.stroked.lineTo(21, 19.5);
+       g.stroked.lineTo(3, 19.5);
+       g.stroked.closeSubpath();
+       g.stroked.moveTo(12, 9);
+       g.stroked.lineTo(12, 13.5);
+       g.filled.addEllipse(QPointF(12, 16.6), 1.2, 1.2);
+     }},
+    {"wifi.slash",
+     [](Glyph& g) {
+       for (double radius : {4.0, 8.0, 12.0})
+         g.stroked.addPath(arc(QPointF(12, 19), radius, 45, 90));
+       g.filled.addEllipse(QPointF(12, 19), 1.6, 1.6);
+       g.stroked.moveTo(4, 4);
+       g.stroked.lineTo(20, 20);
+     }},
+    {"arrow.clockwise",
+     [](Glyph& g) {
+       // From the upper right, clockwise round the bottom and over the top, where the head sits at
+       // 80° and points along the arc's clockwise tangent (10° below the horizontal).
+       g.stroked.addPath(arc(QPointF(12, 12.5), 7.5, 20, -300));
+       g.stroked.addPath(arrowHead(QPointF(12 + 7.5 * 0.17365, 12.5 - 7.5 * 0.98481), 10));
+     }},
+    {"circle.lefthalf.filled",
+     [](Glyph& g) {
+       g.stroked.addEllipse(QPointF(12, 12), 8.5, 8.5);
+       g.filled.moveTo(12, 3.5);
+       g.filled.arcTo(QRectF(3.5, 3.5, 17, 17), 90, 180);
+       g.filled.closeSubpath();
+     }},
+    {"power",
+     [](Glyph& g) {
+       g.stroked.addPath(arc(QPointF(12, 13), 7.5, 60, -300));
+       g.stroked.moveTo(12, 3);
+       g.stroked.lineTo(12, 11.5);
+     }},
+    {"magnifyingglass",
+     [](Glyph& g) {
+       g.stroked.addEllipse(QPointF(10.5, 10.5), 6, 6);
+       g.stroked.moveTo(15, 15);
+       g.stroked.lineTo(20, 20);
+       g.width = 2.2;
+     }},
+    {"xmark.circle.fill",
+     [](Glyph& g) {
+       QPainterPath disc;
+       disc.addEllipse(QPointF(12, 12), 9.5, 9.5);
+       QPainterPath cross;
+       cross.moveTo(8.5, 8.5);
+       cross.lineTo(15.5, 15.5);
+       cross.moveTo(15.5, 8.5);
+       cross.lineTo(8.5, 15.5);
+       QPainterPathStroker stroker;
+       stroker.setWidth(2.2);
+       stroker.setCapStyle(Qt::RoundCap);
+       g.filled.addPath(disc.subtracted(stroker.createStroke(cross)));
+     }},
+}};
+
+}  // namespace
+
+bool drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, const QColor& color,
+                bool bold) {
+  const auto entry = std::find_if(glyphs.begin(), glyphs.end(),
+                                  [name](const auto& glyph) { return glyph.first == name; });
+  if (entry == glyphs.end()) return false;
+  Glyph g;
+  entry->second(g);
+  const auto& [stroked, filled, width] = g;
 
   const double side = std::min(box.width(), box.height());
   painter.save();
