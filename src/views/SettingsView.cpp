@@ -361,6 +361,7 @@ QWidget* SettingsView::appearancePage() {
     return title.empty() ? QStringLiteral("仅图标") : QString::fromStdString(title).trimmed();
   };
   std::vector<std::pair<QString, std::function<void()>>> densities;
+  densities.reserve(menuDensities.size());
   for (MenuDensity density : menuDensities)
     densities.emplace_back(QString(), [this, density] { model_.setMenuDensity(density); });
   const auto made = pills(tray, QStringLiteral("显示密度"), densities, [this] {
