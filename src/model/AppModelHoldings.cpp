@@ -103,9 +103,9 @@ bool AppModel::restoreHoldings() {
 }
 
 bool AppModel::holdingsSavedAsIs() const {
-  const auto matches = [this](std::string_view bytes) { return holdings_.matches(bytes); };
-  const auto stored = deps_.defaults.data(storeKeys::holdings);
-  return stored && matches(*stored) && holdingsFile_.holds(matches);
+  return holdingsFile_.storedEverywhere(
+      deps_.defaults, storeKeys::holdings,
+      [this](std::string_view bytes) { return holdings_.matches(bytes); });
 }
 
 void AppModel::saveHoldings() {

@@ -123,9 +123,8 @@ bool AppModel::watchlistSavedAsIs() const {
     const auto record = watchlistBackupFromBytes(bytes, &dropped);
     return record && dropped == 0 && record->symbols == watchlist_;
   };
-  const auto stored = deps_.defaults.data(storeKeys::watchlistBackup);
-  return deps_.defaults.stringArray(storeKeys::watchlist) == watchlist_ && stored &&
-         matches(*stored) && watchlistFile_.holds(matches);
+  return deps_.defaults.stringArray(storeKeys::watchlist) == watchlist_ &&
+         watchlistFile_.storedEverywhere(deps_.defaults, storeKeys::watchlistBackup, matches);
 }
 
 void AppModel::saveWatchlist() {

@@ -41,4 +41,10 @@ bool RecordFile::holds(const std::function<bool(std::string_view)>& accepts) con
   return bytes && accepts(*bytes);
 }
 
+bool RecordFile::storedEverywhere(const KeyValueStore& store, const char* key,
+                                  const std::function<bool(std::string_view)>& accepts) const {
+  const auto stored = store.data(key);
+  return stored && accepts(*stored) && holds(accepts);
+}
+
 }  // namespace tidemark

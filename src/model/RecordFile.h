@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/KeyValueStore.h"
+
 namespace tidemark {
 
 // A stored record that construction could not read (fully), kept aside before anything was
@@ -37,6 +39,10 @@ class RecordFile {
   void write(const std::string& bytes) const;
   // Whether the file already reads to what `accepts` takes; true when it is not written at all.
   bool holds(const std::function<bool(std::string_view)>& accepts) const;
+  // Whether the store's copy under `key` and the file both already read to what `accepts` takes:
+  // then a start need not write the record again.
+  bool storedEverywhere(const KeyValueStore& store, const char* key,
+                        const std::function<bool(std::string_view)>& accepts) const;
 
  private:
   std::optional<std::filesystem::path> path_;
