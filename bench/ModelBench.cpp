@@ -70,7 +70,7 @@ void HoldingsFiguresAndTotals(benchmark::State& state) {
   for (auto _ : state) {
     double sum = 0;
     const auto lines = f.model.holdingLines();
-    for (const AppModel::HoldingLine& line : lines)
+    for (const HoldingLine& line : lines)
       if (line.quote) sum += holdingFigures(*line.holding, *line.quote).totalProfit;
     benchmark::DoNotOptimize(sum);
     benchmark::DoNotOptimize(f.model.holdingsTotals(lines));

@@ -147,7 +147,7 @@ void repaintDetail(benchmark::State& state) {
   view.resize(980, 680);
   view.show();
   QApplication::processEvents();
-  if (!w.model.hasRealIntraday(*w.model.activeQuote())) state.SkipWithError("no real series");
+  if (!w.model.intraday().hasReal(*w.model.activeQuote())) state.SkipWithError("no real series");
   QImage image(980, 680, QImage::Format_ARGB32_Premultiplied);
   for (auto _ : state) {
     view.render(&image);

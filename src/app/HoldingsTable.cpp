@@ -44,7 +44,7 @@ std::string renderHoldingsTable(const AppModel& model) {
                    {"持有盈亏", Align::right},
                    {"持有%", Align::right},
                    {"市值", Align::right}});
-  for (const AppModel::HoldingLine& line : model.holdingLines()) {
+  for (const HoldingLine& line : model.holdingLines()) {
     const Holding& h = *line.holding;
     const std::string shares = sharesText(h.shares), cost = priceText(h.cost);
     const QuoteSnapshot* q = line.quote;
@@ -72,7 +72,7 @@ std::string renderHoldingsTable(const AppModel& model) {
 
 std::string renderHoldingsJson(const AppModel& model, bool pretty) {
   Json holdings = Json::array();
-  for (const AppModel::HoldingLine& line : model.holdingLines()) {
+  for (const HoldingLine& line : model.holdingLines()) {
     const Holding& h = *line.holding;
     const QuoteSnapshot* q = line.quote;
     std::optional<HoldingFigures> f;

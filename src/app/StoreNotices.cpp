@@ -4,7 +4,7 @@
 
 namespace tidemark {
 
-std::string setAsideLine(const AppModel::SetAsideRecord& r, const std::string& settingsFile) {
+std::string setAsideLine(const SetAsideRecord& r, const std::string& settingsFile) {
   const bool preferences = r.record == storeKeys::preferences;
   std::string line = "tidemark: could not read ";
   if (preferences) {

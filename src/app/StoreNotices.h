@@ -9,7 +9,7 @@
 namespace tidemark {
 
 // The lines the desktop app writes to standard error about the user's stored data.
-std::string setAsideLine(const AppModel::SetAsideRecord& record, const std::string& settingsFile);
+std::string setAsideLine(const SetAsideRecord& record, const std::string& settingsFile);
 std::string settingsWriteFailureLine(const StoreWriteFailure& failure);
 
 // Says at once what the model set aside while it started, then, while it lives, names the

@@ -19,18 +19,19 @@ Date AppModel::embeddedSnapshotDate() {
   return date;
 }
 
-AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
-                   bool startTimers, Bundle bundle)
+AppModel::AppModel(ModelDependencies dependencies,
+                   std::optional<std::filesystem::path> watchlistURL, bool startTimers,
+                   Bundle bundle)
     : deps_(std::move(dependencies)),
       bundle_(std::move(bundle)),
       canRequestNotifications_(startTimers) {
   const Date now = deps_.clock.now();
   prefs_.updatedAt = now;
-  lastRefreshStartedAt_ = now;
-  lastRotationAt_ = now;
+  cycle_.lastStartedAt = now;
+  cycle_.lastRotationAt = now;
 
   deps_.defaults.setWriteObserver(
-      guarded(std::function<void(const std::optional<StoreWriteFailure>&)>(
+      lifeline_.guard(std::function<void(const std::optional<StoreWriteFailure>&)>(
           [this](const std::optional<StoreWriteFailure>& failure) {
             if (static_cast<bool>(failure) != static_cast<bool>(settingsWriteFailure_))
               assign(settingsWriteFailure_, failure);
@@ -78,23 +79,19 @@ AppModel::AppModel(Dependencies dependencies, std::optional<std::filesystem::pat
   evaluateAlert();
 
   if (startTimers) {
-    timer_ = deps_.scheduler.every(heartbeatInterval, guarded([this] { heartbeat(); }));
-    deps_.notifier.queryAuthorization(guarded(std::function<void(bool)>([this](bool authorized) {
-      alert_.authorized = authorized;
-      if (authorized) deliverPriceAlertNotification();
-    })));
+    cycle_.heartbeat =
+        deps_.scheduler.every(heartbeatInterval, lifeline_.guard([this] { heartbeat(); }));
+    deps_.notifier.queryAuthorization(
+        lifeline_.guard(std::function<void(bool)>([this](bool authorized) {
+          alert_.authorized = authorized;
+          if (authorized) deliverPriceAlertNotification();
+        })));
   }
 }
 
 AppModel::~AppModel() {
-  timer_.cancel();
-  pendingRefresh_.cancel();
-}
-
-std::function<void()> AppModel::guarded(std::function<void()> work) {
-  return [alive = std::weak_ptr<int>(alive_), work = std::move(work)] {
-    if (alive.lock()) work();
-  };
+  cycle_.heartbeat.cancel();
+  cycle_.pending.cancel();
 }
 
 // ---- Restoring ---------------------------------------------------------------------------
@@ -183,7 +180,7 @@ void AppModel::setWatchlist(std::vector<std::string> watchlist) {
 void AppModel::setActiveID(std::string symbol) {
   assign(prefs_.activeID, std::move(symbol));
   if (!ready_) return;
-  lastRotationAt_ = deps_.clock.now();
+  cycle_.lastRotationAt = deps_.clock.now();
   savePreferences();
   evaluateAlert();
   requestActiveIntraday();
@@ -205,7 +202,7 @@ void AppModel::setRefreshInterval(double seconds) {
     return;
   }
   assign(prefs_.refreshInterval, clampedRefreshInterval(seconds));
-  lastRefreshStartedAt_ = deps_.clock.now();
+  cycle_.lastStartedAt = deps_.clock.now();
   savePreferences();
 }
 
@@ -215,10 +212,10 @@ void AppModel::setSourceMode(SourceMode mode) {
   if (!ready_) return;
   savePreferences();
   if (mode != previous) {
-    pendingRefresh_.cancel();
+    cycle_.pending.cancel();
     startFirstLoad();
   }
-  lastRefreshStartedAt_ = deps_.clock.now();
+  cycle_.lastStartedAt = deps_.clock.now();
 }
 
 void AppModel::setMasked(bool on) {
@@ -234,7 +231,7 @@ void AppModel::setOrbSize(double points) {
 void AppModel::setAutoRotate(bool on) {
   assign(prefs_.autoRotate, on);
   if (!ready_) return;
-  lastRotationAt_ = deps_.clock.now();
+  cycle_.lastRotationAt = deps_.clock.now();
   savePreferences();
 }
 
@@ -273,34 +270,6 @@ void AppModel::setOnboardingSeen(bool seen) {
   savePreferences();
 }
 
-void AppModel::setAlertPrice(std::optional<double> price) {
-  if (!ready_) {
-    assign(alert_.rule.price, price);
-    return;
-  }
-  assign(alert_.rule.price, validAlertPrice(price));
-  setAlertTriggered(false);
-  savePreferences();
-  evaluateAlert();
-}
-
-void AppModel::setAlertAbove(bool above) {
-  assign(alert_.rule.above, above);
-  savePreferences();
-  evaluateAlert();
-}
-
-void AppModel::setAlertTriggered(bool triggered) {
-  assign(alert_.rule.triggered, triggered);
-  savePreferences();
-}
-
-void AppModel::setAlertSymbolID(std::optional<std::string> symbol) {
-  assign(alert_.rule.symbolID, std::move(symbol));
-  savePreferences();
-  evaluateAlert();
-}
-
 // ---- Derived -------------------------------------------------------------------------------
 
 const QuoteSnapshot* AppModel::quote(const std::string& symbol) const {
@@ -326,20 +295,6 @@ std::vector<QuoteSnapshot> AppModel::watchedQuotes() const {
   for (const std::string& symbol : watchlist_)
     if (auto it = byID.find(symbol); it != byID.end()) watched.push_back(*it->second);
   return watched;
-}
-
-std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode) {
-  const auto any = [&quotes](auto predicate) {
-    return std::any_of(quotes.begin(), quotes.end(), predicate);
-  };
-  if (any([](const QuoteSnapshot& q) { return q.source == "embedded_fallback"; }))
-    return "内置离线快照";
-  if (any([](const QuoteSnapshot& q) { return q.source == "stock-sdk"; })) return "stock-sdk 行情";
-  if (any([](const QuoteSnapshot& q) { return q.source == "tencent"; })) return "腾讯行情";
-  if (any([](const QuoteSnapshot& q) { return q.source == "sina"; })) return "新浪行情";
-  if (any([](const QuoteSnapshot& q) { return q.source.starts_with("stock-api"); }))
-    return "stock-api 行情";
-  return std::string(label(mode));
 }
 
 std::string AppModel::sourceLabel() const {
@@ -374,7 +329,7 @@ void AppModel::savePreferences() {
 }
 
 void AppModel::resetPreferences() {
-  pendingRefresh_.cancel();
+  cycle_.pending.cancel();
   ready_ = false;
   setTheme(AppTheme::dark);
   setReduceMotion(false);
@@ -386,14 +341,11 @@ void AppModel::resetPreferences() {
   setMenuDensity(MenuDensity::iconOnly);
   setOrbShowsName(false);
   setOnboardingSeen(false);
-  setAlertPrice(std::nullopt);
-  setAlertAbove(true);
-  setAlertTriggered(false);
-  setAlertSymbolID(std::nullopt);
+  assign(alert_.rule, AlertRule{});
   loadSource(true);
   ready_ = true;
-  lastRefreshStartedAt_ = deps_.clock.now();
-  lastRotationAt_ = deps_.clock.now();
+  cycle_.lastStartedAt = deps_.clock.now();
+  cycle_.lastRotationAt = deps_.clock.now();
   savePreferences();
   saveWatchlist();
   saveQuotes();

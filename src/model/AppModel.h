@@ -3,7 +3,6 @@
 #include <array>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,16 +11,17 @@
 
 #include "core/Bundle.h"
 #include "core/ChangeSignal.h"
+#include "core/Lifeline.h"
 #include "core/QuoteSnapshot.h"
-#include "core/Scheduler.h"
-#include "model/DemoMarket.h"
 #include "model/HoldingsBook.h"
+#include "model/IntradaySeries.h"
 #include "model/MarketSessions.h"
 #include "model/ModelDependencies.h"
 #include "model/ModelError.h"
 #include "model/Preferences.h"
 #include "model/PriceAlert.h"
 #include "model/RecordFile.h"
+#include "model/RefreshCycle.h"
 #include "model/SecuritySearch.h"
 #include "model/SourceConfiguration.h"
 #include "model/Watchlist.h"
@@ -34,12 +34,6 @@ namespace tidemark {
 // (saving, refreshing, evaluating the alert) run only once construction has finished.
 class AppModel {
  public:
-  using Preferences = tidemark::Preferences;
-  using WatchlistBackup = tidemark::WatchlistBackup;
-  using Dependencies = ModelDependencies;
-  using ImportResult = WatchlistImportResult;
-  using HoldingLine = tidemark::HoldingLine;
-
   // The orb's hint when settingsWriteFailure() becomes set.
   static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   // The longest watchlist kept: a longer import or watchlist file is refused whole.
@@ -50,11 +44,9 @@ class AppModel {
   // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
   static Date embeddedSnapshotDate();
 
-  using SetAsideRecord = tidemark::SetAsideRecord;
-
   // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
   // the notification queries and the network bootstrap.
-  AppModel(Dependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
+  AppModel(ModelDependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
            bool startTimers, Bundle bundle);
   ~AppModel();
   AppModel(const AppModel&) = delete;
@@ -66,10 +58,7 @@ class AppModel {
 
   // Published state.
   const std::vector<QuoteSnapshot>& quotes() const { return quotes_; }
-  const std::map<std::string, std::vector<double>>& intradaySeries() const {
-    return intradaySeries_;
-  }
-  const std::string& sourceConfigStatus() const { return sources_.status; }
+  const IntradaySeries& intraday() const { return intraday_; }
   const std::vector<std::string>& watchlist() const { return watchlist_; }
   const std::string& activeID() const { return prefs_.activeID; }
   AppTheme theme() const { return prefs_.theme; }
@@ -86,13 +75,10 @@ class AppModel {
   int64_t latencyMS() const { return prefs_.latencyMS; }
   Date updatedAt() const { return prefs_.updatedAt; }
   bool onboardingSeen() const { return prefs_.onboardingSeen; }
-  const std::vector<QuoteSnapshot>& sourceSearchResults() const { return search_.results(); }
-  const std::optional<std::string>& sourceSearchMessage() const { return search_.message(); }
-  bool isSearchingSource() const { return search_.isSearching(); }
-  std::optional<double> alertPrice() const { return alert_.rule.price; }
-  bool alertAbove() const { return alert_.rule.above; }
-  bool alertTriggered() const { return alert_.rule.triggered; }
-  const std::optional<std::string>& alertSymbolID() const { return alert_.rule.symbolID; }
+  // The endpoint set in use, its revision and how its check at start-up went.
+  const SourceConfiguration& sources() const { return sources_; }
+  const SecuritySearch& search() const { return search_; }
+  const AlertRule& alertRule() const { return alert_.rule; }
   const std::vector<Holding>& holdings() const { return holdings_.list(); }
   bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
   // A live source while no watched market is awake: refreshed every five minutes, and data
@@ -119,14 +105,7 @@ class AppModel {
   void setMenuDensity(MenuDensity density);
   void setOrbShowsName(bool on);
   void setPhase(QuotePhase phase);
-  void setLastError(std::optional<std::string> text);
-  void setLatencyMS(int64_t milliseconds);
-  void setUpdatedAt(Date date);
   void setOnboardingSeen(bool seen);
-  void setAlertPrice(std::optional<double> price);
-  void setAlertAbove(bool above);
-  void setAlertTriggered(bool triggered);
-  void setAlertSymbolID(std::optional<std::string> symbol);
 
   // Derived state.
   const QuoteSnapshot* activeQuote() const;
@@ -140,23 +119,15 @@ class AppModel {
   std::optional<MarketState> marketStateOf(std::string_view market) const;
 
   // Unpublished state worth reading.
-  bool isReady() const { return ready_; }
   bool alertNotificationNeedsDelivery() const { return alert_.needsDelivery; }
   // What construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
-  const DataSourceEndpoints& dataSourceEndpoints() const { return sources_.endpoints; }
-  int64_t sourceConfigRevision() const { return sources_.revision; }
-  bool sourceBootstrapInFlight() const { return sources_.bootstrapInFlight; }
   // A bootstrap or a live load is under way; its end changes the published state.
-  bool isLoading() const { return sources_.bootstrapInFlight || liveLoad_ != nullptr; }
-  bool hasPendingRefresh() const { return static_cast<bool>(pendingRefresh_); }
-  Date lastRefreshStartedAt() const { return lastRefreshStartedAt_; }
+  bool isLoading() const { return sources_.bootstrapInFlight || cycle_.live != nullptr; }
+  bool hasPendingRefresh() const { return static_cast<bool>(cycle_.pending); }
+  Date lastRefreshStartedAt() const { return cycle_.lastStartedAt; }
 
-  // Preferences.
-  void savePreferences();
   void resetPreferences();
-  // What is stored: every field set, the name switch and the alert included.
-  Preferences currentPreferences() const;
 
   // Watchlist.
   void select(const std::string& symbol);
@@ -174,11 +145,10 @@ class AppModel {
   // Keeps the candidate's quote (unless the model holds a newer one) and adds its symbol to the
   // watchlist.
   void addSearchResult(const QuoteSnapshot& quote);
-  std::optional<std::vector<std::string>> readWatchlist() const;
   void saveWatchlist();
   // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
   void exportWatchlist(const std::filesystem::path& url) const;
-  ImportResult importWatchlist(const std::filesystem::path& url);
+  WatchlistImportResult importWatchlist(const std::filesystem::path& url);
 
   // Holdings. Setting one replaces the symbol's; refused, with the reason in words, for a symbol
   // not watched and for shares or a cost out of range. Figures come from the current quotes.
@@ -193,51 +163,36 @@ class AppModel {
   std::vector<HoldingsTotal> holdingsTotals() const;
   std::vector<HoldingsTotal> holdingsTotals(const std::vector<HoldingLine>& lines) const;
 
-  // Refresh engine.
+  // Refresh engine: a debounced load of the current source, and the one behind the heartbeat.
   void heartbeat();
-  void refresh() { beginRefresh(false); }
-  void beginRefresh(bool automatic);
+  void refresh();
   void loadSource(bool resetMock);
-  void fetchLiveQuotes(SourceMode mode);
-  void saveQuotes();
   void simulatePhase(QuotePhase phase);
-  std::vector<QuoteSnapshot> preservingSavedWatchlistQuotes(std::vector<QuoteSnapshot> fresh) const;
 
-  // Alerts.
+  // The alert. Setting one replaces the rule; refused for a symbol without a quote and for a
+  // threshold that is not finite and positive.
   void setAlert(const std::string& symbol, double price, bool above);
   void clearAlert();
-  void evaluateAlert();
   void requestPriceAlertNotifications();
-  void deliverPriceAlertNotification();
 
-  // Endpoint set and manifest.
-  void bootstrapDataSourcesAndLoad();
-  void fetchRemoteSourceManifest(const std::function<void(bool adopted)>& completion);
-
-  // Intraday series.
+  // Today's series of a quote: asked for at most once a minute, the quote's trend until then.
   void fetchIntraday(const QuoteSnapshot& quote);
-  std::vector<double> priceSeries(const QuoteSnapshot& quote) const;
-  bool hasRealIntraday(const QuoteSnapshot& quote) const;
 
  private:
-  struct LiveLoad;
-
   // Stores a published value and notifies; no side effects.
   template <class T>
   void assign(T& member, T value) {
     member = std::move(value);
     changed_.notify();
   }
-  // Runs `work` only while this model is alive: for callbacks that may outlive it.
-  std::function<void()> guarded(std::function<void()> work);
-  template <class... Args>
-  std::function<void(Args...)> guarded(std::function<void(Args...)> work) {
-    return [alive = std::weak_ptr<int>(alive_), work = std::move(work)](Args... args) {
-      if (alive.lock()) work(std::forward<Args>(args)...);
-    };
-  }
 
+  void setLastError(std::optional<std::string> text);
+  void setLatencyMS(int64_t milliseconds);
+  void setUpdatedAt(Date date);
   void restorePreferences();
+  void savePreferences();
+  // What is stored: every field set, the name switch and the alert included.
+  Preferences currentPreferences() const;
   void restoreSnapshotCache();
   // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
   std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
@@ -250,8 +205,15 @@ class AppModel {
   void requestActiveIntraday();
   void loadMock(bool resetMock);
   void loadStatic();
-  void attempt(const std::shared_ptr<LiveLoad>& load);
-  void finish(const std::shared_ptr<LiveLoad>& load);
+  void fetchLiveQuotes(SourceMode mode);
+  void finishLiveLoad(LiveQuoteLoad::Result load);
+  // The fresh quotes and, after them, those of watched symbols the fresh ones lack.
+  std::vector<QuoteSnapshot> preservingSavedWatchlistQuotes(std::vector<QuoteSnapshot> fresh) const;
+  void saveQuotes();
+  void evaluateAlert();
+  void deliverPriceAlertNotification();
+  void bootstrapDataSourcesAndLoad();
+  void fetchRemoteSourceManifest(const std::function<void(bool adopted)>& completion);
   // The securities of the demonstration set or the shipped snapshot that match the text.
   std::vector<QuoteSnapshot> localSearch(std::string_view text) const;
   // Publishes the results; nothing found gets a message, worded by whether the source failed.
@@ -263,13 +225,14 @@ class AppModel {
   // Sets quietRefresh and publishes a change of any market's state.
   void followSessions(Date now);
 
-  Dependencies deps_;
+  ModelDependencies deps_;
   ChangeSignal changed_;
-  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+  // Callbacks handed to the scheduler and the sources run only while the model is alive.
+  Lifeline lifeline_;
 
   // Published.
   std::vector<QuoteSnapshot> quotes_;
-  std::map<std::string, std::vector<double>> intradaySeries_;
+  IntradaySeries intraday_;
   SourceConfiguration sources_;
   std::vector<std::string> watchlist_;
   // The preferences in use, one record: the store's defaults but for the first symbol and the
@@ -294,21 +257,7 @@ class AppModel {
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;
-  TimerHandle timer_;
-  TimerHandle pendingRefresh_;
-  Date lastRefreshStartedAt_;
-  // The live data shown came while no watched market was awake: it counts as current until the
-  // next quiet refresh is due, also in the moment a market wakes.
-  bool quietData_ = false;
-  Date lastRotationAt_;
-  std::map<std::string, Date> intradayRequestedAt_;
-  MockMarket mockMarket_;
-  // The live load whose answers still count; an older one's answers are dropped.
-  std::shared_ptr<LiveLoad> liveLoad_;
+  RefreshCycle cycle_;
 };
-
-// Where the shown quotes come from, in words: the first tag found in the order offline snapshot,
-// stock-sdk, Tencent, Sina, stock-api; otherwise the source mode's label.
-std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode);
 
 }  // namespace tidemark

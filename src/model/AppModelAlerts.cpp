@@ -25,25 +25,28 @@ void AppModel::setAlert(const std::string& symbol, double price, bool above) {
 void AppModel::clearAlert() {
   alert_.needsDelivery = false;
   if (alert_.rule.symbolID) deps_.notifier.remove(PriceAlert::identifier(*alert_.rule.symbolID));
-  setAlertSymbolID(std::nullopt);
-  setAlertPrice(std::nullopt);
+  assign(alert_.rule.symbolID, std::optional<std::string>());
+  assign(alert_.rule.price, std::optional<double>());
+  assign(alert_.rule.triggered, false);
+  savePreferences();
 }
 
 void AppModel::evaluateAlert() {
   if (!ready_) return;
   const QuoteSnapshot* q = alertQuote();
   if (!q || !alert_.firesAt(*q)) return;
-  setAlertTriggered(true);
+  assign(alert_.rule.triggered, true);
   savePreferences();
   alert_.needsDelivery = true;
   if (alert_.authorized) deliverPriceAlertNotification();
 }
 
 void AppModel::requestPriceAlertNotifications() {
-  deps_.notifier.requestAuthorization(guarded(std::function<void(bool)>([this](bool granted) {
-    alert_.authorized = granted;
-    if (granted && alert_.needsDelivery) deliverPriceAlertNotification();
-  })));
+  deps_.notifier.requestAuthorization(
+      lifeline_.guard(std::function<void(bool)>([this](bool granted) {
+        alert_.authorized = granted;
+        if (granted && alert_.needsDelivery) deliverPriceAlertNotification();
+      })));
 }
 
 void AppModel::deliverPriceAlertNotification() {
@@ -52,7 +55,8 @@ void AppModel::deliverPriceAlertNotification() {
   const QuoteSnapshot* q = alertQuote();
   if (!q) return;
   alert_.deliveryInFlight = true;
-  deps_.notifier.add(alert_.notification(*q), guarded([this, generation = alert_.generation] {
+  deps_.notifier.add(alert_.notification(*q),
+                     lifeline_.guard([this, generation = alert_.generation] {
                        alert_.deliveryInFlight = false;
                        if (generation == alert_.generation) {
                          alert_.needsDelivery = false;

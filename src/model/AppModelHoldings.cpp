@@ -39,7 +39,7 @@ void AppModel::setShowsDayProfitInTray(bool on) {
   saveHoldings();
 }
 
-std::vector<AppModel::HoldingLine> AppModel::holdingLines() const {
+std::vector<HoldingLine> AppModel::holdingLines() const {
   std::unordered_set<std::string_view> watched(watchlist_.begin(), watchlist_.end());
   std::unordered_map<std::string_view, const QuoteSnapshot*> quotes;
   quotes.reserve(quotes_.size());

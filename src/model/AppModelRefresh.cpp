@@ -11,89 +11,46 @@
 #include "model/StoreKeys.h"
 
 namespace tidemark {
-namespace {
-
-// A live source is asked this often while no watched market is awake.
-constexpr double quietRefreshInterval = 300;
-constexpr double refreshDebounce = 0.18;
-constexpr double rotationPeriod = 7;
-
-// Tried first to last; a hand-picked live mode is only a first preference.
-std::vector<SourceMode> sourceOrder(SourceMode mode) {
-  switch (mode) {
-    case SourceMode::tencent:
-      return {SourceMode::tencent, SourceMode::stockSDK, SourceMode::sina};
-    case SourceMode::sina:
-      return {SourceMode::sina, SourceMode::stockSDK, SourceMode::tencent};
-    default:
-      return {SourceMode::stockSDK, SourceMode::tencent, SourceMode::sina};
-  }
-}
-
-bool sameSymbols(std::vector<std::string> a, std::vector<std::string> b) {
-  if (a.size() != b.size()) return false;
-  std::sort(a.begin(), a.end());
-  std::sort(b.begin(), b.end());
-  return a == b;
-}
-
-}  // namespace
-
-struct AppModel::LiveLoad {
-  SourceMode mode;
-  std::vector<std::string> symbols;
-  QuoteMap cached;
-  std::vector<SourceMode> order;
-  Date start;
-  size_t index = 0;
-  std::vector<std::string> wanted;
-  std::vector<QuoteSnapshot> collected;
-  std::unordered_set<std::string> collectedIDs;
-  std::vector<std::string> errors;
-};
-
 void AppModel::heartbeat() {
   const Date now = deps_.clock.now();
   followSessions(now);
   // Data fetched on the quiet cadence stays current until the next quiet refresh is due, also
   // in the moment a market wakes and the next refresh is on its way.
-  const double allowed = staleAfter + (quietRefresh_ || quietData_ ? quietRefreshInterval : 0);
+  const double allowed =
+      staleAfter + (quietRefresh_ || cycle_.quietData ? RefreshCycle::quietInterval : 0);
   if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > allowed)
     setPhase(QuotePhase::stale);
 
   const bool paused = prefs_.refreshInterval == 0 || prefs_.phase == QuotePhase::offline ||
                       prefs_.phase == QuotePhase::loading ||
                       (prefs_.phase == QuotePhase::stale && prefs_.lastError.has_value());
-  const double interval = quietRefresh_ ? quietRefreshInterval : prefs_.refreshInterval;
-  // A clock set back (a time change) would hold every period for as long as it went back: the
-  // period counts as over, once, and restarts from the new time.
-  const double sinceRefresh = now - lastRefreshStartedAt_;
-  if (!paused && (sinceRefresh >= interval || sinceRefresh < 0)) beginRefresh(true);
-
-  const double sinceRotation = now - lastRotationAt_;
-  if (prefs_.autoRotate && (sinceRotation >= rotationPeriod || sinceRotation < 0)) cycleActive();
+  const double interval = quietRefresh_ ? RefreshCycle::quietInterval : prefs_.refreshInterval;
+  if (!paused && RefreshCycle::over(cycle_.lastStartedAt, now, interval)) refresh();
+  if (prefs_.autoRotate &&
+      RefreshCycle::over(cycle_.lastRotationAt, now, RefreshCycle::rotationPeriod))
+    cycleActive();
 }
 
-void AppModel::beginRefresh(bool /*automatic*/) {
+void AppModel::refresh() {
   if (sources_.bootstrapInFlight) return;
-  pendingRefresh_.cancel();
-  lastRefreshStartedAt_ = deps_.clock.now();
-  pendingRefresh_ = deps_.scheduler.after(refreshDebounce, guarded([this] {
-                                            pendingRefresh_ = TimerHandle();
-                                            loadSource(false);
-                                          }));
+  cycle_.pending.cancel();
+  cycle_.lastStartedAt = deps_.clock.now();
+  cycle_.pending = deps_.scheduler.after(RefreshCycle::debounce, lifeline_.guard([this] {
+    cycle_.pending = TimerHandle();
+    loadSource(false);
+  }));
 }
 
 void AppModel::loadSource(bool resetMock) {
   switch (prefs_.sourceMode) {
     case SourceMode::mock:
-      liveLoad_.reset();
-      quietData_ = false;
+      cycle_.live.reset();
+      cycle_.quietData = false;
       loadMock(resetMock);
       break;
     case SourceMode::staticJSON:
-      liveLoad_.reset();
-      quietData_ = false;
+      cycle_.live.reset();
+      cycle_.quietData = false;
       loadStatic();
       break;
     default:
@@ -104,12 +61,12 @@ void AppModel::loadSource(bool resetMock) {
 
 void AppModel::loadMock(bool resetMock) {
   if (resetMock) {
-    mockMarket_.restart();
+    cycle_.mock.restart();
   } else {
-    mockMarket_.step();
+    cycle_.mock.step();
   }
   const Date now = deps_.clock.now();
-  setQuotes(preservingSavedWatchlistQuotes(mockMarket_.quotes(watchlist_, now)));
+  setQuotes(preservingSavedWatchlistQuotes(cycle_.mock.quotes(watchlist_, now)));
   setUpdatedAt(now);
   setPhase(QuotePhase::live);
   setLastError(std::nullopt);
@@ -141,69 +98,38 @@ void AppModel::fetchLiveQuotes(SourceMode mode) {
   // A load already asking the same feeds for the same symbols answers for this one too; piling
   // up requests (or bridge processes) behind a slow feed helps nobody. A changed watchlist starts
   // a new load at once, and the older one's answers are dropped.
-  if (liveLoad_ && liveLoad_->mode == mode && sameSymbols(liveLoad_->symbols, symbols)) return;
-  auto load = std::make_shared<LiveLoad>();
-  load->mode = mode;
-  load->symbols = std::move(symbols);
-  load->cached.reserve(quotes_.size());
-  for (const QuoteSnapshot& q : quotes_) load->cached.emplace(q.id, q);
-  load->order = sourceOrder(mode);
-  load->start = deps_.clock.now();
-  load->wanted = load->symbols;
-  liveLoad_ = load;
-  attempt(load);
+  if (cycle_.live && cycle_.live->asksFor(mode, symbols)) return;
+  cycle_.live =
+      std::make_shared<LiveQuoteLoad>(mode, std::move(symbols), quotes_, deps_.clock.now());
+  cycle_.live->run(deps_.dataSource, sources_.endpoints,
+                   lifeline_.guard(std::function<void(LiveQuoteLoad::Result)>(
+                       [this, load = cycle_.live.get()](LiveQuoteLoad::Result result) {
+                         if (load == cycle_.live.get()) finishLiveLoad(std::move(result));
+                       })));
 }
 
-void AppModel::attempt(const std::shared_ptr<LiveLoad>& load) {
-  if (load->wanted.empty() || load->index >= load->order.size()) {
-    finish(load);
-    return;
-  }
-  const SourceMode source = load->order[load->index];
-  std::weak_ptr<LiveLoad> weakLoad = load;
-  // A copy: a completion that runs inside the call shrinks `wanted` while the source still
-  // reads its argument.
-  const std::vector<std::string> wanted = load->wanted;
-  deps_.dataSource.fetchQuotes(
-      source, sources_.endpoints, wanted, load->cached,
-      guarded(std::function<void(std::vector<QuoteSnapshot>, std::optional<std::string>)>(
-          [this, weakLoad](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
-            auto load = weakLoad.lock();
-            if (!load || load != liveLoad_) return;  // superseded by a newer load
-            for (QuoteSnapshot& q : quotes) {
-              // A later source never replaces what an earlier one gave.
-              if (load->collectedIDs.insert(q.id).second) load->collected.push_back(std::move(q));
-            }
-            if (error) load->errors.push_back(std::move(*error));
-            std::erase_if(load->wanted,
-                          [&](const std::string& s) { return load->collectedIDs.contains(s); });
-            ++load->index;
-            attempt(load);
-          })));
-}
-
-void AppModel::finish(const std::shared_ptr<LiveLoad>& load) {
-  liveLoad_.reset();
-  quietData_ = !watchedMarketAwake(deps_.clock.now());
-  const bool anyCollected = !load->collected.empty();
+void AppModel::finishLiveLoad(LiveQuoteLoad::Result load) {
+  cycle_.live.reset();
+  cycle_.quietData = !watchedMarketAwake(deps_.clock.now());
+  const bool anyCollected = !load.collected.empty();
   Date latest{-std::numeric_limits<double>::infinity()};
-  for (const QuoteSnapshot& q : load->collected) latest = std::max(latest, q.updatedAt);
+  for (const QuoteSnapshot& q : load.collected) latest = std::max(latest, q.updatedAt);
 
-  setQuotes(preservingSavedWatchlistQuotes(std::move(load->collected)));
+  setQuotes(preservingSavedWatchlistQuotes(std::move(load.collected)));
   if (ready_) {
     saveQuotes();
     evaluateAlert();
   }
   if (anyCollected) setUpdatedAt(latest);
-  const double elapsed = deps_.clock.now() - load->start;
+  const double elapsed = deps_.clock.now() - load.start;
   setLatencyMS(static_cast<int64_t>(std::trunc(elapsed * 1000)));
-  if (load->wanted.empty()) {
+  if (load.missing.empty()) {
     setPhase(QuotePhase::live);
     setLastError(std::nullopt);
   } else {
     setPhase(QuotePhase::degraded);
     std::string text;
-    for (const std::string& error : load->errors) text += (text.empty() ? "" : "；") + error;
+    for (const std::string& error : load.errors) text += (text.empty() ? "" : "；") + error;
     if (text.empty()) text = "部分标的暂无有效报价";
     setLastError(text + " · 保留上一份快照");
   }
@@ -235,10 +161,10 @@ void AppModel::saveQuotes() {
 }
 
 void AppModel::simulatePhase(QuotePhase phase) {
-  pendingRefresh_.cancel();
+  cycle_.pending.cancel();
   setPhase(phase);
   savePreferences();
-  lastRefreshStartedAt_ = deps_.clock.now();
+  cycle_.lastStartedAt = deps_.clock.now();
   switch (phase) {
     case QuotePhase::stale:
       setLastError("演示过期状态 · 请手动刷新");
@@ -251,7 +177,7 @@ void AppModel::simulatePhase(QuotePhase phase) {
       break;
     case QuotePhase::live:
       setLastError(std::nullopt);
-      beginRefresh(false);
+      refresh();
       break;
     case QuotePhase::loading:
       setLastError(std::nullopt);

@@ -13,7 +13,7 @@ std::vector<QuoteSnapshot> AppModel::localSearch(std::string_view text) const {
   if (prefs_.sourceMode == SourceMode::mock) {
     std::vector<std::string> indices;
     for (const DemoSecurity& index : demoIndices()) indices.emplace_back(index.id);
-    pool = mockMarket_.quotes(indices, deps_.clock.now());
+    pool = cycle_.mock.quotes(indices, deps_.clock.now());
   } else {
     try {
       pool = loadStaticSnapshot(bundle_).quotes;
@@ -44,13 +44,14 @@ void AppModel::searchSource(const std::string& text) {
 
   deps_.dataSource.searchSecurities(
       sources_.endpoints, query,
-      guarded(QuotesCompletion([this, generation, query](std::vector<QuoteSnapshot> found,
-                                                         const std::optional<std::string>& error) {
-        if (!search_.isCurrent(generation)) return;  // a newer search is under way or done
-        if (!error) return endSearch(std::move(found), false);
-        // The shipped securities still answer the common names when the source is down.
-        endSearch(localSearch(query), true);
-      })));
+      lifeline_.guard(
+          QuotesCompletion([this, generation, query](std::vector<QuoteSnapshot> found,
+                                                     const std::optional<std::string>& error) {
+            if (!search_.isCurrent(generation)) return;  // a newer search is under way or done
+            if (!error) return endSearch(std::move(found), false);
+            // The shipped securities still answer the common names when the source is down.
+            endSearch(localSearch(query), true);
+          })));
 }
 
 void AppModel::endSearch(std::vector<QuoteSnapshot> results, bool sourceFailed) {

@@ -5,13 +5,6 @@
 #include "model/StoreKeys.h"
 
 namespace tidemark {
-namespace {
-
-// The shortest time between two requests of one symbol's intraday series.
-constexpr double intradayThrottle = 60;
-
-}  // namespace
-
 void AppModel::startFirstLoad() {
   if (!canRequestNotifications_ || !isLive(prefs_.sourceMode)) {
     loadSource(true);
@@ -31,13 +24,13 @@ void AppModel::bootstrapDataSourcesAndLoad() {
     loadSource(true);
   };
   deps_.dataSource.probeQuoteEndpoints(
-      sources_.endpoints, guarded(std::function<void(bool)>([this, end](bool usable) {
+      sources_.endpoints, lifeline_.guard(std::function<void(bool)>([this, end](bool usable) {
         if (usable) return end("行情地址可用 · r" + std::to_string(sources_.revision));
         assign(sources_.status, std::string("检测到行情地址异常，正在获取更新…"));
         fetchRemoteSourceManifest([this, end](bool adopted) {
           if (!adopted) return end("远程更新不可用 · 使用缓存地址");
           deps_.dataSource.probeQuoteEndpoints(
-              sources_.endpoints, guarded(std::function<void(bool)>([this, end](bool ok) {
+              sources_.endpoints, lifeline_.guard(std::function<void(bool)>([this, end](bool ok) {
                 end(ok ? "远程地址已更新并验证 · r" + std::to_string(sources_.revision)
                        : "已更新地址 · 部分源仍不可用");
               })));
@@ -48,11 +41,11 @@ void AppModel::bootstrapDataSourcesAndLoad() {
 void AppModel::fetchRemoteSourceManifest(const std::function<void(bool)>& completion) {
   const auto url = bundle_.infoValue("StockDataSourceConfigURL");
   if (!url || !isTrustedManifestURL(*url)) {
-    deps_.scheduler.post(guarded([completion] { completion(false); }));
+    deps_.scheduler.post(lifeline_.guard([completion] { completion(false); }));
     return;
   }
   deps_.dataSource.fetchManifest(*url,
-                                 guarded(std::function<void(std::optional<std::string>)>(
+                                 lifeline_.guard(std::function<void(std::optional<std::string>)>(
                                      [this, completion](const std::optional<std::string>& body) {
                                        completion(sources_.adopt(body, deps_.defaults));
                                      })));
@@ -61,42 +54,17 @@ void AppModel::fetchRemoteSourceManifest(const std::function<void(bool)>& comple
 void AppModel::fetchIntraday(const QuoteSnapshot& quote) {
   if (!isLive(prefs_.sourceMode) || marketOfLabel(quote.market) == Market::aFund) return;
   const Date now = deps_.clock.now();
-  // A request from the clock's future (it was set back) holds nothing up.
-  if (auto last = intradayRequestedAt_.find(quote.id); last != intradayRequestedAt_.end() &&
-                                                       now - last->second < intradayThrottle &&
-                                                       now >= last->second)
-    return;
-  if (!deps_.dataSource.canFetchIntraday()) return;
-  // Written before the request starts, so a second call within the minute waits for this one.
-  intradayRequestedAt_[quote.id] = now;
+  if (!intraday_.mayAsk(quote.id, now) || !deps_.dataSource.canFetchIntraday()) return;
+  intraday_.asked(quote.id, now);
   // Copies: an answer given at once may replace the quotes `quote` lives in.
   const std::string id = quote.id, market = quote.market;
-  deps_.dataSource.fetchIntraday(sources_.endpoints, id, market,
-                                 guarded(std::function<void(MarketDataSource::Intraday)>(
-                                     [this, id, now](MarketDataSource::Intraday answer) {
-                                       // Never asked, because a newer request took its place: the
-                                       // next look may ask.
-                                       if (answer.skipped) {
-                                         if (auto it = intradayRequestedAt_.find(id);
-                                             it != intradayRequestedAt_.end() && it->second == now)
-                                           intradayRequestedAt_.erase(it);
-                                         return;
-                                       }
-                                       if (!answer.values || answer.values->size() < 2) return;
-                                       auto series = intradaySeries_;
-                                       series[id] = std::move(*answer.values);
-                                       assign(intradaySeries_, std::move(series));
-                                     })));
-}
-
-std::vector<double> AppModel::priceSeries(const QuoteSnapshot& quote) const {
-  if (auto it = intradaySeries_.find(quote.id); it != intradaySeries_.end()) return it->second;
-  return quote.trend();
-}
-
-bool AppModel::hasRealIntraday(const QuoteSnapshot& quote) const {
-  auto it = intradaySeries_.find(quote.id);
-  return it != intradaySeries_.end() && it->second.size() > 1;
+  deps_.dataSource.fetchIntraday(
+      sources_.endpoints, id, market,
+      lifeline_.guard(std::function<void(MarketDataSource::Intraday)>(
+          [this, id, now](MarketDataSource::Intraday answer) {
+            if (answer.skipped) return intraday_.skipped(id, now);
+            if (answer.values && intraday_.keep(id, std::move(*answer.values))) changed_.notify();
+          })));
 }
 
 }  // namespace tidemark

@@ -84,10 +84,6 @@ void AppModel::restoreWatchlist() {
   setWatchlist(watchlist_);
 }
 
-std::optional<std::vector<std::string>> AppModel::readWatchlist() const {
-  return readWatchlist(nullptr);
-}
-
 std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fileProblem) const {
   std::optional<WatchlistBackup> newest;
   if (auto bytes = watchlistFile_.read(fileProblem)) {
@@ -173,7 +169,7 @@ std::vector<Holding> importedHoldings(const Json& entries, size_t& skipped) {
 
 }  // namespace
 
-AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
+WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
   std::error_code error;
   auto bytes = readFile(url, error);
   if (error == std::errc::file_too_large)
@@ -198,7 +194,7 @@ AppModel::ImportResult AppModel::importWatchlist(const std::filesystem::path& ur
   if (list.size() > maxWatchlistLength)
     throw ModelError::invalidImport("自选最多 " + std::to_string(maxWatchlistLength) +
                                     " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
-  ImportResult result;
+  WatchlistImportResult result;
   std::optional<std::vector<Holding>> held;
   if (const auto entries = document->find("holdings"); entries != document->end())
     held = importedHoldings(*entries, result.skippedHoldings);

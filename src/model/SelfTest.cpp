@@ -94,13 +94,13 @@ class Checks {
 
     const double moutai = m.quote("600519")->price;
     m.setAlert("600519", moutai * 0.99, true);
-    check(m.alertTriggered(), "价格预警未触发");
+    check(m.alertRule().triggered, "价格预警未触发");
     next();
 
     // A threshold the other symbol's price would cross, but this one's does not.
     m.setAlert("600519", moutai * 0.7, false);
     m.select("00700");
-    check(!m.alertTriggered() && m.alertSymbolID() == "600519" && m.alertQuote() &&
+    check(!m.alertRule().triggered && m.alertRule().symbolID == "600519" && m.alertQuote() &&
               m.alertQuote()->id == "600519",
           "切换股票后错误地把原预警阈值应用到另一标的");
     m.clearAlert();
@@ -193,8 +193,8 @@ class Checks {
       return a.theme() == AppTheme::dark && !a.reduceMotion() && a.refreshInterval() == 2.6 &&
              a.sourceMode() == SourceMode::mock && !a.masked() && a.orbSize() == 96 &&
              a.autoRotate() && a.menuDensity() == MenuDensity::iconOnly && !a.orbShowsName() &&
-             !a.onboardingSeen() && !a.alertPrice() && a.alertAbove() && !a.alertTriggered() &&
-             !a.alertSymbolID();
+             !a.onboardingSeen() && !a.alertRule().price && a.alertRule().above &&
+             !a.alertRule().triggered && !a.alertRule().symbolID;
     };
     check(isDefault(m) && isDefault(*makeModel(folder_ / "watchlist.json")), "偏好重置失败");
     next();
@@ -211,7 +211,7 @@ class Checks {
  private:
   std::unique_ptr<AppModel> makeModel(const std::filesystem::path& watchlistFile) {
     return std::make_unique<AppModel>(
-        AppModel::Dependencies{store_, clock_, scheduler_, source_, notifier_, std::nullopt},
+        ModelDependencies{store_, clock_, scheduler_, source_, notifier_, std::nullopt},
         watchlistFile, false, bundle_);
   }
 

@@ -1,5 +1,7 @@
 #include "model/SourceConfiguration.h"
 
+#include <algorithm>
+
 #include "core/FileIO.h"
 #include "model/StoreKeys.h"
 
@@ -37,6 +39,20 @@ bool SourceConfiguration::adopt(const std::optional<std::string>& body, KeyValue
   revision = manifest->revision;
   store.setData(storeKeys::sourceManifest, *body);
   return true;
+}
+
+std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode) {
+  const auto any = [&quotes](auto predicate) {
+    return std::any_of(quotes.begin(), quotes.end(), predicate);
+  };
+  if (any([](const QuoteSnapshot& q) { return q.source == "embedded_fallback"; }))
+    return "内置离线快照";
+  if (any([](const QuoteSnapshot& q) { return q.source == "stock-sdk"; })) return "stock-sdk 行情";
+  if (any([](const QuoteSnapshot& q) { return q.source == "tencent"; })) return "腾讯行情";
+  if (any([](const QuoteSnapshot& q) { return q.source == "sina"; })) return "新浪行情";
+  if (any([](const QuoteSnapshot& q) { return q.source.starts_with("stock-api"); }))
+    return "stock-api 行情";
+  return std::string(label(mode));
 }
 
 }  // namespace tidemark

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/Bundle.h"
 #include "core/DataSourceEndpoints.h"
 #include "core/KeyValueStore.h"
+#include "core/QuoteSnapshot.h"
 
 namespace tidemark {
 
@@ -25,5 +27,9 @@ struct SourceConfiguration {
   // adopted again); an adopted one is stored. Whether it was adopted.
   bool adopt(const std::optional<std::string>& body, KeyValueStore& store);
 };
+
+// Where the shown quotes come from, in words: the first tag found in the order offline snapshot,
+// stock-sdk, Tencent, Sina, stock-api; otherwise the source mode's label.
+std::string sourceLabel(const std::vector<QuoteSnapshot>& quotes, SourceMode mode);
 
 }  // namespace tidemark

@@ -158,7 +158,8 @@ void DetailOrb::paintEvent(QPaintEvent*) {
   }
   painter.drawImage(QPointF(c.x() - side / 2, c.y() - side / 2), sphere_);
   const QRectF face(c.x() - side / 2, c.y() - side / 2, side, side);
-  const std::vector<double> values = quote ? model_.priceSeries(*quote) : std::vector<double>{};
+  const std::vector<double> values =
+      quote ? model_.intraday().prices(*quote) : std::vector<double>{};
   paintPolarQuoteChart(painter, face, values, qt(trend), palette);
 
   painter.setPen(qt(trend));
@@ -372,8 +373,8 @@ void DetailView::refresh() {
     orb_->update();
     return;
   }
-  const bool real = model_.hasRealIntraday(*quote);
-  std::vector<double> series = model_.priceSeries(*quote);
+  const bool real = model_.intraday().hasReal(*quote);
+  std::vector<double> series = model_.intraday().prices(*quote);
   securityName_ = {QString::fromStdString(quote->name),
                    QString::fromStdString(quote->id + " · " + quote->market)};
   fitName();

@@ -19,10 +19,10 @@ QString q(const std::string& s) {
 
 }  // namespace
 
-std::vector<HoldingRow> holdingRows(const std::vector<AppModel::HoldingLine>& lines, bool masked) {
+std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked) {
   std::vector<HoldingRow> rows;
   rows.reserve(lines.size());
-  for (const AppModel::HoldingLine& line : lines) {
+  for (const HoldingLine& line : lines) {
     HoldingRow row{*line.holding, std::nullopt, line.watched, masked};
     if (line.quote) {
       QuoteSnapshot& q = row.quote.emplace();

@@ -44,7 +44,7 @@ struct HoldingRowTexts {
 HoldingRowTexts holdingRowTexts(const HoldingRow& row);
 
 // The rows of the holdings, in the model's order, with every figure masked when asked.
-std::vector<HoldingRow> holdingRows(const std::vector<AppModel::HoldingLine>& lines, bool masked);
+std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked);
 
 // The holdings as a list for a view that creates only the rows it shows.
 class HoldingsListModel final : public QAbstractListModel {

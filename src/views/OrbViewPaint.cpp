@@ -29,7 +29,7 @@ QRectF toQ(const Rect& r) {
 
 const char* badgeSymbol(const AppModel& model) {
   if (model.masked()) return "lock.fill";
-  if (model.alertTriggered()) return "bell.badge.fill";
+  if (model.alertRule().triggered) return "bell.badge.fill";
   switch (model.phase()) {
     case QuotePhase::loading:
       return "arrow.triangle.2.circlepath";

@@ -545,8 +545,7 @@ QWidget* SettingsView::sourcePage() {
                              : QDateTime::fromMSecsSinceEpoch(qint64(updated.unixSeconds() * 1000))
                                    .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     lines->setText(QStringLiteral("地址：%1\n状态：%2\n错误：%3\n延迟：%4 ms\n更新：%5")
-                       .arg(QString::fromStdString(model_.sourceConfigStatus()),
-                            q(model_.phaseLabel()),
+                       .arg(QString::fromStdString(model_.sources().status), q(model_.phaseLabel()),
                             model_.lastError() ? QString::fromStdString(*model_.lastError())
                                                : QStringLiteral("无"),
                             QString::number(model_.latencyMS()), when));
@@ -595,21 +594,21 @@ QWidget* SettingsView::alertPage() {
       const QSignalBlocker quiet(mask);
       mask->setChecked(model_.masked());
     }
-    const auto price = model_.alertPrice();
+    const auto price = model_.alertRule().price;
     if (!price) {
       current->setText(QStringLiteral("尚未设置价格预警"));
       return;
     }
     const QuoteSnapshot* quote = model_.alertQuote();
     const std::string who =
-        model_.alertSymbolID().value_or("") + (quote ? "  " + quote->name : std::string());
-    const QString direction =
-        model_.alertAbove() ? QStringLiteral("价格达到或高于") : QStringLiteral("价格达到或低于");
+        model_.alertRule().symbolID.value_or("") + (quote ? "  " + quote->name : std::string());
+    const QString direction = model_.alertRule().above ? QStringLiteral("价格达到或高于")
+                                                       : QStringLiteral("价格达到或低于");
     current->setText(QString::fromStdString(who) + QStringLiteral("\n") + direction +
                      QStringLiteral(" ") +
                      (model_.masked() ? QStringLiteral("目标价格已遮蔽")
                                       : QString::fromStdString(priceText(*price))) +
-                     (model_.alertTriggered() ? QStringLiteral(" · 已触发") : QString()));
+                     (model_.alertRule().triggered ? QStringLiteral(" · 已触发") : QString()));
   });
   return page;
 }

@@ -53,7 +53,7 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
 
   symbol_ = new QComboBox(this);
   // The alert's own security while it is watched, else the active one.
-  const std::string alerted = model.alertSymbolID().value_or("");
+  const std::string alerted = model.alertRule().symbolID.value_or("");
   int chosen = -1, active = 0;
   for (const QuoteSnapshot& q : model.watchedQuotes()) {
     symbol_->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
@@ -84,14 +84,14 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   }
   directions->addStretch();
   layout->addLayout(directions);
-  setAbove(model.alertAbove());
+  setAbove(model.alertRule().above);
 
   input_ = new QLineEdit(this);
   if (model.masked()) {
     input_->setPlaceholderText(QStringLiteral("目标价格已遮蔽"));
   } else {
     input_->setPlaceholderText(QStringLiteral("输入大于 0 的价格"));
-    if (auto price = model.alertPrice()) input_->setText(editable(*price));
+    if (auto price = model.alertRule().price) input_->setText(editable(*price));
   }
   layout->addWidget(input_);
   message_ = themedLabel(QString::fromUtf8(""), TextRole::error, 12, QFont::Normal, this);

@@ -344,10 +344,10 @@ QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch
 }
 
 void WatchlistView::fillCandidates() {
-  const bool searching = model_.isSearchingSource();
+  const bool searching = model_.search().isSearching();
   busy_->setVisible(searching);
   busyText_->setVisible(searching);
-  const auto& message = model_.sourceSearchMessage();
+  const auto& message = model_.search().message();
   searchMessage_->setText(message ? q(*message) : QString());
   searchMessage_->setVisible(message.has_value());
 
@@ -359,7 +359,7 @@ void WatchlistView::fillCandidates() {
   std::vector<const QuoteSnapshot*> results, candidates;
   std::unordered_set<std::string_view> found;
   std::string shown;
-  for (const QuoteSnapshot& quote : model_.sourceSearchResults()) {
+  for (const QuoteSnapshot& quote : model_.search().results()) {
     results.push_back(&quote);
     found.insert(quote.id);
     shown += quote.id + quote.name + quote.market + (watched(quote.id) ? "*|" : "|");

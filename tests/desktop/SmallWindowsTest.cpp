@@ -55,7 +55,7 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     EXPECT_EQ(editor.message().text(), u"请输入有效且大于 0 的数字。"_s);
     editor.save();
     EXPECT_EQ(closed, 0);
-    EXPECT_EQ(model->alertPrice(), std::nullopt);
+    EXPECT_EQ(model->alertRule().price, std::nullopt);
     editor.price().setText(u"1,500"_s);
     EXPECT_EQ(editor.message().text(), QString());
     // The chosen direction is the selected pill, whichever was chosen before.
@@ -72,9 +72,9 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     EXPECT_EQ(selected(), QStringList{u"价格达到或低于"_s});
     QTest::keyClick(&editor.price(), Qt::Key_Return);  // Return saves
     EXPECT_EQ(closed, 1);
-    EXPECT_EQ(model->alertPrice(), 1500);
-    EXPECT_EQ(model->alertSymbolID(), "600519");
-    EXPECT_FALSE(model->alertAbove());
+    EXPECT_EQ(model->alertRule().price, 1500);
+    EXPECT_EQ(model->alertRule().symbolID, "600519");
+    EXPECT_FALSE(model->alertRule().above);
   }
   const auto click = [](QWidget& window, const QString& text) {
     for (auto* b : window.findChildren<QPushButton*>())
@@ -84,7 +84,7 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     AlertEditorView editor(*model, [&] { ++closed; });
     editor.price().setText(u"1600"_s);
     click(editor, u"保存提醒"_s);
-    EXPECT_EQ(model->alertPrice(), 1600);
+    EXPECT_EQ(model->alertRule().price, 1600);
   }
   // The editor starts on the alert's own security while it is watched, else on the active one,
   // so saving keeps the alert where the user sees it.
@@ -103,7 +103,7 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
   EXPECT_EQ(masked.price().placeholderText(), u"目标价格已遮蔽"_s);
   click(masked, u"清除提醒"_s);
   EXPECT_EQ(closed, 3);
-  EXPECT_EQ(model->alertPrice(), std::nullopt);
+  EXPECT_EQ(model->alertRule().price, std::nullopt);
 }
 
 TEST(Onboarding, StartingRecordsThatTheGuideWasSeen) {

@@ -421,7 +421,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
 
   LinearQuoteChart& chart = detail.chart();
   const QRectF plot = chart.plotRect();
-  const auto series = model->priceSeries(*model->activeQuote());
+  const auto series = model->intraday().prices(*model->activeQuote());
   hover(chart, QPointF(plot.right() - 1, plot.center().y()));
   ASSERT_EQ(chart.hoveredIndex(), series.size() - 1);
   EXPECT_EQ(chart.readoutText(), QString::fromStdString(priceText(series.back())));
@@ -574,27 +574,27 @@ TEST_F(Windows, WatchlistActionsEmptyStatesAndSearch) {
   view.setSearch("五粮");
   EXPECT_EQ(rows(), (Strings{"000858"}));
   view.submitSearch();
-  ASSERT_EQ(model->sourceSearchResults().size(), 1u);
+  ASSERT_EQ(model->search().results().size(), 1u);
   settle();
   EXPECT_TRUE(shows("已在自选")) << "found again, and told it is watched";
   view.setSearch("AAPL");
   named<QPushButton>(view, u"从当前数据源搜索"_s)->click();
   settle();
-  ASSERT_EQ(model->sourceSearchResults().size(), 1u);
-  EXPECT_EQ(model->sourceSearchResults()[0].id, "AAPL");
+  ASSERT_EQ(model->search().results().size(), 1u);
+  EXPECT_EQ(model->search().results()[0].id, "AAPL");
   EXPECT_EQ(view.shownTexts().count(u"AAPL  苹果"_s), 1) << "found, and not offered a second time";
   // An index is found by name, added from the results and filed under its own market.
   view.setSearch("上证");
   view.submitSearch();
   settle();
-  ASSERT_EQ(model->sourceSearchResults().size(), 1u);
+  ASSERT_EQ(model->search().results().size(), 1u);
   named<QPushButton>(view, u"加入"_s)->click();
   EXPECT_EQ(model->watchlist().back(), "sh000001");
   settle();
   const auto found = view.shownTexts().count(u"sh000001  上证指数"_s);
   view.setSearch("");  // a cleared search leaves no result behind
   settle();
-  EXPECT_EQ(model->sourceSearchResults().size(), 0u);
+  EXPECT_EQ(model->search().results().size(), 0u);
   EXPECT_EQ(view.shownTexts().count(u"sh000001  上证指数"_s), found - 1);
   view.choose("market", "A股指数");
   EXPECT_EQ(rows(), (Strings{"sh000001"}));

@@ -100,11 +100,11 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
                          model->menuDensity()),
               std::tuple(theme, refreshInterval, orbSize, menuDensity))
         << patch;
-    EXPECT_EQ(model->alertPrice(), std::nullopt) << patch;
-    std::vector<AppModel::SetAsideRecord> aside;
+    EXPECT_EQ(model->alertRule().price, std::nullopt) << patch;
+    std::vector<SetAsideRecord> aside;
     if (problem) aside.push_back({"tidemark.native.preferences.v2", problem, unreadableKey, ""});
     EXPECT_EQ(model->setAsideRecords(), aside) << patch;
-    EXPECT_EQ(h.make()->setAsideRecords(), std::vector<AppModel::SetAsideRecord>{}) << patch;
+    EXPECT_EQ(h.make()->setAsideRecords(), std::vector<SetAsideRecord>{}) << patch;
     EXPECT_EQ(h.store.data(unreadableKey), problem ? bytes : "older") << patch;
     const auto& [key, saved] = h.store.writes.at(problem ? 1 : 0);
     EXPECT_EQ(h.store.writes[0].first, problem ? unreadableKey : storeKeys::preferences);
@@ -185,24 +185,20 @@ TEST(Alert, FiresAndDeliversOnceUntilSetAnewIgnoresInvalidThresholdsAndIsWithdra
   EXPECT_EQ(h.notifier.added[0].body, "CNY 1,600.50，目标 CNY 1,600.00 已达到提醒条件。");
   h.model->setAlert("600519", 1700, true);  // re-armed: fires again, at an equal price too
   EXPECT_EQ(h.notifier.added.size(), 2u);
-  EXPECT_TRUE(h.make()->alertTriggered());  // remembered across restarts
+  EXPECT_TRUE(h.make()->alertRule().triggered);  // remembered across restarts
 
   h.model->setAlert("00700", 500, true);
   const std::pair<const char*, double> cases[] = {{"600519", 0}, {"600519", inf}, {"601999", 100}};
   for (auto [symbol, price] : cases) {
     h.model->setAlert(symbol, price, false);
-    EXPECT_EQ(h.model->alertSymbolID(), "00700") << symbol << " " << price;
-  }
-  for (double bad : {0.0, inf, std::numeric_limits<double>::quiet_NaN()}) {
-    h.model->setAlertPrice(500);  // a threshold set on its own is dropped as well
-    h.model->setAlertPrice(bad);
-    EXPECT_EQ(h.model->alertPrice(), std::nullopt) << bad;
+    EXPECT_EQ(h.model->alertRule().symbolID, "00700") << symbol << " " << price;
   }
   h.model->setAlert("00700", 480, false);  // at the threshold
-  EXPECT_TRUE(h.model->alertTriggered());
+  EXPECT_TRUE(h.model->alertRule().triggered);
   h.model->clearAlert();
   EXPECT_EQ(h.notifier.removed, std::vector<std::string>{"tidemark.price-alert.00700"});
-  EXPECT_EQ(std::tuple(h.model->alertPrice(), h.model->alertSymbolID(), h.model->alertTriggered()),
+  EXPECT_EQ(std::tuple(h.model->alertRule().price, h.model->alertRule().symbolID,
+                       h.model->alertRule().triggered),
             std::tuple(std::nullopt, std::nullopt, false));
 }
 

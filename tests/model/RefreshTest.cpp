@@ -291,16 +291,16 @@ TEST(Bootstrap, StatusTextsForEveryEnd) {
     auto m = h.make(true);
     m->setSourceMode(SourceMode::tencent);
     h.scheduler.runDue();
-    EXPECT_EQ(m->sourceConfigStatus(), status);
-    EXPECT_EQ(m->sourceConfigRevision(), revision);
+    EXPECT_EQ(m->sources().status, status);
+    EXPECT_EQ(m->sources().revision, revision);
     EXPECT_FALSE(h.source.calls.empty()) << "quotes are loaded whatever the probes said";
     const bool adopted = probes.size() == 2;
     EXPECT_EQ(h.store.data(storeKeys::sourceManifest).has_value(), adopted);
     if (!adopted) continue;
     EXPECT_EQ(h.source.probedWith.at(1), "https://m.gtimg.cn/q=");
     auto next = h.make();  // the next start uses it
-    EXPECT_EQ(next->sourceConfigStatus(), "使用缓存地址 r" + std::to_string(revision));
-    EXPECT_EQ(next->dataSourceEndpoints().tencentQuote, "https://m.gtimg.cn/q=");
+    EXPECT_EQ(next->sources().status, "使用缓存地址 r" + std::to_string(revision));
+    EXPECT_EQ(next->sources().endpoints.tencentQuote, "https://m.gtimg.cn/q=");
   }
 }
 
@@ -308,15 +308,15 @@ TEST(Bootstrap, AStoredManifestThatHasBecomeInvalidIsPassedOverSilently) {
   ModelHarness h;
   h.store.setData(storeKeys::sourceManifest, manifest(7, "http://m.gtimg.cn/q="));
   auto m = h.make();
-  EXPECT_EQ(m->sourceConfigStatus(), "使用内置地址");
-  EXPECT_EQ(m->dataSourceEndpoints(), DataSourceEndpoints::bundled());
+  EXPECT_EQ(m->sources().status, "使用内置地址");
+  EXPECT_EQ(m->sources().endpoints, DataSourceEndpoints::bundled());
 }
 
 TEST(Bootstrap, WhileItRunsNothingElseLoads) {
   ModelHarness h;
   auto m = h.make(true);               // without a manifest URL the refusal arrives on a later turn
   m->setSourceMode(SourceMode::sina);  // probe says no: the manifest answer is posted
-  EXPECT_TRUE(m->sourceBootstrapInFlight());
+  EXPECT_TRUE(m->sources().bootstrapInFlight);
   EXPECT_EQ(m->phase(), QuotePhase::loading);
   m->setSourceMode(SourceMode::tencent);  // no second bootstrap
   m->refresh();
@@ -350,11 +350,11 @@ TEST(Intraday, GuardsThrottleAndSeries) {
   EXPECT_EQ(h.source.intradayRequests.size(), 3u);
   const QuoteSnapshot active = *m->quote("600519");
   h.source.intradayRequests.at(0).second({std::vector<double>{10.5}});
-  EXPECT_FALSE(m->hasRealIntraday(active));
-  EXPECT_EQ(m->priceSeries(active), active.trend());
+  EXPECT_FALSE(m->intraday().hasReal(active));
+  EXPECT_EQ(m->intraday().prices(active), active.trend());
   h.source.intradayRequests.at(1).second({std::vector<double>{10.5, 10.6}});
-  EXPECT_TRUE(m->hasRealIntraday(active));
-  EXPECT_EQ(m->priceSeries(active), (std::vector<double>{10.5, 10.6}));
+  EXPECT_TRUE(m->intraday().hasReal(active));
+  EXPECT_EQ(m->intraday().prices(active), (std::vector<double>{10.5, 10.6}));
   // A failure keeps the minute's wait; a request that never ran (a newer one took its place in
   // the bridge) does not, so a symbol landed on again gets its series at once.
   h.source.intradayRequests.at(2).second({});
@@ -365,7 +365,7 @@ TEST(Intraday, GuardsThrottleAndSeries) {
   h.source.intradayRequests.at(3).second({std::nullopt, true});
   m->fetchIntraday(*m->quote("00700"));
   EXPECT_EQ(h.source.intradayRequests.size(), 5u);
-  EXPECT_EQ(m->intradaySeries().size(), 1u);
+  EXPECT_EQ(m->intraday().all().size(), 1u);
 }
 
 }  // namespace

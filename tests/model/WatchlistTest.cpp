@@ -129,7 +129,7 @@ TEST(Watchlist, AnUnreadableFileIsMovedAsideOrLeftAlone) {
     std::error_code error;
     EXPECT_EQ(readFile(file, error),
               blocked ? std::optional(bytes) : h.store.data(storeKeys::watchlistBackup));
-    std::vector<AppModel::SetAsideRecord> expected;
+    std::vector<SetAsideRecord> expected;
     if (problem)
       expected.push_back(
           {file.string(), problem, blocked ? "" : aside.string(), blocked ? "Is a directory" : ""});
@@ -249,9 +249,9 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
     h.source.searchAnswer = answer;
     const size_t asked = h.source.searches.size();
     m->searchSource(text);
-    EXPECT_EQ(ids(m->sourceSearchResults()), found) << text;
-    EXPECT_EQ(m->sourceSearchMessage(), message) << text;
-    EXPECT_FALSE(m->isSearchingSource());
+    EXPECT_EQ(ids(m->search().results()), found) << text;
+    EXPECT_EQ(m->search().message(), message) << text;
+    EXPECT_FALSE(m->search().isSearching());
     if (mode == mock || mode == staticJSON)
       EXPECT_EQ(h.source.searches.size(), asked);
     else
@@ -261,7 +261,7 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
   m->setSourceMode(mock);
   h.scheduler.advance(1);
   m->searchSource("茅台");
-  EXPECT_EQ(m->sourceSearchResults(), std::vector<QuoteSnapshot>{*m->quote("600519")});
+  EXPECT_EQ(m->search().results(), std::vector<QuoteSnapshot>{*m->quote("600519")});
 
   // Adding a result keeps the newer quote and the symbol once; the demonstration source answers
   // a newly watched symbol at once, stamped now.
@@ -280,16 +280,16 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
   const size_t n = h.source.searches.size();
   m->searchSource("茅台");
   m->searchSource("腾讯");
-  EXPECT_TRUE(m->isSearchingSource());
+  EXPECT_TRUE(m->search().isSearching());
   h.source.answerSearch(n + 1, {{test::quote("00700", 485)}, {}});
   h.source.answerSearch(n, {{test::quote("600519", 1468)}, {}});
-  EXPECT_EQ(ids(m->sourceSearchResults()), List{"00700"});
+  EXPECT_EQ(ids(m->search().results()), List{"00700"});
   m->searchSource("英伟达");
   m->searchSource(" ");
   h.source.answerSearch(n + 2, {{test::quote("NVDA", 186)}, {}});
-  EXPECT_EQ(ids(m->sourceSearchResults()), List{});
-  EXPECT_EQ(m->sourceSearchMessage(), std::nullopt);
-  EXPECT_FALSE(m->isSearchingSource());
+  EXPECT_EQ(ids(m->search().results()), List{});
+  EXPECT_EQ(m->search().message(), std::nullopt);
+  EXPECT_FALSE(m->search().isSearching());
   m->searchSource("苹果");
   m.reset();
   h.source.answerSearch(n + 3, {{}, "late"});  // must not touch the destroyed model

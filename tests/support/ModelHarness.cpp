@@ -12,7 +12,7 @@ ModelHarness::ModelHarness() : clock(testStart()) {
 
 std::unique_ptr<AppModel> ModelHarness::make(bool startTimers) {
   return std::make_unique<AppModel>(
-      AppModel::Dependencies{store, clock, scheduler, source, notifier, folder.path()},
+      ModelDependencies{store, clock, scheduler, source, notifier, folder.path()},
       folder.path() / "watchlist.json", startTimers, bundle);
 }
 

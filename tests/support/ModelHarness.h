@@ -10,7 +10,7 @@
 
 namespace tidemark {
 
-inline void PrintTo(const AppModel::SetAsideRecord& r, std::ostream* out) {
+inline void PrintTo(const SetAsideRecord& r, std::ostream* out) {
   *out << "{" << r.record << " | " << r.problem << " | " << r.keptAs << " | " << r.failure << "}";
 }
 
