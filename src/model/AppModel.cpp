@@ -24,6 +24,8 @@ AppModel::AppModel(ModelDependencies dependencies,
                    Bundle bundle)
     : deps_(std::move(dependencies)),
       bundle_(std::move(bundle)),
+      watchlistRecords_(deps_.defaults, RecordFile(), maxWatchlistLength),
+      holdingsRecords_(deps_.defaults, RecordFile()),
       canRequestNotifications_(startTimers) {
   const Date now = deps_.clock.now();
   prefs_.updatedAt = now;
@@ -40,8 +42,8 @@ AppModel::AppModel(ModelDependencies dependencies,
   if (!watchlistURL && deps_.applicationSupportDirectory)
     watchlistURL = *deps_.applicationSupportDirectory / "Tidemark" / "watchlist.json";
   if (watchlistURL) {
-    watchlistFile_ = RecordFile(watchlistURL);
-    holdingsFile_ = RecordFile(watchlistURL->parent_path() / "holdings.json");
+    watchlistRecords_.file() = RecordFile(watchlistURL);
+    holdingsRecords_.file() = RecordFile(watchlistURL->parent_path() / "holdings.json");
   }
 
   sources_ = SourceConfiguration::restored(deps_.defaults, bundle_);
@@ -53,19 +55,21 @@ AppModel::AppModel(ModelDependencies dependencies,
   restoreSnapshotCache();
 
   // A write cut short by a kill leaves its temporary file; the real one is intact.
-  for (const RecordFile* file : {&watchlistFile_, &holdingsFile_})
+  for (const RecordFile* file : {&watchlistRecords_.file(), &holdingsRecords_.file()})
     if (file->path()) removeLeftoverTemporaries(*file->path());
   std::string fileProblem;
-  if (auto stored = readWatchlist(&fileProblem)) {
+  if (auto stored = watchlistRecords_.read(&fileProblem)) {
     watchlist_ = std::move(*stored);
   } else {
     watchlist_ = defaultWatchlist();
   }
   if (std::find(watchlist_.begin(), watchlist_.end(), prefs_.activeID) == watchlist_.end())
     prefs_.activeID = watchlist_.empty() ? std::string() : watchlist_.front();
-  if (!fileProblem.empty()) watchlistFile_.setAside(std::move(fileProblem), setAside_);
+  if (!fileProblem.empty()) watchlistRecords_.file().setAside(std::move(fileProblem), setAside_);
   // Nothing is written for a user who never held anything.
-  const bool holdingsStored = restoreHoldings();
+  auto storedHoldings = holdingsRecords_.read(setAside_);
+  const bool holdingsStored = storedHoldings.has_value();
+  if (storedHoldings) holdings_.restore(std::move(*storedHoldings));
 
   followSessions(now);
   ready_ = true;
@@ -74,8 +78,8 @@ AppModel::AppModel(ModelDependencies dependencies,
   // What the store and the files already hold is not written again: most starts write nothing.
   savePreferences();
   saveQuotes();
-  if (!watchlistSavedAsIs()) saveWatchlist();
-  if (holdingsStored && !holdingsSavedAsIs()) saveHoldings();
+  if (!watchlistRecords_.hold(watchlist_)) saveWatchlist();
+  if (holdingsStored && !holdingsRecords_.hold(holdings_)) saveHoldings();
   evaluateAlert();
 
   if (startTimers) {
@@ -87,11 +91,6 @@ AppModel::AppModel(ModelDependencies dependencies,
           if (authorized) deliverPriceAlertNotification();
         })));
   }
-}
-
-AppModel::~AppModel() {
-  cycle_.heartbeat.cancel();
-  cycle_.pending.cancel();
 }
 
 // ---- Restoring ---------------------------------------------------------------------------
@@ -302,13 +301,6 @@ std::string AppModel::sourceLabel() const {
 }
 
 // ---- Preferences -------------------------------------------------------------------------
-
-Preferences AppModel::startingPreferences() {
-  Preferences p;
-  p.activeID = "600519";
-  p.orbShowsName = false;
-  return p;
-}
 
 Preferences AppModel::currentPreferences() const {
   Preferences record = prefs_;

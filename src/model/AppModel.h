@@ -20,10 +20,10 @@
 #include "model/ModelError.h"
 #include "model/Preferences.h"
 #include "model/PriceAlert.h"
-#include "model/RecordFile.h"
 #include "model/RefreshCycle.h"
 #include "model/SecuritySearch.h"
 #include "model/SourceConfiguration.h"
+#include "model/StoredRecords.h"
 #include "model/Watchlist.h"
 
 namespace tidemark {
@@ -48,7 +48,6 @@ class AppModel {
   // the notification queries and the network bootstrap.
   AppModel(ModelDependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
            bool startTimers, Bundle bundle);
-  ~AppModel();
   AppModel(const AppModel&) = delete;
   AppModel& operator=(const AppModel&) = delete;
 
@@ -119,7 +118,6 @@ class AppModel {
   std::optional<MarketState> marketStateOf(std::string_view market) const;
 
   // Unpublished state worth reading.
-  bool alertNotificationNeedsDelivery() const { return alert_.needsDelivery; }
   // What construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
   // A bootstrap or a live load is under way; its end changes the published state.
@@ -136,11 +134,9 @@ class AppModel {
   void remove(const std::string& symbol);
   void move(const std::string& symbol, int offset);
   void cycleActive();
-  void restoreWatchlist();
   // Looks the text up in the current source: the demonstration or static securities by code and
-  // name, or the live source's own search (falling back to the local securities when it fails).
-  // Sets isSearchingSource while it runs and ends with sourceSearchResults and
-  // sourceSearchMessage; a newer search supersedes an older one.
+  // name, or the live source's own search (falling back to the local securities when it fails),
+  // with search() under way meanwhile. A newer search supersedes an older one.
   void searchSource(const std::string& text);
   // Keeps the candidate's quote (unless the model holds a newer one) and adds its symbol to the
   // watchlist.
@@ -156,7 +152,6 @@ class AppModel {
   std::optional<std::string> setHolding(const std::string& symbol, double shares, double cost);
   void removeHolding(const std::string& symbol);
   void setShowsDayProfitInTray(bool on);
-  bool isWatched(const std::string& symbol) const;
   // Each holding with its quote, looked up once for the whole list.
   std::vector<HoldingLine> holdingLines() const;
   // Per currency, of the watched holdings (of these lines of them).
@@ -194,13 +189,8 @@ class AppModel {
   // What is stored: every field set, the name switch and the alert included.
   Preferences currentPreferences() const;
   void restoreSnapshotCache();
-  // The stored list; `fileProblem` says what could not be read of a watchlist file that exists.
-  std::optional<std::vector<std::string>> readWatchlist(std::string* fileProblem) const;
-  bool watchlistSavedAsIs() const;
-  // Whether a record was found.
-  bool restoreHoldings();
   void saveHoldings();
-  bool holdingsSavedAsIs() const;
+  bool isWatched(const std::string& symbol) const;
   void startFirstLoad();
   void requestActiveIntraday();
   void loadMock(bool resetMock);
@@ -235,10 +225,8 @@ class AppModel {
   IntradaySeries intraday_;
   SourceConfiguration sources_;
   std::vector<std::string> watchlist_;
-  // The preferences in use, one record: the store's defaults but for the first symbol and the
-  // name switch, which is always set here.
-  static Preferences startingPreferences();
-  // Its alert fields stay unused: the alert keeps its rule and writes it into the stored record.
+  // The preferences in use, one record. Its alert fields stay unused: the alert keeps its rule
+  // and writes it into the stored record.
   Preferences prefs_ = startingPreferences();
   PriceAlert alert_;
   // The user's choices as last kept at once (the preferences without what refreshes change).
@@ -251,9 +239,8 @@ class AppModel {
 
   // Unpublished.
   Bundle bundle_;
-  // The files beside the user's other files that keep a copy of the watchlist and holdings.
-  RecordFile watchlistFile_;
-  RecordFile holdingsFile_;
+  WatchlistRecords watchlistRecords_;
+  HoldingsRecords holdingsRecords_;
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;

@@ -73,48 +73,8 @@ std::vector<HoldingsTotal> AppModel::holdingsTotals(const std::vector<HoldingLin
   });
 }
 
-bool AppModel::restoreHoldings() {
-  std::optional<HoldingsBackup> newest;
-  std::string problem;
-  if (auto bytes = holdingsFile_.read(&problem)) {
-    size_t dropped = 0;
-    newest = holdingsBackupFromBytes(*bytes, &dropped);
-    // A file that could not be read whole is kept aside; what could be read is used.
-    if (!newest)
-      problem = "not a holdings record";
-    else if (dropped > 0)
-      problem = std::to_string(dropped) + " of " +
-                std::to_string(dropped + newest->holdings.size()) + " holdings unreadable, dropped";
-  }
-  if (!problem.empty()) holdingsFile_.setAside(std::move(problem), setAside_);
-  if (auto bytes = deps_.defaults.data(storeKeys::holdings)) {
-    auto stored = holdingsBackupFromBytes(*bytes);
-    if (!stored) {
-      deps_.defaults.setData(storeKeys::holdingsUnreadable, *bytes);
-      setAside_.push_back(
-          {storeKeys::holdings, "not a holdings record", storeKeys::holdingsUnreadable, ""});
-    } else if (!newest || stored->savedAt > newest->savedAt) {  // on a tie the file wins
-      newest = std::move(stored);
-    }
-  }
-  if (!newest) return false;
-  holdings_.restore(std::move(*newest));
-  return true;
-}
-
-bool AppModel::holdingsSavedAsIs() const {
-  return holdingsFile_.storedEverywhere(
-      deps_.defaults, storeKeys::holdings,
-      [this](std::string_view bytes) { return holdings_.matches(bytes); });
-}
-
 void AppModel::saveHoldings() {
-  if (!ready_) return;
-  auto bytes = json::encode(toJson(holdings_.record(deps_.clock.now())));
-  if (!bytes) return;
-  // The store first, so it holds the newest list even when the file cannot be written.
-  deps_.defaults.setData(storeKeys::holdings, *bytes);
-  holdingsFile_.write(*bytes);
+  if (ready_) holdingsRecords_.write(holdings_, deps_.clock.now());
 }
 
 }  // namespace tidemark

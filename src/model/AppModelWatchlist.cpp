@@ -80,57 +80,8 @@ void AppModel::cycleActive() {
   select(*candidates[next]);
 }
 
-void AppModel::restoreWatchlist() {
-  setWatchlist(watchlist_);
-}
-
-std::optional<std::vector<std::string>> AppModel::readWatchlist(std::string* fileProblem) const {
-  std::optional<WatchlistBackup> newest;
-  if (auto bytes = watchlistFile_.read(fileProblem)) {
-    size_t dropped = 0;
-    newest = watchlistBackupFromBytes(*bytes, &dropped);
-    if (fileProblem && !newest) *fileProblem = "not a watchlist record";
-    if (fileProblem && newest && dropped > 0)
-      *fileProblem = std::to_string(dropped) + " of " +
-                     std::to_string(dropped + newest->symbols.size()) +
-                     " symbols unreadable, dropped";
-    if (newest && newest->symbols.size() > maxWatchlistLength) {
-      // Too long to keep: refused whole, so the list the settings hold stays.
-      if (fileProblem)
-        *fileProblem = std::to_string(newest->symbols.size()) + " symbols, more than the " +
-                       std::to_string(maxWatchlistLength) + " a watchlist holds";
-      newest.reset();
-    }
-  }
-  if (auto bytes = deps_.defaults.data(storeKeys::watchlistBackup)) {
-    // On a tie the file, read first, wins.
-    auto stored = watchlistBackupFromBytes(*bytes);
-    if (stored && (!newest || stored->exportedAt > newest->exportedAt)) newest = std::move(stored);
-  }
-  if (newest) return validSymbols(newest->symbols, maxWatchlistLength);
-  if (auto list = deps_.defaults.stringArray(storeKeys::watchlist))
-    return validSymbols(*list, maxWatchlistLength);
-  return std::nullopt;
-}
-
-bool AppModel::watchlistSavedAsIs() const {
-  const auto matches = [this](std::string_view bytes) {
-    size_t dropped = 0;
-    const auto record = watchlistBackupFromBytes(bytes, &dropped);
-    return record && dropped == 0 && record->symbols == watchlist_;
-  };
-  return deps_.defaults.stringArray(storeKeys::watchlist) == watchlist_ &&
-         watchlistFile_.storedEverywhere(deps_.defaults, storeKeys::watchlistBackup, matches);
-}
-
 void AppModel::saveWatchlist() {
-  if (!ready_) return;
-  // The store first, so it holds the newest list even when the file cannot be written.
-  deps_.defaults.setStringArray(storeKeys::watchlist, watchlist_);
-  auto bytes = json::encode(toJson(WatchlistBackup{1, deps_.clock.now(), watchlist_}));
-  if (!bytes) return;
-  deps_.defaults.setData(storeKeys::watchlistBackup, *bytes);
-  watchlistFile_.write(*bytes);
+  if (ready_) watchlistRecords_.write(watchlist_, deps_.clock.now());
 }
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {

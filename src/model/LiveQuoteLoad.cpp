@@ -58,22 +58,22 @@ void LiveQuoteLoad::attempt() {
   // A copy: a completion that runs inside the call shrinks `missing` while the source still
   // reads its argument.
   const std::vector<std::string> wanted = result_.missing;
-  source_->fetchQuotes(
-      order_[index_], *endpoints_, wanted, cached_,
-      [weak](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
-        auto self = weak.lock();
-        if (!self) return;  // dropped for a newer load
-        for (QuoteSnapshot& q : quotes) {
-          // A later source never replaces what an earlier one gave.
-          if (self->collectedIDs_.insert(q.id).second)
-            self->result_.collected.push_back(std::move(q));
-        }
-        if (error) self->result_.errors.push_back(std::move(*error));
-        std::erase_if(self->result_.missing,
-                      [&](const std::string& s) { return self->collectedIDs_.contains(s); });
-        ++self->index_;
-        self->attempt();
-      });
+  source_->fetchQuotes(order_[index_], *endpoints_, wanted, cached_,
+                       [weak](std::vector<QuoteSnapshot> quotes, std::optional<std::string> error) {
+                         auto self = weak.lock();
+                         if (!self) return;  // dropped for a newer load
+                         for (QuoteSnapshot& q : quotes) {
+                           // A later source never replaces what an earlier one gave.
+                           if (self->collectedIDs_.insert(q.id).second)
+                             self->result_.collected.push_back(std::move(q));
+                         }
+                         if (error) self->result_.errors.push_back(std::move(*error));
+                         std::erase_if(self->result_.missing, [&](const std::string& s) {
+                           return self->collectedIDs_.contains(s);
+                         });
+                         ++self->index_;
+                         self->attempt();
+                       });
 }
 
 }  // namespace tidemark

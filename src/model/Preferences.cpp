@@ -104,4 +104,11 @@ std::optional<double> validAlertPrice(std::optional<double> price) {
   return std::nullopt;
 }
 
+Preferences startingPreferences() {
+  Preferences p;
+  p.activeID = "600519";
+  p.orbShowsName = false;
+  return p;
+}
+
 }  // namespace tidemark

@@ -57,5 +57,8 @@ double clampedOrbSize(double points);            // one of orbSizes → else 96
 MenuDensity clampedMenuDensity(int64_t stored);  // 0…2 → else iconOnly
 // Only finite thresholds above zero are kept.
 std::optional<double> validAlertPrice(std::optional<double> price);
+// The preferences a first start uses: the store's defaults but for the first symbol and the name
+// switch, which is always set.
+Preferences startingPreferences();
 
 }  // namespace tidemark
