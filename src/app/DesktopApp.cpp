@@ -202,6 +202,57 @@ void tellWaylandKeys(bool gnomeKeys, bool gnomeInstalled) {
             << "\n";
 }
 
+// The commands as the user would type them, and GNOME's own bindings where they can be added.
+SettingsView::DesktopKeys desktopKeys(bool wayland, bool gnomeKeys, const GnomeShortcuts& gnome,
+                                      const QString& executable) {
+  SettingsView::DesktopKeys keys;
+  keys.wayland = wayland;
+  // The bare name when it finds this program.
+  if (QStandardPaths::findExecutable(QStringLiteral("tidemark")) != executable)
+    keys.program = executable;
+  if (gnomeKeys) {
+    keys.gnomeInstalled = [&gnome] { return gnome.isInstalled(); };
+    keys.addGnome = [&gnome] { return gnome.install(); };
+  }
+  return keys;
+}
+
+// Qt's own texts (standard buttons, file dialogs, a field's menu) show only in our windows: its
+// translation is loaded with the first of them, not at start.
+WindowContentFactory translatedOnFirstUse(const WindowContentFactory& content,
+                                          const Bundle& bundle) {
+  return [&content, &bundle](AppDelegate& delegate, AuxWindow key,
+                             std::optional<SettingsSection> section) {
+    static const bool translated = loadQtTranslations();
+    static const bool iconSet = setWindowIcon(bundle);
+    (void)translated;
+    (void)iconSet;
+    return content(delegate, key, section);
+  };
+}
+
+// Nothing is asked of a session bus that does not answer, Qt included.
+void leaveSilentBus(const char* address) {
+  std::cerr << "tidemark: the session bus at " << address
+            << " does not answer; running without the tray item's label, notifications and "
+               "the desktop's motion setting\n";
+  setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+}
+
+// A second start's requests, passed on by the one-instance channel.
+void answerRequests(SingleInstance& instance, AppDelegate& delegate) {
+  instance.onRequest = [&delegate](SingleInstance::Request request) {
+    switch (request) {
+      case SingleInstance::Request::show:
+        return delegate.showOrb();
+      case SingleInstance::Request::toggleOrb:
+        return delegate.toggleOrb();
+      case SingleInstance::Request::toggleMask:
+        return delegate.toggleMask();
+    }
+  };
+}
+
 }  // namespace
 
 int runDesktop(int& argc, char** argv, const CommandLine& line) {
@@ -234,12 +285,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   if (!instance.notice.isEmpty()) std::cerr << instance.notice.toStdString() << "\n";
   if (const auto exit = exitForClaim(claim, instance.holder)) return *exit;
 
-  if (bus.get() == BusAnswer::silent) {
-    std::cerr << "tidemark: the session bus at " << busAddress
-              << " does not answer; running without the tray item's label, notifications and "
-                 "the desktop's motion setting\n";
-    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
-  }
+  if (bus.get() == BusAnswer::silent) leaveSilentBus(busAddress);
   const auto signals = quitOnSignals();
 
   const Bundle bundle = applicationBundle();
@@ -261,28 +307,11 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   const QString executable = QCoreApplication::applicationFilePath();
   const GnomeShortcuts gnome(executable);
   const bool gnomeKeys = choice.wayland && GnomeShortcuts::isGnomeDesktop() && gnome.isAvailable();
-  SettingsView::DesktopKeys keys;
-  keys.wayland = choice.wayland;
-  // The commands as the user would type them: the bare name when it finds this program.
-  if (QStandardPaths::findExecutable(QStringLiteral("tidemark")) != executable)
-    keys.program = executable;
-  if (gnomeKeys) {
-    keys.gnomeInstalled = [&gnome] { return gnome.isInstalled(); };
-    keys.addGnome = [&gnome] { return gnome.install(); };
-  }
+  const SettingsView::DesktopKeys keys = desktopKeys(choice.wayland, gnomeKeys, gnome, executable);
   const WindowContentFactory content = standardWindowContent(
       model, clock, [] { return Autostart::isEnabled(); },
       [executable](bool on) { return Autostart::setEnabled(on, executable); }, keys);
-  // Qt's own texts (standard buttons, file dialogs, a field's menu) show only in our windows: its
-  // translation is loaded with the first of them, not at start.
-  const WindowContentFactory windows = [&content, &bundle](AppDelegate& delegate, AuxWindow key,
-                                                           std::optional<SettingsSection> section) {
-    static const bool translated = loadQtTranslations();
-    static const bool iconSet = setWindowIcon(bundle);
-    (void)translated;
-    (void)iconSet;
-    return content(delegate, key, section);
-  };
+  const WindowContentFactory windows = translatedOnFirstUse(content, bundle);
   const std::string desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
   AppDelegate delegate(
       {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens,
@@ -294,16 +323,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
        makeDesktopMotionSetting, choice.wayland, [&] { return gnomeKeys && gnome.isInstalled(); },
        orbWindowKind(choice.wayland, desktops)});
   delegate.onQuit = [] { QCoreApplication::quit(); };
-  instance.onRequest = [&delegate](SingleInstance::Request request) {
-    switch (request) {
-      case SingleInstance::Request::show:
-        return delegate.showOrb();
-      case SingleInstance::Request::toggleOrb:
-        return delegate.toggleOrb();
-      case SingleInstance::Request::toggleMask:
-        return delegate.toggleMask();
-    }
-  };
+  answerRequests(instance, delegate);
   delegate.launch();
   if (choice.wayland) tellWaylandKeys(gnomeKeys, gnomeKeys && gnome.isInstalled());
   const int status = app.exec();

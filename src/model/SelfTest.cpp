@@ -51,7 +51,20 @@ class Checks {
   void run() {
     auto model = makeModel(folder_ / "watchlist.json");
     AppModel& m = *model;
+    checkWatchlistEditing(m);
+    checkAlerts(m);
+    const std::vector<std::string> order{"NVDA", "600519", "00700"};
+    checkPersistence(m, order);
+    checkTransfer(m);
+    checkFreshness(m);
+    checkFailedFileWrite();
+    next();
+    checkReset(m, order);
+  }
 
+ private:
+  // Defaults, the trend, adding, moving, removing and the rotation past unquoted symbols.
+  void checkWatchlistEditing(AppModel& m) {
     bool defaults = m.watchlist() == AppModel::defaultWatchlist() && m.activeID() == "600519" &&
                     m.watchedQuotes().size() == AppModel::defaultWatchlist().size();
     check(defaults, "默认行情或自选不正确");
@@ -91,7 +104,9 @@ class Checks {
     check(first == "00700" && m.activeID() == "600519", "轮播被没有行情的自选标的卡住");
     m.setWatchlist(AppModel::defaultWatchlist());
     next();
+  }
 
+  void checkAlerts(AppModel& m) {
     const double moutai = m.quote("600519")->price;
     m.setAlert("600519", moutai * 0.99, true);
     check(m.alertRule().triggered, "价格预警未触发");
@@ -105,7 +120,10 @@ class Checks {
           "切换股票后错误地把原预警阈值应用到另一标的");
     m.clearAlert();
     next();
+  }
 
+  // The choices and the watchlist survive a restart, an empty list included.
+  void checkPersistence(AppModel& m, const std::vector<std::string>& order) {
     m.setTheme(AppTheme::aurora);
     m.setRefreshInterval(5.0);
     m.setOrbSize(132);
@@ -113,7 +131,6 @@ class Checks {
     m.setMenuDensity(MenuDensity::full);
     m.setAutoRotate(false);
     m.setOrbShowsName(true);
-    const std::vector<std::string> order{"NVDA", "600519", "00700"};
     m.setWatchlist(order);
     {
       auto second = makeModel(folder_ / "watchlist.json");
@@ -134,7 +151,10 @@ class Checks {
     }
     check(emptied, "空自选仍显示旧标的");
     next();
+  }
 
+  // Export and import keep the order; a bad import changes nothing.
+  void checkTransfer(AppModel& m) {
     const std::vector<std::string> exported{"03033", "600519", "NVDA"};
     m.setWatchlist(exported);
     m.exportWatchlist(folder_ / "export.json");
@@ -154,7 +174,10 @@ class Checks {
               makeModel(folder_ / "watchlist.json")->watchlist() == exported,
           "无效导入未拒绝或损坏现有数据");
     next();
+  }
 
+  // Neither a simulated phase nor a shipped snapshot passes for fresh data.
+  void checkFreshness(AppModel& m) {
     const Date stamp = m.updatedAt();
     bool untouched = true;
     for (QuotePhase phase : allCases<QuotePhase>()) {
@@ -173,10 +196,10 @@ class Checks {
           "静态快照刷新伪造实时数据");
     m.setSourceMode(SourceMode::mock);
     next();
+  }
 
-    checkFailedFileWrite();
-    next();
-
+  // Clearing the preferences restores every default and keeps the watchlist, an empty one too.
+  void checkReset(AppModel& m, const std::vector<std::string>& order) {
     m.setWatchlist(order);
     m.select("00700");
     m.setTheme(AppTheme::rose);
@@ -208,7 +231,6 @@ class Checks {
           "清除偏好把空自选重置成默认列表");
   }
 
- private:
   std::unique_ptr<AppModel> makeModel(const std::filesystem::path& watchlistFile) {
     return std::make_unique<AppModel>(
         ModelDependencies{store_, clock_, scheduler_, source_, notifier_, std::nullopt},

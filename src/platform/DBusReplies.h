@@ -19,19 +19,20 @@ inline QVariant variantArgument(const QVariant& value) {
 }
 
 inline bool send(const QDBusMessage& message, const QDBusConnection& connection,
-          const QVariantList& values) {
+                 const QVariantList& values) {
   if (message.isReplyRequired()) connection.send(message.createReply(values));
   return true;
 }
 
-inline bool refuse(const QDBusMessage& message, const QDBusConnection& connection, const char* error) {
+inline bool refuse(const QDBusMessage& message, const QDBusConnection& connection,
+                   const char* error) {
   connection.send(message.createErrorReply(QLatin1String(error), message.member()));
   return true;
 }
 
 // org.freedesktop.DBus.Properties for read-only values.
 inline bool answerProperties(const QDBusMessage& message, const QDBusConnection& connection,
-                      const QVariantMap& all) {
+                             const QVariantMap& all) {
   const QVariantList args = message.arguments();
   if (message.member() == QLatin1String("GetAll")) return send(message, connection, {all});
   if (message.member() == QLatin1String("Get") && args.size() == 2 &&

@@ -79,7 +79,8 @@ QString StatusNotifierItem::MenuObject::introspect(const QString&) const {
 )xml");
 }
 
-bool StatusNotifierItem::MenuObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+bool StatusNotifierItem::MenuObject::handleMessage(const QDBusMessage& message,
+                                                   const QDBusConnection& connection) {
   const QVariantList args = message.arguments();
   const QString member = message.member();
   if (message.interface() == introspectableInterface) return false;
@@ -95,7 +96,8 @@ bool StatusNotifierItem::MenuObject::handleMessage(const QDBusMessage& message, 
   return refuse(message, connection, "org.freedesktop.DBus.Error.UnknownMethod");
 }
 
-const std::array<StatusNotifierItem::MenuObject::Method, 7>& StatusNotifierItem::MenuObject::methods() {
+const std::array<StatusNotifierItem::MenuObject::Method, 7>&
+StatusNotifierItem::MenuObject::methods() {
   static const std::array<Method, 7> table{{
       {"GetLayout", 3, &MenuObject::getLayout},
       {"GetGroupProperties", 2, &MenuObject::getGroupProperties},
@@ -108,7 +110,9 @@ const std::array<StatusNotifierItem::MenuObject::Method, 7>& StatusNotifierItem:
   return table;
 }
 
-bool StatusNotifierItem::MenuObject::getLayout(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::getLayout(const QDBusMessage& message,
+                                               const QDBusConnection& connection,
+                                               const QVariantList& args) {
   const auto* item = findItem(owner_.layout_, args[0].toInt());
   if (!item) return invalidId(message, connection);
   const QStringList names = qdbus_cast<QStringList>(args[2]);
@@ -117,7 +121,9 @@ bool StatusNotifierItem::MenuObject::getLayout(const QDBusMessage& message, cons
                QVariant::fromValue(limited(*item, args[1].toInt(), names))});
 }
 
-bool StatusNotifierItem::MenuObject::getGroupProperties(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::getGroupProperties(const QDBusMessage& message,
+                                                        const QDBusConnection& connection,
+                                                        const QVariantList& args) {
   const auto ids = qdbus_cast<QList<int>>(args[0]);
   const QStringList names = qdbus_cast<QStringList>(args[1]);
   sni::MenuItemPropertiesList found;
@@ -127,32 +133,42 @@ bool StatusNotifierItem::MenuObject::getGroupProperties(const QDBusMessage& mess
   return send(message, connection, {QVariant::fromValue(found)});
 }
 
-bool StatusNotifierItem::MenuObject::getProperty(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::getProperty(const QDBusMessage& message,
+                                                 const QDBusConnection& connection,
+                                                 const QVariantList& args) {
   const auto* item = findItem(owner_.layout_, args[0].toInt());
   if (!item || !item->properties.contains(args[1].toString()))
     return invalidId(message, connection);
   return send(message, connection, {variantArgument(item->properties.value(args[1].toString()))});
 }
 
-bool StatusNotifierItem::MenuObject::menuEvent(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::menuEvent(const QDBusMessage& message,
+                                               const QDBusConnection& connection,
+                                               const QVariantList& args) {
   handleEvent(args[0].toInt(), args[1].toString());
   return send(message, connection, {});
 }
 
-bool StatusNotifierItem::MenuObject::eventGroup(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::eventGroup(const QDBusMessage& message,
+                                                const QDBusConnection& connection,
+                                                const QVariantList& args) {
   QList<int> errors;
   for (const sni::MenuEvent& e : qdbus_cast<sni::MenuEventList>(args[0]))
     if (!handleEvent(e.id, e.eventId)) errors << e.id;
   return send(message, connection, {QVariant::fromValue(errors)});
 }
 
-bool StatusNotifierItem::MenuObject::aboutToShow(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::aboutToShow(const QDBusMessage& message,
+                                                 const QDBusConnection& connection,
+                                                 const QVariantList& args) {
   const bool root = args[0].toInt() == 0;
   if (root) owner_.rebuildMenu();
   return send(message, connection, {root});
 }
 
-bool StatusNotifierItem::MenuObject::aboutToShowGroup(const QDBusMessage& message, const QDBusConnection& connection, const QVariantList& args) {
+bool StatusNotifierItem::MenuObject::aboutToShowGroup(const QDBusMessage& message,
+                                                      const QDBusConnection& connection,
+                                                      const QVariantList& args) {
   const auto ids = qdbus_cast<QList<int>>(args[0]);
   QList<int> updates, errors;
   if (ids.contains(0)) {
@@ -176,7 +192,8 @@ bool StatusNotifierItem::MenuObject::handleEvent(int id, const QString& name) {
   return true;
 }
 
-bool StatusNotifierItem::MenuObject::invalidId(const QDBusMessage& message, const QDBusConnection& connection) {
+bool StatusNotifierItem::MenuObject::invalidId(const QDBusMessage& message,
+                                               const QDBusConnection& connection) {
   return refuse(message, connection, "org.freedesktop.DBus.Error.InvalidArgs");
 }
 

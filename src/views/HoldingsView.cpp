@@ -50,6 +50,16 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   summaries_->setSpacing(10);
   page->addLayout(summaries_);
 
+  page->addWidget(listCard());
+  page->addWidget(formCard());
+  page->addWidget(trayCard());
+  page->addStretch();
+
+  subscription_ = model.subscribe([this] { refreshes_.request(); });
+  refresh();
+}
+
+QWidget* HoldingsView::listCard() {
   auto* list = new ProductCard(QStringLiteral("持仓"), this);
   empty_ = themedLabel(QStringLiteral("还没有持仓 · 在这里录入持有数量和成本价"), TextRole::muted,
                        13, QFont::Normal, list);
@@ -96,8 +106,10 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   QObject::connect(rows_, &QAbstractItemModel::modelReset, this, chosenChanged);
   editRow_->setEnabled(false);
   removeRow_->setEnabled(false);
-  page->addWidget(list);
+  return list;
+}
 
+QWidget* HoldingsView::formCard() {
   auto* form = new ProductCard(QStringLiteral("添加持仓"), this);
   auto* fields = new QGridLayout;
   fields->setHorizontalSpacing(10);
@@ -152,8 +164,10 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   QObject::connect(submit_, &QPushButton::clicked, this, [this] { submit(); });
   for (QLineEdit* input : {shares_, cost_})
     QObject::connect(input, &QLineEdit::returnPressed, this, [this] { submit(); });
-  page->addWidget(form);
+  return form;
+}
 
+QWidget* HoldingsView::trayCard() {
   auto* tray = new ProductCard(QStringLiteral("托盘"), this);
   tray_ = new ProductSwitch(QStringLiteral("托盘显示今日盈亏"), tray);
   QObject::connect(tray_, &QCheckBox::toggled, this,
@@ -162,11 +176,7 @@ HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), 
   tray->content().addWidget(themedLabel(
       QStringLiteral("打开后，托盘图标旁的文字显示第一种货币的今日盈亏；遮蔽时不显示。"),
       TextRole::muted, 12));
-  page->addWidget(tray);
-  page->addStretch();
-
-  subscription_ = model.subscribe([this] { refreshes_.request(); });
-  refresh();
+  return tray;
 }
 
 void HoldingsView::fillSymbols() {

@@ -47,6 +47,10 @@ class HoldingsView final : public QWidget {
   void selectRow(const std::string& symbol);
 
  private:
+  // The cards of the page, top to bottom.
+  QWidget* listCard();
+  QWidget* formCard();
+  QWidget* trayCard();
   void refresh();
   void fillSymbols();
   void fillForm();

@@ -279,7 +279,16 @@ QWidget* SettingsView::appearancePage() {
   layout->setSpacing(16);
   layout->addWidget(new ProductHeading(
       QStringLiteral("外观"), QStringLiteral("主题、灵球和托盘文字，改动立即生效。"), page));
+  layout->addWidget(themeCard(page));
+  layout->addWidget(orbCard(page));
+  layout->addWidget(trayCard(page));
+  layout->addWidget(keysCard(page));
+  if (actions_.autostartEnabled && actions_.setAutostart) layout->addWidget(startCard(page));
+  layout->addStretch();
+  return page;
+}
 
+QWidget* SettingsView::themeCard(QWidget* page) {
   auto* themes = new ProductCard(QStringLiteral("主题"), page);
   auto* swatches = new QHBoxLayout;
   swatches->setSpacing(10);
@@ -296,75 +305,78 @@ QWidget* SettingsView::appearancePage() {
   syncers_.push_back([this, all] {
     for (auto [theme, swatch] : all) swatch->setChecked(model_.theme() == theme);
   });
-  layout->addWidget(themes);
+  return themes;
+}
 
-  // Pills for a setting with a few fixed values.
-  const auto pills = [this](ProductCard* card, const QString& title,
-                            const std::vector<std::pair<QString, std::function<void()>>>& choices,
-                            const std::function<int()>& current) {
-    auto* row = new QHBoxLayout;
-    row->setSpacing(8);
-    auto* name = themedLabel(title, TextRole::secondary, 13, QFont::Normal, card);
-    name->setFixedWidth(96);
-    row->addWidget(name);
-    std::vector<ProductPill*> made;
-    for (const auto& [text, action] : choices) {
-      auto* pill = new ProductPill(text, card);
-      QObject::connect(pill, &QPushButton::clicked, this, action);
-      row->addWidget(pill);
-      made.push_back(pill);
-    }
-    row->addStretch();
-    card->content().addLayout(row);
-    syncers_.push_back([made, current] {
-      for (size_t i = 0; i < made.size(); ++i) made[i]->setSelected(int(i) == current());
-    });
-    return made;
-  };
+std::vector<ProductPill*> SettingsView::addPills(ProductCard* card, const QString& title,
+                                                 const std::vector<Choice>& choices,
+                                                 const std::function<int()>& current) {
+  auto* row = new QHBoxLayout;
+  row->setSpacing(8);
+  auto* name = themedLabel(title, TextRole::secondary, 13, QFont::Normal, card);
+  name->setFixedWidth(96);
+  row->addWidget(name);
+  std::vector<ProductPill*> made;
+  for (const auto& [text, action] : choices) {
+    auto* pill = new ProductPill(text, card);
+    QObject::connect(pill, &QPushButton::clicked, this, action);
+    row->addWidget(pill);
+    made.push_back(pill);
+  }
+  row->addStretch();
+  card->content().addLayout(row);
+  syncers_.push_back([made, current] {
+    for (size_t i = 0; i < made.size(); ++i) made[i]->setSelected(int(i) == current());
+  });
+  return made;
+}
 
+void SettingsView::addSwitch(ProductCard* card, const QString& text,
+                             const std::function<bool()>& get,
+                             const std::function<void(bool)>& set) {
+  auto* box = new ProductSwitch(text, card);
+  QObject::connect(box, &QCheckBox::toggled, this, [set](bool on) { set(on); });
+  card->content().addWidget(box);
+  syncers_.push_back([box, get] {
+    const QSignalBlocker quiet(box);
+    box->setChecked(get());
+  });
+}
+
+QWidget* SettingsView::orbCard(QWidget* page) {
   auto* orb = new ProductCard(QStringLiteral("灵球"), page);
-  std::vector<std::pair<QString, std::function<void()>>> sizes;
+  std::vector<Choice> sizes;
   for (const auto& [word, points] :
        {std::pair{"小 ", orbSizes[0]}, {"中 ", orbSizes[1]}, {"大 ", orbSizes[2]}})
     sizes.emplace_back(QString::fromUtf8(word) + QString::number(points),
                        [this, size = points] { model_.setOrbSize(size); });
-  pills(orb, QStringLiteral("尺寸"), sizes, [this] {
+  addPills(orb, QStringLiteral("尺寸"), sizes, [this] {
     return int(std::find(orbSizes.begin(), orbSizes.end(), model_.orbSize()) - orbSizes.begin());
   });
-  pills(orb, QStringLiteral("球面显示"),
-        {{QStringLiteral("代码"), [this] { model_.setOrbShowsName(false); }},
-         {QStringLiteral("名称"), [this] { model_.setOrbShowsName(true); }}},
-        [this] { return model_.orbShowsName() ? 1 : 0; });
-  const auto check = [this](ProductCard* card, const QString& text,
-                            const std::function<bool()>& get,
-                            const std::function<void(bool)>& set) {
-    auto* box = new ProductSwitch(text, card);
-    QObject::connect(box, &QCheckBox::toggled, this, [set](bool on) { set(on); });
-    card->content().addWidget(box);
-    syncers_.push_back([box, get] {
-      const QSignalBlocker quiet(box);
-      box->setChecked(get());
-    });
-    return box;
-  };
-  check(
+  addPills(orb, QStringLiteral("球面显示"),
+           {{QStringLiteral("代码"), [this] { model_.setOrbShowsName(false); }},
+            {QStringLiteral("名称"), [this] { model_.setOrbShowsName(true); }}},
+           [this] { return model_.orbShowsName() ? 1 : 0; });
+  addSwitch(
       orb, QStringLiteral("减少动态效果"), [this] { return model_.reduceMotion(); },
       [this](bool on) { model_.setReduceMotion(on); });
-  check(
+  addSwitch(
       orb, QStringLiteral("自动轮播自选标的"), [this] { return model_.autoRotate(); },
       [this](bool on) { model_.setAutoRotate(on); });
-  layout->addWidget(orb);
+  return orb;
+}
 
+QWidget* SettingsView::trayCard(QWidget* page) {
   auto* tray = new ProductCard(QStringLiteral("托盘文字"), page);
   const auto example = [this](MenuDensity density) {
     const std::string title = statusTitleText(model_, density);
     return title.empty() ? QStringLiteral("仅图标") : QString::fromStdString(title).trimmed();
   };
-  std::vector<std::pair<QString, std::function<void()>>> densities;
+  std::vector<Choice> densities;
   densities.reserve(menuDensities.size());
   for (MenuDensity density : menuDensities)
     densities.emplace_back(QString(), [this, density] { model_.setMenuDensity(density); });
-  const auto made = pills(tray, QStringLiteral("显示密度"), densities, [this] {
+  const auto made = addPills(tray, QStringLiteral("显示密度"), densities, [this] {
     return int(std::find(menuDensities.begin(), menuDensities.end(), model_.menuDensity()) -
                menuDensities.begin());
   });
@@ -374,34 +386,30 @@ QWidget* SettingsView::appearancePage() {
   tray->content().addWidget(
       themedLabel(QStringLiteral("托盘面板能显示文字时，价格出现在图标旁；遮蔽时只显示图标。"),
                   TextRole::muted, 12));
-  layout->addWidget(tray);
+  return tray;
+}
 
-  layout->addWidget(keysCard(page));
-
-  if (actions_.autostartEnabled && actions_.setAutostart) {
-    auto* start = new ProductCard(QStringLiteral("启动"), page);
-    auto* login = new ProductSwitch(QStringLiteral("登录时启动"), start);
-    auto* problem = themedLabel(QString(), TextRole::error, 12, QFont::Normal, start);
-    problem->hide();
-    start->content().addWidget(login);
-    start->content().addWidget(problem);
-    QObject::connect(login, &QCheckBox::toggled, this, [this, login, problem](bool on) {
-      const auto failure = actions_.setAutostart(on);
-      problem->setText(failure ? QString::fromStdString(*failure) : QString());
-      problem->setVisible(failure.has_value());
-      const QSignalBlocker quiet(login);
-      login->setChecked(actions_.autostartEnabled());
-    });
-    // The entry is the user's file: what it says when the window opens is what the switch shows.
-    readAutostart_ = [this, login] {
-      const QSignalBlocker quiet(login);
-      login->setChecked(actions_.autostartEnabled());
-    };
-    readAutostart_();
-    layout->addWidget(start);
-  }
-  layout->addStretch();
-  return page;
+QWidget* SettingsView::startCard(QWidget* page) {
+  auto* start = new ProductCard(QStringLiteral("启动"), page);
+  auto* login = new ProductSwitch(QStringLiteral("登录时启动"), start);
+  auto* problem = themedLabel(QString(), TextRole::error, 12, QFont::Normal, start);
+  problem->hide();
+  start->content().addWidget(login);
+  start->content().addWidget(problem);
+  QObject::connect(login, &QCheckBox::toggled, this, [this, login, problem](bool on) {
+    const auto failure = actions_.setAutostart(on);
+    problem->setText(failure ? QString::fromStdString(*failure) : QString());
+    problem->setVisible(failure.has_value());
+    const QSignalBlocker quiet(login);
+    login->setChecked(actions_.autostartEnabled());
+  });
+  // The entry is the user's file: what it says when the window opens is what the switch shows.
+  readAutostart_ = [this, login] {
+    const QSignalBlocker quiet(login);
+    login->setChecked(actions_.autostartEnabled());
+  };
+  readAutostart_();
+  return start;
 }
 
 QWidget* SettingsView::keysCard(QWidget* page) {

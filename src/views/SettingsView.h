@@ -93,6 +93,17 @@ class SettingsView final : public QWidget {
 
  private:
   QWidget* appearancePage();
+  QWidget* themeCard(QWidget* page);
+  QWidget* orbCard(QWidget* page);
+  QWidget* trayCard(QWidget* page);
+  QWidget* startCard(QWidget* page);
+  // Pills for a setting with a few fixed values, the one `current` names selected.
+  using Choice = std::pair<QString, std::function<void()>>;
+  std::vector<ProductPill*> addPills(ProductCard* card, const QString& title,
+                                     const std::vector<Choice>& choices,
+                                     const std::function<int()>& current);
+  void addSwitch(ProductCard* card, const QString& text, const std::function<bool()>& get,
+                 const std::function<void(bool)>& set);
   QWidget* keysCard(QWidget* page);
   // The list of sections with the guide and reset buttons below it.
   QWidget* sideBar();

@@ -40,8 +40,21 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   auto* layout = new QHBoxLayout;
   layout->setSpacing(16);
   page->addLayout(layout, 1);
+  layout->addLayout(listColumn(), 3);
+  layout->addWidget(addingCard(), 2);
 
-  // The user's list.
+  clockTimer_.setInterval(1000);
+  // Only the rows' statuses age; the candidates do not depend on the clock.
+  QObject::connect(&clockTimer_, &QTimer::timeout, this, [this] {
+    statusClock_ = clock_.now();
+    fillRows();
+  });
+  subscription_ = model.subscribe([this] { scheduleRefresh(); });
+  refresh();
+}
+
+// The user's list: its heading, the pickers, and the rows or in their place the empty states.
+QLayout* WatchlistView::listColumn() {
   auto* left = new QVBoxLayout;
   left->setSpacing(10);
   auto* top = new QHBoxLayout;
@@ -53,7 +66,26 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
                    [this] { model_.setWatchlist(AppModel::defaultWatchlist()); });
   top->addWidget(restore);
   left->addLayout(top);
+  left->addLayout(pickerGrid());
 
+  rowsHost_ = new QWidget;
+  rowsLayout_ = new QVBoxLayout(rowsHost_);
+  rowsLayout_->setContentsMargins(0, 0, 10, 0);
+  rowsLayout_->setSpacing(6);
+  emptyTitle_ = themedLabel(QString(), TextRole::plain, 15, QFont::DemiBold, rowsHost_);
+  emptyHint_ = themedLabel(QString(), TextRole::muted, 12.5, QFont::Normal, rowsHost_);
+  emptyTitle_->setAlignment(Qt::AlignCenter);
+  emptyHint_->setAlignment(Qt::AlignCenter);
+  emptyTitle_->setContentsMargins(0, 36, 0, 0);
+  rowsLayout_->addWidget(emptyTitle_);
+  rowsLayout_->addWidget(emptyHint_);
+  rowsLayout_->addStretch();
+  left->addWidget(scrollingArea(rowsHost_, this), 1);
+  return left;
+}
+
+// The four pickers that filter and sort the rows, two by two.
+QGridLayout* WatchlistView::pickerGrid() {
   auto* pickers = new QGridLayout;
   pickers->setHorizontalSpacing(10);
   pickers->setVerticalSpacing(8);
@@ -84,25 +116,11 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   }
   pickers->setColumnStretch(1, 1);
   pickers->setColumnStretch(3, 1);
-  left->addLayout(pickers);
+  return pickers;
+}
 
-  // The rows, and in their place the empty states.
-  rowsHost_ = new QWidget;
-  rowsLayout_ = new QVBoxLayout(rowsHost_);
-  rowsLayout_->setContentsMargins(0, 0, 10, 0);
-  rowsLayout_->setSpacing(6);
-  emptyTitle_ = themedLabel(QString(), TextRole::plain, 15, QFont::DemiBold, rowsHost_);
-  emptyHint_ = themedLabel(QString(), TextRole::muted, 12.5, QFont::Normal, rowsHost_);
-  emptyTitle_->setAlignment(Qt::AlignCenter);
-  emptyHint_->setAlignment(Qt::AlignCenter);
-  emptyTitle_->setContentsMargins(0, 36, 0, 0);
-  rowsLayout_->addWidget(emptyTitle_);
-  rowsLayout_->addWidget(emptyHint_);
-  rowsLayout_->addStretch();
-  left->addWidget(scrollingArea(rowsHost_, this), 1);
-  layout->addLayout(left, 3);
-
-  // Adding: a search of the data source, then the quotes already at hand.
+// Adding: a search of the data source, then the quotes already at hand.
+QWidget* WatchlistView::addingCard() {
   auto* card = new ProductCard(QStringLiteral("添加标的"), this);
   card->setMinimumWidth(272);
   card->setMaximumWidth(340);
@@ -158,16 +176,7 @@ WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* paren
   listsLayout->addLayout(candidatesLayout_);
   listsLayout->addStretch();
   card->content().addWidget(scrollingArea(lists, card), 1);
-  layout->addWidget(card, 2);
-
-  clockTimer_.setInterval(1000);
-  // Only the rows' statuses age; the candidates do not depend on the clock.
-  QObject::connect(&clockTimer_, &QTimer::timeout, this, [this] {
-    statusClock_ = clock_.now();
-    fillRows();
-  });
-  subscription_ = model.subscribe([this] { scheduleRefresh(); });
-  refresh();
+  return card;
 }
 
 void WatchlistView::choose(const std::string& picker, const std::string& option) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <QComboBox>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -48,6 +49,9 @@ class WatchlistView final : public QWidget {
   void hideEvent(QHideEvent*) override;
 
  private:
+  QLayout* listColumn();
+  QGridLayout* pickerGrid();
+  QWidget* addingCard();
   void scheduleRefresh();
   void refresh();
   void fillRows();
