@@ -105,8 +105,22 @@ WindowContentFactory standardWindowContent(
   };
 }
 
-AppDelegate::AppDelegate(Dependencies dependencies)
-    : deps_(std::move(dependencies)), lastMouseDate_(deps_.clock.now()) {}
+AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependencies)) {
+  motion_ = std::make_unique<OrbMotion>(
+      OrbMotion::Host{windowModel_, deps_.model, deps_.defaults, deps_.clock, deps_.screens,
+                      deps_.mouseLocation, [this] { return panel_ != nullptr; },
+                      [this] { return origin(); }, [this](Point to) { moveOrigin(to); }});
+}
+
+void AppDelegate::centerOrb() {
+  motion_->center();
+  if (panel_) {
+    shown_ = true;
+    applyOrbVisibility();
+    panel_->raise();
+  }
+  motion_->save();
+}
 
 AppDelegate::~AppDelegate() {
   terminate();
@@ -133,7 +147,7 @@ void AppDelegate::launch() {
   content.orbView().setCompositing(compositing_);
   deps_.windowSystem.watchCompositing([self](bool on) { self->setCompositing(on); });
   content.orbView().onExtentChanged = [self] { self->applyWindowGeometry(); };
-  restorePosition();
+  motion_->restore();
   applyWindowGeometry();
   shown_ = true;
   applyOrbVisibility();
@@ -149,10 +163,10 @@ void AppDelegate::launch() {
   startPointerTimers();
   watchPresses();
 
-  if (deps_.motionSetting) motion_ = deps_.motionSetting();
-  if (motion_) {
-    motion_->watch([self](bool calm) { self->setSystemCalm(calm); });
-    setSystemCalm(motion_->calm());
+  if (deps_.motionSetting) motionSetting_ = deps_.motionSetting();
+  if (motionSetting_) {
+    motionSetting_->watch([self](bool calm) { self->setSystemCalm(calm); });
+    setSystemCalm(motionSetting_->calm());
   }
   installKeys();
   if (!deps_.model.onboardingSeen()) openWindow(AuxWindow::guide);
@@ -175,20 +189,23 @@ void AppDelegate::wireOrbEvents(OrbContentView& content) {
   content.onRightClick = [self] {
     self->clickWork_.cancel();
     self->windowModel_.setExpanded(false);
-    if (self->windowModel_.dockEdge()) self->undock(170);
+    if (self->windowModel_.dockEdge()) self->motion_->undock(170);
     self->moveOrigin(clampedOrigin(self->screens(), self->origin(), 170));
     self->windowModel_.setRadialOpen(!self->windowModel_.radialOpen());
     self->panel_->activateWindow();
     self->panel_->content().setFocus();
-    self->savePosition();
+    self->motion_->save();
   };
   content.onHeld = [self](bool held) {
     self->held_ = held;
     self->applyWindowGeometry();
   };
-  content.onDragStart = [self] { self->startDrag(); };
-  content.onDragMove = [self](QPointF p) { self->moveDrag({p.x(), p.y()}); };
-  content.onDragEnd = [self] { self->endDrag(); };
+  content.onDragStart = [self] {
+    self->clickWork_.cancel();
+    self->motion_->startDrag();
+  };
+  content.onDragMove = [self](QPointF p) { self->motion_->moveDrag({p.x(), p.y()}); };
+  content.onDragEnd = [self] { self->motion_->endDrag(); };
   panel_->onKey = [self](int key) { return self->handleKey(key); };
   // Focus taken elsewhere closes the ring menu, also where presses in other programs go unseen
   // (Wayland's own windows).
@@ -212,18 +229,18 @@ void AppDelegate::watchScreens() {
   const auto watch = [self](QScreen* screen) {
     for (auto signal : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged})
       self->screenConnections_.push_back(QObject::connect(
-          screen, signal, self->panel_.get(), [self] { self->screenParametersDidChange(); }));
+          screen, signal, self->panel_.get(), [self] { self->motion_->screensChanged(); }));
   };
   for (QScreen* screen : QGuiApplication::screens()) watch(screen);
   if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
     screenConnections_.push_back(QObject::connect(app, &QGuiApplication::screenAdded, panel_.get(),
                                                   [self, watch](QScreen* screen) {
                                                     watch(screen);
-                                                    self->screenParametersDidChange();
+                                                    self->motion_->screensChanged();
                                                   }));
     screenConnections_.push_back(QObject::connect(app, &QGuiApplication::screenRemoved,
                                                   panel_.get(),
-                                                  [self] { self->screenParametersDidChange(); }));
+                                                  [self] { self->motion_->screensChanged(); }));
   }
 }
 
@@ -233,9 +250,6 @@ void AppDelegate::startPointerTimers() {
   QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_,
                    [self] { self->updatePointerMode(); });
   hoverTimer_.start();
-  glideTimer_.setInterval(1000 / 60);
-  glideTimer_.setTimerType(Qt::PreciseTimer);
-  QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [self] { self->glideStep(); });
 }
 
 void AppDelegate::watchPresses() {
@@ -289,9 +303,9 @@ StatusItem& AppDelegate::statusItem() {
 
 void AppDelegate::terminate() {
   if (!panel_) return;
-  savePosition();
+  motion_->save();
   hoverTimer_.stop();
-  glideTimer_.stop();
+  motion_->stop();
   keysRetry_.cancel();
   statusItemWork_.cancel();
   QObject::disconnect(focusConnection_);
@@ -401,10 +415,7 @@ std::string AppDelegate::tooltip() const {
 
 void AppDelegate::synchronize() {
   AppModel& m = deps_.model;
-  if (panel_ && windowModel_.dockEdge() && lastDockedSize_ != m.orbSize()) {
-    settle(windowModel_.dockEdge());
-    lastDockedSize_ = m.orbSize();
-  }
+  motion_->sizeChanged();
   if (statusItem_) {
     statusItem_->setTitle(statusTitle());
     const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
@@ -501,14 +512,14 @@ void AppDelegate::scheduleClick() {
 void AppDelegate::toggleBloom() {
   AppModel& m = deps_.model;
   windowModel_.setRadialOpen(false);
-  if (windowModel_.dockEdge()) undock(m.orbSize() * 1.8);
+  if (windowModel_.dockEdge()) motion_->undock(m.orbSize() * 1.8);
   windowModel_.setExpanded(!windowModel_.expanded());
   if (windowModel_.expanded()) {
     moveOrigin(clampedOrigin(screens(), origin(), m.orbSize() * 1.8));
     if (panel_) panel_->content().orbView().ripple();
   }
   if (m.watchlist().empty()) showHint("暂无自选 · 请在设置中的自选管理添加");
-  savePosition();
+  motion_->save();
 }
 
 void AppDelegate::ringAction(RingCommand command) {
@@ -559,7 +570,7 @@ bool AppDelegate::handleKey(int key) {
       clickWork_.cancel();
       windowModel_.setRadialOpen(false);
       windowModel_.setExpanded(false);
-      if (windowModel_.dockEdge()) savePosition(undock(m.orbSize() / 2 + 16));
+      if (windowModel_.dockEdge()) motion_->save(motion_->undock(m.orbSize() / 2 + 16));
       return true;
     default:
       return false;

@@ -18,6 +18,7 @@
 #include "model/AppModel.h"
 #include "seams/DesktopSeams.h"
 #include "shell/DockGeometry.h"
+#include "shell/OrbMotion.h"
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"
 #include "shell/WindowKind.h"
@@ -76,8 +77,6 @@ class AppDelegate {
     // The orb window's kind for this desktop.
     OrbWindowKind windowKind = {};
   };
-
-  static constexpr const char* positionKey = "tidemark.orb.position.v2";
 
   explicit AppDelegate(Dependencies dependencies);
   ~AppDelegate();
@@ -139,24 +138,15 @@ class AppDelegate {
   // only the part of it that draws something.
   Point origin() const;
 
-  // Drag, glide and docking.
-  void startDrag();
-  void moveDrag(Point origin);
-  void endDrag();
-  void glideStep();
-  void settle(std::optional<DockEdge> forced);
-  Point undock(double margin);
+  // Whole, in the middle of the screen under the pointer, and shown.
   void centerOrb();
-  void screenParametersDidChange();
-  void savePosition(std::optional<Point> center = std::nullopt);
-  void restorePosition();
+  OrbMotion& motion() { return *motion_; }
 
   AppModel& model() { return deps_.model; }
   OrbWindowModel& windowModel() { return windowModel_; }
   OrbPanel& panel() { return *panel_; }
   // The tray item, made now if the orb has not yet been painted.
   StatusItem& statusItem();
-  bool isGliding() const { return glideTimer_.isActive(); }
   bool passesPointerThrough() const { return passThrough_; }
   // Whether the pointer is being looked for (a round trip to the display server each time).
   bool watchesPointer() const { return hoverTimer_.isActive(); }
@@ -191,20 +181,17 @@ class AppDelegate {
   Dependencies deps_;
   OrbWindowModel windowModel_;
   std::unique_ptr<OrbPanel> panel_;
+  std::unique_ptr<OrbMotion> motion_;
   std::unique_ptr<StatusItem> statusItem_;
   std::optional<std::tuple<MiniOrbFace, AppTheme, qreal, bool>> trayIcon_;  // as last drawn
   std::map<AuxWindow, QPointer<QWidget>> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
-  QTimer hoverTimer_, glideTimer_;
+  QTimer hoverTimer_;
   TimerHandle keysRetry_;
   bool keysInstalled_ = false;
   bool desktopKeysBound_ = false;
   TimerHandle clickWork_, hintWork_, statusItemWork_;
   std::optional<Date> leaveDate_;
-  Point lastMouse_;
-  Date lastMouseDate_;
-  Vector velocity_;
-  std::optional<double> lastDockedSize_;
   bool synchronizePending_ = false;
   bool passThrough_ = false;
   bool held_ = false;  // the pointer holds the orb down
@@ -216,7 +203,7 @@ class AppDelegate {
   QMetaObject::Connection focusConnection_;
   std::vector<QMetaObject::Connection> screenConnections_;
   std::unique_ptr<QObject> pressWatcher_;
-  std::unique_ptr<DesktopMotionSetting> motion_;
+  std::unique_ptr<DesktopMotionSetting> motionSetting_;
   bool systemCalm_ = false;
   unsigned long lastOwnPress_ = 0;
   bool toldSaveFailure_ = false;

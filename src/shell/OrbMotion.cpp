@@ -1,49 +1,54 @@
-// The orb's movement: drag, throw and glide, docking, and the remembered position.
+#include "shell/OrbMotion.h"
 
 #include <cmath>
 
 #include "core/Json.h"
-#include "shell/AppDelegate.h"
 
 namespace tidemark {
 
-void AppDelegate::startDrag() {
-  clickWork_.cancel();
+OrbMotion::OrbMotion(Host host) : host_(std::move(host)) {
+  glideTimer_.setInterval(1000 / 60);
+  glideTimer_.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [this] { glideStep(); });
+}
+
+void OrbMotion::startDrag() {
   glideTimer_.stop();
-  windowModel_.setRadialOpen(false);
-  windowModel_.setExpanded(false);
-  windowModel_.setDockEdge(std::nullopt);  // dragged, the orb is whole
+  host_.windowModel.setRadialOpen(false);
+  host_.windowModel.setExpanded(false);
+  host_.windowModel.setDockEdge(std::nullopt);  // dragged, the orb is whole
   lastDockedSize_.reset();
-  windowModel_.setDragging(true);
-  lastMouse_ = deps_.mouseLocation();
-  lastMouseDate_ = deps_.clock.now();
+  host_.windowModel.setDragging(true);
+  lastMouse_ = host_.mouseLocation();
+  lastMouseDate_ = host_.clock.now();
   velocity_ = {};
 }
 
-void AppDelegate::moveDrag(Point proposed) {
-  const Point mouse = deps_.mouseLocation();
+void OrbMotion::moveDrag(Point proposed) {
+  const Point mouse = host_.mouseLocation();
   // A report without movement (the release repeats the last place) keeps the speed the pointer
   // had, or a throw would always start at rest.
   if (mouse != lastMouse_) {
-    const Date now = deps_.clock.now();
+    const Date now = host_.clock.now();
     velocity_ = dragVelocity(lastMouse_, mouse, now - lastMouseDate_);
     lastMouse_ = mouse;
     lastMouseDate_ = now;
   }
-  windowModel_.setStretch(dragStretch(velocity_, deps_.model.reduceMotion()));
-  windowModel_.setDragAngle(dragAngle(velocity_));
-  moveOrigin(clampedOrigin(screens(), proposed, 0));
-  windowModel_.setPreviewEdge(
-      nearestEdge(screens(), centerOfOrigin(origin()), deps_.model.orbSize()));
+  host_.windowModel.setStretch(dragStretch(velocity_, host_.model.reduceMotion()));
+  host_.windowModel.setDragAngle(dragAngle(velocity_));
+  host_.moveOrigin(clampedOrigin(host_.screens(), proposed, 0));
+  host_.windowModel.setPreviewEdge(
+      nearestEdge(host_.screens(), centerOfOrigin(host_.origin()), host_.model.orbSize()));
 }
 
-void AppDelegate::endDrag() {
-  windowModel_.setDragging(false);
-  windowModel_.setPreviewEdge(std::nullopt);
-  windowModel_.setStretch(0);  // the orb view springs it back unless motion is reduced
+void OrbMotion::endDrag() {
+  host_.windowModel.setDragging(false);
+  host_.windowModel.setPreviewEdge(std::nullopt);
+  host_.windowModel.setStretch(0);  // the orb view springs it back unless motion is reduced
   const bool withinReach =
-      nearestEdge(screens(), centerOfOrigin(origin()), deps_.model.orbSize()).has_value();
-  if (startsThrow(deps_.model.reduceMotion(), deps_.clock.now() - lastMouseDate_, withinReach)) {
+      nearestEdge(host_.screens(), centerOfOrigin(host_.origin()), host_.model.orbSize())
+          .has_value();
+  if (startsThrow(host_.model.reduceMotion(), host_.clock.now() - lastMouseDate_, withinReach)) {
     velocity_ = throwVelocity(velocity_);
     glideTimer_.start();
     return;
@@ -51,102 +56,105 @@ void AppDelegate::endDrag() {
   settle(std::nullopt);
 }
 
-void AppDelegate::glideStep() {
-  const GlideStep step = tidemark::glideStep(screens(), origin(), velocity_);
+void OrbMotion::glideStep() {
+  const GlideStep step = tidemark::glideStep(host_.screens(), host_.origin(), velocity_);
   if (step.finished) {
     glideTimer_.stop();
     settle(std::nullopt);
     return;
   }
   velocity_ = step.velocity;
-  moveOrigin(step.origin);
+  host_.moveOrigin(step.origin);
 }
 
-void AppDelegate::settle(std::optional<DockEdge> forced) {
+void OrbMotion::settle(std::optional<DockEdge> forced) {
   glideTimer_.stop();
-  const double size = deps_.model.orbSize();
-  const Settlement result = tidemark::settle(screens(), centerOfOrigin(origin()), size, forced);
+  const double size = host_.model.orbSize();
+  const Settlement result =
+      tidemark::settle(host_.screens(), centerOfOrigin(host_.origin()), size, forced);
   if (result.edge) {
-    windowModel_.setExpanded(false);
-    windowModel_.setDockEdge(result.edge);
+    host_.windowModel.setExpanded(false);
+    host_.windowModel.setDockEdge(result.edge);
     lastDockedSize_ = size;
-    moveOrigin(originOfCenter(result.center));
-    savePosition(result.center);
+    host_.moveOrigin(originOfCenter(result.center));
+    save(result.center);
     return;
   }
-  windowModel_.setDockEdge(std::nullopt);
-  moveOrigin(originOfCenter(result.center));
-  savePosition();
+  host_.windowModel.setDockEdge(std::nullopt);
+  host_.moveOrigin(originOfCenter(result.center));
+  save();
 }
 
-Point AppDelegate::undock(double margin) {
+void OrbMotion::sizeChanged() {
+  const double size = host_.model.orbSize();
+  if (!host_.placed() || !host_.windowModel.dockEdge() || lastDockedSize_ == size) return;
+  settle(host_.windowModel.dockEdge());
+  lastDockedSize_ = size;
+}
+
+Point OrbMotion::undock(double margin) {
   // Off the edge of its own screen, not onto the neighbour that shares the edge.
-  const auto edge = windowModel_.dockEdge();
-  windowModel_.setDockEdge(std::nullopt);
+  const auto edge = host_.windowModel.dockEdge();
+  host_.windowModel.setDockEdge(std::nullopt);
   lastDockedSize_.reset();
-  moveOrigin(clampedOrigin(screens(), origin(), margin, edge));
-  return centerOfOrigin(origin());
+  host_.moveOrigin(clampedOrigin(host_.screens(), host_.origin(), margin, edge));
+  return centerOfOrigin(host_.origin());
 }
 
-void AppDelegate::centerOrb() {
-  windowModel_.setDockEdge(std::nullopt);
+void OrbMotion::center() {
+  host_.windowModel.setDockEdge(std::nullopt);
   lastDockedSize_.reset();
-  windowModel_.setExpanded(false);
-  windowModel_.setRadialOpen(false);
-  const auto all = screens();
+  host_.windowModel.setExpanded(false);
+  host_.windowModel.setRadialOpen(false);
+  const auto all = host_.screens();
   if (!all.empty()) {
-    const size_t index = nearestScreen(all, deps_.mouseLocation()).value_or(0);
-    moveOrigin(originOfCenter(all[index].visibleFrame.center()));
+    const size_t index = nearestScreen(all, host_.mouseLocation()).value_or(0);
+    host_.moveOrigin(originOfCenter(all[index].visibleFrame.center()));
   }
-  if (panel_) {
-    shown_ = true;
-    applyOrbVisibility();
-    panel_->raise();
-  }
-  savePosition();
 }
 
-void AppDelegate::screenParametersDidChange() {
-  if (!panel_) return;
+void OrbMotion::screensChanged() {
+  if (!host_.placed()) return;
   // A docked orb stays on its edge; the margin would pull it half a width back onto the screen.
-  if (auto edge = windowModel_.dockEdge()) {
+  if (auto edge = host_.windowModel.dockEdge()) {
     settle(edge);
   } else {
-    moveOrigin(clampedOrigin(screens(), origin(), deps_.model.orbSize() / 2 + 6));
+    host_.moveOrigin(clampedOrigin(host_.screens(), host_.origin(), host_.model.orbSize() / 2 + 6));
   }
-  savePosition();
+  save();
 }
 
-void AppDelegate::savePosition(std::optional<Point> center) {
-  if (!panel_) return;
+void OrbMotion::save(std::optional<Point> center) {
+  if (!host_.placed()) return;
   // The orb's centre in Qt's global coordinates (logical pixels, origin at the top left of the
   // primary screen, y down), and the docked edge or "".
-  const Point c = center.value_or(centerOfOrigin(origin()));
-  const auto edge = windowModel_.dockEdge();
+  const Point c = center.value_or(centerOfOrigin(host_.origin()));
+  const auto edge = host_.windowModel.dockEdge();
   const Json position{{"x", c.x}, {"y", c.y}, {"edge", edge ? std::string(rawValue(*edge)) : ""}};
-  deps_.defaults.setData(positionKey, position.dump());
+  host_.defaults.setData(positionKey, position.dump());
 }
 
-void AppDelegate::restorePosition() {
+void OrbMotion::restore() {
   std::optional<Point> center;
   std::optional<DockEdge> edge;
-  if (auto bytes = deps_.defaults.data(positionKey)) {
+  if (auto bytes = host_.defaults.data(positionKey)) {
     if (auto document = json::parse(*bytes); document && document->is_object()) {
       auto x = json::number(*document, "x"), y = json::number(*document, "y");
       if (x && y) center = Point{*x, *y};
       if (auto raw = json::string(*document, "edge")) edge = dockEdgeFromRawValue(*raw);
     }
   }
-  if (!center || !isRestorable(screens(), *center)) {
-    centerOrb();
+  if (!center || !isRestorable(host_.screens(), *center)) {
+    this->center();
+    save();
     return;
   }
-  moveOrigin(originOfCenter(*center));
-  windowModel_.setDockEdge(edge);
+  host_.moveOrigin(originOfCenter(*center));
+  host_.windowModel.setDockEdge(edge);
   if (edge) {
     settle(edge);
   } else {
-    moveOrigin(clampedOrigin(screens(), origin(), deps_.model.orbSize() / 2 + 6));
+    host_.moveOrigin(clampedOrigin(host_.screens(), host_.origin(), host_.model.orbSize() / 2 + 6));
   }
 }
 

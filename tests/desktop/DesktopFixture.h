@@ -92,7 +92,7 @@ struct DesktopOptions {
 
 struct Desktop {
   explicit Desktop(DesktopOptions options = {}) : screens(options.screens) {
-    if (options.position) h.store.setData(AppDelegate::positionKey, *options.position);
+    if (options.position) h.store.setData(OrbMotion::positionKey, *options.position);
     model = h.make();
     model->setReduceMotion(options.reduceMotion);
     model->setRefreshInterval(0);

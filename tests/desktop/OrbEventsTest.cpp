@@ -248,7 +248,7 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {tray, "重新居中 / 解除贴边",
        [](Desktop& d) {
          d.moveCanvas(-225, 170);
-         d.delegate->settle(std::nullopt);
+         d.delegate->motion().settle(std::nullopt);
        },
        state, "at 640,400"},
       {tray, "退出潮汐栏", none, quits, "1"},
@@ -272,7 +272,7 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {key, "Esc",
        [](Desktop& d) {
          d.moveCanvas(-225, 170);
-         d.delegate->settle(std::nullopt);
+         d.delegate->motion().settle(std::nullopt);
        },
        state, "at 64,400"},  // undocked
       {key, "A", spread, state, "spread at 640,400"},
@@ -296,13 +296,13 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       EXPECT_EQ(item->shortcut(), QKeySequence()) << "the orb's keys do nothing in the menu";
       item->trigger();
     } else {
-      d.h.store.setData(AppDelegate::positionKey, "");
+      d.h.store.setData(OrbMotion::positionKey, "");
       QTest::keyClick(&d.delegate->panel(), QKeySequence(name)[0].key());
     }
     EXPECT_EQ(k.observe(d), k.expected) << k.name;
     EXPECT_FALSE(d.delegate->windowModel().radialOpen()) << k.name;
     if (k.expected == "at 64,400") {  // the place an undock leaves is kept
-      EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
+      EXPECT_EQ(d.h.store.data(OrbMotion::positionKey), R"({"x":64.0,"y":400.0,"edge":""})");
     }
   }
 }
@@ -678,12 +678,12 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
              (d.delegate->windowModel().dockEdge() ? " docked" : "");
     };
     EXPECT_EQ(where(), "1690,170 docked") << "restored " << row.position;
-    d.delegate->screenParametersDidChange();
+    d.delegate->motion().screensChanged();
     EXPECT_EQ(where(), "1690,170 docked") << "screens changed " << row.position;
     d.model->setOrbSize(132);
     d.h.scheduler.runDue();
     EXPECT_EQ(where(), "1690,170 docked") << "size changed " << row.position;
-    EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), row.position);
+    EXPECT_EQ(d.h.store.data(OrbMotion::positionKey), row.position);
     // Windows open on the orb's screen, beside the orb's visible half.
     d.delegate->openSettings(SettingsSection::appearance);
     QWidget* settings = d.delegate->window(AuxWindow::settings);
@@ -721,12 +721,12 @@ TEST(Delegate, WindowsFitASmallScreenAndScroll) {
 TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
   Desktop d;
   d.moveCanvas(-225, 20 - 230);
-  d.delegate->settle(std::nullopt);
+  d.delegate->motion().settle(std::nullopt);
   ASSERT_EQ(d.delegate->origin(), (Point{-230, 49 - 230}));  // kept whole along the edge
   d.model->setOrbSize(132);
   d.h.scheduler.runDue();
   EXPECT_EQ(d.delegate->origin(), (Point{-230, 67 - 230}));
-  EXPECT_EQ(d.h.store.data(AppDelegate::positionKey), R"({"x":0.0,"y":67.0,"edge":"left"})");
+  EXPECT_EQ(d.h.store.data(OrbMotion::positionKey), R"({"x":0.0,"y":67.0,"edge":"left"})");
 }
 
 TEST(Delegate, TheDesktopsCalmReachesTheOrbAndTheDetail) {
