@@ -43,7 +43,7 @@ registered() {
     string:RegisteredStatusNotifierItems | grep -q "$item"
 }
 # Exactly one item, the app's own: no second one from the system tray icon.
-if wait_for 10 registered && sleep 1 && [ "$(items)" = 1 ]; then
+if wait_for 30 registered && sleep 1 && [ "$(items)" = 1 ]; then
   ok "the app's own item registered with the watcher, and only it"
 else
   fail "items registered: $(items), $item among them: $(registered && echo yes || echo no)"
@@ -66,7 +66,7 @@ drawn() {
   changed=$(compare -metric AE -extract 40x30+0+0 "$tmp/before.png" "$tmp/after.png" null: 2>&1)
   [ "${changed%% *}" -gt 100 ] 2>/dev/null
 }
-if wait_for 10 drawn; then ok "the host drew the icon ($changed pixels changed)"; else
+if wait_for 30 drawn; then ok "the host drew the icon ($changed pixels changed)"; else
   fail "the tray's corner did not change ($changed pixels)"; fi
 [ -z "$shot" ] || cp "$tmp/after.png" "$shot"
 
