@@ -81,28 +81,29 @@ WindowContentFactory standardWindowContent(
     AppModel& model, const Clock& clock, std::function<bool()> autostartEnabled,
     std::function<std::optional<std::string>(bool on)> setAutostart,
     SettingsView::DesktopKeys keys) {
-  return [&model, &clock, autostartEnabled = std::move(autostartEnabled),
-          setAutostart = std::move(setAutostart), keys = std::move(keys)](
-             AppDelegate& d, AuxWindow key, std::optional<SettingsSection> section) -> QWidget* {
-    if (key == AuxWindow::guide)
-      return new OnboardingView(model, [&d] { d.closeWindow(AuxWindow::guide); });
-    if (key == AuxWindow::alert)
-      return new AlertEditorView(model, [&d] { d.closeWindow(AuxWindow::alert); });
-    if (key == AuxWindow::settings) {
-      SettingsView::Actions actions;
-      actions.openGuide = [&d] { d.openWindow(AuxWindow::guide); };
-      actions.openAlert = [&d] { d.openWindow(AuxWindow::alert); };
-      actions.close = [&d] { d.closeWindow(AuxWindow::settings); };
-      actions.autostartEnabled = autostartEnabled;
-      actions.setAutostart = setAutostart;
-      actions.keys = keys;
-      actions.keys.changed = [&d] { d.desktopKeysChanged(); };
-      actions.pageBuilt = [&d](QWidget& page) { d.partBuilt(page); };
-      return new SettingsView(model, clock, std::move(actions),
-                              section.value_or(SettingsSection::appearance));
-    }
-    return nullptr;
-  };
+  return
+      [&model, &clock, autostartEnabled = std::move(autostartEnabled),
+       setAutostart = std::move(setAutostart), keys = std::move(keys)](
+          AppDelegate& d, AuxWindow key, std::optional<SettingsSection> section) -> WindowContent {
+        if (key == AuxWindow::guide)
+          return {new OnboardingView(model, [&d] { d.closeWindow(AuxWindow::guide); })};
+        if (key == AuxWindow::alert)
+          return {new AlertEditorView(model, [&d] { d.closeWindow(AuxWindow::alert); })};
+        if (key == AuxWindow::settings) {
+          SettingsView::Actions actions;
+          actions.openGuide = [&d] { d.openWindow(AuxWindow::guide); };
+          actions.openAlert = [&d] { d.openWindow(AuxWindow::alert); };
+          actions.close = [&d] { d.closeWindow(AuxWindow::settings); };
+          actions.autostartEnabled = autostartEnabled;
+          actions.setAutostart = setAutostart;
+          actions.keys = keys;
+          actions.keys.changed = [&d] { d.desktopKeysChanged(); };
+          auto* settings = new SettingsView(model, clock, std::move(actions),
+                                            section.value_or(SettingsSection::appearance));
+          return {settings, settings};
+        }
+        return {};
+      };
 }
 
 AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependencies)) {
@@ -282,8 +283,8 @@ void AppDelegate::installKeys() {
     keysRetry_ = deps_.scheduler.every(3, [self, alive] {
       if (alive.expired() || !self->deps_.hotKeys.retry()) return;
       self->synchronize();
-      for (auto& [key, window] : self->windows_)
-        if (window) self->tellShortcuts(*window);
+      for (auto& [key, open] : self->windows_)
+        if (open.settings) self->tellSettings(*open.settings);
       if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
     });
   }
@@ -316,7 +317,7 @@ void AppDelegate::terminate() {
   subscriptions_.clear();
   pressWatcher_.reset();
   // The windows' views read the model, which does not outlive the delegate.
-  for (auto& [key, window] : windows_) delete window.data();
+  for (auto& [key, open] : windows_) delete open.window.data();
   windows_.clear();
 }
 
@@ -344,23 +345,16 @@ void AppDelegate::pressedSomewhere(unsigned long time) {
 void AppDelegate::setSystemCalm(bool calm) {
   systemCalm_ = calm;
   if (panel_) panel_->content().orbView().setSystemCalm(calm);
-  for (auto& [key, window] : windows_)
-    if (window) applySystemCalm(*window);
+  for (auto& [key, open] : windows_)
+    if (open.settings) tellSettings(*open.settings);
 }
 
-void AppDelegate::tellShortcuts(QWidget& window) {
+void AppDelegate::tellSettings(SettingsView& settings) {
+  settings.setSystemCalm(systemCalm_);
   const std::string keys = unavailableKeys();
-  for (QWidget* child : window.findChildren<QWidget*>())
-    if (auto* settings = dynamic_cast<SettingsView*>(child))
-      settings->setShortcutNotice(keys.empty() ? QString()
-                                               : QString::fromStdString(keys) +
-                                                     QStringLiteral("，释放后会自动启用。"));
-}
-
-void AppDelegate::applySystemCalm(QWidget& window) {
-  // The views carry no meta-object of their own, so a cast, not findChildren<DetailOrb*>.
-  for (QWidget* child : window.findChildren<QWidget*>())
-    if (auto* orb = dynamic_cast<DetailOrb*>(child)) orb->setSystemReduceMotion(systemCalm_);
+  settings.setShortcutNotice(keys.empty() ? QString()
+                                          : QString::fromStdString(keys) +
+                                                QStringLiteral("，释放后会自动启用。"));
 }
 
 void AppDelegate::scheduleSynchronize() {
@@ -440,10 +434,8 @@ void AppDelegate::synchronize() {
   toldSaveFailure_ = m.settingsWriteFailure().has_value();
   const bool exclude = m.masked();
   if (panel_) deps_.windowSystem.setExcludedFromCapture(*panel_, exclude);
-  for (auto& [key, window] : windows_) {
-    if (!window) continue;
-    deps_.windowSystem.setExcludedFromCapture(*window, exclude);
-  }
+  for (auto& [key, open] : windows_)
+    if (open.window) deps_.windowSystem.setExcludedFromCapture(*open.window, exclude);
   applyTheme(m.theme());
   applyWindowGeometry();
   if (const std::string menu = menuState(); statusItem_ && menu != menuState_) {
@@ -608,7 +600,7 @@ void AppDelegate::openSettings(SettingsSection section) {
 
 QWidget* AppDelegate::window(AuxWindow key) const {
   auto it = windows_.find(key);
-  return it == windows_.end() ? nullptr : it->second.data();
+  return it == windows_.end() ? nullptr : it->second.window.data();
 }
 
 void AppDelegate::closeWindow(AuxWindow key) {
@@ -622,12 +614,8 @@ void AppDelegate::openWindow(AuxWindow key, std::optional<SettingsSection> secti
     windows_.erase(AuxWindow::alert);
   }
   if (QWidget* existing = window(key)) {
-    // The views carry no meta-object of their own, so a cast, not findChild, tells them apart.
-    // Found first and then told: showing a section builds it, which changes the children.
-    SettingsView* settings = nullptr;
-    for (QWidget* child : existing->findChildren<QWidget*>())
-      if (!settings) settings = dynamic_cast<SettingsView*>(child);
-    if (settings && section) settings->showSection(*section);
+    if (SettingsView* settings = windows_[key].settings; settings && section)
+      settings->showSection(*section);
     existing->show();
     existing->raise();
     existing->activateWindow();
@@ -651,16 +639,16 @@ void AppDelegate::openWindow(AuxWindow key, std::optional<SettingsSection> secti
   deps_.windowSystem.setExcludedFromCapture(*window, deps_.model.masked());
   auto* layout = new QVBoxLayout(window);
   layout->setContentsMargins(0, 0, 0, 0);
-  QWidget* root = deps_.windowContent ? deps_.windowContent(*this, key, section) : nullptr;
-  if (!root) root = new QLabel(QString::fromUtf8(spec->title));
+  WindowContent content =
+      deps_.windowContent ? deps_.windowContent(*this, key, section) : WindowContent{};
+  QWidget* root = content.root ? content.root : new QLabel(QString::fromUtf8(spec->title));
   // On a screen smaller than the window, the window shrinks and its content scrolls.
   layout->addWidget(scrollingArea(root, window, true));
-  applySystemCalm(*window);
-  tellShortcuts(*window);
+  if (content.settings) tellSettings(*content.settings);
   // Esc closes every window of ours, as a dialog closes; an open popup takes it first.
   auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), window);
   QObject::connect(escape, &QShortcut::activated, window, [this, key] { closeWindow(key); });
-  windows_[key] = window;
+  windows_[key] = {window, content.settings};
   window->show();
   window->raise();
   window->activateWindow();

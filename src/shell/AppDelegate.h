@@ -37,10 +37,16 @@ std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed);
 // The windows besides the orb; at most one of each is open.
 enum class AuxWindow { settings, guide, alert };
 
-// Builds the root widget of an auxiliary window (the settings with their initial section). The
+// The root widget of an auxiliary window, and its settings view when it shows the settings.
+struct WindowContent {
+  QWidget* root = nullptr;
+  SettingsView* settings = nullptr;
+};
+
+// Builds the content of an auxiliary window (the settings with their initial section). The
 // windows themselves belong to the delegate.
-using WindowContentFactory = std::function<QWidget*(AppDelegate& delegate, AuxWindow window,
-                                                    std::optional<SettingsSection> section)>;
+using WindowContentFactory = std::function<WindowContent(AppDelegate& delegate, AuxWindow window,
+                                                         std::optional<SettingsSection> section)>;
 
 // The real windows: settings (opening the guide and the alert editor from its buttons, with the
 // login switch given), the guide and the alert editor, each closing its own window.
@@ -94,8 +100,6 @@ class AppDelegate {
   std::string unavailableKeys() const;
   // The desktop's shortcuts for our toggles were added: the tooltip says so.
   void desktopKeysChanged();
-  // A window's part built after the window opened (a settings section) follows the desktop too.
-  void partBuilt(QWidget& part) { applySystemCalm(part); }
 
   void showHint(const std::string& text);
   // Whether the orb is shown; it may still stand aside for a window of ours (yieldsToWindow).
@@ -173,8 +177,8 @@ class AppDelegate {
   std::vector<Screen> screens() const { return deps_.screens(); }
   void scheduleSynchronize();
   void placeWindow(QWidget& window, QSize size);
-  void applySystemCalm(QWidget& window);
-  void tellShortcuts(QWidget& window);
+  // What the settings show of the desktop: its calm, and the keys other programs hold.
+  void tellSettings(SettingsView& settings);
   // The screen the orb stands on (for a docked orb, the one whose edge it sits on).
   std::optional<Screen> orbScreen() const;
 
@@ -184,7 +188,11 @@ class AppDelegate {
   std::unique_ptr<OrbMotion> motion_;
   std::unique_ptr<StatusItem> statusItem_;
   std::optional<std::tuple<MiniOrbFace, AppTheme, qreal, bool>> trayIcon_;  // as last drawn
-  std::map<AuxWindow, QPointer<QWidget>> windows_;
+  struct OpenWindow {
+    QPointer<QWidget> window;
+    QPointer<SettingsView> settings;  // in the settings window
+  };
+  std::map<AuxWindow, OpenWindow> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
   QTimer hoverTimer_;
   TimerHandle keysRetry_;

@@ -145,8 +145,8 @@ void AppDelegate::updateYield() {
   // Our windows, and the dialogs they open (a file dialog, a question), focused or not.
   const auto ours = [this](const QWidget* top) {
     for (; top; top = top->parentWidget() ? top->parentWidget()->window() : nullptr)
-      for (const auto& [key, window] : windows_)
-        if (window.data() == top) return true;
+      for (const auto& [key, open] : windows_)
+        if (open.window.data() == top) return true;
     return false;
   };
   for (QWidget* top : QApplication::topLevelWidgets())

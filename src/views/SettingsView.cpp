@@ -244,8 +244,13 @@ QWidget* SettingsView::ensurePage(int index) {
   setTransfer(transferText_);
   setShortcutNotice(shortcutText_);
   sync();
-  if (actions_.pageBuilt) actions_.pageBuilt(*page);
+  if (detail_) detail_->orb().setSystemReduceMotion(systemCalm_);
   return page;
+}
+
+void SettingsView::setSystemCalm(bool calm) {
+  systemCalm_ = calm;
+  if (detail_) detail_->orb().setSystemReduceMotion(calm);
 }
 
 DetailView& SettingsView::detail() {

@@ -58,8 +58,6 @@ class SettingsView final : public QWidget {
     std::function<bool()> autostartEnabled;
     std::function<std::optional<std::string>(bool on)> setAutostart;
     DesktopKeys keys;
-    // Told of each section's page as it is built, when it is first shown.
-    std::function<void(QWidget& page)> pageBuilt;
   };
 
   // In the side bar's order.
@@ -80,6 +78,8 @@ class SettingsView final : public QWidget {
   // What the settings say of the global keys: empty while both are the app's, else which other
   // programs hold.
   void setShortcutNotice(const QString& text);
+  // The desktop asks for less motion: the detail's orb follows it, also once it is built.
+  void setSystemCalm(bool calm);
   QString shortcutNotice() const { return shortcutText_; }
 
   void resetPreferences();
@@ -126,6 +126,7 @@ class SettingsView final : public QWidget {
   HoldingsView* holdings_ = nullptr;
   std::vector<std::function<QWidget*()>> builders_;  // one per section, until it is built
   QString transferText_, shortcutText_;
+  bool systemCalm_ = false;
   QString lastFolder_ = QDir::homePath();
   std::vector<std::function<void()>> syncers_;
   QLabel* transfer_ = nullptr;
