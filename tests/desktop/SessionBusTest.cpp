@@ -171,26 +171,59 @@ const sni::MenuLayoutItem* findLabel(const sni::MenuLayoutItem& item, const QStr
   return nullptr;
 }
 
-TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
+// The app with its tray item registered with a real watcher, read through a host's connection.
+class RegisteredTrayItem : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    watcher.start(host);
+    d = std::make_unique<test::Desktop>(
+        test::DesktopOptions{.notifier = [this]() -> std::unique_ptr<StatusNotifier> {
+          auto made = std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus());
+          item = made.get();
+          return made;
+        }});
+    ASSERT_FALSE(item) << "registered only once the orb is on screen";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return item != nullptr; }, busWait));
+    service = item->serviceName();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return d->delegate->statusItem().usesNotifier(); }, busWait));
+    ASSERT_TRUE(host.registeredItems().join(u' ').contains(service));
+  }
+
+  QVariantMap properties() {
+    return qdbus_cast<QVariantMap>(
+        host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface})
+            .arguments()
+            .value(0));
+  }
+  // The named icon's file, checked to hold the same image as the pixmaps.
+  QString namedIcon() {
+    const QVariantMap now = properties();
+    EXPECT_EQ(
+        now.value(u"IconThemePath"_s).toString(),
+        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/tidemark-tray"_s);
+    const QString file = now.value(u"IconThemePath"_s).toString() + u'/' +
+                         now.value(u"IconName"_s).toString() + u".png"_s;
+    const auto pixmaps = qdbus_cast<sni::IconPixmapList>(now.value(u"IconPixmap"_s));
+    EXPECT_EQ(sni::iconPixmap(QImage(file)), pixmaps.value(1)) << file.toStdString();
+    return file;
+  }
+  sni::MenuLayoutItem layout() {
+    return qdbus_cast<sni::MenuLayoutItem>(
+        host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()})
+            .arguments()
+            .value(1));
+  }
+
   Host host;
   Watcher watcher;
-  watcher.start(host);
   StatusNotifierItem* item = nullptr;
-  test::Desktop d({.notifier = [&]() -> std::unique_ptr<StatusNotifier> {
-    auto made = std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus());
-    item = made.get();
-    return made;
-  }});
-  EXPECT_FALSE(item) << "registered only once the orb is on screen";
-  ASSERT_TRUE(QTest::qWaitFor([&] { return item != nullptr; }, busWait));
-  const QString service = item->serviceName(), path = u"/StatusNotifierItem"_s;
-  ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, busWait));
-  EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
+  std::unique_ptr<test::Desktop> d;
+  QString service;
+  const QString path = u"/StatusNotifierItem"_s, menu = u"/MenuBar"_s;
+};
 
-  // Every property, as a host reads them.
-  const QDBusMessage all =
-      host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface});
-  const QVariantMap p = qdbus_cast<QVariantMap>(all.arguments().value(0));
+TEST_F(RegisteredTrayItem, AHostReadsEveryProperty) {
+  const QVariantMap p = properties();
   const std::pair<const char*, QVariant> plain[] = {
       {"Category", u"ApplicationStatus"_s},
       {"Id", u"tidemark"_s},
@@ -208,96 +241,88 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
     EXPECT_EQ(std::tuple(icons[i].width, icons[i].height, icons[i].bytes.size()),
               std::tuple(22 << i, 22 << i, (22 << i) * (22 << i) * 4));
   EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
-  // The same image as a named icon, for the hosts that draw only names.
-  const auto namedIcon = [&] {
-    const QVariantMap now = qdbus_cast<QVariantMap>(
-        host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface})
-            .arguments()
-            .value(0));
-    EXPECT_EQ(
-        now.value(u"IconThemePath"_s).toString(),
-        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/tidemark-tray"_s);
-    const QString file = now.value(u"IconThemePath"_s).toString() + u'/' +
-                         now.value(u"IconName"_s).toString() + u".png"_s;
-    const auto pixmaps = qdbus_cast<sni::IconPixmapList>(now.value(u"IconPixmap"_s));
-    EXPECT_EQ(sni::iconPixmap(QImage(file)), pixmaps.value(1)) << file.toStdString();
-    return file;
-  };
-  const QString firstIcon = namedIcon();
+  namedIcon();  // the same image as a named icon, for the hosts that draw only names
   const auto tip = qdbus_cast<sni::ToolTip>(p.value(u"ToolTip"_s));
   EXPECT_EQ(tip.title, u"潮汐栏"_s);
-  EXPECT_EQ(tip.text.toStdString(), d.delegate->tooltip());
+  EXPECT_EQ(tip.text.toStdString(), d->delegate->tooltip());
+}
 
-  // The label follows the price, and is empty while masked.
+TEST_F(RegisteredTrayItem, TheLabelFollowsThePriceAndMaskingEmptiesItAndBaresTheIcon) {
+  const QString firstIcon = namedIcon();
   LabelLog log;
   ASSERT_TRUE(host.bus.connect(service, path, itemInterface, u"XAyatanaNewLabel"_s, &log,
                                SLOT(label(QString, QString))));
-  d.model->refresh();
-  d.h.scheduler.advance(1);
+  d->model->refresh();
+  d->h.scheduler.advance(1);
   ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.isEmpty(); }, busWait));
   EXPECT_EQ(log.labels.last().toStdString(), "600519  1,465.74  +0.95%");  // the demo's next step
-  d.model->setMasked(true);
-  d.h.scheduler.runDue();
+  d->model->setMasked(true);
+  d->h.scheduler.runDue();
   ASSERT_TRUE(QTest::qWaitFor([&] { return log.labels.last().isEmpty(); }, busWait));
   // Masked, the icon is the bare orb: a new file under a new name.
   const QString maskedIcon = namedIcon();
   EXPECT_NE(maskedIcon, firstIcon);
+  // The files go with the item.
+  d.reset();
+  EXPECT_FALSE(QFile::exists(maskedIcon));
+  EXPECT_FALSE(QFile::exists(firstIcon));
+}
 
-  // Activate hides the orb and a middle click (SecondaryActivate) shows it again; ContextMenu
-  // opens our menu; a wheel step either way moves to the next symbol.
-  ASSERT_TRUE(d.delegate->panel().isVisible());
+// Activate hides the orb and a middle click (SecondaryActivate) shows it again; ContextMenu opens
+// our menu; a wheel step either way moves to the next symbol.
+TEST_F(RegisteredTrayItem, ClicksTheContextMenuAndTheWheel) {
+  ASSERT_TRUE(d->delegate->panel().isVisible());
   host.call(service, path, itemInterface, u"Activate"_s, {0, 0});
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->panel().isVisible(); }, busWait));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !d->delegate->panel().isVisible(); }, busWait));
   host.call(service, path, itemInterface, u"SecondaryActivate"_s, {0, 0});
-  EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->panel().isVisible(); }, busWait));
-  QMenu& ours = d.delegate->statusItem().menu();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d->delegate->panel().isVisible(); }, busWait));
+  QMenu& ours = d->delegate->statusItem().menu();
   host.call(service, path, itemInterface, u"ContextMenu"_s, {100, 100});
   EXPECT_TRUE(QTest::qWaitFor([&] { return ours.isVisible(); }, busWait));
   ours.hide();
-  d.h.scheduler.runDue();
+  d->h.scheduler.runDue();
   for (const auto& [delta, next] : {std::pair{120, "00700"}, {-120, "NVDA"}}) {
     host.call(service, path, itemInterface, u"Scroll"_s, {delta, u"vertical"_s});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->activeID() == next; }, busWait)) << delta;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return d->model->activeID() == next; }, busWait)) << delta;
   }
+}
 
-  // A host that keeps the menu it fetched hears of every change: the global key shows the orb,
-  // and the menu says "隐藏灵球" without being opened again. A changed text is told item by item,
-  // a changed check mark with the names it lost; the layout stays.
-  const QString menu = u"/MenuBar"_s;
+// A host that keeps the menu it fetched hears of every change: the global key shows the orb, and
+// the menu says "隐藏灵球" without being opened again. A changed text is told item by item, a
+// changed check mark with the names it lost; the layout stays.
+TEST_F(RegisteredTrayItem, AKeptMenuHearsOfEveryChangeItemByItem) {
+  d->model->setMasked(true);
+  d->h.scheduler.runDue();
+  LabelLog log;
   ASSERT_TRUE(host.bus.connect(service, menu, menuInterface, u"LayoutUpdated"_s, &log,
                                SLOT(layout(uint, int))));
   ASSERT_TRUE(host.bus.connect(service, menu, menuInterface, u"ItemsPropertiesUpdated"_s, &log,
                                SLOT(updated(QDBusMessage))));
-  const auto orbItem = [&] {
-    const auto kept = qdbus_cast<sni::MenuLayoutItem>(
-        host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()})
-            .arguments()
-            .value(1));
-    return kept.children.at(2).properties.value(u"label"_s).toString().toStdString();
-  };
+  layout();  // fetched, and kept
   const qsizetype layouts = log.revisions.size();
   for (const char* shown : {"显示灵球", "隐藏灵球"}) {
     log.properties.clear();
-    d.keys.pressed(1);
-    d.h.scheduler.runDue();
+    d->keys.pressed(1);
+    d->h.scheduler.runDue();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !log.properties.isEmpty(); }, busWait)) << shown;
     EXPECT_EQ(log.properties.join(u" | "_s).toStdString(), "3 " + std::string(shown));
-    EXPECT_EQ(orbItem(), shown);
+    EXPECT_EQ(layout().children.at(2).properties.value(u"label"_s).toString().toStdString(), shown);
   }
   log.properties.clear();
-  d.model->setMasked(false);
-  d.h.scheduler.runDue();
+  d->model->setMasked(false);
+  d->h.scheduler.runDue();
   EXPECT_TRUE(QTest::qWaitFor([&] { return !log.properties.isEmpty(); }, busWait));
   EXPECT_EQ(log.properties.join(u" | "_s).toStdString(), "8 屏幕共享遮蔽");
   EXPECT_EQ(log.revisions.size(), layouts) << "no new layout for changed texts";
+}
 
-  // The menu is built on opening, with its check marks; a click on "立即刷新" refreshes.
-  d.model->setOrbSize(132);
+// The menu is built on opening, with its check marks; a click on "立即刷新" refreshes; the wire
+// types hosts rely on hold.
+TEST_F(RegisteredTrayItem, TheMenuIsBuiltOnOpeningAndItsClicksAndSignaturesHold) {
+  d->model->setOrbSize(132);
   EXPECT_TRUE(
       host.call(service, menu, menuInterface, u"AboutToShow"_s, {0}).arguments().value(0).toBool());
-  const QDBusMessage layout =
-      host.call(service, menu, menuInterface, u"GetLayout"_s, {0, -1, QStringList()});
-  const auto root = qdbus_cast<sni::MenuLayoutItem>(layout.arguments().value(1));
+  const auto root = layout();
   EXPECT_EQ(shown(root),
             "模拟源 (off) | — | 隐藏灵球 | 设置… | — | 立即刷新 | 价格预警… | 屏幕共享遮蔽 [ ] | "
             "鼠标穿透（仅托盘菜单可恢复） [ ] | 重新居中 / 解除贴边 | — | "
@@ -306,12 +331,11 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
             "退出潮汐栏");
   const auto* refresh = findLabel(root, u"立即刷新"_s);
   ASSERT_TRUE(refresh);
-  EXPECT_FALSE(d.model->hasPendingRefresh());
+  EXPECT_FALSE(d->model->hasPendingRefresh());
   host.call(service, menu, menuInterface, u"Event"_s,
             {refresh->id, u"clicked"_s, QVariant::fromValue(QDBusVariant(0)), 0u});
-  EXPECT_TRUE(QTest::qWaitFor([&] { return d.model->hasPendingRefresh(); }, busWait));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d->model->hasPendingRefresh(); }, busWait));
 
-  // The wire types hosts rely on, as signatures.
   const std::tuple<QString, QVariantList, QString> signatures[] = {
       {u"GetLayout"_s, {0, -1, QStringList()}, u"u(ia{sv}av)"_s},
       {u"GetGroupProperties"_s,
@@ -324,21 +348,22 @@ TEST(TrayItem, AHostReadsItDrivesItAndFindsItAgainAfterTheWatcherRestarts) {
   for (const auto& [method, args, signature] : signatures)
     EXPECT_EQ(host.call(service, menu, menuInterface, method, args).signature(), signature)
         << method.toStdString();
-  EXPECT_EQ(all.signature(), u"a{sv}"_s);
+  EXPECT_EQ(
+      host.call(service, path, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s, {itemInterface})
+          .signature(),
+      u"a{sv}"_s);
   const QDBusMessage xml =
       host.call(service, path, u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s);
   EXPECT_TRUE(xml.arguments().value(0).toString().contains(u"XAyatanaNewLabel"_s));
+}
 
-  // A restarted watcher knows the item again once its host is back.
+// A restarted watcher knows the item again once its host is back.
+TEST_F(RegisteredTrayItem, ARestartedWatcherFindsItAgain) {
   watcher.stop();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !d.delegate->statusItem().usesNotifier(); }, busWait));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !d->delegate->statusItem().usesNotifier(); }, busWait));
   watcher.start(host);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return d.delegate->statusItem().usesNotifier(); }, 5000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return d->delegate->statusItem().usesNotifier(); }, 5000));
   EXPECT_TRUE(host.registeredItems().join(u' ').contains(service));
-  // The files go with the item.
-  d.delegate.reset();
-  EXPECT_FALSE(QFile::exists(maskedIcon));
-  EXPECT_FALSE(QFile::exists(firstIcon));
 }
 
 TEST(DesktopPortal, TheDesktopsReduceMotionIsReadAndFollowed) {
