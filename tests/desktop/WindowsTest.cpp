@@ -199,10 +199,9 @@ struct Windows : ::testing::Test {
   }
 };
 
-TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
+TEST_F(Windows, EachSettingsSectionShowsItsPageAndEachSourceSaysWhatItIs) {
   auto view = settings(SettingsSection::detail);
   EXPECT_EQ(view->currentSection(), SettingsSection::detail);
-  // Each section shows its own page.
   const std::pair<SettingsSection, const char*> headings[] = {
       {SettingsSection::appearance, "外观"},
       {SettingsSection::detail, "圆形详情 · 螺旋分时"},
@@ -226,9 +225,15 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
     QTest::qWait(1);
     EXPECT_TRUE(named<QLabel>(*view, QString::fromUtf8(line))) << line;
   }
+}
 
-  // Every control changes its own preference and no other, as a restart reads them; a pill or
-  // swatch clicked is the one marked.
+// Every control changes its own preference and no other, as a restart reads them; a pill or
+// swatch clicked is the one marked.
+TEST_F(Windows, EachSettingsControlChangesItsOwnPreferenceAndNoOther) {
+  auto view = settings(SettingsSection::appearance);
+  // The pages are built as they are first shown: the masking switch and the intervals too.
+  for (SettingsSection section : {SettingsSection::source, SettingsSection::alertsAndPrivacy})
+    view->showSection(section);
   const auto kept = [&] {
     const auto m = h.make();
     return std::string(rawValue(m->theme())) + " " + std::to_string(int(m->orbSize())) +
@@ -270,9 +275,11 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   model->setMasked(true);
   QTest::qWait(1);
   EXPECT_TRUE(named<QPushButton>(*view, u"仅图标"_s));
-  model->setMasked(false);
+}
 
-  // Starting at login: the switch shows the entry's presence, also after a refusal.
+// Starting at login: the switch shows the entry's presence, also after a refusal.
+TEST_F(Windows, TheLoginSwitchShowsTheEntryAlsoAfterARefusal) {
+  auto view = settings(SettingsSection::appearance);
   auto* login = named<QCheckBox>(*view, u"登录时启动"_s);
   login->click();
   EXPECT_TRUE(autostart);
@@ -283,7 +290,11 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   autostartFailure.reset();
   login->click();
   EXPECT_FALSE(autostart);
+}
 
+TEST_F(Windows, ResettingTheSettingsAsksFirstAndKeepsTheWatchlist) {
+  auto view = settings(SettingsSection::appearance);
+  model->setTheme(AppTheme::aurora);
   auto* reset = named<QPushButton>(*view, u"恢复默认设置"_s);
   reset->click();  // declined
   EXPECT_EQ(model->theme(), AppTheme::aurora);
@@ -291,9 +302,11 @@ TEST_F(Windows, SettingsWriteThroughToTheModelAndTheStore) {
   reset->click();
   EXPECT_EQ(model->theme(), AppTheme::dark);
   EXPECT_EQ(model->watchlist().size(), 5u);
+}
 
-  // The source chosen from the list; 立即刷新 asks the source at once.
-  view->showSection(SettingsSection::source);
+// The source chosen from the list; 立即刷新 asks the source at once.
+TEST_F(Windows, TheSourceIsChosenFromTheListAndRefreshedAtOnce) {
+  auto view = settings(SettingsSection::source);
   QComboBox* sources = nullptr;
   for (auto* box : view->findChildren<QComboBox*>())
     if (box->findText(u"静态 JSON"_s) >= 0) sources = box;
