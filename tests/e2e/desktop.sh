@@ -46,7 +46,7 @@ below_missing() {
   die "the window below $1 (xev $state; its log: $(head -c 400 "$tmp/below.log" | tr '\n' ' ')" \
     "windows named below: $(xwininfo -root -tree | grep -c '"below"'); openbox: $(tail -c 300 "$tmp/openbox.log"))"
 }
-wait_for 20 find_below || below_missing "did not appear"
+wait_for 60 find_below || below_missing "did not appear"
 white="srgb(255,255,255)"
 
 panel=
