@@ -111,6 +111,26 @@ AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependenci
       OrbMotion::Host{windowModel_, deps_.model, deps_.defaults, deps_.clock, deps_.screens,
                       deps_.mouseLocation, [this] { return panel_ != nullptr; },
                       [this] { return origin(); }, [this](Point to) { moveOrigin(to); }});
+  tray_ = std::make_unique<TrayPresenter>(TrayPresenter::Host{
+      .model = deps_.model,
+      .notifier = deps_.statusNotifier,
+      .tooltip = [this] { return tooltip(); },
+      .orbShown = [this] { return shown_; },
+      .observing = [this] { return windowModel_.forcedObserve(); },
+      .pixelRatio = [this] { return panel_ ? panel_->devicePixelRatioF() : qreal(1); },
+      .toggleOrb = [this] { toggleOrb(); },
+      .openSettings = [this] { openSettings(SettingsSection::appearance); },
+      .openAlert = [this] { openWindow(AuxWindow::alert); },
+      .openGuide = [this] { openWindow(AuxWindow::guide); },
+      .refresh = [this] { refresh(); },
+      .toggleMask = [this] { toggleMask(); },
+      .toggleObserve = [this] { toggleObserve(); },
+      .centerOrb = [this] { centerOrb(); },
+      .quit =
+          [this] {
+            if (onQuit) onQuit();
+          },
+  });
 }
 
 void AppDelegate::centerOrb() {
@@ -291,15 +311,7 @@ void AppDelegate::installKeys() {
 }
 
 StatusItem& AppDelegate::statusItem() {
-  if (!statusItem_) {
-    statusItemWork_.cancel();
-    statusItem_ = std::make_unique<StatusItem>(
-        [this](QMenu& menu) { buildStatusMenu(menu); }, [this] { toggleOrb(); },
-        deps_.statusNotifier ? deps_.statusNotifier() : nullptr,
-        [this] { deps_.model.cycleActive(); });
-    synchronize();
-  }
-  return *statusItem_;
+  return tray_->item([this] { synchronize(); });
 }
 
 void AppDelegate::terminate() {
@@ -410,25 +422,7 @@ std::string AppDelegate::tooltip() const {
 void AppDelegate::synchronize() {
   AppModel& m = deps_.model;
   motion_->sizeChanged();
-  if (statusItem_) {
-    statusItem_->setTitle(statusTitle());
-    const qreal ratio = panel_ ? panel_->devicePixelRatioF() : 1;
-    const bool bare = m.masked() || m.menuDensity() == MenuDensity::percent;
-    const MiniOrbFace face = miniOrbFace(m.activeQuote(), bare);
-    // Drawn again only when what it shows changes, not on every price.
-    if (const auto icon = std::tuple(face, m.theme(), ratio, statusItem_->exportsItem());
-        trayIcon_ != icon) {
-      trayIcon_ = icon;
-      const OrbPalette palette{m.theme()};
-      if (statusItem_->exportsItem()) {
-        statusItem_->setImage(miniOrb(face, palette, ratio), miniOrb(face, palette, 1, 22),
-                              miniOrb(face, palette, 1, 44));
-      } else {
-        statusItem_->setImage(miniOrb(face, palette, ratio));
-      }
-    }
-    statusItem_->setToolTip(tooltip());
-  }
+  tray_->update();
   // Told once while settings cannot be saved; a later good save ends the streak.
   if (m.settingsWriteFailure() && !toldSaveFailure_) showHint(AppModel::settingsWriteFailureHint);
   toldSaveFailure_ = m.settingsWriteFailure().has_value();
@@ -438,10 +432,6 @@ void AppDelegate::synchronize() {
     if (open.window) deps_.windowSystem.setExcludedFromCapture(*open.window, exclude);
   applyTheme(m.theme());
   applyWindowGeometry();
-  if (const std::string menu = menuState(); statusItem_ && menu != menuState_) {
-    menuState_ = menu;
-    statusItem_->menuChanged();
-  }
 }
 
 void AppDelegate::showHint(const std::string& text) {

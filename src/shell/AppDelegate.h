@@ -21,6 +21,7 @@
 #include "shell/OrbMotion.h"
 #include "shell/OrbPanel.h"
 #include "shell/StatusItem.h"
+#include "shell/TrayPresenter.h"
 #include "shell/WindowKind.h"
 #include "views/MiniOrb.h"
 #include "views/OrbWindowModel.h"
@@ -165,9 +166,6 @@ class AppDelegate {
   void startPointerTimers();
   void watchPresses();
   void installKeys();
-  void buildStatusMenu(QMenu& menu);
-  // Everything the tray menu's labels and check marks are made of.
-  std::string menuState() const;
   void moveOrigin(Point origin);
   // Sizes the window to what is drawn and sets its input and (without a compositor) visible
   // regions.
@@ -186,8 +184,7 @@ class AppDelegate {
   OrbWindowModel windowModel_;
   std::unique_ptr<OrbPanel> panel_;
   std::unique_ptr<OrbMotion> motion_;
-  std::unique_ptr<StatusItem> statusItem_;
-  std::optional<std::tuple<MiniOrbFace, AppTheme, qreal, bool>> trayIcon_;  // as last drawn
+  std::unique_ptr<TrayPresenter> tray_;
   struct OpenWindow {
     QPointer<QWidget> window;
     QPointer<SettingsView> settings;  // in the settings window
@@ -204,7 +201,6 @@ class AppDelegate {
   bool passThrough_ = false;
   bool held_ = false;  // the pointer holds the orb down
   bool shown_ = false, yielding_ = false, compositing_ = true;
-  std::string menuState_;
   QRegion lastInput_;
   std::optional<QRegion> lastVisible_;
   std::unique_ptr<QObject> windowWatcher_;
