@@ -8,8 +8,7 @@ namespace tidemark {
 
 StatusItem& TrayPresenter::item(const std::function<void()>& made) {
   if (!item_) {
-    item_ = std::make_unique<StatusItem>([this](QMenu& menu) { buildMenu(menu); },
-                                         host_.toggleOrb,
+    item_ = std::make_unique<StatusItem>([this](QMenu& menu) { buildMenu(menu); }, host_.toggleOrb,
                                          host_.notifier ? host_.notifier() : nullptr,
                                          [this] { host_.model.cycleActive(); });
     made();
@@ -70,10 +69,8 @@ void TrayPresenter::buildMenu(QMenu& menu) {
   menu.addSeparator();
   add("立即刷新", host_.refresh);
   add("价格预警…", host_.openAlert);
-  add(
-      "屏幕共享遮蔽", host_.toggleMask, m.masked());
-  add(
-      "鼠标穿透（仅托盘菜单可恢复）", host_.toggleObserve, host_.observing());
+  add("屏幕共享遮蔽", host_.toggleMask, m.masked());
+  add("鼠标穿透（仅托盘菜单可恢复）", host_.toggleObserve, host_.observing());
   add("重新居中 / 解除贴边", host_.centerOrb);
   menu.addSeparator();
 

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "core/NumberText.h"
+#include "views/Metrics.h"
 #include "views/OrbView.h"
 #include "views/Symbols.h"
 #include "views/TextStyle.h"
@@ -210,7 +211,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
                        QWidget* parent)
     : QWidget(parent), model_(model) {
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(20, 20, 20, 20);
+  layout->setContentsMargins(metrics::windowMargins);
   layout->setSpacing(14);
   auto* heading = new ProductHeading(QStringLiteral("圆形详情 · 螺旋分时"),
                                      QStringLiteral("时间绕圆心铺开，价格沿半径起伏。"), this);

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 
 #include "core/NumberText.h"
+#include "views/Metrics.h"
 #include "views/SmallWindows.h"
 #include "views/TextStyle.h"
 
@@ -40,8 +41,8 @@ QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
 
 HoldingsView::HoldingsView(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
   auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(28, 24, 28, 24);
-  page->setSpacing(16);
+  page->setContentsMargins(metrics::pageMargins);
+  page->setSpacing(metrics::pageSpacing);
   page->addWidget(new ProductHeading(
       QStringLiteral("持仓盈亏 · 本地保存"),
       QStringLiteral("录入持有数量和成本价，今日盈亏与持有盈亏随行情刷新。"), this));

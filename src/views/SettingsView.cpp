@@ -19,6 +19,7 @@
 #include "core/NumberText.h"
 #include "views/DetailView.h"
 #include "views/HoldingsView.h"
+#include "views/Metrics.h"
 #include "views/OrbView.h"
 #include "views/StatusTitle.h"
 #include "views/TextStyle.h"
@@ -280,8 +281,8 @@ void SettingsView::sync() {
 QWidget* SettingsView::appearancePage() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
-  layout->setContentsMargins(28, 24, 28, 24);
-  layout->setSpacing(16);
+  layout->setContentsMargins(metrics::pageMargins);
+  layout->setSpacing(metrics::pageSpacing);
   layout->addWidget(new ProductHeading(
       QStringLiteral("外观"), QStringLiteral("主题、灵球和托盘文字，改动立即生效。"), page));
   layout->addWidget(themeCard(page));
@@ -496,8 +497,8 @@ QWidget* SettingsView::transferCard(QWidget* page) {
 QWidget* SettingsView::sourcePage() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
-  layout->setContentsMargins(28, 24, 28, 24);
-  layout->setSpacing(16);
+  layout->setContentsMargins(metrics::pageMargins);
+  layout->setSpacing(metrics::pageSpacing);
   layout->addWidget(new ProductHeading(QStringLiteral("数据源"),
                                        QStringLiteral("行情从哪里来、多久刷新一次。"), page));
 
@@ -569,8 +570,8 @@ QWidget* SettingsView::sourcePage() {
 QWidget* SettingsView::alertPage() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
-  layout->setContentsMargins(28, 24, 28, 24);
-  layout->setSpacing(16);
+  layout->setContentsMargins(metrics::pageMargins);
+  layout->setSpacing(metrics::pageSpacing);
   layout->addWidget(new ProductHeading(QStringLiteral("预警与隐私"),
                                        QStringLiteral("价格提醒和共享屏幕时的遮蔽。"), page));
 

@@ -9,6 +9,7 @@
 
 #include "core/NumberText.h"
 #include "views/DetailView.h"
+#include "views/Metrics.h"
 #include "views/TextStyle.h"
 #include "views/Theme.h"
 
@@ -32,7 +33,7 @@ QPushButton* flatButton(const QString& text, const QString& tip, QWidget* parent
 WatchlistView::WatchlistView(AppModel& model, const Clock& clock, QWidget* parent)
     : QWidget(parent), model_(model), clock_(clock), statusClock_(clock.now()) {
   auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(20, 20, 20, 20);
+  page->setContentsMargins(metrics::windowMargins);
   page->setSpacing(14);
   page->addWidget(new ProductHeading(QStringLiteral("自选管理 · 本地保存"),
                                      QStringLiteral("添加、删除和排序会自动保存，卫星环同步更新。"),
@@ -70,7 +71,7 @@ QLayout* WatchlistView::listColumn() {
 
   rowsHost_ = new QWidget;
   rowsLayout_ = new QVBoxLayout(rowsHost_);
-  rowsLayout_->setContentsMargins(0, 0, 10, 0);
+  rowsLayout_->setContentsMargins(metrics::listMargins);
   rowsLayout_->setSpacing(6);
   emptyTitle_ = themedLabel(QString(), TextRole::plain, 15, QFont::DemiBold, rowsHost_);
   emptyHint_ = themedLabel(QString(), TextRole::muted, 12.5, QFont::Normal, rowsHost_);
@@ -161,7 +162,7 @@ QWidget* WatchlistView::addingCard() {
 
   auto* lists = new QWidget;
   auto* listsLayout = new QVBoxLayout(lists);
-  listsLayout->setContentsMargins(0, 0, 10, 0);
+  listsLayout->setContentsMargins(metrics::listMargins);
   listsLayout->setSpacing(6);
   resultsLayout_ = new QVBoxLayout;
   resultsLayout_->setSpacing(6);
