@@ -299,14 +299,13 @@ void AppDelegate::installKeys() {
   // A key another program holds is named, and asked for again every few seconds until it is ours.
   if (!unavailableKeys().empty()) {
     synchronize();
-    std::weak_ptr<int> alive = alive_;
-    keysRetry_ = deps_.scheduler.every(3, [self, alive] {
-      if (alive.expired() || !self->deps_.hotKeys.retry()) return;
+    keysRetry_ = deps_.scheduler.every(3, lifeline_.guard([self] {
+      if (!self->deps_.hotKeys.retry()) return;
       self->synchronize();
       for (auto& [key, open] : self->windows_)
         if (open.settings) self->tellSettings(*open.settings);
       if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
-    });
+    }));
   }
 }
 
@@ -346,12 +345,10 @@ void AppDelegate::pressedSomewhere(unsigned long time) {
   // and as the window's own event, which does. That one may come a moment later, and the pointer
   // may have moved on meanwhile (a right click on the orb, then straight to the ring), so the
   // verdict waits for it; a press it matches was judged there.
-  std::weak_ptr<int> alive = alive_;
-  pressVerdicts_[time] = deps_.scheduler.after(0.1, [this, alive, time] {
-    if (alive.expired()) return;
+  pressVerdicts_[time] = deps_.scheduler.after(0.1, lifeline_.guard([this, time] {
     if (time != lastOwnPress_) pressedAt(deps_.mouseLocation());
     pressVerdicts_.erase(time);
-  });
+  }));
 }
 
 void AppDelegate::setSystemCalm(bool calm) {
@@ -373,12 +370,10 @@ void AppDelegate::scheduleSynchronize() {
   // The model notifies once per property; one synchronize per event-loop turn reads them all.
   if (synchronizePending_) return;
   synchronizePending_ = true;
-  std::weak_ptr<int> alive = alive_;
-  deps_.scheduler.post([this, alive] {
-    if (alive.expired()) return;
+  deps_.scheduler.post(lifeline_.guard([this] {
     synchronizePending_ = false;
     synchronize();
-  });
+  }));
 }
 
 std::string AppDelegate::statusTitle() const {
@@ -437,10 +432,8 @@ void AppDelegate::synchronize() {
 void AppDelegate::showHint(const std::string& text) {
   hintWork_.cancel();
   windowModel_.setHint(text);
-  std::weak_ptr<int> alive = alive_;
-  hintWork_ = deps_.scheduler.after(hintSeconds, [this, alive] {
-    if (!alive.expired()) windowModel_.setHint(std::nullopt);
-  });
+  hintWork_ = deps_.scheduler.after(
+      hintSeconds, lifeline_.guard([this] { windowModel_.setHint(std::nullopt); }));
 }
 
 void AppDelegate::showOrb() {
@@ -484,11 +477,8 @@ void AppDelegate::scheduleClick() {
     return;
   }
   clickWork_.cancel();
-  std::weak_ptr<int> alive = alive_;
   const double interval = QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0;
-  clickWork_ = deps_.scheduler.after(interval, [this, alive] {
-    if (!alive.expired()) toggleBloom();
-  });
+  clickWork_ = deps_.scheduler.after(interval, lifeline_.guard([this] { toggleBloom(); }));
 }
 
 void AppDelegate::toggleBloom() {

@@ -14,6 +14,7 @@
 
 #include "core/Clock.h"
 #include "core/KeyValueStore.h"
+#include "core/Lifeline.h"
 #include "core/Scheduler.h"
 #include "model/AppModel.h"
 #include "seams/DesktopSeams.h"
@@ -212,7 +213,8 @@ class AppDelegate {
   unsigned long lastOwnPress_ = 0;
   bool toldSaveFailure_ = false;
   std::map<unsigned long, TimerHandle> pressVerdicts_;  // by the press's time
-  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+  // Last, so that it is gone first: no timer runs into a half-destroyed delegate.
+  Lifeline lifeline_;
 };
 
 }  // namespace tidemark
