@@ -3,18 +3,12 @@
 #include <cmath>
 
 #include <QGuiApplication>
-#include <QLabel>
 #include <QMouseEvent>
 #include <QScreen>
-#include <QScrollArea>
-#include <QShortcut>
 #include <QStyleHints>
-#include <QVBoxLayout>
-#include <QWindow>
 
 #include "core/GlobalCommands.h"
 #include "core/NumberText.h"
-#include "shell/WindowPlacement.h"
 #include "views/DetailView.h"
 #include "views/MiniOrb.h"
 #include "views/OrbPalette.h"
@@ -37,18 +31,6 @@ std::string keyLine() {
         (line.empty() ? "" : " · ") + std::string(command.keys) + " " + std::string(command.brief);
   return line;
 }
-
-struct WindowSpec {
-  AuxWindow key;
-  const char* title;
-  QSize size, minimum;
-  bool resizable;
-};
-constexpr WindowSpec windowSpecs[] = {
-    {AuxWindow::settings, "设置 · 使用偏好", {960, 740}, {840, 560}, true},
-    {AuxWindow::guide, "欢迎来到岚舟", {480, 600}, {480, 560}, false},
-    {AuxWindow::alert, "价格预警", {420, 540}, {420, 540}, false},
-};
 
 std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
@@ -86,14 +68,14 @@ WindowContentFactory standardWindowContent(
        setAutostart = std::move(setAutostart), keys = std::move(keys)](
           AppDelegate& d, AuxWindow key, std::optional<SettingsSection> section) -> WindowContent {
         if (key == AuxWindow::guide)
-          return {new OnboardingView(model, [&d] { d.closeWindow(AuxWindow::guide); })};
+          return {new OnboardingView(model, [&d] { d.windows().close(AuxWindow::guide); })};
         if (key == AuxWindow::alert)
-          return {new AlertEditorView(model, [&d] { d.closeWindow(AuxWindow::alert); })};
+          return {new AlertEditorView(model, [&d] { d.windows().close(AuxWindow::alert); })};
         if (key == AuxWindow::settings) {
           SettingsView::Actions actions;
-          actions.openGuide = [&d] { d.openWindow(AuxWindow::guide); };
-          actions.openAlert = [&d] { d.openWindow(AuxWindow::alert); };
-          actions.close = [&d] { d.closeWindow(AuxWindow::settings); };
+          actions.openGuide = [&d] { d.windows().open(AuxWindow::guide); };
+          actions.openAlert = [&d] { d.windows().open(AuxWindow::alert); };
+          actions.close = [&d] { d.windows().close(AuxWindow::settings); };
           actions.autostartEnabled = autostartEnabled;
           actions.setAutostart = setAutostart;
           actions.keys = keys;
@@ -107,21 +89,41 @@ WindowContentFactory standardWindowContent(
 }
 
 AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependencies)) {
-  motion_ = std::make_unique<OrbMotion>(
-      OrbMotion::Host{windowModel_, deps_.model, deps_.defaults, deps_.clock, deps_.screens,
-                      deps_.mouseLocation, [this] { return panel_ != nullptr; },
-                      [this] { return origin(); }, [this](Point to) { moveOrigin(to); }});
+  windows_ = std::make_unique<WindowRegistry>(WindowRegistry::Host{
+      .model = deps_.model,
+      .windowSystem = deps_.windowSystem,
+      .content =
+          [this](AuxWindow key, std::optional<SettingsSection> section) {
+            return deps_.windowContent ? deps_.windowContent(*this, key, section) : WindowContent{};
+          },
+      .orbPlace = [this] { return orbPlace(); },
+      .tellSettings = [this](SettingsView& settings) { tellSettings(settings); },
+  });
+  surface_ = std::make_unique<OrbSurface>(OrbSurface::Host{
+      .windowModel = windowModel_,
+      .model = deps_.model,
+      .windowSystem = deps_.windowSystem,
+      .clock = deps_.clock,
+      .mouseLocation = deps_.mouseLocation,
+      .windowKind = deps_.windowKind,
+      .waylandSession = deps_.waylandSession,
+      .ownsWindow = [this](const QWidget* top) { return windows_->owns(top); },
+  });
+  motion_ = std::make_unique<OrbMotion>(OrbMotion::Host{
+      windowModel_, deps_.model, deps_.defaults, deps_.clock, deps_.screens, deps_.mouseLocation,
+      [this] { return panel_ != nullptr; }, [this] { return surface_->origin(); },
+      [this](Point to) { surface_->moveOrigin(to); }});
   tray_ = std::make_unique<TrayPresenter>(TrayPresenter::Host{
       .model = deps_.model,
       .notifier = deps_.statusNotifier,
       .tooltip = [this] { return tooltip(); },
-      .orbShown = [this] { return shown_; },
+      .orbShown = [this] { return surface_->shown(); },
       .observing = [this] { return windowModel_.forcedObserve(); },
       .pixelRatio = [this] { return panel_ ? panel_->devicePixelRatioF() : qreal(1); },
       .toggleOrb = [this] { toggleOrb(); },
       .openSettings = [this] { openSettings(SettingsSection::appearance); },
-      .openAlert = [this] { openWindow(AuxWindow::alert); },
-      .openGuide = [this] { openWindow(AuxWindow::guide); },
+      .openAlert = [this] { windows_->open(AuxWindow::alert); },
+      .openGuide = [this] { windows_->open(AuxWindow::guide); },
       .refresh = [this] { refresh(); },
       .toggleMask = [this] { toggleMask(); },
       .toggleObserve = [this] { toggleObserve(); },
@@ -136,8 +138,7 @@ AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependenci
 void AppDelegate::centerOrb() {
   motion_->center();
   if (panel_) {
-    shown_ = true;
-    applyOrbVisibility();
+    surface_->setShown(true);
     panel_->raise();
   }
   motion_->save();
@@ -161,27 +162,17 @@ void AppDelegate::launch() {
   content.orbView().onFirstPaint = [self] { self->statusItem(); };
   statusItemWork_ = deps_.scheduler.after(1, [self] { self->statusItem(); });
 
-  // Everything about the window is settled before it is mapped: compositors honour some of it
-  // only then.
-  deps_.windowSystem.prepareOrbWindow(*panel_);
-  compositing_ = deps_.windowSystem.compositing();
-  content.orbView().setCompositing(compositing_);
-  deps_.windowSystem.watchCompositing([self](bool on) { self->setCompositing(on); });
-  content.orbView().onExtentChanged = [self] { self->applyWindowGeometry(); };
+  surface_->attach(*panel_);
   motion_->restore();
-  applyWindowGeometry();
-  shown_ = true;
-  applyOrbVisibility();
+  surface_->applyWindowGeometry();
+  surface_->setShown(true);
   panel_->raise();
 
   watchScreens();
   subscriptions_.push_back(deps_.model.subscribe([self] { self->scheduleSynchronize(); }));
-  subscriptions_.push_back(windowModel_.subscribe([self] { self->applyWindowGeometry(); }));
+  subscriptions_.push_back(
+      windowModel_.subscribe([self] { self->surface_->applyWindowGeometry(); }));
   synchronize();
-  if (auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-    focusConnection_ = QObject::connect(app, &QGuiApplication::focusWindowChanged, panel_.get(),
-                                        [self] { self->updateYield(); });
-  startPointerTimers();
   watchPresses();
 
   if (deps_.motionSetting) motionSetting_ = deps_.motionSetting();
@@ -190,7 +181,7 @@ void AppDelegate::launch() {
     setSystemCalm(motionSetting_->calm());
   }
   installKeys();
-  if (!deps_.model.onboardingSeen()) openWindow(AuxWindow::guide);
+  if (!deps_.model.onboardingSeen()) windows_->open(AuxWindow::guide);
 }
 
 void AppDelegate::wireOrbEvents(OrbContentView& content) {
@@ -211,16 +202,13 @@ void AppDelegate::wireOrbEvents(OrbContentView& content) {
     self->clickWork_.cancel();
     self->windowModel_.setExpanded(false);
     if (self->windowModel_.dockEdge()) self->motion_->undock(170);
-    self->moveOrigin(clampedOrigin(self->screens(), self->origin(), 170));
+    self->surface_->moveOrigin(clampedOrigin(self->screens(), self->surface_->origin(), 170));
     self->windowModel_.setRadialOpen(!self->windowModel_.radialOpen());
     self->panel_->activateWindow();
     self->panel_->content().setFocus();
     self->motion_->save();
   };
-  content.onHeld = [self](bool held) {
-    self->held_ = held;
-    self->applyWindowGeometry();
-  };
+  content.onHeld = [self](bool held) { self->surface_->setHeld(held); };
   content.onDragStart = [self] {
     self->clickWork_.cancel();
     self->motion_->startDrag();
@@ -231,17 +219,6 @@ void AppDelegate::wireOrbEvents(OrbContentView& content) {
   // Focus taken elsewhere closes the ring menu, also where presses in other programs go unseen
   // (Wayland's own windows).
   panel_->onDeactivated = [self] { self->windowModel_.setRadialOpen(false); };
-  // While the pointer is over the orb the window system reports it leaving; only elsewhere
-  // must the pointer be looked for.
-  panel_->onPointerEntered = [self] {
-    if (self->windowModel_.forcedObserve()) return;
-    self->leaveDate_.reset();
-    self->setPassThrough(false);
-    self->hoverTimer_.stop();
-  };
-  panel_->onPointerLeft = [self] {
-    if (!self->hoverTimer_.isActive()) self->hoverTimer_.start();
-  };
 }
 
 void AppDelegate::watchScreens() {
@@ -265,14 +242,6 @@ void AppDelegate::watchScreens() {
   }
 }
 
-void AppDelegate::startPointerTimers() {
-  auto* self = this;
-  hoverTimer_.setInterval(80);
-  QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_,
-                   [self] { self->updatePointerMode(); });
-  hoverTimer_.start();
-}
-
 void AppDelegate::watchPresses() {
   auto* self = this;
   // A press anywhere else closes the ring menu: in other applications and on the desktop, then
@@ -284,8 +253,6 @@ void AppDelegate::watchPresses() {
     self->pressedAt(p);
   });
   QCoreApplication::instance()->installEventFilter(pressWatcher_.get());
-  windowWatcher_ = watchOwnWindows([self] { self->updateYield(); });
-  QCoreApplication::instance()->installEventFilter(windowWatcher_.get());
 }
 
 void AppDelegate::installKeys() {
@@ -302,8 +269,7 @@ void AppDelegate::installKeys() {
     keysRetry_ = deps_.scheduler.every(3, lifeline_.guard([self] {
       if (!self->deps_.hotKeys.retry()) return;
       self->synchronize();
-      for (auto& [key, open] : self->windows_)
-        if (open.settings) self->tellSettings(*open.settings);
+      self->windows_->tellSettings();
       if (self->unavailableKeys().empty()) self->keysRetry_.cancel();
     }));
   }
@@ -316,25 +282,22 @@ StatusItem& AppDelegate::statusItem() {
 void AppDelegate::terminate() {
   if (!panel_) return;
   motion_->save();
-  hoverTimer_.stop();
+  surface_->stop();
   motion_->stop();
   keysRetry_.cancel();
   statusItemWork_.cancel();
-  QObject::disconnect(focusConnection_);
-  panel_->content().orbView().onExtentChanged = nullptr;
   panel_->content().orbView().onFirstPaint = nullptr;
   for (const auto& connection : screenConnections_) QObject::disconnect(connection);
   screenConnections_.clear();
   subscriptions_.clear();
   pressWatcher_.reset();
   // The windows' views read the model, which does not outlive the delegate.
-  for (auto& [key, open] : windows_) delete open.window.data();
-  windows_.clear();
+  windows_->closeAll();
 }
 
 void AppDelegate::pressedAt(Point global) {
   if (!windowModel_.radialOpen() || !panel_) return;
-  const Point o = origin();
+  const Point o = surface_->origin();
   const QPointF p(global.x - o.x, global.y - o.y);
   if (!panel_->isVisible() || !panel_->content().isInteractive(p))
     windowModel_.setRadialOpen(false);
@@ -354,8 +317,7 @@ void AppDelegate::pressedSomewhere(unsigned long time) {
 void AppDelegate::setSystemCalm(bool calm) {
   systemCalm_ = calm;
   if (panel_) panel_->content().orbView().setSystemCalm(calm);
-  for (auto& [key, open] : windows_)
-    if (open.settings) tellSettings(*open.settings);
+  windows_->tellSettings();
 }
 
 void AppDelegate::tellSettings(SettingsView& settings) {
@@ -423,10 +385,9 @@ void AppDelegate::synchronize() {
   toldSaveFailure_ = m.settingsWriteFailure().has_value();
   const bool exclude = m.masked();
   if (panel_) deps_.windowSystem.setExcludedFromCapture(*panel_, exclude);
-  for (auto& [key, open] : windows_)
-    if (open.window) deps_.windowSystem.setExcludedFromCapture(*open.window, exclude);
+  windows_->setExcludedFromCapture(exclude);
   applyTheme(m.theme());
-  applyWindowGeometry();
+  surface_->applyWindowGeometry();
 }
 
 void AppDelegate::showHint(const std::string& text) {
@@ -438,16 +399,15 @@ void AppDelegate::showHint(const std::string& text) {
 
 void AppDelegate::showOrb() {
   if (!panel_) return;
-  if (!shown_) return toggleOrb();
+  if (!surface_->shown()) return toggleOrb();
   panel_->raise();
   showHint(usageHint);
 }
 
 void AppDelegate::toggleOrb() {
   if (!panel_) return;
-  shown_ = !shown_;
-  applyOrbVisibility();
-  if (shown_) {
+  surface_->setShown(!surface_->shown());
+  if (surface_->shown()) {
     panel_->raise();
     showHint(usageHint);
   }
@@ -466,8 +426,7 @@ void AppDelegate::refresh() {
 
 void AppDelegate::toggleObserve() {
   windowModel_.setForcedObserve(!windowModel_.forcedObserve());
-  setPassThrough(windowModel_.forcedObserve());
-  if (!windowModel_.forcedObserve()) hoverTimer_.start();
+  surface_->observeChanged();
   windowModel_.setRadialOpen(false);
 }
 
@@ -487,7 +446,7 @@ void AppDelegate::toggleBloom() {
   if (windowModel_.dockEdge()) motion_->undock(m.orbSize() * 1.8);
   windowModel_.setExpanded(!windowModel_.expanded());
   if (windowModel_.expanded()) {
-    moveOrigin(clampedOrigin(screens(), origin(), m.orbSize() * 1.8));
+    surface_->moveOrigin(clampedOrigin(screens(), surface_->origin(), m.orbSize() * 1.8));
     if (panel_) panel_->content().orbView().ripple();
   }
   if (m.watchlist().empty()) showHint("暂无自选 · 请在设置中的自选管理添加");
@@ -501,7 +460,7 @@ void AppDelegate::ringAction(RingCommand command) {
       refresh();
       break;
     case RingCommand::alert:
-      openWindow(AuxWindow::alert);
+      windows_->open(AuxWindow::alert);
       break;
     case RingCommand::appearance:
       openSettings(SettingsSection::appearance);
@@ -549,89 +508,14 @@ bool AppDelegate::handleKey(int key) {
   }
 }
 
-std::optional<Screen> AppDelegate::orbScreen() const {
+std::optional<OrbPlace> AppDelegate::orbPlace() const {
   const auto all = screens();
   if (!panel_) return std::nullopt;
-  const Point c = centerOfOrigin(origin());
+  const Point c = centerOfOrigin(surface_->origin());
   const auto edge = windowModel_.dockEdge();
   const auto index = edge ? dockedScreen(all, c, *edge) : nearestScreen(all, c);
   if (!index) return std::nullopt;
-  return all[*index];
-}
-
-void AppDelegate::placeWindow(QWidget& window, QSize size) {
-  const auto screen = orbScreen();
-  if (!screen) {
-    window.resize(size);
-    return;
-  }
-  const WindowRequest request{double(size.width()), double(size.height())};
-  // Beside the orb where the screen has room, so neither hides the other; else in the middle,
-  // where the orb stands aside while the window has the focus.
-  const Rect r = windowBesideOrb(screen->visibleFrame, centerOfOrigin(origin()),
-                                 deps_.model.orbSize(), request);
-  window.resize(static_cast<int>(r.width), static_cast<int>(r.height));
-  window.move(static_cast<int>(std::lround(r.x)), static_cast<int>(std::lround(r.y)));
-}
-
-void AppDelegate::openSettings(SettingsSection section) {
-  openWindow(AuxWindow::settings, section);
-}
-
-QWidget* AppDelegate::window(AuxWindow key) const {
-  auto it = windows_.find(key);
-  return it == windows_.end() ? nullptr : it->second.window.data();
-}
-
-void AppDelegate::closeWindow(AuxWindow key) {
-  if (QWidget* w = window(key)) w->close();
-}
-
-void AppDelegate::openWindow(AuxWindow key, std::optional<SettingsSection> section) {
-  if (key == AuxWindow::alert) {
-    // The editor always starts from the current alert.
-    if (QWidget* old = window(AuxWindow::alert)) old->deleteLater();
-    windows_.erase(AuxWindow::alert);
-  }
-  if (QWidget* existing = window(key)) {
-    if (SettingsView* settings = windows_[key].settings; settings && section)
-      settings->showSection(*section);
-    existing->show();
-    existing->raise();
-    existing->activateWindow();
-    return;
-  }
-  const WindowSpec* spec = nullptr;
-  for (const WindowSpec& candidate : windowSpecs)
-    if (key == candidate.key) spec = &candidate;
-  if (!spec) return;
-
-  auto* window = new QWidget(nullptr, Qt::Window);
-  window->setAttribute(Qt::WA_QuitOnClose, false);
-  window->setWindowTitle(QString::fromUtf8(spec->title));
-  placeWindow(*window, spec->size);
-  const QSize size = window->size();
-  window->setMinimumSize(spec->minimum.boundedTo(size));
-  if (!spec->resizable) window->setFixedSize(size);
-  applyTheme(deps_.model.theme());
-  window->setAutoFillBackground(true);
-  // Masked windows are kept out of capture from their first frame.
-  deps_.windowSystem.setExcludedFromCapture(*window, deps_.model.masked());
-  auto* layout = new QVBoxLayout(window);
-  layout->setContentsMargins(0, 0, 0, 0);
-  WindowContent content =
-      deps_.windowContent ? deps_.windowContent(*this, key, section) : WindowContent{};
-  QWidget* root = content.root ? content.root : new QLabel(QString::fromUtf8(spec->title));
-  // On a screen smaller than the window, the window shrinks and its content scrolls.
-  layout->addWidget(scrollingArea(root, window, true));
-  if (content.settings) tellSettings(*content.settings);
-  // Esc closes every window of ours, as a dialog closes; an open popup takes it first.
-  auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), window);
-  QObject::connect(escape, &QShortcut::activated, window, [this, key] { closeWindow(key); });
-  windows_[key] = {window, content.settings};
-  window->show();
-  window->raise();
-  window->activateWindow();
+  return OrbPlace{all[*index].visibleFrame, c, deps_.model.orbSize()};
 }
 
 }  // namespace tidemark

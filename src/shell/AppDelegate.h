@@ -5,12 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
-
-#include <QPointer>
-#include <QSize>
-#include <QTimer>
 
 #include "core/Clock.h"
 #include "core/KeyValueStore.h"
@@ -21,9 +16,11 @@
 #include "shell/DockGeometry.h"
 #include "shell/OrbMotion.h"
 #include "shell/OrbPanel.h"
+#include "shell/OrbSurface.h"
 #include "shell/StatusItem.h"
 #include "shell/TrayPresenter.h"
 #include "shell/WindowKind.h"
+#include "shell/WindowRegistry.h"
 #include "views/MiniOrb.h"
 #include "views/OrbWindowModel.h"
 #include "views/SettingsView.h"
@@ -31,19 +28,6 @@
 namespace tidemark {
 
 class AppDelegate;
-
-// Calls `changed` whenever a window it watches (as an event filter) moves, resizes, shows or
-// hides.
-std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed);
-
-// The windows besides the orb; at most one of each is open.
-enum class AuxWindow { settings, guide, alert };
-
-// The root widget of an auxiliary window, and its settings view when it shows the settings.
-struct WindowContent {
-  QWidget* root = nullptr;
-  SettingsView* settings = nullptr;
-};
 
 // Builds the content of an auxiliary window (the settings with their initial section). The
 // windows themselves belong to the delegate.
@@ -104,8 +88,6 @@ class AppDelegate {
   void desktopKeysChanged();
 
   void showHint(const std::string& text);
-  // Whether the orb is shown; it may still stand aside for a window of ours (yieldsToWindow).
-  bool orbShown() const { return shown_; }
   void toggleOrb();
   // Brings a hidden orb back (as toggleOrb does), or a shown one to the front.
   void showOrb();
@@ -116,33 +98,18 @@ class AppDelegate {
   void scheduleClick();
   void ringAction(RingCommand command);
   bool handleKey(int key);
-  void updatePointerMode();
   // A left or right press at this global point, anywhere on the desktop: the open ring menu
   // closes unless the press is on one of the orb's controls.
   void pressedAt(Point global);
   // A press somewhere on the desktop at this time, reported by the window system before or after
   // a window of ours got it.
   void pressedSomewhere(unsigned long time);
-  // A compositing manager started or stopped: without one the orb's window shows only what is
-  // drawn, without glows.
-  void setCompositing(bool on);
-  // One of our windows has the focus and overlaps the orb, which then fades to a quarter (hides,
-  // without a compositor) and lets the pointer through until that window closes, moves off it or
-  // loses the focus.
-  bool yieldsToWindow() const { return yielding_; }
-  void updateYield();
   // The desktop asks for less motion: the orb and the detail follow it.
   void setSystemCalm(bool calm);
   bool systemCalm() const { return systemCalm_; }
 
-  void openWindow(AuxWindow key, std::optional<SettingsSection> section = std::nullopt);
-  void openSettings(SettingsSection section);
-  void closeWindow(AuxWindow key);
-  QWidget* window(AuxWindow key) const;
-
-  // Where the orb's 460-point canvas stands on the screen (its top left); the window covers
-  // only the part of it that draws something.
-  Point origin() const;
+  void openSettings(SettingsSection section) { windows_->open(AuxWindow::settings, section); }
+  WindowRegistry& windows() { return *windows_; }
 
   // Whole, in the middle of the screen under the pointer, and shown.
   void centerOrb();
@@ -151,61 +118,39 @@ class AppDelegate {
   AppModel& model() { return deps_.model; }
   OrbWindowModel& windowModel() { return windowModel_; }
   OrbPanel& panel() { return *panel_; }
+  OrbSurface& surface() { return *surface_; }
   // The tray item, made now if the orb has not yet been painted.
   StatusItem& statusItem();
-  bool passesPointerThrough() const { return passThrough_; }
-  // Whether the pointer is being looked for (a round trip to the display server each time).
-  bool watchesPointer() const { return hoverTimer_.isActive(); }
   // Quit the application (the ring menu's and the tray menu's last item).
   std::function<void()> onQuit;
 
  private:
-  // The steps of launch(): the orb's events, the screens, the pointer's timers, presses
-  // elsewhere, the global keys.
+  // The steps of launch(): the orb's events, the screens, presses elsewhere, the global keys.
   void wireOrbEvents(OrbContentView& content);
   void watchScreens();
-  void startPointerTimers();
   void watchPresses();
   void installKeys();
-  void moveOrigin(Point origin);
-  // Sizes the window to what is drawn and sets its input and (without a compositor) visible
-  // regions.
-  void applyWindowGeometry();
-  void applyOrbVisibility();
-  void setPassThrough(bool on);
   std::vector<Screen> screens() const { return deps_.screens(); }
   void scheduleSynchronize();
-  void placeWindow(QWidget& window, QSize size);
   // What the settings show of the desktop: its calm, and the keys other programs hold.
   void tellSettings(SettingsView& settings);
-  // The screen the orb stands on (for a docked orb, the one whose edge it sits on).
-  std::optional<Screen> orbScreen() const;
+  // Where the orb stands (for a docked orb, on the screen whose edge it sits on).
+  std::optional<OrbPlace> orbPlace() const;
 
   Dependencies deps_;
   OrbWindowModel windowModel_;
+  // Before the panel, which reports the pointer to it: gone after the panel.
+  std::unique_ptr<OrbSurface> surface_;
   std::unique_ptr<OrbPanel> panel_;
   std::unique_ptr<OrbMotion> motion_;
   std::unique_ptr<TrayPresenter> tray_;
-  struct OpenWindow {
-    QPointer<QWidget> window;
-    QPointer<SettingsView> settings;  // in the settings window
-  };
-  std::map<AuxWindow, OpenWindow> windows_;
+  std::unique_ptr<WindowRegistry> windows_;
   std::vector<ChangeSignal::Subscription> subscriptions_;
-  QTimer hoverTimer_;
   TimerHandle keysRetry_;
   bool keysInstalled_ = false;
   bool desktopKeysBound_ = false;
   TimerHandle clickWork_, hintWork_, statusItemWork_;
-  std::optional<Date> leaveDate_;
   bool synchronizePending_ = false;
-  bool passThrough_ = false;
-  bool held_ = false;  // the pointer holds the orb down
-  bool shown_ = false, yielding_ = false, compositing_ = true;
-  QRegion lastInput_;
-  std::optional<QRegion> lastVisible_;
-  std::unique_ptr<QObject> windowWatcher_;
-  QMetaObject::Connection focusConnection_;
   std::vector<QMetaObject::Connection> screenConnections_;
   std::unique_ptr<QObject> pressWatcher_;
   std::unique_ptr<DesktopMotionSetting> motionSetting_;

@@ -129,7 +129,7 @@ struct Desktop {
   // meta-object of their own, so a plain cast finds them.
   template <class T>
   T* inWindow(AuxWindow key) {
-    if (QWidget* window = delegate->window(key))
+    if (QWidget* window = delegate->windows().window(key))
       for (QWidget* child : window->findChildren<QWidget*>())
         if (auto* found = dynamic_cast<T*>(child)) return found;
     return nullptr;

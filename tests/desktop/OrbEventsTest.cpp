@@ -52,8 +52,8 @@ std::string state(Desktop& d) {
   const OrbWindowModel& w = d.delegate->windowModel();
   return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
          (w.dockEdge() ? "docked " : "") + "at " +
-         std::to_string(int(d.delegate->origin().x) + 230) + "," +
-         std::to_string(int(d.delegate->origin().y) + 230) +
+         std::to_string(int(d.delegate->surface().origin().x) + 230) + "," +
+         std::to_string(int(d.delegate->surface().origin().y) + 230) +
          (section(d).empty() ? "" : " " + section(d));
 }
 
@@ -81,7 +81,7 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
   };
   for (const auto& [events, expected] : cases) {
     Desktop d;
-    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y);
+    const QPointF origin(d.delegate->surface().origin().x, d.delegate->surface().origin().y);
     for (const auto& [type, p] : events) send(d.content(), type, p, origin);
     d.h.scheduler.advance(QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0 -
                           0.01);
@@ -134,7 +134,8 @@ TEST(OrbGestures, WhereInputShapesAreIgnoredTheWindowIsTheOrbItself) {
 TEST(OrbGestures, AThrownOrbGlidesOnUnlessMotionIsReduced) {
   for (const bool reduced : {false, true}) {
     Desktop d({.reduceMotion = reduced});
-    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y), c(230, 230);
+    const QPointF origin(d.delegate->surface().origin().x, d.delegate->surface().origin().y),
+        c(230, 230);
     send(d.content(), QEvent::MouseButtonPress, c, origin);
     for (int step = 1; step <= 5; ++step) {
       d.h.clock.advance(0.024);
@@ -142,17 +143,17 @@ TEST(OrbGestures, AThrownOrbGlidesOnUnlessMotionIsReduced) {
       send(d.content(), QEvent::MouseMove, c + QPointF(30 * step, 0), origin);
     }
     send(d.content(), QEvent::MouseButtonRelease, c + QPointF(150, 0), origin);
-    const double released = d.delegate->origin().x + 230;
+    const double released = d.delegate->surface().origin().x + 230;
     ASSERT_EQ(released, 790) << "reduced " << reduced;
     if (!reduced) {
-      EXPECT_TRUE(
-          QTest::qWaitFor([&] { return d.delegate->origin().x + 230 > released + 60; }, 20000))
-          << "stopped at " << d.delegate->origin().x + 230;
-      EXPECT_EQ(d.delegate->origin().y + 230, 400);
+      EXPECT_TRUE(QTest::qWaitFor(
+          [&] { return d.delegate->surface().origin().x + 230 > released + 60; }, 20000))
+          << "stopped at " << d.delegate->surface().origin().x + 230;
+      EXPECT_EQ(d.delegate->surface().origin().y + 230, 400);
     } else {
       d.h.scheduler.advance(1);
       QCoreApplication::processEvents();
-      EXPECT_EQ(d.delegate->origin().x + 230, released);
+      EXPECT_EQ(d.delegate->surface().origin().x + 230, released);
     }
   }
 }
@@ -161,7 +162,7 @@ TEST(OrbGestures, AThrownOrbGlidesOnUnlessMotionIsReduced) {
 // and not beyond; a drag that starts docked leaves the edge. Motion reduced: no throw.
 TEST(OrbGestures, AReleaseDocksWithinReachAndADragFromTheEdgeUndocks) {
   const auto drag = [](Desktop& d, QPointF from, QPointF to) {
-    const QPointF origin(d.delegate->origin().x, d.delegate->origin().y);
+    const QPointF origin(d.delegate->surface().origin().x, d.delegate->surface().origin().y);
     send(d.content(), QEvent::MouseButtonPress, from, origin);
     send(d.content(), QEvent::MouseMove, from + (to - from) / 2, origin);
     // Mid-drag the orb is whole, wherever it started.
@@ -215,9 +216,9 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
   };
   const auto none = [](Desktop&) {};
   const auto windows = [](Desktop& d) {
-    return std::string(d.delegate->window(AuxWindow::settings) ? "settings " : "") +
-           (d.delegate->window(AuxWindow::alert) ? "alert " : "") +
-           (d.delegate->window(AuxWindow::guide) ? "guide " : "") + section(d);
+    return std::string(d.delegate->windows().window(AuxWindow::settings) ? "settings " : "") +
+           (d.delegate->windows().window(AuxWindow::alert) ? "alert " : "") +
+           (d.delegate->windows().window(AuxWindow::guide) ? "guide " : "") + section(d);
   };
   const auto refreshing = [](Desktop& d) {
     return hint(d) + std::to_string(d.model->hasPendingRefresh());
@@ -240,7 +241,8 @@ TEST(Commands, EachRingButtonTrayItemAndKeyDoesWhatItSays) {
       {tray, "价格预警…", none, windows, "alert "},
       {tray, "屏幕共享遮蔽", none, masking, "1行情数字已遮蔽"},
       {tray, "鼠标穿透（仅托盘菜单可恢复）", none,
-       [](Desktop& d) { return std::to_string(d.delegate->passesPointerThrough()); }, "1"},
+       [](Desktop& d) { return std::to_string(d.delegate->surface().passesPointerThrough()); },
+       "1"},
       {tray, "72 pt", none, size, "72"},
       {tray, "离线", none, [](Desktop& d) { return std::string(rawValue(d.model->phase())); },
        "offline"},
@@ -326,7 +328,7 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
   // the focus from the orb, which closes the ring on its own.
   const auto inEditor = [](Qt::MouseButton button) {
     return [button](Desktop& d) {
-      QTest::mouseClick(d.delegate->window(AuxWindow::alert), button, {}, QPoint(5, 5));
+      QTest::mouseClick(d.delegate->windows().window(AuxWindow::alert), button, {}, QPoint(5, 5));
     };
   };
   const Case cases[] = {
@@ -358,7 +360,7 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
   for (const Case& k : cases) {
     Desktop d;
     if (std::string(k.what).ends_with("alert editor")) {
-      d.delegate->openWindow(AuxWindow::alert);
+      d.delegate->windows().open(AuxWindow::alert);
       QTest::qWait(1);  // its activation, which would close the ring, comes first
     }
     QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
@@ -376,13 +378,13 @@ TEST(OrbPointer, AwayFromTheOrbThePanelLetsItThroughExceptUnderWayland) {
     Desktop d({.wayland = wayland});
     d.mouse = {100, 100};
     for (int look = 0; look < 3; ++look) {
-      d.delegate->updatePointerMode();
+      d.delegate->surface().updatePointerMode();
       d.h.clock.advance(0.3);
     }
-    EXPECT_EQ(d.delegate->passesPointerThrough(), !wayland) << wayland;
+    EXPECT_EQ(d.delegate->surface().passesPointerThrough(), !wayland) << wayland;
     d.mouse = {640, 400};
-    d.delegate->updatePointerMode();
-    EXPECT_FALSE(d.delegate->passesPointerThrough()) << wayland;
+    d.delegate->surface().updatePointerMode();
+    EXPECT_FALSE(d.delegate->surface().passesPointerThrough()) << wayland;
   }
 }
 
@@ -449,7 +451,7 @@ TEST(HotKeys, AWaylandSessionTellsHowToBindThemAndAddsGnomesOnRequest) {
   EXPECT_EQ(d.delegate->statusItem().toolTip(), unbound);
   EXPECT_TRUE(d.delegate->panel().isManaged());
   d.delegate->openSettings(SettingsSection::appearance);
-  QWidget* settings = d.delegate->window(AuxWindow::settings);
+  QWidget* settings = d.delegate->windows().window(AuxWindow::settings);
   QStringList texts;
   for (auto* label : settings->findChildren<QLabel*>()) texts << label->text();
   EXPECT_TRUE(texts.contains(u"/opt/tm/tidemark --toggle-orb  显示或隐藏灵球"_s));
@@ -488,31 +490,32 @@ TEST(Delegate, TheOrbStandsAsideForAWindowOfOursAndFollowsTheCompositor) {
     EXPECT_EQ(drawn.pixel(230 + 48 + 4, 230) != drawn.pixel(20, 230), composited) << composited;
     d.delegate->openSettings(
         SettingsSection::appearance);  // 960 wide: no room beside the orb, so in the middle
-    QWidget* settings = d.delegate->window(AuxWindow::settings);
+    QWidget* settings = d.delegate->windows().window(AuxWindow::settings);
     QApplication::setActiveWindow(settings);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->yieldsToWindow(); }, 2000)) << composited;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return d.delegate->surface().yielding(); }, 2000))
+        << composited;
     // Hidden, with a compositor too: no ghost over the window's controls.
     EXPECT_FALSE(panel.isVisible()) << composited;
     EXPECT_EQ(panel.windowOpacity(), 1.0);
     EXPECT_TRUE(d.windows.region.isEmpty()) << "the pointer goes through";
-    EXPECT_TRUE(d.delegate->orbShown()) << "standing aside is not hiding";
+    EXPECT_TRUE(d.delegate->surface().shown()) << "standing aside is not hiding";
     QApplication::setActiveWindow(nullptr);  // the focus elsewhere: still over the orb
     QApplication::processEvents();
-    EXPECT_TRUE(d.delegate->yieldsToWindow());
+    EXPECT_TRUE(d.delegate->surface().yielding());
     settings->move(900, 0);  // off the orb
-    EXPECT_FALSE(d.delegate->yieldsToWindow());
+    EXPECT_FALSE(d.delegate->surface().yielding());
     EXPECT_TRUE(panel.isVisible());
     // A dialog of one of our windows, over the orb, and gone again.
     QWidget dialog(settings, Qt::Dialog);
     dialog.setGeometry(560, 320, 160, 160);
     dialog.show();
-    EXPECT_TRUE(d.delegate->yieldsToWindow());
+    EXPECT_TRUE(d.delegate->surface().yielding());
     dialog.hide();
-    EXPECT_FALSE(d.delegate->yieldsToWindow());
+    EXPECT_FALSE(d.delegate->surface().yielding());
     settings->move(100, 100);
-    EXPECT_TRUE(d.delegate->yieldsToWindow());
-    d.delegate->closeWindow(AuxWindow::settings);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !d.delegate->yieldsToWindow(); }, 2000));
+    EXPECT_TRUE(d.delegate->surface().yielding());
+    d.delegate->windows().close(AuxWindow::settings);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !d.delegate->surface().yielding(); }, 2000));
     EXPECT_TRUE(panel.isVisible());
     EXPECT_TRUE(d.windows.region.contains(d.at({230, 230})));
   }
@@ -544,20 +547,20 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
     d.h.clock.advance(wait);
     if (entered) d.delegate->panel().onPointerEntered();
     if (left) d.delegate->panel().onPointerLeft();
-    if (d.delegate->watchesPointer()) d.delegate->updatePointerMode();
-    EXPECT_EQ(d.delegate->passesPointerThrough(), through) << what;
-    EXPECT_EQ(d.delegate->watchesPointer(), looking) << what;
+    if (d.delegate->surface().watchesPointer()) d.delegate->surface().updatePointerMode();
+    EXPECT_EQ(d.delegate->surface().passesPointerThrough(), through) << what;
+    EXPECT_EQ(d.delegate->surface().watchesPointer(), looking) << what;
     EXPECT_EQ(d.windows.region, taking) << what;
   }
   d.delegate->windowModel().setDragging(false);
   d.delegate->toggleObserve();  // forced: nothing takes a click, whatever the pointer does
   d.delegate->panel().onPointerEntered();
-  d.delegate->updatePointerMode();
+  d.delegate->surface().updatePointerMode();
   EXPECT_TRUE(d.windows.region.isEmpty());
-  EXPECT_FALSE(d.delegate->watchesPointer());
+  EXPECT_FALSE(d.delegate->surface().watchesPointer());
   d.delegate->toggleObserve();
-  EXPECT_TRUE(d.delegate->watchesPointer());
-  d.delegate->updatePointerMode();
+  EXPECT_TRUE(d.delegate->surface().watchesPointer());
+  d.delegate->surface().updatePointerMode();
   EXPECT_EQ(d.windows.region, taking);
 }
 
@@ -565,8 +568,8 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
 TEST(Delegate, EscClosesEachWindow) {
   for (AuxWindow key : {AuxWindow::settings, AuxWindow::alert, AuxWindow::guide}) {
     Desktop d;
-    d.delegate->openWindow(key);
-    QWidget* window = d.delegate->window(key);
+    d.delegate->windows().open(key);
+    QWidget* window = d.delegate->windows().window(key);
     ASSERT_TRUE(window) << test::nameOf(key);
     window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << test::nameOf(key);
@@ -585,8 +588,8 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
     for (AuxWindow key : {AuxWindow::settings, AuxWindow::alert, AuxWindow::guide}) {
       Desktop d;
       d.model->setTheme(theme);
-      d.delegate->openWindow(key);
-      QWidget* window = d.delegate->window(key);
+      d.delegate->windows().open(key);
+      QWidget* window = d.delegate->windows().window(key);
       ASSERT_TRUE(window);
       window->activateWindow();
       ASSERT_TRUE(QTest::qWaitForWindowActive(window));
@@ -613,10 +616,10 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
 TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings(SettingsSection::appearance);
-  QWidget* settings = d.delegate->window(AuxWindow::settings);
+  QWidget* settings = d.delegate->windows().window(AuxWindow::settings);
   settings->move(5, 5);  // where the user put it
   d.delegate->openSettings(SettingsSection::detail);
-  EXPECT_EQ(d.delegate->window(AuxWindow::settings), settings);
+  EXPECT_EQ(d.delegate->windows().window(AuxWindow::settings), settings);
   EXPECT_EQ(section(d), "圆形详情");
   EXPECT_EQ(settings->pos(), QPoint(5, 5));
   EXPECT_EQ(settings->minimumSize(), QSize(840, 560));
@@ -641,17 +644,17 @@ TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
     ADD_FAILURE() << text.toStdString();
   };
   click(u"编辑预警…"_s);
-  QPointer<QWidget> first = d.delegate->window(AuxWindow::alert);
+  QPointer<QWidget> first = d.delegate->windows().window(AuxWindow::alert);
   ASSERT_TRUE(first);
   // Right of the orb at 640 + 0.8 × 96 + 12, centred on it with the frame's 36 included.
   EXPECT_EQ(QRect(first->pos(), first->size()), QRect(729, 112, 420, 540));
   click(u"编辑预警…"_s);
   QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(first.isNull());
-  EXPECT_NE(d.delegate->window(AuxWindow::alert), nullptr);
-  EXPECT_EQ(d.delegate->window(AuxWindow::guide), nullptr);
+  EXPECT_NE(d.delegate->windows().window(AuxWindow::alert), nullptr);
+  EXPECT_EQ(d.delegate->windows().window(AuxWindow::guide), nullptr);
   click(u"重新查看引导"_s);
-  EXPECT_NE(d.delegate->window(AuxWindow::guide), nullptr);
+  EXPECT_NE(d.delegate->windows().window(AuxWindow::guide), nullptr);
 }
 
 // Two 1920 × 1080 screens side by side, the orb docked on the border they share: on the left
@@ -673,8 +676,8 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
                            {{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}}},
                .position = row.position});
     const auto where = [&] {
-      return std::to_string(int(d.delegate->origin().x)) + "," +
-             std::to_string(int(d.delegate->origin().y)) +
+      return std::to_string(int(d.delegate->surface().origin().x)) + "," +
+             std::to_string(int(d.delegate->surface().origin().y)) +
              (d.delegate->windowModel().dockEdge() ? " docked" : "");
     };
     EXPECT_EQ(where(), "1690,170 docked") << "restored " << row.position;
@@ -686,10 +689,10 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
     EXPECT_EQ(d.h.store.data(OrbMotion::positionKey), row.position);
     // Windows open on the orb's screen, beside the orb's visible half.
     d.delegate->openSettings(SettingsSection::appearance);
-    QWidget* settings = d.delegate->window(AuxWindow::settings);
+    QWidget* settings = d.delegate->windows().window(AuxWindow::settings);
     EXPECT_EQ(QRect(settings->pos(), settings->size()), row.settings) << row.position;
-    d.delegate->openWindow(AuxWindow::guide);
-    EXPECT_EQ(d.delegate->window(AuxWindow::guide)->pos(), row.guide) << row.position;
+    d.delegate->windows().open(AuxWindow::guide);
+    EXPECT_EQ(d.delegate->windows().window(AuxWindow::guide)->pos(), row.guide) << row.position;
     // Esc leaves the edge onto the orb's own screen.
     QTest::keyClick(&d.delegate->panel(), Qt::Key_Escape);
     EXPECT_EQ(where(), row.undocked) << row.position;
@@ -701,12 +704,12 @@ TEST(Delegate, AnOrbDockedOnASharedBorderStaysOnItsScreen) {
 TEST(Delegate, WindowsFitASmallScreenAndScroll) {
   Desktop d({.screens = {{{0, 0, 640, 480}, {0, 0, 640, 480}}}});
   for (AuxWindow key : {AuxWindow::guide, AuxWindow::settings, AuxWindow::alert}) {
-    d.delegate->openWindow(key);
-    QWidget* w = d.delegate->window(key);
+    d.delegate->windows().open(key);
+    QWidget* w = d.delegate->windows().window(key);
     const QRect frame(w->pos(), w->size() + QSize(8, 36));
     EXPECT_TRUE(QRect(0, 0, 640, 480).contains(frame)) << test::nameOf(key);
   }
-  QWidget* guide = d.delegate->window(AuxWindow::guide);
+  QWidget* guide = d.delegate->windows().window(AuxWindow::guide);
   auto* scroll = guide->findChild<QScrollArea*>();
   QAbstractButton* start = nullptr;
   for (auto* b : guide->findChildren<QAbstractButton*>())
@@ -722,10 +725,10 @@ TEST(Delegate, ASizeChangeLaysADockedOrbOutAgain) {
   Desktop d;
   d.moveCanvas(-225, 20 - 230);
   d.delegate->motion().settle(std::nullopt);
-  ASSERT_EQ(d.delegate->origin(), (Point{-230, 49 - 230}));  // kept whole along the edge
+  ASSERT_EQ(d.delegate->surface().origin(), (Point{-230, 49 - 230}));  // kept whole along the edge
   d.model->setOrbSize(132);
   d.h.scheduler.runDue();
-  EXPECT_EQ(d.delegate->origin(), (Point{-230, 67 - 230}));
+  EXPECT_EQ(d.delegate->surface().origin(), (Point{-230, 67 - 230}));
   EXPECT_EQ(d.h.store.data(OrbMotion::positionKey), R"({"x":0.0,"y":67.0,"edge":"left"})");
 }
 

@@ -719,9 +719,9 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
   ASSERT_EQ(d.model->setHolding("NVDA", 10, 0), std::nullopt);
   d.model->remove("NVDA");
   d.delegate->openSettings(SettingsSection::appearance);
-  d.delegate->openWindow(AuxWindow::guide);
-  d.delegate->openWindow(AuxWindow::alert);
-  QWidget* settings = d.delegate->window(AuxWindow::settings);
+  d.delegate->windows().open(AuxWindow::guide);
+  d.delegate->windows().open(AuxWindow::alert);
+  QWidget* settings = d.delegate->windows().window(AuxWindow::settings);
   SettingsView* view = d.inWindow<SettingsView>(AuxWindow::settings);
   ASSERT_TRUE(view);
   // A theme recolours every open window at once, with its backdrop.
@@ -735,11 +735,11 @@ TEST(WindowText, NothingIsCutAtTheRealSizes) {
       d.h.scheduler.runDue();
       const std::string when = std::string(rawValue(theme)) + (masked ? " masked" : "");
       for (AuxWindow key : {AuxWindow::guide, AuxWindow::alert, AuxWindow::settings})
-        EXPECT_EQ(d.delegate->window(key)->palette().color(QPalette::Window), backdrop)
+        EXPECT_EQ(d.delegate->windows().window(key)->palette().color(QPalette::Window), backdrop)
             << test::nameOf(key);
       for (AuxWindow key : {AuxWindow::guide, AuxWindow::alert}) {
         settle();
-        EXPECT_EQ(cutTexts(*d.delegate->window(key)), QStringList())
+        EXPECT_EQ(cutTexts(*d.delegate->windows().window(key)), QStringList())
             << test::nameOf(key) << " " << when;
       }
       for (QSize size : {QSize(960, 740), QSize(840, 560)}) {
