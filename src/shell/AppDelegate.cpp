@@ -10,6 +10,7 @@
 #include "core/GlobalCommands.h"
 #include "core/NumberText.h"
 #include "views/DetailView.h"
+#include "views/Metrics.h"
 #include "views/MiniOrb.h"
 #include "views/OrbPalette.h"
 #include "views/SettingsView.h"
@@ -20,7 +21,6 @@
 namespace tidemark {
 namespace {
 
-constexpr double hintSeconds = 2.4;
 constexpr const char* usageHint = "单击展开卫星 · 双击详情 · 右键快捷操作";
 
 // The tooltip's line of keys: "Ctrl+Alt+Space 显示/隐藏 · Ctrl+Alt+M 遮蔽".
@@ -394,7 +394,7 @@ void AppDelegate::showHint(const std::string& text) {
   hintWork_.cancel();
   windowModel_.setHint(text);
   hintWork_ = deps_.scheduler.after(
-      hintSeconds, lifeline_.guard([this] { windowModel_.setHint(std::nullopt); }));
+      metrics::hintSeconds, lifeline_.guard([this] { windowModel_.setHint(std::nullopt); }));
 }
 
 void AppDelegate::showOrb() {

@@ -3,11 +3,12 @@
 #include <cmath>
 
 #include "core/Json.h"
+#include "views/Metrics.h"
 
 namespace tidemark {
 
 OrbMotion::OrbMotion(Host host) : host_(std::move(host)) {
-  glideTimer_.setInterval(1000 / 60);
+  glideTimer_.setInterval(metrics::glideFrameMs);
   glideTimer_.setTimerType(Qt::PreciseTimer);
   QObject::connect(&glideTimer_, &QTimer::timeout, &glideTimer_, [this] { glideStep(); });
 }

@@ -8,6 +8,7 @@
 #include <QWindow>
 
 #include "shell/OrbFrame.h"
+#include "views/Metrics.h"
 
 namespace tidemark {
 namespace {
@@ -49,7 +50,7 @@ std::unique_ptr<QObject> watchOwnWindows(std::function<void()> changed) {
 }
 
 OrbSurface::OrbSurface(Host host) : host_(std::move(host)) {
-  hoverTimer_.setInterval(80);
+  hoverTimer_.setInterval(metrics::pointerPollMs);
   QObject::connect(&hoverTimer_, &QTimer::timeout, &hoverTimer_, [this] { updatePointerMode(); });
 }
 

@@ -13,6 +13,7 @@
 
 #include "core/NumberText.h"
 #include "views/Easing.h"
+#include "views/Metrics.h"
 #include "views/OrbLayout.h"
 #include "views/Symbols.h"
 #include "views/TextStyle.h"
@@ -22,7 +23,6 @@ namespace {
 
 // Milliseconds between frames: springs need the full rate; fades and the slow idle breathing
 // look the same with fewer frames and cost far less.
-constexpr int springRate = 16, effectRate = 50, idleRate = 250;
 
 struct RingItem {
   const char* label;
@@ -244,7 +244,7 @@ bool OrbView::step(double seconds) {
   if (swap_.target() == 1 && t >= swapAt_) swap_.setTarget(0);
   const bool controls = advanceSatellites(seconds, t) || radial_.isMoving() || size_.isMoving();
   springs = springs || controls;
-  std::erase_if(ripples_, [t](double start) { return t - start > rippleSeconds; });
+  std::erase_if(ripples_, [t](double start) { return t - start > metrics::rippleSeconds; });
   const bool effects = !ripples_.empty() || t - pulseStart_ < pulseSeconds ||
                        t - flashStart_ < flashSeconds || swap_.isMoving();
   const bool idle = availableMotion();
@@ -279,15 +279,15 @@ bool OrbView::advanceSatellites(double seconds, double t) {
 }
 
 int OrbView::frameInterval(bool springs, bool effects, double t) const {
-  if (springs) return springRate;
+  if (springs) return metrics::springFrameMs;
   // While the flash is held and nothing else moves, the next frame is the one its fall begins on.
   const double sinceFlash = t - flashStart_;
   const bool held = sinceFlash >= flashHeldFrom && sinceFlash < flashHeldUntil &&
                     ripples_.empty() && t - pulseStart_ >= pulseSeconds && !swap_.isMoving();
   if (held)
-    return std::clamp(static_cast<int>(std::ceil((flashHeldUntil - sinceFlash) * 1000)), effectRate,
-                      idleRate);
-  return effects ? effectRate : idleRate;
+    return std::clamp(static_cast<int>(std::ceil((flashHeldUntil - sinceFlash) * 1000)),
+                      metrics::effectFrameMs, metrics::idleFrameMs);
+  return effects ? metrics::effectFrameMs : metrics::idleFrameMs;
 }
 
 SatellitePage OrbView::satellitePage() {

@@ -163,7 +163,6 @@ class OrbView final : public QWidget {
   bool extentMoving_ = false;
   bool framesMoving_ = false;
 
-  static constexpr double rippleSeconds = 1.15;
   int pulseCount_ = 0;
   double pulseStart_ = -1e9, flashStart_ = -1e9, swapAt_ = -1e9;
   std::vector<double> ripples_;  // start times

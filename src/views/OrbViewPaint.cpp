@@ -13,6 +13,7 @@
 
 #include "core/NumberText.h"
 #include "views/Easing.h"
+#include "views/Metrics.h"
 #include "views/OrbLayout.h"
 #include "views/OrbView.h"
 #include "views/Symbols.h"
@@ -479,7 +480,7 @@ void OrbView::paintBody(QPainter& painter) {
 
   // Ripples and the pulse of a fresh quote spread from the rim.
   for (double start : ripples_) {
-    const double f = easeOut((t - start) / rippleSeconds);
+    const double f = easeOut((t - start) / metrics::rippleSeconds);
     strokeRing(painter, c, s / 2 * (1 + 0.95 * f),
                QPen(faded(palette.auroraA(), 0.85 * (1 - f)), 1.5));
   }
