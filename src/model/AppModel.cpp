@@ -26,6 +26,7 @@ AppModel::AppModel(ModelDependencies dependencies,
       bundle_(std::move(bundle)),
       watchlistRecords_(deps_.defaults, RecordFile(), maxWatchlistLength),
       holdingsRecords_(deps_.defaults, RecordFile()),
+      alertsRecords_(deps_.defaults, RecordFile()),
       canRequestNotifications_(startTimers) {
   const Date now = deps_.clock.now();
   prefs_.updatedAt = now;
@@ -44,6 +45,7 @@ AppModel::AppModel(ModelDependencies dependencies,
   if (watchlistURL) {
     watchlistRecords_.file() = RecordFile(watchlistURL);
     holdingsRecords_.file() = RecordFile(watchlistURL->parent_path() / "holdings.json");
+    alertsRecords_.file() = RecordFile(watchlistURL->parent_path() / "alerts.json");
   }
 
   sources_ = SourceConfiguration::restored(deps_.defaults, bundle_);
@@ -55,7 +57,8 @@ AppModel::AppModel(ModelDependencies dependencies,
   restoreSnapshotCache();
 
   // A write cut short by a kill leaves its temporary file; the real one is intact.
-  for (const RecordFile* file : {&watchlistRecords_.file(), &holdingsRecords_.file()})
+  for (const RecordFile* file :
+       {&watchlistRecords_.file(), &holdingsRecords_.file(), &alertsRecords_.file()})
     if (file->path()) removeLeftoverTemporaries(*file->path());
   std::string fileProblem;
   if (auto stored = watchlistRecords_.read(&fileProblem)) {
@@ -70,6 +73,9 @@ AppModel::AppModel(ModelDependencies dependencies,
   auto storedHoldings = holdingsRecords_.read(setAside_);
   const bool holdingsStored = storedHoldings.has_value();
   if (storedHoldings) holdings_.restore(std::move(*storedHoldings));
+  auto storedAlerts = alertsRecords_.read(setAside_);
+  const bool alertsStored = storedAlerts.has_value();
+  if (storedAlerts) alerts_.restore(std::move(*storedAlerts));
 
   followSessions(now);
   ready_ = true;
@@ -80,6 +86,7 @@ AppModel::AppModel(ModelDependencies dependencies,
   saveQuotes();
   if (!watchlistRecords_.hold(watchlist_)) saveWatchlist();
   if (holdingsStored && !holdingsRecords_.hold(holdings_)) saveHoldings();
+  if (alertsStored && !alertsRecords_.hold(alerts_)) saveAlerts();
   evaluateAlert();
 
   if (startTimers) {
@@ -333,7 +340,7 @@ void AppModel::resetPreferences() {
   setMenuDensity(MenuDensity::iconOnly);
   setOrbShowsName(false);
   setOnboardingSeen(false);
-  assign(alert_.rule, AlertRule{});
+  assign(alert_.rule, PriceAlertRule{});
   loadSource(true);
   ready_ = true;
   cycle_.lastStartedAt = deps_.clock.now();

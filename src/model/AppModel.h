@@ -3,7 +3,6 @@
 #include <array>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,10 +27,9 @@
 
 namespace tidemark {
 
-// The one observable object behind the orb, the tray and the windows: quotes, watchlist,
-// settings, the refresh cycle with its freshness phase, and the price alert. Main thread only.
-// Every assignment of a published property notifies subscribers; side effects of setters
-// (saving, refreshing, evaluating the alert) run only once construction has finished.
+// The one observable object behind the orb, the tray and the windows: quotes, watchlist, settings,
+// the refresh cycle, holdings and alerts. Main thread only. Every assignment notifies; setters'
+// side effects (saving, refreshing, evaluating the alerts) run once construction has finished.
 class AppModel {
  public:
   // The orb's hint when settingsWriteFailure() becomes set.
@@ -44,8 +42,7 @@ class AppModel {
   // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
   static Date embeddedSnapshotDate();
 
-  // `startTimers` false (the self-test, one-shot command-line runs) suppresses the heartbeat,
-  // the notification queries and the network bootstrap.
+  // `startTimers` false (self-test, command-line runs): no heartbeat, notifications or bootstrap.
   AppModel(ModelDependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
            bool startTimers, Bundle bundle);
   AppModel(const AppModel&) = delete;
@@ -77,15 +74,15 @@ class AppModel {
   // The endpoint set in use, its revision and how its check at start-up went.
   const SourceConfiguration& sources() const { return sources_; }
   const SecuritySearch& search() const { return search_; }
-  const AlertRule& alertRule() const { return alert_.rule; }
+  const PriceAlertRule& alertRule() const { return alert_.rule; }
+  const AlertBook& alertBook() const { return alerts_; }
   const std::vector<Holding>& holdings() const { return holdings_.list(); }
   bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
   // A live source while no watched market is awake: refreshed every five minutes, and data
   // counts as current for that long (plus staleAfter). Set by the heartbeat.
   bool quietRefresh() const { return quietRefresh_; }
-  // Why the settings cannot be saved: set by the first failed save after a good one (or since
-  // the start), cleared by the next good save; failures in between change nothing. So it
-  // changes, and notifies, once at each end of a streak of failures.
+  // Why the settings cannot be saved: set by the first failed save of a streak (since the start
+  // or a good save), cleared by the next good save; so it notifies once at each end of a streak.
   const std::optional<StoreWriteFailure>& settingsWriteFailure() const {
     return settingsWriteFailure_;
   }
@@ -117,8 +114,7 @@ class AppModel {
   // exchange's time zone is unknown. The heartbeat notifies whenever one of them changes.
   std::optional<MarketState> marketStateOf(std::string_view market) const;
 
-  // Unpublished state worth reading.
-  // What construction set aside, for the app to tell the user.
+  // Unpublished state worth reading: what construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
   // A bootstrap or a live load is under way; its end changes the published state.
   bool isLoading() const { return sources_.bootstrapInFlight || cycle_.live != nullptr; }
@@ -134,27 +130,24 @@ class AppModel {
   void remove(const std::string& symbol);
   void move(const std::string& symbol, int offset);
   void cycleActive();
-  // Looks the text up in the current source: the demonstration or static securities by code and
-  // name, or the live source's own search (falling back to the local securities when it fails),
-  // with search() under way meanwhile. A newer search supersedes an older one.
+  // Looks the text up in the current source (a live one's own search falls back to the local
+  // securities), with search() under way meanwhile; a newer search supersedes an older one.
   void searchSource(const std::string& text);
-  // Keeps the candidate's quote (unless the model holds a newer one) and adds its symbol to the
-  // watchlist.
+  // Keeps the candidate's quote (unless a newer one is held) and adds its symbol to the watchlist.
   void addSearchResult(const QuoteSnapshot& quote);
   void saveWatchlist();
   // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
   void exportWatchlist(const std::filesystem::path& url) const;
   WatchlistImportResult importWatchlist(const std::filesystem::path& url);
 
-  // Holdings. Setting one replaces the symbol's; refused, with the reason in words, for a symbol
-  // not watched and for shares or a cost out of range. Figures come from the current quotes.
+  // Holdings. Setting one replaces the symbol's; refused in words for a symbol not watched and
+  // for shares or a cost out of range. Figures come from the current quotes.
   const Holding* holding(const std::string& symbol) const { return holdings_.find(symbol); }
   std::optional<std::string> setHolding(const std::string& symbol, double shares, double cost);
   void removeHolding(const std::string& symbol);
   void setShowsDayProfitInTray(bool on);
-  // Each holding with its quote, looked up once for the whole list.
+  // Each holding with its quote, looked up once; the totals per currency of the watched ones.
   std::vector<HoldingLine> holdingLines() const;
-  // Per currency, of the watched holdings (of these lines of them).
   std::vector<HoldingsTotal> holdingsTotals() const;
   std::vector<HoldingsTotal> holdingsTotals(const std::vector<HoldingLine>& lines) const;
 
@@ -164,11 +157,17 @@ class AppModel {
   void loadSource(bool resetMock);
   void simulatePhase(QuotePhase phase);
 
-  // The alert. Setting one replaces the rule; refused for a symbol without a quote and for a
-  // threshold that is not finite and positive.
+  // The primary alert: setting it replaces it; refused for a symbol without a quote and for a
+  // threshold that is not finite and positive. Beside it the list, which setAlertsPaused stops.
   void setAlert(const std::string& symbol, double price, bool above);
   void clearAlert();
   void requestPriceAlertNotifications();
+  // Every alert with its state now, the primary one first. Adding is refused in words.
+  std::vector<std::pair<AlertRule, AlertState>> alertList() const;
+  std::optional<std::string> addAlert(AlertRule rule);
+  void setAlertEnabled(const std::string& id, bool on);
+  void removeAlert(const std::string& id);  // "primary" clears the primary alert
+  void setAlertsPaused(bool on);
 
   // Today's series of a quote: asked for at most once a minute, the quote's trend until then.
   void fetchIntraday(const QuoteSnapshot& quote);
@@ -202,6 +201,7 @@ class AppModel {
   void saveQuotes();
   void evaluateAlert();
   void deliverPriceAlertNotification();
+  void saveAlerts();
   void bootstrapDataSourcesAndLoad();
   void fetchRemoteSourceManifest(const std::function<void(bool adopted)>& completion);
   // The securities of the demonstration set or the shipped snapshot that match the text.
@@ -209,8 +209,7 @@ class AppModel {
   // Publishes the results; nothing found gets a message, worded by whether the source failed.
   void endSearch(std::vector<QuoteSnapshot> results, bool sourceFailed);
   QuotePhase phaseForAge(Date dataTime) const;
-  // Whether any market of the watched symbols (the default list's when none is watched) is
-  // awake at the instant.
+  // Whether a market of the watched symbols (else of the default list) is awake at the instant.
   bool watchedMarketAwake(Date at) const;
   // Sets quietRefresh and publishes a change of any market's state.
   void followSessions(Date now);
@@ -225,15 +224,15 @@ class AppModel {
   IntradaySeries intraday_;
   SourceConfiguration sources_;
   std::vector<std::string> watchlist_;
-  // The preferences in use, one record. Its alert fields stay unused: the alert keeps its rule
-  // and writes it into the stored record.
+  // The preferences in use. Its alert fields stay unused: the alert writes its rule when saved.
   Preferences prefs_ = startingPreferences();
   PriceAlert alert_;
-  // The user's choices as last kept at once (the preferences without what refreshes change).
+  // The user's choices as last saved (the preferences without what refreshes change).
   std::optional<Preferences> savedChoices_;
   SecuritySearch search_;
   std::optional<StoreWriteFailure> settingsWriteFailure_;
   HoldingsBook holdings_;
+  AlertBook alerts_;
   bool quietRefresh_ = false;
   std::array<std::optional<MarketState>, exchangeCount> marketStates_;
 
@@ -241,6 +240,7 @@ class AppModel {
   Bundle bundle_;
   WatchlistRecords watchlistRecords_;
   HoldingsRecords holdingsRecords_;
+  AlertsRecords alertsRecords_;
   std::vector<SetAsideRecord> setAside_;
   bool canRequestNotifications_;
   bool ready_ = false;

@@ -1,4 +1,5 @@
-// The single price alert and its desktop notification.
+// The alerts: the primary one set from the alert editor, the list besides it, and their desktop
+// notifications.
 
 #include <cmath>
 
@@ -32,13 +33,25 @@ void AppModel::clearAlert() {
 }
 
 void AppModel::evaluateAlert() {
-  if (!ready_) return;
+  if (!ready_ || alerts_.paused() || !deps_.evaluatesAlerts) return;
   const QuoteSnapshot* q = alertQuote();
-  if (!q || !alert_.firesAt(*q)) return;
-  assign(alert_.rule.triggered, true);
-  savePreferences();
-  alert_.needsDelivery = true;
-  if (alert_.authorized) deliverPriceAlertNotification();
+  if (q && alert_.firesAt(*q)) {
+    assign(alert_.rule.triggered, true);
+    savePreferences();
+    alert_.needsDelivery = true;
+    if (alert_.authorized) deliverPriceAlertNotification();
+  }
+  const auto evaluation =
+      alerts_.evaluate({[this](const std::string& symbol) { return quote(symbol); },
+                        [this](const std::string& symbol) { return isWatched(symbol); },
+                        deps_.clock.now(), prefs_.masked});
+  if (evaluation.fired == 0) return;
+  changed_.notify();
+  saveAlerts();
+  // Without the desktop's leave the list still shows them fired.
+  if (alert_.authorized)
+    for (const NotificationRequest& request : evaluation.notifications)
+      deps_.notifier.add(request, [] {});
 }
 
 void AppModel::requestPriceAlertNotifications() {
@@ -55,7 +68,7 @@ void AppModel::deliverPriceAlertNotification() {
   const QuoteSnapshot* q = alertQuote();
   if (!q) return;
   alert_.deliveryInFlight = true;
-  deps_.notifier.add(alert_.notification(*q),
+  deps_.notifier.add(alert_.notification(*q, prefs_.masked),
                      lifeline_.guard([this, generation = alert_.generation] {
                        alert_.deliveryInFlight = false;
                        if (generation == alert_.generation) {
@@ -64,6 +77,60 @@ void AppModel::deliverPriceAlertNotification() {
                          deliverPriceAlertNotification();  // re-armed and fired meanwhile
                        }
                      }));
+}
+
+std::vector<std::pair<AlertRule, AlertState>> AppModel::alertList() const {
+  const Date now = deps_.clock.now();
+  std::vector<std::pair<AlertRule, AlertState>> list;
+  if (alert_.rule.symbolID && alert_.rule.price) {
+    const bool watched = isWatched(*alert_.rule.symbolID);
+    const AlertState state = !watched                ? AlertState::dormant
+                             : alert_.rule.triggered ? AlertState::triggered
+                                                     : AlertState::armed;
+    list.emplace_back(alert_.asListed(), state);
+  }
+  for (const AlertRule& rule : alerts_.rules())
+    list.emplace_back(rule, alertState(rule, isWatched(rule.symbolID), now));
+  return list;
+}
+
+std::optional<std::string> AppModel::addAlert(AlertRule rule) {
+  if (!isWatched(rule.symbolID)) return std::string("只能为自选中的标的设置提醒");
+  std::vector<AlertRule> primary;
+  if (alert_.rule.symbolID && alert_.rule.price) primary.push_back(alert_.asListed());
+  if (auto refused = alerts_.add(std::move(rule), deps_.clock.now(), primary)) return refused;
+  changed_.notify();
+  saveAlerts();
+  evaluateAlert();
+  return std::nullopt;
+}
+
+void AppModel::setAlertEnabled(const std::string& id, bool on) {
+  if (!alerts_.setEnabled(id, on)) return;
+  changed_.notify();
+  saveAlerts();
+  evaluateAlert();
+}
+
+void AppModel::removeAlert(const std::string& id) {
+  if (id == primaryAlertID) return clearAlert();
+  const AlertRule* rule = alerts_.find(id);
+  if (!rule) return;
+  deps_.notifier.remove(AlertBook::identifier(rule->symbolID, id));
+  alerts_.remove(id);
+  changed_.notify();
+  saveAlerts();
+}
+
+void AppModel::setAlertsPaused(bool on) {
+  if (!alerts_.setPaused(on)) return;
+  changed_.notify();
+  saveAlerts();
+  evaluateAlert();
+}
+
+void AppModel::saveAlerts() {
+  if (ready_) alertsRecords_.write(alerts_, deps_.clock.now());
 }
 
 }  // namespace tidemark

@@ -85,8 +85,8 @@ void AppModel::saveWatchlist() {
 }
 
 void AppModel::exportWatchlist(const std::filesystem::path& url) const {
-  std::string text =
-      exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_.list());
+  std::string text = exportText(WatchlistBackup{1, deps_.clock.now(), watchlist_}, holdings_.list(),
+                                alerts_.rules());
   if (!isReplaceable(url)) throw std::runtime_error("无法写入 " + url.string() + "：不是普通文件");
   if (auto error = writeFileAtomically(url, text, NewFileAccess::document))
     throw std::system_error(error, "无法写入 " + url.string());
@@ -149,6 +149,11 @@ WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url
   std::optional<std::vector<Holding>> held;
   if (const auto entries = document->find("holdings"); entries != document->end())
     held = importedHoldings(*entries, result.skippedHoldings);
+  std::optional<std::vector<AlertRule>> alerts;
+  if (const auto entries = document->find("alerts"); entries != document->end()) {
+    if (!entries->is_array()) throw ModelError::invalidImport("文件中的提醒不是有效的列表");
+    alerts = alertRulesFromJson(*entries, result.skippedAlerts);
+  }
   result.symbols = list.size();
   setWatchlist(std::move(list));
   if (held) {
@@ -156,6 +161,13 @@ WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url
     holdings_.replace(std::move(*held));
     changed_.notify();
     saveHoldings();
+  }
+  if (alerts) {
+    result.alerts = alerts->size();
+    alerts_.restore({1, deps_.clock.now(), alerts_.paused(), std::move(*alerts)});
+    changed_.notify();
+    saveAlerts();
+    evaluateAlert();
   }
   return result;
 }

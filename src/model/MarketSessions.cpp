@@ -54,7 +54,8 @@ const date::time_zone* zoneOf(Exchange exchange) {
 
 struct LocalTime {
   bool weekend;
-  int second;  // of the local day
+  int second;   // of the local day
+  int64_t day;  // days since 1970-01-01 on the exchange's calendar
 };
 
 std::optional<LocalTime> localTime(Exchange exchange, Date at) {
@@ -66,7 +67,8 @@ std::optional<LocalTime> localTime(Exchange exchange, Date at) {
   const auto day = date::floor<date::days>(local);
   const date::weekday weekday{day};
   return LocalTime{weekday == date::Saturday || weekday == date::Sunday,
-                   static_cast<int>((local - day).count())};
+                   static_cast<int>((local - day).count()),
+                   static_cast<int64_t>(day.time_since_epoch().count())};
 }
 
 }  // namespace
@@ -102,6 +104,12 @@ std::optional<MarketState> marketState(Exchange exchange, Date at) {
   }
   if (t < h.close()) return MarketState::lunchBreak;
   return t < h.postMarketUntil ? MarketState::postMarket : MarketState::closed;
+}
+
+std::optional<int64_t> exchangeDay(Exchange exchange, Date at) {
+  const auto local = localTime(exchange, at);
+  if (!local) return std::nullopt;
+  return local->day;
 }
 
 bool isAwake(Exchange exchange, Date at) {

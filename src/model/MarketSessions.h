@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -37,5 +38,9 @@ std::optional<MarketState> marketState(Exchange exchange, Date at);
 // to the post-market's end). An exchange whose time zone is missing counts as always awake:
 // without its clock nothing may be skipped.
 bool isAwake(Exchange exchange, Date at);
+
+// The exchange's own calendar date at the instant, as days since 1970-01-01; none when its time
+// zone is missing.
+std::optional<int64_t> exchangeDay(Exchange exchange, Date at);
 
 }  // namespace tidemark

@@ -25,6 +25,8 @@ struct ModelDependencies {
   std::optional<std::filesystem::path> applicationSupportDirectory = std::nullopt;
   // An endpoint set for this run only: it replaces the restored one and is never stored.
   std::optional<DataSourceEndpoints> endpointsOverride = std::nullopt;
+  // False where the alerts are only listed as stored (the command line's --alerts).
+  bool evaluatesAlerts = true;
 };
 
 }  // namespace tidemark

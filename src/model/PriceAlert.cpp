@@ -1,7 +1,5 @@
 #include "model/PriceAlert.h"
 
-#include "core/NumberText.h"
-
 namespace tidemark {
 
 bool PriceAlert::firesAt(const QuoteSnapshot& quote) const {
@@ -15,20 +13,27 @@ std::string PriceAlert::identifier(const std::string& symbol) {
   return "tidemark.price-alert." + symbol;
 }
 
-NotificationRequest PriceAlert::notification(const QuoteSnapshot& quote) const {
-  // "CNY 1,468.80"; an index's points stand alone.
-  const std::string currency = quote.currency().empty() ? "" : quote.currency() + " ";
+NotificationRequest PriceAlert::notification(const QuoteSnapshot& quote, bool masked) const {
   NotificationRequest request;
   request.identifier = identifier(quote.id);
-  request.title = quote.name.empty() ? "价格提醒已触发" : quote.name + " 价格提醒";
-  request.body = currency + priceText(quote.price) + "，目标 " + currency +
-                 priceText(rule.price.value_or(0)) + " 已达到提醒条件。";
+  request.title = alertTitle(quote);
+  request.body = masked ? maskedAlertBody : firedSentence(asListed(), quote);
   return request;
 }
 
+AlertRule PriceAlert::asListed() const {
+  return AlertRule{std::string(primaryAlertID),
+                   rule.symbolID.value_or(""),
+                   rule.above ? AlertKind::priceAbove : AlertKind::priceBelow,
+                   rule.price.value_or(0),
+                   AlertRepeat::once,
+                   true,
+                   std::nullopt};
+}
+
 void PriceAlert::readFrom(const Preferences& record) {
-  rule = AlertRule{record.alertSymbolID, validAlertPrice(record.alertPrice), record.alertAbove,
-                   record.alertTriggered};
+  rule = PriceAlertRule{record.alertSymbolID, validAlertPrice(record.alertPrice), record.alertAbove,
+                        record.alertTriggered};
 }
 
 void PriceAlert::writeTo(Preferences& record) const {

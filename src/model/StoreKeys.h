@@ -12,6 +12,8 @@ inline constexpr const char* watchlistBackup = "tidemark.native.watchlist.backup
 inline constexpr const char* snapshots = "tidemark.native.snapshots.v1";
 inline constexpr const char* holdings = "tidemark.native.holdings.v1";
 inline constexpr const char* holdingsUnreadable = "tidemark.native.holdings.unreadable.v1";
+inline constexpr const char* alerts = "tidemark.native.alerts.v1";
+inline constexpr const char* alertsUnreadable = "tidemark.native.alerts.unreadable.v1";
 inline constexpr const char* sourceManifest = "tidemark.native.source-manifest.v1";
 
 }  // namespace tidemark::storeKeys

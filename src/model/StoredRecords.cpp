@@ -53,31 +53,45 @@ void WatchlistRecords::write(const std::vector<std::string>& list, Date at) cons
   file_.write(*bytes);
 }
 
-std::optional<HoldingsBackup> HoldingsRecords::read(std::vector<SetAsideRecord>& log) {
-  std::optional<HoldingsBackup> newest;
+namespace {
+
+// The newer of a dated record's file and its store copy; what could not be read is set aside and
+// logged. `what` names the record and its entries: {"holdings", "holdings"}.
+template <class Backup, class Parse, class Count>
+std::optional<Backup> readNewer(RecordFile& file, KeyValueStore& store, const char* key,
+                                const char* unreadableKey, const char* record, const char* entries,
+                                Parse parse, Count count, std::vector<SetAsideRecord>& log) {
+  std::optional<Backup> newest;
   std::string problem;
-  if (auto bytes = file_.read(&problem)) {
+  if (auto bytes = file.read(&problem)) {
     size_t dropped = 0;
-    newest = holdingsBackupFromBytes(*bytes, &dropped);
+    newest = parse(*bytes, &dropped);
     // A file that could not be read whole is kept aside; what could be read is used.
     if (!newest)
-      problem = "not a holdings record";
+      problem = std::string("not a ") + record + " record";
     else if (dropped > 0)
-      problem = std::to_string(dropped) + " of " +
-                std::to_string(dropped + newest->holdings.size()) + " holdings unreadable, dropped";
+      problem = std::to_string(dropped) + " of " + std::to_string(dropped + count(*newest)) + " " +
+                entries + " unreadable, dropped";
   }
-  if (!problem.empty()) file_.setAside(std::move(problem), log);
-  if (auto bytes = store_->data(storeKeys::holdings)) {
-    auto stored = holdingsBackupFromBytes(*bytes);
+  if (!problem.empty()) file.setAside(std::move(problem), log);
+  if (auto bytes = store.data(key)) {
+    auto stored = parse(*bytes, nullptr);
     if (!stored) {
-      store_->setData(storeKeys::holdingsUnreadable, *bytes);
-      log.push_back(
-          {storeKeys::holdings, "not a holdings record", storeKeys::holdingsUnreadable, ""});
+      store.setData(unreadableKey, *bytes);
+      log.push_back({key, std::string("not a ") + record + " record", unreadableKey, ""});
     } else if (!newest || stored->savedAt > newest->savedAt) {  // on a tie the file wins
       newest = std::move(stored);
     }
   }
   return newest;
+}
+
+}  // namespace
+
+std::optional<HoldingsBackup> HoldingsRecords::read(std::vector<SetAsideRecord>& log) {
+  return readNewer<HoldingsBackup>(
+      file_, *store_, storeKeys::holdings, storeKeys::holdingsUnreadable, "holdings", "holdings",
+      holdingsBackupFromBytes, [](const HoldingsBackup& b) { return b.holdings.size(); }, log);
 }
 
 bool HoldingsRecords::hold(const HoldingsBook& book) const {
@@ -90,6 +104,24 @@ void HoldingsRecords::write(const HoldingsBook& book, Date at) const {
   if (!bytes) return;
   // The store first, so it holds the newest list even when the file cannot be written.
   store_->setData(storeKeys::holdings, *bytes);
+  file_.write(*bytes);
+}
+
+std::optional<AlertsBackup> AlertsRecords::read(std::vector<SetAsideRecord>& log) {
+  return readNewer<AlertsBackup>(
+      file_, *store_, storeKeys::alerts, storeKeys::alertsUnreadable, "alerts", "rules",
+      alertsBackupFromBytes, [](const AlertsBackup& b) { return b.rules.size(); }, log);
+}
+
+bool AlertsRecords::hold(const AlertBook& book) const {
+  return file_.storedEverywhere(*store_, storeKeys::alerts,
+                                [&book](std::string_view bytes) { return book.matches(bytes); });
+}
+
+void AlertsRecords::write(const AlertBook& book, Date at) const {
+  auto bytes = json::encode(toJson(book.record(at)));
+  if (!bytes) return;
+  store_->setData(storeKeys::alerts, *bytes);
   file_.write(*bytes);
 }
 

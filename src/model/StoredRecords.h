@@ -6,6 +6,7 @@
 
 #include "core/Date.h"
 #include "core/KeyValueStore.h"
+#include "model/AlertBook.h"
 #include "model/HoldingsBook.h"
 #include "model/RecordFile.h"
 
@@ -43,6 +44,21 @@ class HoldingsRecords {
   std::optional<HoldingsBackup> read(std::vector<SetAsideRecord>& log);
   bool hold(const HoldingsBook& book) const;
   void write(const HoldingsBook& book, Date at) const;
+
+ private:
+  KeyValueStore* store_;
+  RecordFile file_;
+};
+
+// Where the alerts besides the primary one are kept, as the holdings are.
+class AlertsRecords {
+ public:
+  AlertsRecords(KeyValueStore& store, RecordFile file) : store_(&store), file_(std::move(file)) {}
+
+  RecordFile& file() { return file_; }
+  std::optional<AlertsBackup> read(std::vector<SetAsideRecord>& log);
+  bool hold(const AlertBook& book) const;
+  void write(const AlertBook& book, Date at) const;
 
  private:
   KeyValueStore* store_;

@@ -126,7 +126,8 @@ std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes, 
   return backup;
 }
 
-std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings) {
+std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings,
+                       const std::vector<AlertRule>& alerts) {
   // nlohmann::json (not ordered) keeps its keys sorted.
   nlohmann::json object{{"version", backup.version},
                         {"exportedAt", formatISO8601(backup.exportedAt)},
@@ -134,6 +135,7 @@ std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>
   for (const Holding& holding : holdings)
     object["holdings"].push_back(
         {{"symbolID", holding.symbolID}, {"shares", holding.shares}, {"cost", holding.cost}});
+  for (const AlertRule& rule : alerts) object["alerts"].push_back(nlohmann::json(toJson(rule)));
   return object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 

@@ -9,6 +9,7 @@
 
 #include "core/Date.h"
 #include "core/Json.h"
+#include "model/AlertRules.h"
 #include "model/Holdings.h"
 
 namespace tidemark {
@@ -44,6 +45,8 @@ struct WatchlistImportResult {
   size_t symbols = 0;
   std::optional<size_t> holdings;  // none: the file carried no holdings
   size_t skippedHoldings = 0;      // entries that are no holding
+  std::optional<size_t> alerts;    // the same for the alerts besides the primary one
+  size_t skippedAlerts = 0;
 };
 
 // Stored form: keys in field order, the date as seconds since 2001-01-01T00:00:00Z.
@@ -52,8 +55,9 @@ Json toJson(const WatchlistBackup& backup);
 // not UTF-8, is dropped and counted in `dropped`. Anything else amiss rejects the record.
 std::optional<WatchlistBackup> watchlistBackupFromBytes(std::string_view bytes,
                                                         size_t* dropped = nullptr);
-// Export form: pretty-printed, keys sorted, the date as ISO 8601 text; the holdings, when there
-// are any, under "holdings" in their stored form.
-std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings = {});
+// Export form: pretty-printed, keys sorted, the date as ISO 8601 text; the holdings and the
+// alerts, when there are any, under "holdings" and "alerts" in their stored form.
+std::string exportText(const WatchlistBackup& backup, const std::vector<Holding>& holdings = {},
+                       const std::vector<AlertRule>& alerts = {});
 
 }  // namespace tidemark

@@ -1,0 +1,262 @@
+// Several alerts: each kind against quotes at, above and below its level, the sessions and the
+// exchanges' dates, one notification per symbol and minute, the stored record pinned against a
+// literal, and what the model refuses, keeps and reads back.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "core/FileIO.h"
+#include "support/ModelHarness.h"
+
+namespace tidemark {
+namespace {
+
+using test::ModelHarness;
+
+Date at(const char* iso) {
+  return *parseISO8601(iso);
+}
+
+QuoteSnapshot quoted(const std::string& id, const char* market, double price, double prevClose) {
+  QuoteSnapshot q;
+  q.id = id;
+  q.market = market;
+  q.name = "名称" + id;
+  q.price = price;
+  q.prevClose = prevClose;
+  return q;
+}
+
+AlertRule rule(const char* id, const char* symbol, AlertKind kind, double threshold,
+               AlertRepeat repeat = AlertRepeat::once) {
+  return AlertRule{id, symbol, kind, threshold, repeat, true, std::nullopt};
+}
+
+// Shanghai trades (10:00 on a Friday); New York sleeps (21:00 the evening before).
+const Date shanghaiMorning = at("2026-11-20T02:00:00Z");
+// Shanghai sleeps (23:00), New York trades (10:00).
+const Date newYorkMorning = at("2026-11-20T15:00:00Z");
+
+TEST(Alerts, EachKindFiresAtAndPastItsLevelAndOnlyWithWholePrices) {
+  using enum AlertKind;
+  const struct {
+    const char* what;
+    AlertRule rule;
+    QuoteSnapshot quote;
+    Date now;
+    bool fires;
+  } rows[] = {
+      {"above, at", rule("a", "600519", priceAbove, 1500), quoted("600519", "A股", 1500, 1400),
+       shanghaiMorning, true},
+      {"above, past", rule("a", "600519", priceAbove, 1500), quoted("600519", "A股", 1501, 1400),
+       shanghaiMorning, true},
+      {"above, short", rule("a", "600519", priceAbove, 1500),
+       quoted("600519", "A股", 1499.99, 1400), shanghaiMorning, false},
+      {"below, at", rule("a", "600519", priceBelow, 1400), quoted("600519", "A股", 1400, 1500),
+       shanghaiMorning, true},
+      {"below, short", rule("a", "600519", priceBelow, 1400), quoted("600519", "A股", 1401, 1500),
+       shanghaiMorning, false},
+      {"up, at 5 %", rule("a", "600519", changeUp, 5), quoted("600519", "A股", 105, 100),
+       shanghaiMorning, true},
+      {"up, short", rule("a", "600519", changeUp, 5), quoted("600519", "A股", 104.99, 100),
+       shanghaiMorning, false},
+      {"up, a fall", rule("a", "600519", changeUp, 5), quoted("600519", "A股", 90, 100),
+       shanghaiMorning, false},
+      {"down, at -5 %", rule("a", "600519", changeDown, 5), quoted("600519", "A股", 95, 100),
+       shanghaiMorning, true},
+      {"down, past", rule("a", "600519", changeDown, 5), quoted("600519", "A股", 90, 100),
+       shanghaiMorning, true},
+      {"down, a rise", rule("a", "600519", changeDown, 5), quoted("600519", "A股", 110, 100),
+       shanghaiMorning, false},
+      {"a zero price", rule("a", "600519", priceBelow, 1400), quoted("600519", "A股", 0, 1500),
+       shanghaiMorning, false},
+      {"no previous close", rule("a", "600519", priceAbove, 1), quoted("600519", "A股", 10, 0),
+       shanghaiMorning, false},
+      {"a change while its market sleeps", rule("a", "NVDA", changeUp, 3),
+       quoted("NVDA", "美股", 110, 100), shanghaiMorning, false},
+      {"the same change once it trades", rule("a", "NVDA", changeUp, 3),
+       quoted("NVDA", "美股", 110, 100), newYorkMorning, true},
+      {"a price while its market sleeps", rule("a", "600519", priceAbove, 1),
+       quoted("600519", "A股", 10, 9), newYorkMorning, true},
+      {"an index in points", rule("a", "sh000001", priceAbove, 3200),
+       quoted("sh000001", "A股指数", 3245.1, 3200), shanghaiMorning, true},
+  };
+  for (const auto& r : rows) {
+    AlertBook book;
+    book.restore({1, {}, false, {r.rule}});
+    const auto result = book.evaluate({[&r](const std::string&) { return &r.quote; },
+                                       [](const std::string&) { return true; }, r.now});
+    EXPECT_EQ(result.fired, r.fires ? 1u : 0u) << r.what;
+    EXPECT_EQ(book.rules()[0].triggeredAt, r.fires ? std::optional(r.now) : std::nullopt) << r.what;
+  }
+}
+
+// A daily rule comes back on its exchange's next date: at the same instant Shanghai has passed
+// midnight and New York has not, and eight hours later the other way round.
+TEST(Alerts, ADailyRuleIsArmedAgainOnItsExchangesNextDate) {
+  const struct {
+    const char* triggered;
+    const char* now;
+    bool shanghai, newYork;
+  } rows[] = {
+      {"2026-11-20T15:30:00Z", "2026-11-20T16:30:00Z", true, false},  // 23:30 → 00:30 Shanghai
+      {"2026-11-21T04:30:00Z", "2026-11-21T05:30:00Z", false, true},  // 23:30 → 00:30 New York
+      {"2026-11-20T02:00:00Z", "2026-11-20T03:00:00Z", false, false},
+  };
+  for (const auto& r : rows) {
+    for (const auto& [symbol, armed] : {std::pair{"600519", r.shanghai}, {"NVDA", r.newYork}}) {
+      AlertRule daily = rule("d", symbol, AlertKind::priceAbove, 1, AlertRepeat::daily);
+      daily.triggeredAt = at(r.triggered);
+      EXPECT_EQ(rearmed(daily, at(r.now)), armed) << symbol << " " << r.now;
+      EXPECT_EQ(alertState(daily, true, at(r.now)),
+                armed ? AlertState::armed : AlertState::triggered);
+      AlertRule once = daily;
+      once.repeat = AlertRepeat::once;
+      EXPECT_FALSE(rearmed(once, at(r.now))) << "once stays fired";
+    }
+  }
+}
+
+TEST(Alerts, OneNotificationPerSymbolAndMinuteWithItsSentences) {
+  const QuoteSnapshot moutai = quoted("600519", "A股", 1530, 1455.5),
+                      tencent = quoted("00700", "港股", 380, 400);
+  AlertBook book;
+  book.restore({1,
+                {},
+                false,
+                {rule("r1", "600519", AlertKind::priceAbove, 1500),
+                 rule("r2", "600519", AlertKind::changeUp, 5, AlertRepeat::daily),
+                 rule("r3", "00700", AlertKind::changeDown, 5, AlertRepeat::daily),
+                 rule("r4", "600519", AlertKind::priceBelow, 1000)}});
+  const auto world = [&](Date now, bool masked = false) {
+    return AlertWorld{[&](const std::string& s) { return s == "600519" ? &moutai : &tencent; },
+                      [](const std::string&) { return true; }, now, masked};
+  };
+  auto first = book.evaluate(world(shanghaiMorning));
+  EXPECT_EQ(first.fired, 3u);
+  ASSERT_EQ(first.notifications.size(), 2u);
+  EXPECT_EQ(first.notifications[0].identifier, "tidemark.price-alert.600519.r1");
+  EXPECT_EQ(first.notifications[0].title, "名称600519 价格提醒");
+  EXPECT_EQ(first.notifications[0].body,
+            "CNY 1,530.00，目标 CNY 1,500.00 已达到提醒条件。\n"
+            "今日涨幅 +5.12%，已达到 +5.00% 的提醒条件。现价 CNY 1,530.00");
+  EXPECT_EQ(first.notifications[1].identifier, "tidemark.price-alert.00700.r3");
+  EXPECT_EQ(first.notifications[1].body,
+            "今日跌幅 -5.00%，已达到 -5.00% 的提醒条件。现价 HKD 380.00");
+
+  // The next trading day (a Monday), within a minute of each other: the second firing is kept,
+  // not notified.
+  const Date nextDay = shanghaiMorning + 3 * 86400;
+  auto again = book.evaluate(world(nextDay, true));
+  EXPECT_EQ(again.fired, 2u) << "the two daily rules";
+  ASSERT_EQ(again.notifications.size(), 2u);
+  EXPECT_EQ(again.notifications[0].body, maskedAlertBody);
+  book.setEnabled("r2", false);
+  book.setEnabled("r2", true);  // switched on again, it starts afresh
+  auto withinMinute = book.evaluate(world(nextDay + 59));
+  EXPECT_EQ(withinMinute.fired, 1u);
+  EXPECT_TRUE(withinMinute.notifications.empty());
+  EXPECT_EQ(book.find("r2")->triggeredAt, nextDay + 59);
+
+  book.setPaused(true);
+  book.setEnabled("r2", false);
+  book.setEnabled("r2", true);
+  EXPECT_EQ(book.evaluate(world(nextDay + 120)).fired, 0u) << "paused";
+}
+
+#define SAVED "816832800.0"
+
+TEST(Alerts, TheListRefusesInWordsAndIsStoredAsWritten) {
+  ModelHarness h;
+  auto m = h.make();
+  using enum AlertKind;
+  const struct {
+    AlertRule rule;
+    std::optional<std::string> refused;
+  } entries[] = {
+      {rule("", "600519", priceAbove, 1500), std::nullopt},
+      {rule("", "600519", changeDown, 5, AlertRepeat::daily), std::nullopt},
+      {rule("", "600519", priceAbove, 1500), "已有相同的提醒"},
+      {rule("", "600519", priceBelow, 0), "请输入大于 0 的价格"},
+      {rule("", "600519", priceBelow, NAN), "请输入大于 0 的价格"},
+      {rule("", "600519", changeUp, 0.009), "涨跌幅须在 0.01% 到 100% 之间"},
+      {rule("", "600519", changeUp, 100.01), "涨跌幅须在 0.01% 到 100% 之间"},
+      {rule("", "601318", priceAbove, 50), "只能为自选中的标的设置提醒"},
+  };
+  for (const auto& [r, refused] : entries) EXPECT_EQ(m->addAlert(r), refused) << conditionText(r);
+  ASSERT_EQ(m->alertBook().rules().size(), 2u);
+  EXPECT_EQ(m->alertBook().rules()[0].id, "r1795140000000");
+  EXPECT_EQ(m->alertBook().rules()[1].id, "r1795140000000-2") << "the same millisecond";
+  const std::string stored =
+      R"({"version":1,"savedAt":)" SAVED R"(,"paused":false,"rules":[)"
+      R"({"id":"r1795140000000","symbolID":"600519","kind":"priceAbove","threshold":1500.0,)"
+      R"("repeat":"once","enabled":true,"triggeredAt":null},)"
+      R"({"id":"r1795140000000-2","symbolID":"600519","kind":"changeDown","threshold":5.0,)"
+      R"("repeat":"daily","enabled":true,"triggeredAt":null}]})";
+  EXPECT_EQ(h.store.data(storeKeys::alerts), stored);
+  std::error_code error;
+  EXPECT_EQ(readFile(h.folder.path() / "alerts.json", error), stored);
+
+  // Ten a symbol, the primary one counted.
+  m->setQuotes({quoted("600519", "A股", 1400, 1390)});
+  m->setAlert("600519", 2000, true);
+  for (int i = 3; i <= 9; ++i)
+    EXPECT_EQ(m->addAlert(rule("", "600519", priceAbove, i)), std::nullopt);
+  EXPECT_EQ(m->addAlert(rule("", "600519", priceAbove, 10)), "每个标的最多 10 条提醒");
+  EXPECT_EQ(m->alertList().front().first.id, "primary");
+  m->removeAlert("r1795140000000");
+  m->setAlertsPaused(true);
+  EXPECT_EQ(h.make()->alertBook().rules().size(), 8u) << "read back";
+  EXPECT_TRUE(h.make()->alertBook().paused());
+}
+
+// The primary alert of the stored preferences is listed first; a file and the store: the newer
+// is read, a bad entry costs only itself, an unreadable one is set aside.
+TEST(Alerts, StoredAlertsAreReadBackAndTheSingleAlertListedFirst) {
+  const std::string good =
+      R"({"version":1,"savedAt":816832801,"paused":true,"rules":[{"id":"x","symbolID":"00700",)"
+      R"("kind":"changeUp","threshold":3,"repeat":"daily","enabled":false,"triggeredAt":816000000},)"
+      R"({"id":"y","symbolID":"00700","kind":"sideways","threshold":3,"repeat":"daily",)"
+      R"("enabled":true,"triggeredAt":null}]})";
+  const struct {
+    const char* what;
+    std::optional<std::string> file, store;
+    size_t rules;
+    std::vector<std::string> setAside;
+  } cases[] = {
+      {"a file with a bad entry", good, std::nullopt, 1, {"alerts.json"}},
+      {"an unreadable file, a readable store", "{", good, 1, {"alerts.json"}},
+      {"an unreadable store", std::nullopt, "[]", 0, {storeKeys::alerts}},
+  };
+  for (const auto& k : cases) {
+    ModelHarness h;
+    if (k.file) std::ofstream(h.folder.path() / "alerts.json") << *k.file;
+    if (k.store) h.store.setData(storeKeys::alerts, *k.store);
+    auto m = h.make();
+    EXPECT_EQ(m->alertBook().rules().size(), k.rules) << k.what;
+    std::vector<std::string> aside;
+    for (const auto& r : m->setAsideRecords())
+      aside.push_back(std::filesystem::path(r.record).filename().string());
+    EXPECT_EQ(aside, k.setAside) << k.what;
+  }
+  ModelHarness h;
+  std::ofstream(h.folder.path() / "alerts.json") << good;
+  // A single alert as the preferences have always kept it.
+  h.store.setData(storeKeys::preferences,
+                  R"({"activeID":"600519","theme":"dark","reduceMotion":false,)"
+                  R"("refreshInterval":2.6,"sourceMode":"mock","masked":false,"orbSize":96,)"
+                  R"("autoRotate":true,"menuDensity":0,"phase":"live","latencyMS":0,)"
+                  R"("updatedAt":816832800,"onboardingSeen":true,"alertPrice":1500,)"
+                  R"("alertAbove":false,"alertTriggered":false,"alertSymbolID":"600519"})");
+  auto m = h.make();
+  const auto list = m->alertList();
+  ASSERT_EQ(list.size(), 2u);
+  EXPECT_EQ(list[0].first, (AlertRule{"primary", "600519", AlertKind::priceBelow, 1500,
+                                      AlertRepeat::once, true, std::nullopt}));
+  EXPECT_EQ(list[1].second, AlertState::disabled);
+  EXPECT_EQ(conditionText(list[0].first), "价格跌到 1,500.00");
+}
+
+}  // namespace
+}  // namespace tidemark
