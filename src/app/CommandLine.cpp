@@ -34,7 +34,7 @@ namespace {
 // Every option, added to the parser.
 struct Options {
   QCommandLineOption help, version, selfTest, quotes, json, watch, source, symbols, endpoints,
-      previews, holdings, toggleOrb, toggleMask;
+      previews, holdings, alerts, toggleOrb, toggleMask;
 };
 
 Options addOptions(QCommandLineParser& parser) {
@@ -74,6 +74,10 @@ Options addOptions(QCommandLineParser& parser) {
       QStringLiteral("holdings"),
       QStringLiteral("Print the holdings with today's and the total profit, a total line per "
                      "currency; --source and --json apply; changes nothing."));
+  const QCommandLineOption alerts(
+      QStringLiteral("alerts"),
+      QStringLiteral("Print every price alert with its condition, repeat and state; --json "
+                     "applies; nothing is evaluated or written."));
   const auto globalOption = [](GlobalCommand command, const char* more) {
     const auto text = [](std::string_view s) {
       return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
@@ -90,9 +94,9 @@ Options addOptions(QCommandLineParser& parser) {
   const QCommandLineOption toggleMask = globalOption(GlobalCommand::toggleMask, ".");
 
   parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
-                     toggleOrb, toggleMask});
-  return {help,    version,   selfTest, quotes,   json,      watch,     source,
-          symbols, endpoints, previews, holdings, toggleOrb, toggleMask};
+                     alerts, toggleOrb, toggleMask});
+  return {help,    version,   selfTest, quotes,   json,   watch,     source,
+          symbols, endpoints, previews, holdings, alerts, toggleOrb, toggleMask};
 }
 
 using Parsed = std::variant<CommandLine, std::string>;
@@ -118,8 +122,8 @@ std::optional<Parsed> standaloneMode(const QCommandLineParser& parser, const Opt
     return line;
   }
   if (parser.isSet(o.selfTest)) {
-    for (const auto* other :
-         {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.endpoints, &o.holdings})
+    for (const auto* other : {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.endpoints,
+                              &o.holdings, &o.alerts})
       if (parser.isSet(*other)) return std::string("--self-test takes no other option");
     line.mode = CommandLine::Mode::selfTest;
     return line;
@@ -173,13 +177,18 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
 
   CommandLine line;
   // Any of the quote options asks for the quotes; alone, --endpoints goes to the desktop app.
-  for (const auto* option : {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.holdings})
+  for (const auto* option :
+       {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.holdings, &o.alerts})
     if (parser.isSet(*option)) line.mode = CommandLine::Mode::quotes;
   line.holdings = parser.isSet(o.holdings);
-  // The holdings are the user's own: a list of symbols has none.
-  for (const auto* other : {&o.symbols, &o.watch})
-    if (line.holdings && parser.isSet(*other))
-      return "--holdings does not take --" + other->names().constFirst().toStdString();
+  line.alerts = parser.isSet(o.alerts);
+  if (line.holdings && line.alerts) return std::string("--holdings does not take --alerts");
+  // The holdings and the alerts are the user's own: a list of symbols has none.
+  for (const auto* own : {&o.holdings, &o.alerts})
+    for (const auto* other : {&o.symbols, &o.watch})
+      if (parser.isSet(*own) && parser.isSet(*other))
+        return "--" + own->names().constFirst().toStdString() + " does not take --" +
+               other->names().constFirst().toStdString();
   line.json = parser.isSet(o.json);
   line.watch = parser.isSet(o.watch);
   if (auto error = takeQuoteValues(parser, o, line)) return *error;

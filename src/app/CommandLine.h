@@ -18,6 +18,7 @@ struct CommandLine {
   bool json = false;
   bool watch = false;
   bool holdings = false;  // the holdings instead of the quotes
+  bool alerts = false;    // the alerts, as stored
   std::optional<SourceMode> source;
   std::optional<std::vector<std::string>> symbols;
   std::optional<DataSourceEndpoints> endpoints;

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "app/AlertsTable.h"
 #include "app/Environment.h"
 #include "app/HoldingsTable.h"
 #include "app/LiveSources.h"
@@ -171,9 +172,11 @@ std::optional<CommandInputs> commandInputs(const CommandLine& line, const QTempo
         QString::fromStdString((*in.support / "Tidemark" / "watchlist.json").string());
     if (QFile::exists(original))
       QFile::copy(original, QString::fromStdString(in.watchlistFile->string()));
-    // The holdings file lives beside the watchlist file.
-    const auto held = QString::fromStdString((*in.support / "Tidemark" / "holdings.json").string());
-    if (QFile::exists(held)) QFile::copy(held, scratch.filePath(QStringLiteral("holdings.json")));
+    // The holdings and alerts files live beside the watchlist file.
+    for (const char* name : {"holdings.json", "alerts.json"}) {
+      const auto kept = QString::fromStdString((*in.support / "Tidemark" / name).string());
+      if (QFile::exists(kept)) QFile::copy(kept, scratch.filePath(QString::fromUtf8(name)));
+    }
   }
   return in;
 }
@@ -212,11 +215,15 @@ int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
   if (!in) return 1;
   if (line.source) useSourceMode(*in->store, *line.source, clock.now());
 
-  AppModel model({*in->store, clock, scheduler, sources, notifier, in->support, line.endpoints},
-                 in->watchlistFile, false, bundle);
-  waitForLoad(model);
+  AppModel model(
+      {*in->store, clock, scheduler, sources, notifier, in->support, line.endpoints, !line.alerts},
+      in->watchlistFile, false, bundle);
+  // The alerts are listed as stored, with the names the kept quotes give: nothing is asked.
+  if (!line.alerts) waitForLoad(model);
   const auto print = [&] {
-    if (line.holdings) {
+    if (line.alerts) {
+      out << (line.json ? renderAlertsJson(model, true) : renderAlertsTable(model));
+    } else if (line.holdings) {
       out << (line.json ? renderHoldingsJson(model, true) : renderHoldingsTable(model));
     } else {
       out << (line.json ? renderJson(model, !line.watch) : renderTable(model));

@@ -13,6 +13,10 @@ std::string setAsideLine(const SetAsideRecord& r, const std::string& settingsFil
     line += "the stored holdings";
   } else if (r.record.ends_with("holdings.json")) {
     line += "the holdings file " + r.record;
+  } else if (r.record == storeKeys::alerts) {
+    line += "the stored alerts";
+  } else if (r.record.ends_with("alerts.json")) {
+    line += "the alerts file " + r.record;
   } else {
     line += "the watchlist file " + r.record;
   }
@@ -20,7 +24,8 @@ std::string setAsideLine(const SetAsideRecord& r, const std::string& settingsFil
   if (r.keptAs.empty())
     return line + " nor move it aside (" + r.failure + "); it is left as it is and not written\n";
   line += "; kept as " + r.keptAs;
-  if (preferences || r.record == storeKeys::holdings) line += " in " + settingsFile;
+  if (preferences || r.record == storeKeys::holdings || r.record == storeKeys::alerts)
+    line += " in " + settingsFile;
   if (preferences) line += "; the defaults are used";
   return line + "\n";
 }

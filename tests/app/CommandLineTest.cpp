@@ -304,6 +304,69 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   EXPECT_THAT(run("--help").out, HasSubstr("--holdings"));
 }
 
+// The alerts as the user's files hold them, in Shanghai's time: nothing is evaluated or written.
+TEST_F(CommandLine, AlertsAsStoredAsATableAndAsJson) {
+  std::filesystem::create_directories(data);
+  const std::string alerts =
+      R"({"version":1,"savedAt":800000000,"paused":false,"rules":[)"
+      R"({"id":"r1","symbolID":"600519","kind":"priceAbove","threshold":1500,"repeat":"once",)"
+      R"("enabled":true,"triggeredAt":816000000},)"
+      R"({"id":"r2","symbolID":"600519","kind":"changeDown","threshold":5,"repeat":"daily",)"
+      R"("enabled":true,"triggeredAt":800000000},)"
+      R"({"id":"r3","symbolID":"00700","kind":"changeUp","threshold":3,"repeat":"once",)"
+      R"("enabled":false,"triggeredAt":null},)"
+      R"({"id":"r4","symbolID":"NVDA","kind":"priceBelow","threshold":150,"repeat":"once",)"
+      R"("enabled":true,"triggeredAt":null},)"
+      R"({"id":"r5","symbolID":"600519","kind":"changeUp","threshold":0,"repeat":"once",)"
+      R"("enabled":true,"triggeredAt":null}]})";
+  std::ofstream(data / "alerts.json") << alerts;
+  storeHeldQuote(std::nullopt, {"600519", "00700"});
+  {
+    SettingsStore store(QString::fromStdString((config / "Tidemark.conf").string()));
+    store.setData(storeKeys::preferences,
+                  R"({"activeID":"600519","theme":"dark","reduceMotion":false,)"
+                  R"("refreshInterval":2.6,"sourceMode":"mock","masked":false,"orbSize":96,)"
+                  R"("autoRotate":true,"menuDensity":0,"phase":"live","latencyMS":0,)"
+                  R"("updatedAt":816832800,"onboardingSeen":true,"alertPrice":1400,)"
+                  R"("alertAbove":false,"alertTriggered":true,"alertSymbolID":"600519"})");
+  }
+  const auto files = filesLeft();
+  const auto outcome = [&](const std::string& arguments) {
+    QProcess process;
+    start(process, arguments, false, {{"TZ", "Asia/Shanghai"}});
+    EXPECT_TRUE(ended(process, 60000));
+    return Outcome{process.exitCode(), process.readAllStandardOutput().toStdString(),
+                   process.readAllStandardError().toStdString()};
+  };
+  const Outcome table = outcome("--alerts");
+  ASSERT_EQ(table.code, 0) << table.err;
+  EXPECT_EQ(table.out,
+            "代码    名称      条件               重复      状态\n"
+            "600519  贵州茅台  价格跌到 1,400.00  仅一次    已触发\n"
+            "600519  贵州茅台  价格涨到 1,500.00  仅一次    已触发 11-10 18:40\n"
+            "600519  贵州茅台  跌幅达到 5.00%     每日一次  待触发\n"
+            "00700   腾讯控股  涨幅达到 3.00%     仅一次    已关闭\n"
+            "NVDA    英伟达    价格跌到 150.00    仅一次    不在自选中\n");
+  auto document = json::parse(outcome("--alerts --json").out);
+  ASSERT_TRUE(document);
+  EXPECT_EQ(document->dump(),
+            R"({"paused":false,"rules":[)"
+            R"({"id":"primary","symbolID":"600519","kind":"priceBelow","threshold":1400.0,)"
+            R"("repeat":"once","enabled":true,"triggeredAt":null,"state":"triggered"},)"
+            R"({"id":"r1","symbolID":"600519","kind":"priceAbove","threshold":1500.0,)"
+            R"("repeat":"once","enabled":true,"triggeredAt":816000000.0,"state":"triggered"},)"
+            R"({"id":"r2","symbolID":"600519","kind":"changeDown","threshold":5.0,)"
+            R"("repeat":"daily","enabled":true,"triggeredAt":800000000.0,"state":"armed"},)"
+            R"({"id":"r3","symbolID":"00700","kind":"changeUp","threshold":3.0,)"
+            R"("repeat":"once","enabled":false,"triggeredAt":null,"state":"disabled"},)"
+            R"({"id":"r4","symbolID":"NVDA","kind":"priceBelow","threshold":150.0,)"
+            R"("repeat":"once","enabled":true,"triggeredAt":null,"state":"dormant"}]})");
+  EXPECT_EQ(contents(data / "alerts.json"), alerts);
+  EXPECT_EQ(filesLeft(), files) << "nothing written";
+  EXPECT_EQ(outcome("--alerts --watch").err,
+            "tidemark: --alerts does not take --watch See --help.\n");
+}
+
 // What the desktop app set aside, told on standard error, also with a session bus that takes
 // connections and never answers: the orb still comes, soon, so a second start is answered.
 TEST_F(CommandLine, TheDesktopAppBesideASilentBusSaysWhatItSetAsideAndOnceThatSettingsFail) {
