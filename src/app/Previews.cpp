@@ -27,8 +27,8 @@ namespace tidemark {
 namespace {
 
 // The settings window's sections, in their order, as the file names call them.
-constexpr const char* sectionSlugs[] = {"appearance", "detail", "watchlist",
-                                        "holdings",   "source", "alerts"};
+constexpr const char* sectionSlugs[] = {"appearance", "detail", "watchlist", "holdings",
+                                        "alerts",     "source", "privacy"};
 
 constexpr QSize orbSize(460, 460), detailSize(980, 680), settingsSize(960, 740),
     watchlistSize(940, 650), onboardingSize(480, 600), alertSize(420, 540);
@@ -99,6 +99,17 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   // Holdings in two currencies, one of them at a loss, for the section and the detail.
   model.setHolding("600519", 100, 1500.5);
   model.setHolding("00700", 200, 380);
+  // Alerts on two symbols: the single one of the editor, one that has fired, one switched off.
+  model.setAlert("600519", 1500, true);
+  const auto addAlert = [&](const char* symbol, AlertKind kind, double threshold,
+                            AlertRepeat repeat) {
+    model.addAlert(AlertRule{"", symbol, kind, threshold, repeat, true, std::nullopt});
+  };
+  addAlert("600519", AlertKind::changeDown, 5, AlertRepeat::daily);
+  addAlert("600519", AlertKind::priceBelow, 1500, AlertRepeat::once);
+  addAlert("00700", AlertKind::changeUp, 3, AlertRepeat::daily);
+  if (!model.alertBook().rules().empty())
+    model.setAlertEnabled(model.alertBook().rules().back().id, false);
   OrbWindowModel windowModel;
   const auto file = [&](const std::string& name) { return directory / (name + ".png"); };
   const auto orb = [&](const std::string& name) {
@@ -107,7 +118,7 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   const auto detail = [&](const std::string& name) {
     render(new DetailView(model, {}, {}), detailSize, file(name));
   };
-  const auto alert = [&](const std::string& name) {
+  const auto editor = [&](const std::string& name) {
     render(new AlertEditorView(model, {}), alertSize, file(name));
   };
   const auto settings = [&](SettingsSection section) {
@@ -138,7 +149,7 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   model.setTheme(first);
   applyTheme(first);
   render(new OnboardingView(model, {}), onboardingSize, file("onboarding"));
-  alert("alert");
+  editor("alert");
   windowModel.setExpanded(false);
   orb("orb-collapsed");
   windowModel.setRadialOpen(true);
@@ -150,7 +161,7 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   }
   windowModel.setDockEdge(std::nullopt);
   model.setMasked(true);
-  alert("alert-masked");
+  editor("alert-masked");
   detail("detail-masked");
 }
 

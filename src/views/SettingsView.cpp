@@ -17,6 +17,7 @@
 
 #include "core/GlobalCommands.h"
 #include "core/NumberText.h"
+#include "views/AlertsView.h"
 #include "views/DetailView.h"
 #include "views/HoldingsView.h"
 #include "views/Metrics.h"
@@ -117,15 +118,16 @@ struct PillRow {
 }  // namespace
 
 std::string_view sectionTitle(SettingsSection section) {
-  static constexpr std::array<std::string_view, 6> titles{"外观",     "圆形详情", "自选管理",
-                                                          "持仓盈亏", "数据源",   "预警与隐私"};
+  static constexpr std::array<std::string_view, 7> titles{
+      "外观", "圆形详情", "自选管理", "持仓盈亏", "价格提醒", "数据源", "预警与隐私"};
   return titles[static_cast<size_t>(section)];
 }
 
-const std::array<SettingsSection, 6>& SettingsView::sections() {
-  static constexpr std::array all{SettingsSection::appearance, SettingsSection::detail,
-                                  SettingsSection::watchlist,  SettingsSection::holdings,
-                                  SettingsSection::source,     SettingsSection::alertsAndPrivacy};
+const std::array<SettingsSection, 7>& SettingsView::sections() {
+  static constexpr std::array all{SettingsSection::appearance,      SettingsSection::detail,
+                                  SettingsSection::watchlist,       SettingsSection::holdings,
+                                  SettingsSection::alerts,          SettingsSection::source,
+                                  SettingsSection::alertsAndPrivacy};
   return all;
 }
 
@@ -197,6 +199,10 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
         holdings_ = new HoldingsView(model_);
         return scrollingArea(holdings_);
       },
+      [this] {
+        alerts_ = new AlertsView(model_, clock_);
+        return scrollingArea(alerts_);
+      },
       [this] { return scrollingArea(sourcePage()); },
       [this] { return scrollingArea(alertPage()); },
   };
@@ -267,6 +273,11 @@ WatchlistView& SettingsView::watchlist() {
 HoldingsView& SettingsView::holdings() {
   ensurePage(3);
   return *holdings_;
+}
+
+AlertsView& SettingsView::alerts() {
+  ensurePage(4);
+  return *alerts_;
 }
 
 void SettingsView::setTransfer(const QString& text) {

@@ -23,11 +23,20 @@
 namespace tidemark {
 
 class DetailView;
+class AlertsView;
 class HoldingsView;
 class WatchlistView;
 
 // The settings window's sections, in the side bar's order.
-enum class SettingsSection { appearance, detail, watchlist, holdings, source, alertsAndPrivacy };
+enum class SettingsSection {
+  appearance,
+  detail,
+  watchlist,
+  holdings,
+  alerts,
+  source,
+  alertsAndPrivacy
+};
 // The side bar's title of a section ("外观", "圆形详情", ...).
 std::string_view sectionTitle(SettingsSection section);
 
@@ -61,7 +70,7 @@ class SettingsView final : public QWidget {
   };
 
   // In the side bar's order.
-  static const std::array<SettingsSection, 6>& sections();
+  static const std::array<SettingsSection, 7>& sections();
 
   SettingsView(AppModel& model, const Clock& clock, Actions actions,
                SettingsSection initialSection = SettingsSection::appearance,
@@ -74,6 +83,7 @@ class SettingsView final : public QWidget {
   DetailView& detail();
   WatchlistView& watchlist();
   HoldingsView& holdings();
+  AlertsView& alerts();
 
   // What the settings say of the global keys: empty while both are the app's, else which other
   // programs hold.
@@ -124,6 +134,7 @@ class SettingsView final : public QWidget {
   DetailView* detail_ = nullptr;
   WatchlistView* watchlist_ = nullptr;
   HoldingsView* holdings_ = nullptr;
+  AlertsView* alerts_ = nullptr;
   std::vector<std::function<QWidget*()>> builders_;  // one per section, until it is built
   QString transferText_, shortcutText_;
   bool systemCalm_ = false;

@@ -206,6 +206,7 @@ TEST_F(Windows, EachSettingsSectionShowsItsPageAndEachSourceSaysWhatItIs) {
       {SettingsSection::appearance, "外观"},
       {SettingsSection::detail, "圆形详情 · 螺旋分时"},
       {SettingsSection::watchlist, "自选管理 · 本地保存"},
+      {SettingsSection::alerts, "价格提醒 · 本地保存"},
       {SettingsSection::source, "数据源"},
       {SettingsSection::alertsAndPrivacy, "预警与隐私"}};
   for (const auto& [section, heading] : headings) {

@@ -29,7 +29,7 @@ expected+=("onboarding 480 600" "alert 420 540" "orb-collapsed 460 460" "orb-rad
   "orb-dock-left 460 460" "orb-dock-right 460 460" "orb-dock-top 460 460"
   "orb-dock-bottom 460 460" "alert-masked 420 540" "detail-masked 980 680")
 for theme in dark light aurora amber rose ocean; do
-  for section in appearance detail watchlist holdings source alerts; do
+  for section in appearance detail watchlist holdings alerts source privacy; do
     expected+=("settings-$section-$theme 960 740")
   done
 done
