@@ -70,7 +70,9 @@ WindowContentFactory standardWindowContent(
         if (key == AuxWindow::guide)
           return {new OnboardingView(model, [&d] { d.windows().close(AuxWindow::guide); })};
         if (key == AuxWindow::alert)
-          return {new AlertEditorView(model, [&d] { d.windows().close(AuxWindow::alert); })};
+          return {new AlertEditorView(
+              model, [&d] { d.windows().close(AuxWindow::alert); },
+              [&d] { d.openSettings(SettingsSection::alerts); })};
         if (key == AuxWindow::settings) {
           SettingsView::Actions actions;
           actions.openGuide = [&d] { d.windows().open(AuxWindow::guide); };

@@ -183,8 +183,8 @@ void DetailOrb::paintEvent(QPaintEvent*) {
 void DetailView::addFigures(QGridLayout* tiles) {
   // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
   // caption over its value.
-  const char* names[] = {"开盘",   "昨收",     "最高", "最低", "成交量",   "更新时间",
-                         "数据源", "交易状态", "持有", "成本", "今日盈亏", "持有盈亏"};
+  const char* names[] = {"开盘",     "昨收", "最高", "最低", "成交量",   "更新时间", "数据源",
+                         "交易状态", "提醒", "持有", "成本", "今日盈亏", "持有盈亏"};
   int row = 0;
   for (const char* name : names) {
     const bool held = size_t(row) >= holdingRows;
@@ -325,6 +325,16 @@ void DetailView::paintEvent(QPaintEvent*) {
   painter.drawEllipse(c, reach, reach);
 }
 
+void DetailView::showAlerts(const std::string& symbol) {
+  // The symbol's alerts that are on, the primary one included; the row only when there are any.
+  size_t on = 0;
+  for (const auto& [rule, state] : model_.alertList())
+    on += rule.symbolID == symbol && rule.enabled && state != AlertState::dormant;
+  values_[alertRow]->setText(QString::number(on) + QStringLiteral(" 条"));
+  captions_[alertRow]->setVisible(on > 0);
+  values_[alertRow]->setVisible(on > 0);
+}
+
 QStringList DetailView::figureTexts() const {
   QStringList texts{name_->text()};
   for (const QLabel* value : values_)
@@ -369,6 +379,7 @@ void DetailView::refresh() {
     securityName_ = {QStringLiteral("暂无自选"), QString()};
     fitName();
     for (QLabel* value : values_) value->setText(QStringLiteral("—"));
+    showAlerts({});
     showHolding(std::nullopt);
     chart_->show({}, {}, false, masked, palette);
     orb_->update();
@@ -391,6 +402,7 @@ void DetailView::refresh() {
   values_[6]->setText(QString::fromStdString(sourceLabel({*quote}, model_.sourceMode())));
   const auto state = model_.marketStateOf(quote->market);
   values_[7]->setText(state ? QString::fromUtf8(stateText(*state)) : QStringLiteral("—"));
+  showAlerts(quote->id);
   showHolding(*quote);
   chart_->show(*quote, std::move(series), real, masked, palette);
   orb_->update();

@@ -112,8 +112,9 @@ class DetailView final : public QWidget {
   QGridLayout* figures_;
   std::vector<QLabel*> captions_;
   // The figures from this one on are the holding's.
-  static constexpr size_t holdingRows = 8;
+  static constexpr size_t alertRow = 8, holdingRows = 9;
   void showHolding(const std::optional<QuoteSnapshot>& quote);
+  void showAlerts(const std::string& symbol);
   std::vector<QLabel*> values_;
   std::string requestedFor_;
   ChangeSignal::Subscription subscription_;

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "core/NumberText.h"
+#include "views/AlertTexts.h"
 #include "views/OrbPalette.h"
 #include "views/TextStyle.h"
 #include "views/Theme.h"
@@ -40,7 +41,8 @@ std::optional<double> parseAlertPrice(std::string input) {
   return value;
 }
 
-AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, QWidget* parent)
+AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
+                                 std::function<void()> openAll, QWidget* parent)
     : QWidget(parent), model_(model), close_(std::move(close)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(24, 8, 24, 24);
@@ -68,7 +70,10 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   current_ = themedLabel(QString(), TextRole::plain, 20, QFont::Bold, this);
   current_->setWordWrap(false);
   layout->addWidget(current_);
-  QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] { showCurrent(); });
+  QObject::connect(symbol_, &QComboBox::currentIndexChanged, this, [this] {
+    showCurrent();
+    showOthers();
+  });
 
   // Two pills: the chosen direction carries the accent in every theme.
   direction_ = new QButtonGroup(this);
@@ -112,9 +117,37 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close, Q
   buttons->addWidget(clearButton);
   buttons->addStretch();
   buttons->addWidget(saveButton);
+  others_ = themedLabel(QString(), TextRole::secondary, 12, QFont::Normal, this);
+  layout->addWidget(others_);
+  auto* all = new QPushButton(QStringLiteral("管理全部提醒"), this);
+  all->setProperty("flat", true);
+  QObject::connect(all, &QPushButton::clicked, this, [openAll = std::move(openAll)] {
+    if (openAll) openAll();
+  });
+  auto* allRow = new QHBoxLayout;
+  allRow->addWidget(all);
+  allRow->addStretch();
+  layout->addLayout(allRow);
   layout->addStretch();
   layout->addLayout(buttons);
   showCurrent();
+  showOthers();
+  subscription_ = model.subscribe([this] { showOthers(); });
+}
+
+void AlertEditorView::showOthers() {
+  const std::string symbol = symbol_->currentData().toString().toStdString();
+  QStringList lines;
+  for (const auto& [rule, state] : model_.alertList()) {
+    if (rule.symbolID != symbol || rule.id == primaryAlertID) continue;
+    const std::string condition =
+        model_.masked() ? std::string(label(rule.kind)) + " ••••" : conditionText(rule);
+    lines << QString::fromStdString(condition + " · " + repeatText(rule) + " · " +
+                                    alertStateText(rule, state));
+  }
+  others_->setText(lines.isEmpty() ? QString()
+                                   : QStringLiteral("此标的的其他提醒\n") + lines.join(u'\n'));
+  others_->setVisible(!lines.isEmpty());
 }
 
 void AlertEditorView::setAbove(bool above) {

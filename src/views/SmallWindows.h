@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QWidget>
 
+#include "core/ChangeSignal.h"
 #include "model/AppModel.h"
 
 namespace tidemark {
@@ -23,12 +24,15 @@ std::optional<double> parseAlertPrice(std::string input);
 // Sets or clears the one price alert: which security, which direction, what price.
 class AlertEditorView final : public QWidget {
  public:
-  AlertEditorView(AppModel& model, std::function<void()> close, QWidget* parent = nullptr);
+  // `openAll` opens the settings on every alert.
+  AlertEditorView(AppModel& model, std::function<void()> close, std::function<void()> openAll = {},
+                  QWidget* parent = nullptr);
 
   QComboBox& symbol() { return *symbol_; }
   QLineEdit& price() { return *input_; }
   QLabel& message() { return *message_; }
   QLabel& current() { return *current_; }
+  QLabel& others() { return *others_; }
   void setAbove(bool above);
   void save();
   void clear();
@@ -38,6 +42,8 @@ class AlertEditorView final : public QWidget {
 
  private:
   void showCurrent();
+  // The chosen symbol's alerts besides the one edited here.
+  void showOthers();
 
   AppModel& model_;
   std::function<void()> close_;
@@ -47,6 +53,8 @@ class AlertEditorView final : public QWidget {
   QButtonGroup* direction_;
   QLineEdit* input_;
   QLabel* message_;
+  QLabel* others_;
+  ChangeSignal::Subscription subscription_;
 };
 
 // The first-run guide: what the orb's gestures do; "开始探索" records that it has been seen.

@@ -9,7 +9,9 @@
 
 #include "desktop/DesktopFixture.h"
 #include "views/AlertsView.h"
+#include "views/DetailView.h"
 #include "views/SettingsView.h"
+#include "views/SmallWindows.h"
 
 namespace tidemark {
 namespace {
@@ -96,6 +98,40 @@ TEST(AlertsSection, AddRefuseSwitchDeletePauseAndMask) {
   shown = view.shownTexts();
   EXPECT_TRUE(shown.contains(u"价格跌到 ••••"_s)) << shown.join(u'|').toStdString();
   EXPECT_FALSE(shown.join(u'|').contains(u"1,500"_s));
+}
+
+// The editor shows the chosen symbol's other rules and leads to the section; the detail counts
+// the active symbol's rules that are on.
+TEST(AlertsSection, TheEditorListsTheOtherRulesAndTheDetailCountsThem) {
+  test::Desktop d;
+  for (const auto& [symbol, kind, threshold] :
+       {std::tuple{"600519", AlertKind::changeDown, 5.0}, {"00700", AlertKind::changeUp, 3.0}})
+    ASSERT_EQ(d.model->addAlert({"", symbol, kind, threshold, AlertRepeat::daily, true, {}}),
+              std::nullopt);
+  d.delegate->windows().open(AuxWindow::alert);
+  auto* editor = d.inWindow<AlertEditorView>(AuxWindow::alert);
+  ASSERT_TRUE(editor);
+  ASSERT_EQ(editor->symbol().currentData().toString(), u"600519"_s);
+  EXPECT_EQ(editor->others().text(), u"此标的的其他提醒\n跌幅达到 5.00% · 每日一次 · 待触发"_s);
+  d.model->setMasked(true);
+  QTest::qWait(1);
+  EXPECT_EQ(editor->others().text(), u"此标的的其他提醒\n跌幅达到 •••• · 每日一次 · 待触发"_s);
+  named<QPushButton>(*editor, u"管理全部提醒"_s).click();
+  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
+  ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->currentSection(), SettingsSection::alerts);
+
+  d.model->setMasked(false);
+  settings->showSection(SettingsSection::detail);
+  QTest::qWait(1);
+  EXPECT_TRUE(settings->detail().figureTexts().contains(u"1 条"_s));
+  d.model->setAlert("600519", 2000, true);
+  d.model->removeAlert(d.model->alertBook().rules()[0].id);
+  QTest::qWait(1);
+  EXPECT_TRUE(settings->detail().figureTexts().contains(u"1 条"_s)) << "the primary one";
+  d.model->clearAlert();
+  QTest::qWait(1);
+  EXPECT_FALSE(settings->detail().figureTexts().join(u'|').contains(u"条"_s));
 }
 
 }  // namespace

@@ -47,10 +47,10 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     AlertEditorView editor(*model, [&] { ++closed; });
     editor.show();
     EXPECT_EQ(editor.focusWidget(), &editor.price()) << "typing goes to the price at once";
-    EXPECT_EQ(
-        texts(editor),
-        (QStringList{"价格预警", "行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。", "当前价格",
-                     "1,468.80", "价格达到或高于", "价格达到或低于", "清除提醒", "保存提醒"}));
+    EXPECT_EQ(texts(editor),
+              (QStringList{"价格预警", "行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。",
+                           "当前价格", "1,468.80", "价格达到或高于", "价格达到或低于", "清除提醒",
+                           "保存提醒", "管理全部提醒"}));
     QTest::keyClicks(&editor.price(), u"12x"_s);
     EXPECT_EQ(editor.message().text(), u"请输入有效且大于 0 的数字。"_s);
     editor.save();

@@ -163,7 +163,11 @@ else
   fail "after the drag to the left edge the window is $(geometry)"
 fi
 shot wayland-docked
-beside=$(through 150 400) above=$(through 60 200) on=$(through 20 400)
+beside=$(through 150 400)
+# The first click after a drag can be lost on a busy machine; while the orb still shows docked it
+# was not the orb's, and the click is tried once more.
+[ "$beside" = 1 ] || ! geometry_is "0 329 63x126" || beside=$(through 150 400)
+above=$(through 60 200) on=$(through 20 400)
 if [ "$beside $above $on" = "1 1 0" ]; then
   ok "docked: clicks in the visible half of the canvas beside the half-disc reached foot, one on it did not"
 else
