@@ -132,8 +132,8 @@ bool AlertBook::matches(std::string_view storedBytes) const {
   return stored && dropped == 0 && stored->paused == paused_ && stored->rules == rules_;
 }
 
-AlertBook::Evaluation AlertBook::evaluate(const AlertWorld& world) {
-  if (paused_) return {};
+size_t AlertBook::evaluate(const AlertWorld& world) {
+  if (paused_) return 0;
   struct Firing {
     const QuoteSnapshot* quote;
     std::vector<const AlertRule*> rules;
@@ -151,9 +151,9 @@ AlertBook::Evaluation AlertBook::evaluate(const AlertWorld& world) {
     if (it == fired.end()) it = fired.insert(fired.end(), {rule.symbolID, Firing{quote, {}}});
     it->second.rules.push_back(&rule);
   }
-  Evaluation result;
+  size_t count = 0;
   for (const auto& [symbol, firing] : fired) {
-    result.fired += firing.rules.size();
+    count += firing.rules.size();
     // At most one a minute a symbol; a clock set back starts the minute again.
     if (auto last = notifiedAt_.find(symbol); last != notifiedAt_.end()) {
       const double since = world.now - last->second;
@@ -166,9 +166,10 @@ AlertBook::Evaluation AlertBook::evaluate(const AlertWorld& world) {
     for (const AlertRule* rule : firing.rules)
       request.body += (request.body.empty() ? "" : "\n") + firedSentence(*rule, *firing.quote);
     if (world.masked) request.body = maskedAlertBody;
-    result.notifications.push_back(std::move(request));
+    waiting_.push_back(std::move(request));
   }
-  return result;
+  if (waiting_.size() > 50) waiting_.erase(waiting_.begin(), waiting_.end() - 50);
+  return count;
 }
 
 }  // namespace tidemark

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/Notifier.h"
@@ -49,13 +50,13 @@ class AlertBook {
   // Whether these stored bytes read whole to exactly this book.
   bool matches(std::string_view storedBytes) const;
 
-  // The rules that fire now are marked triggered at `world.now`. The notifications to post: one
-  // per symbol, none for a symbol notified less than a minute ago.
-  struct Evaluation {
-    size_t fired = 0;
-    std::vector<NotificationRequest> notifications;
-  };
-  Evaluation evaluate(const AlertWorld& world);
+  // The rules that fire now are marked triggered at `world.now`; how many fired. Their
+  // notifications wait in takeNotifications(): one per symbol, none for a symbol notified less
+  // than a minute ago.
+  size_t evaluate(const AlertWorld& world);
+  // The notifications not yet posted, the oldest first; at most the last 50 are kept (while the
+  // desktop has not said it takes them).
+  std::vector<NotificationRequest> takeNotifications() { return std::exchange(waiting_, {}); }
 
   // The identifier of a rule's notification.
   static std::string identifier(const std::string& symbol, std::string_view id);
@@ -64,6 +65,7 @@ class AlertBook {
   std::vector<AlertRule> rules_;
   bool paused_ = false;
   std::map<std::string, Date> notifiedAt_;  // by symbol
+  std::vector<NotificationRequest> waiting_;
 };
 
 // A rule's state at `now`: a `daily` one that fired on an earlier date of its exchange is armed

@@ -41,28 +41,29 @@ void AppModel::evaluateAlert() {
     alert_.needsDelivery = true;
     if (alert_.authorized) deliverPriceAlertNotification();
   }
-  const auto evaluation =
+  const size_t fired =
       alerts_.evaluate({[this](const std::string& symbol) { return quote(symbol); },
                         [this](const std::string& symbol) { return isWatched(symbol); },
                         deps_.clock.now(), prefs_.masked});
-  if (evaluation.fired == 0) return;
+  if (fired == 0) return;
   changed_.notify();
   saveAlerts();
-  // Without the desktop's leave the list still shows them fired.
-  if (alert_.authorized)
-    for (const NotificationRequest& request : evaluation.notifications)
-      deps_.notifier.add(request, [] {});
+  deliverPriceAlertNotification();
 }
 
 void AppModel::requestPriceAlertNotifications() {
   deps_.notifier.requestAuthorization(
       lifeline_.guard(std::function<void(bool)>([this](bool granted) {
         alert_.authorized = granted;
-        if (granted && alert_.needsDelivery) deliverPriceAlertNotification();
+        if (granted) deliverPriceAlertNotification();
       })));
 }
 
 void AppModel::deliverPriceAlertNotification() {
+  // The list's notifications wait until the desktop says it takes them.
+  if (alert_.authorized)
+    for (const NotificationRequest& request : alerts_.takeNotifications())
+      deps_.notifier.add(request, [] {});
   if (!alert_.needsDelivery || !alert_.authorized) return;
   if (alert_.deliveryInFlight || !alert_.rule.price) return;
   const QuoteSnapshot* q = alertQuote();

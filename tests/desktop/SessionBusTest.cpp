@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTest>
@@ -509,6 +510,48 @@ struct Running {
   }
 };
 
+// dunst on an X server of its own, owning the session bus's notification service; start() again
+// restarts it.
+struct Dunst {
+  QProcess xvfb;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  std::unique_ptr<Running> daemon;
+  QString owner;
+
+  Dunst() {
+    xvfb.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
+    EXPECT_TRUE(xvfb.waitForStarted() && xvfb.waitForReadyRead(10000)) << "Xvfb did not start";
+    environment.insert(u"DISPLAY"_s, u":"_s + QString::fromLatin1(xvfb.readLine().trimmed()));
+  }
+  ~Dunst() {
+    daemon.reset();
+    xvfb.terminate();
+    xvfb.waitForFinished();
+  }
+  void start() {
+    daemon.reset();
+    daemon = std::make_unique<Running>(u"dunst"_s, QStringList{}, environment);
+    const QString previous = owner;
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+          owner = QDBusConnection::sessionBus()
+                      .interface()
+                      ->serviceOwner(u"org.freedesktop.Notifications"_s)
+                      .value();
+          return !owner.isEmpty() && owner != previous;
+        },
+        10000));
+  }
+  // What it has shown, the newest first (closed at once, so that the history holds them all).
+  QJsonArray history() const {
+    QProcess dunstctl;
+    dunstctl.setProcessEnvironment(environment);
+    dunstctl.start(u"sh"_s, {u"-c"_s, u"dunstctl close-all && dunstctl history"_s});
+    EXPECT_TRUE(dunstctl.waitForFinished(5000));
+    return QJsonDocument::fromJson(dunstctl.readAllStandardOutput())["data"][0].toArray();
+  }
+};
+
 // The calls to the notification service as dbus-monitor prints them: the member and its first
 // number (Notify's replaces_id, CloseNotification's id), and what else a line names.
 QStringList notificationCalls(const QString& monitored) {
@@ -544,33 +587,14 @@ TEST(DBusNotifier, PostsReplacesAndForgetsTheIdsOfADaemonThatRestarted) {
   EXPECT_FALSE(authorized(notifier)) << "no daemon yet";
   EXPECT_TRUE(add("a")) << "no daemon: the post still completes";
 
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  QProcess xvfb;
-  xvfb.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
-  ASSERT_TRUE(xvfb.waitForStarted() && xvfb.waitForReadyRead(10000)) << "Xvfb did not start";
-  environment.insert(u"DISPLAY"_s, u":"_s + QString::fromLatin1(xvfb.readLine().trimmed()));
+  Dunst dunst;
   Running monitor(u"dbus-monitor"_s, {u"--session"_s, u"interface=org.freedesktop.Notifications"_s},
-                  environment);
+                  dunst.environment);
   QString monitored;
-  const auto owner = [] {
-    return QDBusConnection::sessionBus()
-        .interface()
-        ->serviceOwner(u"org.freedesktop.Notifications"_s)
-        .value();
-  };
-  QString previousOwner;
-  const auto startDaemon = [&] {
-    auto daemon = std::make_unique<Running>(u"dunst"_s, QStringList{}, environment);
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return !owner().isEmpty() && owner() != previousOwner; }, 10000));
-    previousOwner = owner();
-    return daemon;
-  };
-  auto dunst = startDaemon();
+  dunst.start();
   EXPECT_TRUE(authorized(notifier));
   for (const char* identifier : {"a", "b", "a"}) EXPECT_TRUE(add(identifier)) << identifier;
-  dunst.reset();
-  dunst = startDaemon();
+  dunst.start();
   notifier.remove("b");  // the old daemon's id 2: nothing to close here
   EXPECT_TRUE(add("a"));
   notifier.remove("a");
@@ -586,15 +610,47 @@ TEST(DBusNotifier, PostsReplacesAndForgetsTheIdsOfADaemonThatRestarted) {
               MatchesRegex("Notify 0, Notify 0, Notify [1-9][0-9]*, Notify 0, "
                            "CloseNotification [1-9][0-9]*"));
   EXPECT_TRUE(add("c"));
-  QProcess dunstctl;
-  dunstctl.start(u"sh"_s, {u"-c"_s, u"dunstctl close-all && dunstctl history"_s});
-  ASSERT_TRUE(dunstctl.waitForFinished(5000));
-  const QJsonArray shown =
-      QJsonDocument::fromJson(dunstctl.readAllStandardOutput())["data"][0].toArray();
+  const QJsonArray shown = dunst.history();
   ASSERT_FALSE(shown.isEmpty());
   EXPECT_EQ(shown[0]["icon_path"]["data"].toString(), icon);
-  xvfb.terminate();
-  xvfb.waitForFinished();
+}
+
+// Alerts through the real notifier to dunst: two rules of one symbol in one notification, another
+// symbol's apart, and while masked no figure, the single alert's included.
+TEST(DBusNotifier, AlertsArriveWithTheirSentencesAndMaskedWithoutFigures) {
+  Dunst dunst;
+  dunst.start();
+  DBusNotifier notifier(QDBusConnection::sessionBus(), u"潮汐栏"_s, QString());
+  test::ModelHarness h;
+  AppModel model({h.store, h.clock, h.scheduler, h.source, notifier, h.folder.path()},
+                 h.folder.path() / "watchlist.json", true, h.bundle);
+  model.setAlertsPaused(true);
+  for (const auto& [symbol, kind, threshold] : {std::tuple{"600519", AlertKind::priceBelow, 1500.0},
+                                                {"600519", AlertKind::changeUp, 1.0},
+                                                {"00700", AlertKind::priceAbove, 1.0}})
+    ASSERT_EQ(model.addAlert({"", symbol, kind, threshold, AlertRepeat::daily, true, {}}),
+              std::nullopt);
+  model.setAlertsPaused(false);  // both symbols fire in one evaluation
+  const auto shown = [&](qsizetype count) {
+    QJsonArray history;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return (history = dunst.history()).size() >= count; }, 5000))
+        << history.size() << " of " << count;
+    QStringList texts;
+    for (const auto& entry : history) {
+      const QJsonObject shownEntry = entry.toObject();
+      texts << shownEntry[u"summary"_s][u"data"_s].toString() + u" | "_s +
+                   shownEntry[u"body"_s][u"data"_s].toString();
+    }
+    return texts;
+  };
+  EXPECT_EQ(shown(2),
+            (QStringList{u"腾讯控股 价格提醒 | HKD 485.20，目标 HKD 1.00 已达到提醒条件。"_s,
+                         u"贵州茅台 价格提醒 | CNY 1,468.80，目标 CNY 1,500.00 "
+                         u"已达到提醒条件。\n今日涨幅 +1.16%，已达到 +1.00% 的提醒条件。"
+                         u"现价 CNY 1,468.80"_s}));
+  model.setMasked(true);
+  model.setAlert("600519", 1400, true);
+  EXPECT_EQ(shown(3).first(), u"贵州茅台 价格提醒 | 提醒已触发（行情已遮蔽）"_s);
 }
 
 }  // namespace
