@@ -677,6 +677,9 @@ void SettingsView::importWatchlist() {
     if (result.holdings) text += QStringLiteral("、%1 项持仓").arg(*result.holdings);
     if (result.skippedHoldings > 0)
       text += QStringLiteral("（跳过 %1 项无效持仓）").arg(result.skippedHoldings);
+    if (result.alerts) text += QStringLiteral("、%1 条提醒").arg(*result.alerts);
+    if (result.skippedAlerts > 0)
+      text += QStringLiteral("（跳过 %1 条无效提醒）").arg(result.skippedAlerts);
     setTransfer(text);
   } catch (const std::system_error&) {
     setTransfer(QStringLiteral("导入失败：无法读取 ") + path);

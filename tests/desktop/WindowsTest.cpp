@@ -339,9 +339,13 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"已导入 5 个标的"_s);
   ASSERT_FALSE(writeFileAtomically(
-      path, R"({"symbols":["NVDA"],"holdings":[{"symbolID":"NVDA","shares":1,"cost":0},{}]})"));
+      path, R"({"symbols":["NVDA"],"holdings":[{"symbolID":"NVDA","shares":1,"cost":0},{}],)"
+            R"("alerts":[{"id":"a","symbolID":"NVDA","kind":"priceBelow","threshold":100,)"
+            R"("repeat":"once","enabled":true,"triggeredAt":null},{"id":"a"}]})"));
   view->importWatchlist();
-  EXPECT_EQ(view->transferMessage(), u"已导入 1 个标的、1 项持仓（跳过 1 项无效持仓）"_s);
+  EXPECT_EQ(view->transferMessage(),
+            u"已导入 1 个标的、1 项持仓（跳过 1 项无效持仓）、1 条提醒（跳过 1 条无效提醒）"_s);
+  EXPECT_EQ(model->alertBook().rules().size(), 1u);
   ASSERT_FALSE(writeFileAtomically(path, "{"));
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导入失败：文件不是有效的 JSON"_s);

@@ -256,5 +256,35 @@ TEST(Alerts, StoredAlertsAreReadBackAndTheSingleAlertListedFirst) {
   EXPECT_EQ(conditionText(list[0].first), "价格跌到 1,500.00");
 }
 
+// The export carries the alerts in their stored form; an import of it brings them back.
+TEST(Alerts, TravelWithTheWatchlist) {
+  ModelHarness h;
+  auto m = h.make();
+  ASSERT_EQ(m->addAlert(rule("", "600519", AlertKind::changeUp, 2.5, AlertRepeat::daily)),
+            std::nullopt);
+  const auto file = h.folder.path() / "export.json";
+  m->exportWatchlist(file);
+  std::error_code error;
+  const std::string text = readFile(file, error).value_or("");
+  EXPECT_NE(text.find(R"("alerts": [
+    {
+      "enabled": true,
+      "id": "r1795140000000",
+      "kind": "changeUp",
+      "repeat": "daily",
+      "symbolID": "600519",
+      "threshold": 2.5,
+      "triggeredAt": null
+    }
+  ],)"),
+            std::string::npos)
+      << text;
+  ModelHarness other;
+  auto imported = other.make();
+  const WatchlistImportResult result = imported->importWatchlist(file);
+  EXPECT_EQ(result.alerts, 1u);
+  EXPECT_EQ(imported->alertBook().rules(), m->alertBook().rules());
+}
+
 }  // namespace
 }  // namespace tidemark
