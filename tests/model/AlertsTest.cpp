@@ -205,6 +205,8 @@ TEST(Alerts, TheListRefusesInWordsAndIsStoredAsWritten) {
   EXPECT_EQ(m->alertList().front().first.id, "primary");
   m->removeAlert("r1795140000000");
   m->setAlertsPaused(true);
+  m->setAlert("600519", 1000, true);  // 1,400 has passed it: paused, the single alert waits too
+  EXPECT_FALSE(m->alertRule().triggered);
   EXPECT_EQ(h.make()->alertBook().rules().size(), 8u) << "read back";
   EXPECT_TRUE(h.make()->alertBook().paused());
 }
