@@ -132,44 +132,49 @@ bool AlertBook::matches(std::string_view storedBytes) const {
   return stored && dropped == 0 && stored->paused == paused_ && stored->rules == rules_;
 }
 
+const QuoteSnapshot* AlertBook::fires(const AlertRule& rule, const AlertWorld& world) {
+  if (!rule.enabled || !world.watched(rule.symbolID) || !rearmed(rule, world.now)) return nullptr;
+  const QuoteSnapshot* quote = world.quote(rule.symbolID);
+  if (!quote || !meetsCondition(rule, *quote)) return nullptr;
+  // The day's change counts only while its market trades: at start the cache holds yesterday's.
+  if (isChangeKind(rule.kind) && !isAwake(exchangeOfSymbol(rule.symbolID), world.now))
+    return nullptr;
+  return quote;
+}
+
 size_t AlertBook::evaluate(const AlertWorld& world) {
   if (paused_) return 0;
-  struct Firing {
-    const QuoteSnapshot* quote;
-    std::vector<const AlertRule*> rules;
-  };
-  std::vector<std::pair<std::string, Firing>> fired;  // in the order of their first rule
-  for (AlertRule& rule : rules_) {
-    if (!rule.enabled || !world.watched(rule.symbolID) || !rearmed(rule, world.now)) continue;
-    const QuoteSnapshot* quote = world.quote(rule.symbolID);
-    if (!quote || !meetsCondition(rule, *quote)) continue;
-    // The day's change counts only while its market trades: at start the cache holds yesterday's.
-    if (isChangeKind(rule.kind) && !isAwake(exchangeOfSymbol(rule.symbolID), world.now)) continue;
-    rule.triggeredAt = world.now;
-    auto it = std::find_if(fired.begin(), fired.end(),
-                           [&rule](const auto& entry) { return entry.first == rule.symbolID; });
-    if (it == fired.end()) it = fired.insert(fired.end(), {rule.symbolID, Firing{quote, {}}});
-    it->second.rules.push_back(&rule);
-  }
+  std::vector<Firing> fired;  // per symbol, in the order of their first rule
   size_t count = 0;
-  for (const auto& [symbol, firing] : fired) {
-    count += firing.rules.size();
-    // At most one a minute a symbol; a clock set back starts the minute again.
-    if (auto last = notifiedAt_.find(symbol); last != notifiedAt_.end()) {
-      const double since = world.now - last->second;
-      if (since >= 0 && since < 60) continue;
-    }
-    notifiedAt_[symbol] = world.now;
-    NotificationRequest request;
-    request.identifier = identifier(symbol, firing.rules.front()->id);
-    request.title = alertTitle(*firing.quote);
-    for (const AlertRule* rule : firing.rules)
-      request.body += (request.body.empty() ? "" : "\n") + firedSentence(*rule, *firing.quote);
-    if (world.masked) request.body = maskedAlertBody;
-    waiting_.push_back(std::move(request));
+  for (AlertRule& rule : rules_) {
+    const QuoteSnapshot* quote = fires(rule, world);
+    if (!quote) continue;
+    rule.triggeredAt = world.now;
+    ++count;
+    auto it = std::find_if(fired.begin(), fired.end(),
+                           [&rule](const Firing& f) { return f.symbol == rule.symbolID; });
+    if (it == fired.end()) it = fired.insert(fired.end(), Firing{rule.symbolID, quote, {}});
+    it->rules.push_back(&rule);
   }
+  for (const Firing& firing : fired) notify(firing, world);
   if (waiting_.size() > 50) waiting_.erase(waiting_.begin(), waiting_.end() - 50);
   return count;
+}
+
+void AlertBook::notify(const Firing& firing, const AlertWorld& world) {
+  // At most one a minute a symbol; a clock set back starts the minute again.
+  if (auto last = notifiedAt_.find(firing.symbol); last != notifiedAt_.end()) {
+    const double since = world.now - last->second;
+    if (since >= 0 && since < 60) return;
+  }
+  notifiedAt_[firing.symbol] = world.now;
+  NotificationRequest request;
+  request.identifier = identifier(firing.symbol, firing.rules.front()->id);
+  request.title = alertTitle(*firing.quote);
+  for (const AlertRule* rule : firing.rules)
+    request.body += (request.body.empty() ? "" : "\n") + firedSentence(*rule, *firing.quote);
+  if (world.masked) request.body = maskedAlertBody;
+  waiting_.push_back(std::move(request));
 }
 
 }  // namespace tidemark

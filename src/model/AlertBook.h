@@ -62,6 +62,16 @@ class AlertBook {
   static std::string identifier(const std::string& symbol, std::string_view id);
 
  private:
+  // The rules of one symbol that fired in one evaluation, with its quote.
+  struct Firing {
+    std::string symbol;
+    const QuoteSnapshot* quote;
+    std::vector<const AlertRule*> rules;
+  };
+  // The rule's quote when the rule fires with it now.
+  static const QuoteSnapshot* fires(const AlertRule& rule, const AlertWorld& world);
+  void notify(const Firing& firing, const AlertWorld& world);
+
   std::vector<AlertRule> rules_;
   bool paused_ = false;
   std::map<std::string, Date> notifiedAt_;  // by symbol

@@ -19,6 +19,22 @@ Date AppModel::embeddedSnapshotDate() {
   return date;
 }
 
+namespace {
+
+// The watchlist file and, beside it, the holdings' and the alerts'. A write cut short by a kill
+// leaves its temporary file, which goes; the real one is intact.
+void placeFiles(const std::optional<std::filesystem::path>& watchlistURL, RecordFile& watchlist,
+                RecordFile& holdings, RecordFile& alerts) {
+  if (!watchlistURL) return;
+  watchlist = RecordFile(watchlistURL);
+  holdings = RecordFile(watchlistURL->parent_path() / "holdings.json");
+  alerts = RecordFile(watchlistURL->parent_path() / "alerts.json");
+  for (const RecordFile* file : {&watchlist, &holdings, &alerts})
+    removeLeftoverTemporaries(*file->path());
+}
+
+}  // namespace
+
 AppModel::AppModel(ModelDependencies dependencies,
                    std::optional<std::filesystem::path> watchlistURL, bool startTimers,
                    Bundle bundle)
@@ -42,11 +58,8 @@ AppModel::AppModel(ModelDependencies dependencies,
 
   if (!watchlistURL && deps_.applicationSupportDirectory)
     watchlistURL = *deps_.applicationSupportDirectory / "Tidemark" / "watchlist.json";
-  if (watchlistURL) {
-    watchlistRecords_.file() = RecordFile(watchlistURL);
-    holdingsRecords_.file() = RecordFile(watchlistURL->parent_path() / "holdings.json");
-    alertsRecords_.file() = RecordFile(watchlistURL->parent_path() / "alerts.json");
-  }
+  placeFiles(watchlistURL, watchlistRecords_.file(), holdingsRecords_.file(),
+             alertsRecords_.file());
 
   sources_ = SourceConfiguration::restored(deps_.defaults, bundle_);
   if (deps_.endpointsOverride) {
@@ -56,10 +69,6 @@ AppModel::AppModel(ModelDependencies dependencies,
   restorePreferences();
   restoreSnapshotCache();
 
-  // A write cut short by a kill leaves its temporary file; the real one is intact.
-  for (const RecordFile* file :
-       {&watchlistRecords_.file(), &holdingsRecords_.file(), &alertsRecords_.file()})
-    if (file->path()) removeLeftoverTemporaries(*file->path());
   std::string fileProblem;
   if (auto stored = watchlistRecords_.read(&fileProblem)) {
     watchlist_ = std::move(*stored);

@@ -117,8 +117,18 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
   buttons->addWidget(clearButton);
   buttons->addStretch();
   buttons->addWidget(saveButton);
+  layout->addLayout(othersBlock(std::move(openAll)));
+  layout->addStretch();
+  layout->addLayout(buttons);
+  showCurrent();
+  showOthers();
+  subscription_ = model.subscribe([this] { showOthers(); });
+}
+
+QLayout* AlertEditorView::othersBlock(std::function<void()> openAll) {
+  auto* block = new QVBoxLayout;
   others_ = themedLabel(QString(), TextRole::secondary, 12, QFont::Normal, this);
-  layout->addWidget(others_);
+  block->addWidget(others_);
   auto* all = new QPushButton(QStringLiteral("管理全部提醒"), this);
   all->setProperty("flat", true);
   QObject::connect(all, &QPushButton::clicked, this, [openAll = std::move(openAll)] {
@@ -127,12 +137,8 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
   auto* allRow = new QHBoxLayout;
   allRow->addWidget(all);
   allRow->addStretch();
-  layout->addLayout(allRow);
-  layout->addStretch();
-  layout->addLayout(buttons);
-  showCurrent();
-  showOthers();
-  subscription_ = model.subscribe([this] { showOthers(); });
+  block->addLayout(allRow);
+  return block;
 }
 
 void AlertEditorView::showOthers() {

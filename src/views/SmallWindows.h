@@ -42,7 +42,8 @@ class AlertEditorView final : public QWidget {
 
  private:
   void showCurrent();
-  // The chosen symbol's alerts besides the one edited here.
+  // The chosen symbol's alerts besides the one edited here, and the way to all of them.
+  QLayout* othersBlock(std::function<void()> openAll);
   void showOthers();
 
   AppModel& model_;
