@@ -258,6 +258,35 @@ TEST(Alerts, StoredAlertsAreReadBackAndTheSingleAlertListedFirst) {
   EXPECT_EQ(conditionText(list[0].first), "价格跌到 1,500.00");
 }
 
+// At a start on Saturday the cache holds Friday's quote, 6 % up: the price rule fires from it,
+// the change rule waits for Monday's session.
+TEST(Alerts, ACachedQuoteAtStartFiresPriceRulesOnly) {
+  ModelHarness h;
+  h.clock.set(at("2026-11-21T02:00:00Z"));
+  h.store.setData(storeKeys::snapshots,
+                  R"([{"id":"600519","market":"A股","name":"贵州茅台","price":106,"prevClose":100,)"
+                  R"("high":106,"low":100,"volume":1,"updatedAt":817000000,"source":"tencent"}])");
+  Preferences p;
+  p.sourceMode = SourceMode::tencent;  // its load never answers: the cached quote stays
+  h.store.setData(storeKeys::preferences, toJson(p).dump());
+  h.source.holdAnswers = true;
+  h.store.setData(storeKeys::alerts,
+                  R"({"version":1,"savedAt":1,"paused":false,"rules":[)"
+                  R"({"id":"c","symbolID":"600519","kind":"changeUp","threshold":5,)"
+                  R"("repeat":"once","enabled":true,"triggeredAt":null},)"
+                  R"({"id":"p","symbolID":"600519","kind":"priceAbove","threshold":105,)"
+                  R"("repeat":"once","enabled":true,"triggeredAt":null}]})");
+  auto m = h.make();
+  ASSERT_NE(m->quote("600519"), nullptr);
+  EXPECT_EQ(m->alertBook().find("c")->triggeredAt, std::nullopt);
+  EXPECT_EQ(m->alertBook().find("p")->triggeredAt, h.clock.now());
+  h.clock.set(at("2026-11-23T02:00:00Z"));
+  h.source.answers[SourceMode::tencent] = {{*m->quote("600519")}, std::nullopt};
+  ASSERT_FALSE(h.source.held.empty());
+  while (!h.source.held.empty()) h.source.releaseNext();  // the start's loads answer at last
+  EXPECT_EQ(m->alertBook().find("c")->triggeredAt, h.clock.now());
+}
+
 // The export carries the alerts in their stored form; an import of it brings them back.
 TEST(Alerts, TravelWithTheWatchlist) {
   ModelHarness h;
