@@ -207,7 +207,7 @@ void OrbSurface::updateYield() {
   const QRect orb = toQRect(sphere).translated(panel_->canvasOrigin());
   // Our windows, and the dialogs they open (a file dialog, a question), focused or not.
   for (QWidget* top : QApplication::topLevelWidgets())
-    if (top != panel_ && top->isVisible() && top->frameGeometry().intersects(orb) &&
+    if (top != panel_.data() && top->isVisible() && top->frameGeometry().intersects(orb) &&
         host_.ownsWindow(top))
       yield = true;
   if (yield == yielding_) return;

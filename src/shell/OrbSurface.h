@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <QMetaObject>
+#include <QPointer>
 #include <QRegion>
 #include <QTimer>
 
@@ -88,7 +89,8 @@ class OrbSurface {
   void pointerEntered();
 
   Host host_;
-  OrbPanel* panel_ = nullptr;
+  // Null once the panel is gone: the delegate destroys it before the surface.
+  QPointer<OrbPanel> panel_;
   bool shown_ = false, yielding_ = false, compositing_ = true, passThrough_ = false;
   bool held_ = false;
   QRegion lastInput_;
