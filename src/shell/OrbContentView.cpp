@@ -25,6 +25,8 @@ OrbContentView::OrbContentView(AppModel& model, OrbWindowModel& windowModel, con
       orb_(new OrbView(model, windowModel, clock, std::move(onAction), this)) {
   resize(static_cast<int>(canvasSide), static_cast<int>(canvasSide));
   setFocusPolicy(Qt::StrongFocus);
+  // Moves without a button reach the view too, so a press whose release was lost can end.
+  setMouseTracking(true);
   // The core comes first: a satellite's or ring button's rectangle reaching over it yields.
   orb_->setCoreTest([this](QPointF p) { return isCore(p); });
 }
@@ -83,6 +85,12 @@ void OrbContentView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void OrbContentView::mouseMoveEvent(QMouseEvent* event) {
   if (!startMouse_) return;
+  // A move without the button held means its release went elsewhere (a compositor can lose it
+  // while the window moves under the pointer): the drag ends here, and no click comes of it.
+  if (!(event->buttons() & Qt::LeftButton)) {
+    release(event->globalPosition(), false);
+    return;
+  }
   const QPointF delta = event->globalPosition() - *startMouse_;
   if (!moved_) {
     if (!startsDrag({delta.x(), delta.y()})) return;
@@ -94,14 +102,16 @@ void OrbContentView::mouseMoveEvent(QMouseEvent* event) {
 
 void OrbContentView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton || !startMouse_) return;
+  release(event->globalPosition(), true);
+}
+
+void OrbContentView::release(QPointF global, bool clicks) {
   if (moved_) {
     // The last moves may not have been reported before the release; it says where the pointer is.
-    if (onDragMove) onDragMove(startOrigin_ + (event->globalPosition() - *startMouse_));
+    if (onDragMove) onDragMove(startOrigin_ + (global - *startMouse_));
     call(onDragEnd);
-  } else if (clickCount_ < 2) {
-    call(onClick);
-  } else {
-    call(onDoubleClick);
+  } else if (clicks) {
+    call(clickCount_ < 2 ? onClick : onDoubleClick);
   }
   startMouse_.reset();
   moved_ = false;

@@ -47,6 +47,8 @@ class OrbContentView final : public QWidget {
 
  private:
   void press(QMouseEvent* event, int clickCount);
+  // Ends a press at the pointer's global place; a lost release ends a drag but clicks nothing.
+  void release(QPointF global, bool clicks);
 
   AppModel& model_;
   OrbWindowModel& windowModel_;

@@ -27,10 +27,13 @@ using test::Desktop;
 
 // A mouse event delivered to the content view, at `local` in a panel that stood at `origin` when
 // the gesture began: a drag moves the panel, and the pointer's place on the screen is what counts.
+// HoverMove stands for a move with no button held.
 void send(QWidget& w, QEvent::Type type, QPointF local, QPointF origin,
           Qt::MouseButton button = Qt::LeftButton) {
+  const bool held = type != QEvent::MouseButtonRelease && type != QEvent::HoverMove;
+  if (type == QEvent::HoverMove) type = QEvent::MouseMove;
   QMouseEvent event(type, local, local + origin, type == QEvent::MouseMove ? Qt::NoButton : button,
-                    type == QEvent::MouseButtonRelease ? Qt::NoButton : button, Qt::NoModifier);
+                    held ? button : Qt::NoButton, Qt::NoModifier);
   QApplication::sendEvent(&w, &event);
 }
 
@@ -51,7 +54,7 @@ std::string section(Desktop& d) {
 std::string state(Desktop& d) {
   const OrbWindowModel& w = d.delegate->windowModel();
   return std::string(w.expanded() ? "spread " : "") + (w.radialOpen() ? "ring " : "") +
-         (w.dockEdge() ? "docked " : "") + "at " +
+         (w.dockEdge() ? "docked " : "") + (w.dragging() ? "dragging " : "") + "at " +
          std::to_string(int(d.delegate->surface().origin().x) + 230) + "," +
          std::to_string(int(d.delegate->surface().origin().y) + 230) +
          (section(d).empty() ? "" : " " + section(d));
@@ -77,6 +80,15 @@ TEST(OrbGestures, TheDelegateActsOnEachGesture) {
         {MouseMove, far},
         {MouseButtonRelease, far}},
        "at 680,410"},
+      // The release went elsewhere: the next move without the button ends the drag there.
+      {{{MouseButtonPress, c},
+        {MouseMove, far},
+        {HoverMove, far + QPointF(20, 0)},
+        {HoverMove, far + QPointF(90, 0)}},
+       "at 700,410"},
+      {{{MouseButtonPress, c}, {HoverMove, c + QPointF(1, 0)}, {MouseButtonRelease, c}},
+       "at 640,400"},
+      {{{MouseButtonPress, c}, {MouseMove, far}}, "dragging at 680,410"},
       {{{MouseMove, c + QPointF(50, 0)}}, "at 640,400"},
   };
   for (const auto& [events, expected] : cases) {
