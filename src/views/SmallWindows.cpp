@@ -54,15 +54,16 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
                   TextRole::secondary, 12, QFont::Normal, this));
 
   symbol_ = new QComboBox(this);
-  // The alert's own security while it is watched, else the active one.
-  const std::string alerted = model.alertRule().symbolID.value_or("");
-  int chosen = -1, active = 0;
+  // The editor opens on the security the orb shows; the primary alert's target and direction
+  // come with it only when that alert watches the same security.
+  const PriceAlertRule& primary = model.alertRule();
+  const bool onActive = primary.symbolID && *primary.symbolID == model.activeID();
+  int active = 0;
   for (const QuoteSnapshot& q : model.watchedQuotes()) {
     symbol_->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
-    if (q.id == alerted) chosen = symbol_->count() - 1;
     if (q.id == model.activeID()) active = symbol_->count() - 1;
   }
-  symbol_->setCurrentIndex(chosen >= 0 ? chosen : active);
+  symbol_->setCurrentIndex(active);
   layout->addWidget(symbol_);
   currentCaption_ =
       themedLabel(QStringLiteral("当前价格"), TextRole::muted, 12, QFont::Normal, this);
@@ -89,14 +90,14 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
   }
   directions->addStretch();
   layout->addLayout(directions);
-  setAbove(model.alertRule().above);
+  setAbove(onActive ? primary.above : true);
 
   input_ = new QLineEdit(this);
   if (model.masked()) {
     input_->setPlaceholderText(QStringLiteral("目标价格已遮蔽"));
   } else {
     input_->setPlaceholderText(QStringLiteral("输入大于 0 的价格"));
-    if (auto price = model.alertRule().price) input_->setText(editable(*price));
+    if (onActive && primary.price) input_->setText(editable(*primary.price));
   }
   layout->addWidget(input_);
   message_ = themedLabel(QString::fromUtf8(""), TextRole::error, 12, QFont::Normal, this);

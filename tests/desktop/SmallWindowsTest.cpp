@@ -39,6 +39,15 @@ QStringList texts(const QWidget& root) {
   return out;
 }
 
+// The pills shown selected; they are buttons marked so, with no meta-object of their own to cast
+// to.
+QStringList selected(QWidget& editor) {
+  QStringList on;
+  for (auto* pill : editor.findChildren<QPushButton*>())
+    if (pill->property("pill").toBool() && pill->property("selected").toBool()) on << pill->text();
+  return on;
+}
+
 TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
   test::ModelHarness h;
   auto model = h.make();
@@ -59,17 +68,9 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     editor.price().setText(u"1,500"_s);
     EXPECT_EQ(editor.message().text(), QString());
     // The chosen direction is the selected pill, whichever was chosen before.
-    const auto selected = [&] {
-      QStringList on;
-      // Pills are buttons marked so; they carry no meta-object of their own to cast to.
-      for (auto* pill : editor.findChildren<QPushButton*>())
-        if (pill->property("pill").toBool() && pill->property("selected").toBool())
-          on << pill->text();
-      return on;
-    };
-    EXPECT_EQ(selected(), QStringList{u"价格达到或高于"_s});
+    EXPECT_EQ(selected(editor), QStringList{u"价格达到或高于"_s});
     editor.setAbove(false);
-    EXPECT_EQ(selected(), QStringList{u"价格达到或低于"_s});
+    EXPECT_EQ(selected(editor), QStringList{u"价格达到或低于"_s});
     QTest::keyClick(&editor.price(), Qt::Key_Return);  // Return saves
     EXPECT_EQ(closed, 1);
     EXPECT_EQ(model->alertRule().price, 1500);
@@ -86,15 +87,16 @@ TEST(AlertEditor, SavesWhatIsValidClearsAndHidesFiguresWhenMasked) {
     click(editor, u"保存提醒"_s);
     EXPECT_EQ(model->alertRule().price, 1600);
   }
-  // The editor starts on the alert's own security while it is watched, else on the active one,
-  // so saving keeps the alert where the user sees it.
-  model->select("NVDA");
-  const std::pair<std::function<void()>, const char*> starts[] = {
-      {[] {}, "600519"}, {[&] { model->remove("600519"); }, "NVDA"}};
-  for (const auto& [change, expected] : starts) {
-    change();
+  // The editor opens on the security the orb shows, with the alert's target and direction only
+  // when the alert watches that security.
+  const std::tuple<const char*, const char*, const char*> starts[] = {
+      {"NVDA", "", "价格达到或高于"}, {"600519", "1600.00", "价格达到或低于"}};
+  for (const auto& [active, target, direction] : starts) {
+    model->select(active);
     AlertEditorView editor(*model, {});
-    EXPECT_EQ(editor.symbol().currentData().toString(), QString::fromUtf8(expected));
+    EXPECT_EQ(editor.symbol().currentData().toString(), QString::fromUtf8(active));
+    EXPECT_EQ(editor.price().text(), QString::fromUtf8(target));
+    EXPECT_EQ(selected(editor), QStringList{QString::fromUtf8(direction)});
   }
   model->setMasked(true);
   AlertEditorView masked(*model, [&] { ++closed; });
