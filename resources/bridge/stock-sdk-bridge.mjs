@@ -3,6 +3,7 @@
 //   node stock-sdk-bridge.mjs --quotes '["600519","00700","NVDA"]'   → [{id, name, price, ...}]
 //   node stock-sdk-bridge.mjs --health                              → exit 0 when the package works
 //   node stock-sdk-bridge.mjs --timeline '{"id":"600519","market":"A股"}' → {"values": [...]}
+//   node stock-sdk-bridge.mjs --kline '{"id":"600519","period":"day"}' → {"bars": [{date, open, ...}]}
 //   node stock-sdk-bridge.mjs --search 茅台                          → the --quotes answer for
 //                                                                     the stocks, funds and
 //                                                                     indices found
@@ -208,6 +209,22 @@ async function timeline(request) {
   return { values: (answer?.data ?? []).map((point) => point.price) };
 }
 
+const KLINE_PERIODS = { day: 'daily', week: 'weekly', month: 'monthly' };
+const KLINE_COUNT = 160;
+
+// The package's day, week or month candles, forward-adjusted, the last KLINE_COUNT of them.
+async function kline(request) {
+  const target = route(String(request.id));
+  if (target.call === 'fund') fail('off-exchange funds have no candles');
+  const api = makeSDK().kline;
+  const name = target.call === 'hk' || target.call === 'us' ? target.call : 'cn';
+  const rows = await api[name](target.ask, { period: KLINE_PERIODS[request.period] ?? 'daily' });
+  const bars = (rows ?? [])
+    .map(({ date, open, high, low, close, volume }) => ({ date, open, high, low, close, volume: volume ?? 0 }))
+    .filter((b) => typeof b.date === 'string' && [b.open, b.high, b.low, b.close].every(Number.isFinite));
+  return { bars: bars.slice(-KLINE_COUNT) };
+}
+
 const SEARCH_MARKETS = new Set(['sh', 'sz', 'bj', 'hk', 'us']);
 const SEARCH_LIMIT = 12;
 
@@ -269,11 +286,15 @@ try {
     const request = JSON.parse(argument ?? '{}');
     if (typeof request?.id !== 'string') fail('--timeline takes {"id", "market"}');
     process.stdout.write(JSON.stringify(await timeline(request)) + '\n');
+  } else if (mode === '--kline') {
+    const request = JSON.parse(argument ?? '{}');
+    if (typeof request?.id !== 'string') fail('--kline takes {"id", "period"}');
+    process.stdout.write(JSON.stringify(await kline(request)) + '\n');
   } else if (mode === '--search') {
     if (!argument?.trim()) fail('--search takes the text to look up');
     process.stdout.write(JSON.stringify(await search(argument.trim())) + '\n');
   } else {
-    fail('usage: stock-sdk-bridge.mjs --quotes JSON | --health | --timeline JSON | --search TEXT');
+    fail('usage: stock-sdk-bridge.mjs --quotes JSON | --health | --timeline JSON | --kline JSON | --search TEXT');
   }
 } catch (error) {
   fail(String(error?.message ?? error));

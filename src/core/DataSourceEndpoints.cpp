@@ -10,7 +10,15 @@ namespace {
 
 using Field = std::string DataSourceEndpoints::*;
 
-constexpr std::array<std::pair<const char*, Field>, 9> fields{{
+// A key added after the first manifests were published is optional: a manifest without it
+// keeps the bundled value.
+struct FieldSpec {
+  const char* name;
+  Field field;
+  bool required = true;
+};
+
+constexpr std::array<FieldSpec, 10> fields{{
     {"tencentQuote", &DataSourceEndpoints::tencentQuote},
     {"stockSDKTencentBase", &DataSourceEndpoints::stockSDKTencentBase},
     {"sinaQuote", &DataSourceEndpoints::sinaQuote},
@@ -20,6 +28,7 @@ constexpr std::array<std::pair<const char*, Field>, 9> fields{{
     {"eastmoneyFundHistory", &DataSourceEndpoints::eastmoneyFundHistory},
     {"yahooChart", &DataSourceEndpoints::yahooChart},
     {"yahooSearch", &DataSourceEndpoints::yahooSearch},
+    {"tencentKline", &DataSourceEndpoints::tencentKline, false},
 }};
 
 // Tencent static content, Sina scripts, Sina finance, Eastmoney fund estimates, Eastmoney, Yahoo.
@@ -61,28 +70,29 @@ const DataSourceEndpoints& DataSourceEndpoints::bundled() {
       "https://fund.eastmoney.com/pingzhongdata/",
       "https://query1.finance.yahoo.com/v8/finance/chart/",
       "https://query1.finance.yahoo.com/v1/finance/search?q=",
+      "https://web.ifzq.gtimg.cn/appstock/app/fqkline/get?param=",
   };
   return endpoints;
 }
 
 bool DataSourceEndpoints::isValid() const {
-  for (const auto& [name, field] : fields)
+  for (const auto& [name, field, required] : fields)
     if (!isValidEndpoint(this->*field)) return false;
   return true;
 }
 
 Json toJson(const DataSourceEndpoints& endpoints) {
   Json object = Json::object();
-  for (const auto& [name, field] : fields) object[name] = endpoints.*field;
+  for (const auto& [name, field, required] : fields) object[name] = endpoints.*field;
   return object;
 }
 
 std::optional<DataSourceEndpoints> endpointsFromJson(const Json& object) {
   DataSourceEndpoints endpoints;
-  for (const auto& [name, field] : fields) {
+  for (const auto& [name, field, required] : fields) {
     auto value = json::string(object, name);
-    if (!value) return std::nullopt;
-    endpoints.*field = std::move(*value);
+    if (!value && required) return std::nullopt;
+    endpoints.*field = value.value_or(DataSourceEndpoints::bundled().*field);
   }
   return endpoints;
 }

@@ -20,6 +20,7 @@ struct DataSourceEndpoints {
   std::string eastmoneyFundHistory;
   std::string yahooChart;
   std::string yahooSearch;
+  std::string tencentKline;  // day, week and month candles
 
   // The compiled-in set of public hosts.
   static const DataSourceEndpoints& bundled();

@@ -90,6 +90,10 @@ bool isFundStyleSymbol(std::string_view s) {
          s.starts_with("16");
 }
 
+bool isOffExchangeFundSymbol(std::string_view s) {
+  return s.size() == 6 && (s.starts_with("01") || s.starts_with("02"));
+}
+
 namespace {
 
 std::optional<Market> indexMarket(std::string_view symbol) {

@@ -53,6 +53,9 @@ bool isIndexSymbol(std::string_view symbol);
 // Six-character codes starting "01", "02", "5", "15" or "16": funds, which the two text feeds
 // are not asked for.
 bool isFundStyleSymbol(std::string_view symbol);
+// Six-character codes starting "01" or "02": funds sold off the exchange, which have a daily net
+// value but no candles.
+bool isOffExchangeFundSymbol(std::string_view symbol);
 
 // The market a feed's record of a symbol is labelled with: an index's; else US shares for a
 // symbol with a non-digit, Hong Kong shares for five characters, otherwise A-shares. A fund's

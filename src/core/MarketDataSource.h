@@ -7,6 +7,7 @@
 
 #include "core/DataSourceEndpoints.h"
 #include "core/Enums.h"
+#include "core/Kline.h"
 #include "core/QuoteSnapshot.h"
 
 namespace tidemark {
@@ -14,6 +15,13 @@ namespace tidemark {
 // The quotes one source could read (possibly fewer than asked) and its error text, if any.
 using QuotesCompletion =
     std::function<void(std::vector<QuoteSnapshot> quotes, std::optional<std::string> error)>;
+
+// The candles one source could read, oldest first, or its error text.
+struct KlineAnswer {
+  std::vector<KlineBar> bars;
+  std::optional<std::string> error;
+};
+using KlineCompletion = std::function<void(KlineAnswer)>;
 
 // What the market model asks of the live data sources. Every request is built from the
 // endpoint set passed with it. Completions run on the main thread, exactly once; they may run
@@ -46,6 +54,14 @@ class MarketDataSource {
   virtual void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
                              const std::string& market,
                              std::function<void(Intraday)> completion) = 0;
+
+  // The day, week or month candles of one security from the source a mode reads them from.
+  virtual void fetchKline(
+      SourceMode /*source*/, const DataSourceEndpoints& /*endpoints*/,
+      const std::string& /*symbol*/, KlinePeriod /*period*/,
+      KlineCompletion completion) {  // NOLINT(performance-unnecessary-value-param)
+    completion({{}, "数据源不提供K线"});
+  }
 
   // Securities whose code or name matches the text, with their quotes, best match first. No
   // quotes and no error: nothing matched. An error: the search itself failed, which is all a

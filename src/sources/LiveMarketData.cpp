@@ -4,6 +4,7 @@
 
 #include "core/Market.h"
 #include "core/Url.h"
+#include "sources/KlineFeed.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
 
@@ -115,6 +116,35 @@ void LiveMarketData::fetchIntraday(const DataSourceEndpoints& endpoints, const s
                                    const std::string& market,
                                    std::function<void(Intraday)> completion) {
   bridge_.fetchTimeline(endpoints, id, market, std::move(completion));
+}
+
+void LiveMarketData::fetchKline(SourceMode source, const DataSourceEndpoints& endpoints,
+                                const std::string& symbol, KlinePeriod period,
+                                KlineCompletion completion) {
+  if (isOffExchangeFundSymbol(symbol)) return completion({{}, "场外基金没有K线"});
+  if (source == SourceMode::stockSDK)
+    return bridge_.fetchKline(endpoints, symbol, period, std::move(completion));
+  // Tencent's answer first; the bridge, when it is installed, if that fails. Both failing, the
+  // first reason is told.
+  auto done = std::make_shared<KlineCompletion>(std::move(completion));
+  auto fallback = [this, endpoints, symbol, period, done](std::string error) {
+    if (!bridge_.isAvailable()) return (*done)({{}, std::move(error)});
+    bridge_.fetchKline(endpoints, symbol, period,
+                       [error = std::move(error), done](KlineAnswer answer) {
+                         if (answer.bars.empty()) answer.error = error;
+                         (*done)(std::move(answer));
+                       });
+  };
+  const auto url = tencentKlineURL(endpoints, symbol, period);
+  const auto code = marketCode(symbol, SourceMode::tencent);
+  if (!url || !code || !parseUrl(*url)) return fallback("K线地址无效");
+  HttpRequest request{*url, feedHeaders(SourceMode::tencent), 8, klineMaxBytes};
+  http_.get(request, [code = *code, period, fallback, done](const HttpResponse& response) {
+    if (!isSuccess(response)) return fallback(response.error ? *response.error : "K线请求失败");
+    auto bars = parseTencentKline(*response.body, code, period);
+    if (!bars || bars->empty()) return fallback("K线数据无法读取");
+    (*done)({std::move(*bars), std::nullopt});
+  });
 }
 
 void LiveMarketData::searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,

@@ -27,6 +27,12 @@ class LiveMarketData final : public MarketDataSource {
   bool canFetchIntraday() const override { return bridge_.isAvailable(); }
   void fetchIntraday(const DataSourceEndpoints& endpoints, const std::string& id,
                      const std::string& market, std::function<void(Intraday)> completion) override;
+  // Tencent's candles in the text-feed modes, the bridge's in the stockSDK mode and when Tencent
+  // fails; none for an off-exchange fund.
+  static constexpr size_t klineMaxBytes = 1 << 20;
+  void fetchKline(SourceMode source, const DataSourceEndpoints& endpoints,
+                  const std::string& symbol, KlinePeriod period,
+                  KlineCompletion completion) override;
   // The text feeds have no search; the bridge asks the package's own.
   void searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
                         QuotesCompletion completion) override;

@@ -93,6 +93,12 @@ std::optional<std::vector<double>> decodeTimeline(std::string_view output) {
   return prices;
 }
 
+std::optional<std::vector<KlineBar>> decodeKline(std::string_view output) {
+  auto document = json::parse(output);
+  if (!document || !document->is_object() || !document->contains("bars")) return std::nullopt;
+  return klineBarsFromJson((*document)["bars"]);
+}
+
 struct StockSDKBridge::Slot {
   bool running = false;
   std::vector<std::string> key;  // the running child's arguments and endpoint set
@@ -243,6 +249,25 @@ void StockSDKBridge::fetchTimeline(const DataSourceEndpoints& endpoints, const s
            if (result.launchError || !result.exitedNormally || result.exitCode != 0)
              return completion({std::nullopt, result.replaced});
            completion({decodeTimeline(result.standardOutput)});
+         });
+}
+
+void StockSDKBridge::fetchKline(const DataSourceEndpoints& endpoints, const std::string& id,
+                                KlinePeriod period, KlineCompletion completion) {
+  if (!setup_.script) return completion({{}, "stock-sdk 未随应用安装"});
+  const auto node = nodePath();
+  if (!node) return completion({{}, "未找到 Node.js，无法启动 stock-sdk"});
+  const auto argument = dumpStrict(Json{{"id", id}, {"period", rawValue(period)}});
+  if (!argument) return completion({{}, "无法编码K线请求"});
+  launch(klineRun, request(*node, endpoints, {"--kline", *argument}, setup_.klineDeadline),
+         [completion = std::move(completion)](const ProcessResult& result) {
+           if (result.launchError)
+             return completion({{}, "stock-sdk 启动失败：" + *result.launchError});
+           const bool clean =
+               !result.outputTooLarge && result.exitedNormally && result.exitCode == 0;
+           auto bars = clean ? decodeKline(result.standardOutput) : std::nullopt;
+           if (!bars || bars->empty()) return completion({{}, "stock-sdk 未返回K线"});
+           completion({std::move(*bars), std::nullopt});
          });
 }
 

@@ -31,6 +31,7 @@ struct BridgeSetup {
   double healthDeadline = 4;
   double timelineDeadline = 22;
   double searchDeadline = 22;  // a search and a quote run, one after the other
+  double klineDeadline = 22;
   // The V8 heap of a child, in megabytes. Downloads are buffers outside it, bounded by the
   // script itself.
   int heapLimitMB = 64;
@@ -50,6 +51,10 @@ std::vector<QuoteSnapshot> decodeSDKQuotes(std::string_view output, Date readAt)
 // The bridge's "--timeline" answer {"values": [...]}: the finite prices above zero, in order;
 // none unless the answer is such an object with an array of numbers.
 std::optional<std::vector<double>> decodeTimeline(std::string_view output);
+
+// The bridge's "--kline" answer {"bars": [...]}: the bars `klineBarsFromJson` keeps; none unless
+// the answer is such an object.
+std::optional<std::vector<KlineBar>> decodeKline(std::string_view output);
 
 // Runs the bridge script under Node.js for quotes, its health check, intraday series and
 // search.
@@ -79,13 +84,15 @@ class StockSDKBridge {
   void fetchTimeline(const DataSourceEndpoints& endpoints, const std::string& id,
                      const std::string& market,
                      std::function<void(MarketDataSource::Intraday)> completion);
+  void fetchKline(const DataSourceEndpoints& endpoints, const std::string& id, KlinePeriod period,
+                  KlineCompletion completion);
   // The package's own search: the stocks and funds it finds, with their quotes. An empty answer
   // is a search that matched nothing; an error text is a search that failed.
   void search(const DataSourceEndpoints& endpoints, const std::string& text,
               QuotesCompletion completion);
 
  private:
-  enum Purpose : size_t { quoteRun, healthRun, timelineRun, searchRun, purposeCount };
+  enum Purpose : size_t { quoteRun, healthRun, timelineRun, searchRun, klineRun, purposeCount };
   using Answer = std::function<void(ProcessResult)>;
   struct Slot;
 

@@ -71,7 +71,7 @@ TEST(Endpoints, OneBadFieldInvalidatesTheSet) {
   };
   for (const auto& [texts, valid] : hosts)
     for (const char* text : texts)
-      for (auto field : {&DataSourceEndpoints::tencentQuote, &DataSourceEndpoints::yahooSearch}) {
+      for (auto field : {&DataSourceEndpoints::tencentQuote, &DataSourceEndpoints::tencentKline}) {
         DataSourceEndpoints endpoints = DataSourceEndpoints::bundled();
         endpoints.*field = text;
         EXPECT_EQ(endpoints.isValid(), valid) << text;
@@ -85,14 +85,21 @@ TEST(Manifest, ValidityDecodingAndTheTrustedHost) {
     EXPECT_EQ((DataSourceManifest{schema, revision, DataSourceEndpoints::bundled()}.isValid()),
               valid)
         << schema << " " << revision;
-  // A manifest as the remote host serves it; the bridge script gets the same endpoint object.
+  // A manifest as the remote host serves it; the bridge script gets the same endpoint object. One
+  // written before the K-line key keeps the bundled K-line address.
   const std::string served =
       R"({"schemaVersion":1,"revision":4,"endpoints":{"tencentQuote":"a","stockSDKTencentBase":"b",)"
       R"("sinaQuote":"c","tencentSearch":"d","sinaSearch":"e","eastmoneyFundEstimate":"f",)"
-      R"("eastmoneyFundHistory":"g","yahooChart":"h","yahooSearch":"i"}})";
-  const DataSourceManifest manifest{1, 4, {"a", "b", "c", "d", "e", "f", "g", "h", "i"}};
+      R"("eastmoneyFundHistory":"g","yahooChart":"h","yahooSearch":"i","tencentKline":"j"}})";
+  const DataSourceManifest manifest{1, 4, {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"}};
   EXPECT_EQ(decodeManifest(served), manifest);
   EXPECT_EQ(toJson(manifest).dump(), served);
+  auto older =
+      decodeManifest(std::string(served).replace(served.find(R"(,"tencentKline":"j")"), 19, ""));
+  ASSERT_TRUE(older);
+  EXPECT_EQ(older->endpoints.tencentKline,
+            "https://web.ifzq.gtimg.cn/appstock/app/fqkline/get?param=");
+  EXPECT_EQ(older->endpoints.yahooSearch, "i");
   for (const char* bad : {"{}", "[]", R"({"schemaVersion":1,"revision":2})",
                           R"({"schemaVersion":"1","revision":2,"endpoints":{}})", "nope"})
     EXPECT_EQ(decodeManifest(bad), std::nullopt) << bad;

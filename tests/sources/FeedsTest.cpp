@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/Market.h"
+#include "sources/KlineFeed.h"
 #include "sources/LiveMarketData.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
@@ -328,6 +329,86 @@ TEST(Bridge, AnswersAreReadLeniently) {
   };
   for (const auto& [output, values] : timelines)
     EXPECT_EQ(decodeTimeline(output), values) << output;
+}
+
+// Candles: the two forms of the Tencent answer as recorded, damaged rows among them, and the
+// moving averages worked out by hand (closes 10, 11, ... 31).
+TEST(KlineFeed, RecordedBodiesDamagedRowsAndAverages) {
+  const auto day = parseTencentKline(test::testData("tencent-kline-sh600519-day.json"), "sh600519",
+                                     KlinePeriod::day);
+  ASSERT_TRUE(day);
+  List dates;
+  for (const KlineBar& b : *day) dates.push_back(b.date);
+  List expected;
+  for (int d = 1; d <= 22; ++d)
+    expected.push_back("2026-10-" + std::string(d < 10 ? "0" : "") + std::to_string(d));
+  EXPECT_EQ(dates, expected) << "a row with a seventh element is read, the six damaged ones not";
+  EXPECT_EQ(day->front(), (KlineBar{"2026-10-01", 9.5, 11, 9, 10, 1000}));
+  const auto month = parseTencentKline(test::testData("tencent-kline-sh000001-month.json"),
+                                       "sh000001", KlinePeriod::month);
+  ASSERT_TRUE(month);
+  EXPECT_EQ(*month, (std::vector<KlineBar>{
+                        {"2026-09-30", 3820.11, 3899.10, 3790.00, 3882.78, 48500000000},
+                        {"2026-10-31", 3882.78, 3950.00, 3850.25, 3901.50, 45210000000}}));
+  // Another code, another period, or no series at all.
+  const std::string body = test::testData("tencent-kline-sh600519-day.json");
+  EXPECT_EQ(parseTencentKline(body, "sz000001", KlinePeriod::day), std::nullopt);
+  EXPECT_EQ(parseTencentKline(body, "sh600519", KlinePeriod::week), std::nullopt);
+  for (const char* bad :
+       {"", "{}", R"({"code":0,"data":""})", R"({"data":{"sh600519":{"qfqday":"x"}}})", "[]"})
+    EXPECT_EQ(parseTencentKline(bad, "sh600519", KlinePeriod::day), std::nullopt) << bad;
+  EXPECT_EQ(
+      parseTencentKline(R"({"data":{"sh600519":{"qfqday":[]}}})", "sh600519", KlinePeriod::day),
+      std::vector<KlineBar>{});
+
+  const auto at = [](const std::vector<std::optional<double>>& v, size_t i) {
+    return v.at(i) ? std::to_string(*v.at(i)) : "none";
+  };
+  const auto ma5 = movingAverage(*day, 5), ma10 = movingAverage(*day, 10),
+             ma20 = movingAverage(*day, 20);
+  EXPECT_EQ(List({at(ma5, 3), at(ma5, 4), at(ma5, 21), at(ma10, 8), at(ma10, 9), at(ma10, 21),
+                  at(ma20, 18), at(ma20, 19), at(ma20, 21)}),
+            List({"none", "12.000000", "29.000000", "none", "14.500000", "26.500000", "none",
+                  "19.500000", "21.500000"}));
+}
+
+// Tencent's candles in the text-feed modes; the bridge's when Tencent fails and in the stockSDK
+// mode; the first failure's reason when both fail; nothing at all for an off-exchange fund.
+TEST(FetchKline, TencentThenTheBridgeAndEveryWayToFail) {
+  using enum SourceMode;
+  Harness h;
+  const std::string base = "https://web.ifzq.gtimg.cn/appstock/app/fqkline/get?param=";
+  h.http.responses[base + "sh600519,day,,,160,qfq"] = {
+      200, test::testData("tencent-kline-sh600519-day.json")};
+  h.http.responses[base + "sh600519,week,,,160,qfq"] = {500, "busy", {}};
+  h.processes.results.resize(1);  // later runs fail to start
+  h.processes.results[0].exitedNormally = true;
+  h.processes.results[0].exitCode = 0;
+  h.processes.results[0].standardOutput =
+      R"({"bars":[{"date":"2026-10-05","open":1,"high":2,"low":0.5,"close":1.5,"volume":10},)"
+      R"({"date":"2026-10-12","open":1,"high":0.5,"low":0.9,"close":1.5,"volume":10}]})";
+  const auto fetch = [&](SourceMode mode, const char* symbol, KlinePeriod period) {
+    std::optional<KlineAnswer> answer;
+    h.data.fetchKline(mode, h.endpoints, symbol, period, [&](KlineAnswer a) { answer = a; });
+    for (int turn = 0; turn < 4 && !answer; ++turn) h.scheduler.runDue();
+    std::string text = answer->error.value_or("");
+    for (const KlineBar& b : answer->bars) text += (text.empty() ? "" : " ") + b.date;
+    return text;
+  };
+  EXPECT_EQ(fetch(tencent, "600519", KlinePeriod::day).substr(0, 21), "2026-10-01 2026-10-02");
+  EXPECT_EQ(h.processes.requests.size(), 0u);
+  EXPECT_EQ(fetch(automatic, "600519", KlinePeriod::week), "2026-10-05");
+  EXPECT_EQ(fetch(sina, "600519", KlinePeriod::week), "K线请求失败");
+  EXPECT_EQ(fetch(tencent, "012345", KlinePeriod::day), "场外基金没有K线");
+  EXPECT_EQ(fetch(stockSDK, "600519", KlinePeriod::month), "stock-sdk 启动失败：no such program");
+  ASSERT_EQ(h.http.requests.size(), 3u) << "the stockSDK mode and the fund ask no feed";
+  EXPECT_EQ(std::pair(h.http.requests[0].timeout, h.http.requests[0].maxBytes),
+            std::pair(8.0, size_t{1} << 20));
+  EXPECT_EQ(h.http.requests[0].headers[0].second, "https://finance.qq.com/");
+  ASSERT_EQ(h.processes.requests.size(), 3u);
+  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(h.processes.requests[i].arguments.at(1), "--kline");
+  EXPECT_EQ(h.processes.requests[0].arguments.at(2), R"({"id":"600519","period":"week"})");
+  EXPECT_EQ(h.processes.requests[2].arguments.at(2), R"({"id":"600519","period":"month"})");
 }
 
 }  // namespace

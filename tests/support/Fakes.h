@@ -102,6 +102,11 @@ class FakeMarketDataSource final : public MarketDataSource {
   void answerSearch(size_t index, const Answer& answer) {
     std::exchange(searches.at(index).second, nullptr)(answer.quotes, answer.error);
   }
+  // Held until the test answers it.
+  void fetchKline(SourceMode, const DataSourceEndpoints&, const std::string& symbol,
+                  KlinePeriod period, KlineCompletion completion) override {
+    klineRequests.push_back({symbol + " " + std::string(rawValue(period)), std::move(completion)});
+  }
 
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
@@ -117,7 +122,8 @@ class FakeMarketDataSource final : public MarketDataSource {
   std::vector<std::pair<std::string, std::function<void(Intraday)>>> intradayRequests;
   Answer searchAnswer;
   bool holdSearches = false;
-  std::vector<std::pair<std::string, QuotesCompletion>> searches;  // text, then completion
+  std::vector<std::pair<std::string, QuotesCompletion>> searches;      // text, then completion
+  std::vector<std::pair<std::string, KlineCompletion>> klineRequests;  // "600519 day", completion
 };
 
 // Answers each URL with the response the test configured for it, always after get() has

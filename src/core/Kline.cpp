@@ -1,0 +1,90 @@
+#include "core/Kline.h"
+
+#include <cmath>
+
+namespace tidemark {
+
+std::string_view rawValue(KlinePeriod period) {
+  switch (period) {
+    case KlinePeriod::day:
+      return "day";
+    case KlinePeriod::week:
+      return "week";
+    case KlinePeriod::month:
+      return "month";
+  }
+  return "day";
+}
+
+std::string_view label(KlinePeriod period) {
+  switch (period) {
+    case KlinePeriod::day:
+      return "日K";
+    case KlinePeriod::week:
+      return "周K";
+    case KlinePeriod::month:
+      return "月K";
+  }
+  return "日K";
+}
+
+std::optional<KlinePeriod> klinePeriodFromRawValue(std::string_view raw) {
+  for (KlinePeriod period : allKlinePeriods)
+    if (rawValue(period) == raw) return period;
+  return std::nullopt;
+}
+
+bool isKlineDate(std::string_view text) {
+  if (text.size() != 10 || text[4] != '-' || text[7] != '-') return false;
+  for (size_t i : {0, 1, 2, 3, 5, 6, 8, 9})
+    if (text[i] < '0' || text[i] > '9') return false;
+  return true;
+}
+
+bool isValidBar(const KlineBar& b) {
+  for (double v : {b.open, b.high, b.low, b.close, b.volume})
+    if (!std::isfinite(v)) return false;
+  return isKlineDate(b.date) && b.open > 0 && b.close > 0 && b.low > 0 && b.high >= b.low &&
+         b.volume >= 0;
+}
+
+std::vector<std::optional<double>> movingAverage(const std::vector<KlineBar>& bars, size_t span) {
+  std::vector<std::optional<double>> averages(bars.size());
+  if (span == 0) return averages;
+  double sum = 0;
+  for (size_t i = 0; i < bars.size(); ++i) {
+    sum += bars[i].close;
+    if (i >= span) sum -= bars[i - span].close;
+    if (i + 1 >= span) averages[i] = sum / static_cast<double>(span);
+  }
+  return averages;
+}
+
+Json toJson(const std::vector<KlineBar>& bars) {
+  Json array = Json::array();
+  for (const KlineBar& b : bars)
+    array.push_back(Json{{"date", b.date},
+                         {"open", b.open},
+                         {"high", b.high},
+                         {"low", b.low},
+                         {"close", b.close},
+                         {"volume", b.volume}});
+  return array;
+}
+
+std::optional<std::vector<KlineBar>> klineBarsFromJson(const Json& value) {
+  if (!value.is_array()) return std::nullopt;
+  std::vector<KlineBar> bars;
+  for (const Json& item : value) {
+    auto date = json::string(item, "date");
+    auto open = json::number(item, "open"), high = json::number(item, "high");
+    auto low = json::number(item, "low"), close = json::number(item, "close");
+    auto volume = json::number(item, "volume");
+    if (!date || !open || !high || !low || !close || !volume) continue;
+    KlineBar bar{*date, *open, *high, *low, *close, *volume};
+    if (isValidBar(bar)) bars.push_back(std::move(bar));
+  }
+  return bars;
+}
+
+}  // namespace tidemark
