@@ -34,7 +34,7 @@ namespace {
 // Every option, added to the parser.
 struct Options {
   QCommandLineOption help, version, selfTest, quotes, json, watch, source, symbols, endpoints,
-      previews, holdings, alerts, toggleOrb, toggleMask;
+      previews, holdings, alerts, kline, period, toggleOrb, toggleMask;
 };
 
 Options addOptions(QCommandLineParser& parser) {
@@ -78,6 +78,15 @@ Options addOptions(QCommandLineParser& parser) {
       QStringLiteral("alerts"),
       QStringLiteral("Print every price alert with its condition, repeat and state; --json "
                      "applies; nothing is evaluated or written."));
+  const QCommandLineOption kline(
+      QStringLiteral("kline"),
+      QStringLiteral("Print the candles of SYMBOL as fetched, oldest first, with MA5, MA10 and "
+                     "MA20; --period, --source, --endpoints and --json apply; changes nothing."),
+      QStringLiteral("SYMBOL"));
+  const QCommandLineOption period(QStringLiteral("period"),
+                                  QStringLiteral("The candles' period for --kline: day (the "
+                                                 "default), week or month."),
+                                  QStringLiteral("PERIOD"));
   const auto globalOption = [](GlobalCommand command, const char* more) {
     const auto text = [](std::string_view s) {
       return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
@@ -94,9 +103,9 @@ Options addOptions(QCommandLineParser& parser) {
   const QCommandLineOption toggleMask = globalOption(GlobalCommand::toggleMask, ".");
 
   parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
-                     alerts, toggleOrb, toggleMask});
-  return {help,    version,   selfTest, quotes,   json,   watch,     source,
-          symbols, endpoints, previews, holdings, alerts, toggleOrb, toggleMask};
+                     alerts, kline, period, toggleOrb, toggleMask});
+  return {help,      version,  selfTest, quotes, json,  watch,  source,    symbols,
+          endpoints, previews, holdings, alerts, kline, period, toggleOrb, toggleMask};
 }
 
 using Parsed = std::variant<CommandLine, std::string>;
@@ -123,7 +132,7 @@ std::optional<Parsed> standaloneMode(const QCommandLineParser& parser, const Opt
   }
   if (parser.isSet(o.selfTest)) {
     for (const auto* other : {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.endpoints,
-                              &o.holdings, &o.alerts})
+                              &o.holdings, &o.alerts, &o.kline, &o.period})
       if (parser.isSet(*other)) return std::string("--self-test takes no other option");
     line.mode = CommandLine::Mode::selfTest;
     return line;
@@ -155,6 +164,33 @@ std::optional<std::string> takeQuoteValues(const QCommandLineParser& parser, con
   return std::nullopt;
 }
 
+// --kline with its period; the quotes' other options are not its own.
+std::optional<Parsed> klineMode(const QCommandLineParser& parser, const Options& o) {
+  if (!parser.isSet(o.kline)) {
+    if (parser.isSet(o.period)) return std::string("--period goes with --kline");
+    return std::nullopt;
+  }
+  for (const auto* other : {&o.quotes, &o.watch, &o.symbols, &o.holdings, &o.alerts})
+    if (parser.isSet(*other))
+      return "--kline does not take --" + other->names().constFirst().toStdString();
+  CommandLine line;
+  line.mode = CommandLine::Mode::kline;
+  const auto symbols =
+      validSymbols({std::string(trimmedSymbol(parser.value(o.kline).toStdString()))});
+  if (symbols.empty())
+    return "--kline needs a symbol, not '" + parser.value(o.kline).toStdString() + "'";
+  line.klineSymbol = symbols.front();
+  if (parser.isSet(o.period)) {
+    const std::string value = parser.value(o.period).toStdString();
+    auto period = klinePeriodFromRawValue(value);
+    if (!period) return "unknown period '" + value + "' (day, week, month)";
+    line.klinePeriod = *period;
+  }
+  line.json = parser.isSet(o.json);
+  if (auto error = takeQuoteValues(parser, o, line)) return *error;
+  return line;
+}
+
 }  // namespace
 
 std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments) {
@@ -174,6 +210,7 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   if (!parser.positionalArguments().isEmpty())
     return "unexpected argument '" + parser.positionalArguments().constFirst().toStdString() + "'";
   if (auto standalone = standaloneMode(parser, o)) return *standalone;
+  if (auto kline = klineMode(parser, o)) return *kline;
 
   CommandLine line;
   // Any of the quote options asks for the quotes; alone, --endpoints goes to the desktop app.

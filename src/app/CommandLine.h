@@ -9,16 +9,29 @@
 
 #include "core/DataSourceEndpoints.h"
 #include "core/Enums.h"
+#include "core/Kline.h"
 
 namespace tidemark {
 
 struct CommandLine {
-  enum class Mode { desktop, quotes, selfTest, previews, help, version, toggleOrb, toggleMask };
+  enum class Mode {
+    desktop,
+    quotes,
+    kline,
+    selfTest,
+    previews,
+    help,
+    version,
+    toggleOrb,
+    toggleMask
+  };
   Mode mode = Mode::desktop;
   bool json = false;
   bool watch = false;
   bool holdings = false;  // the holdings instead of the quotes
   bool alerts = false;    // the alerts, as stored
+  std::string klineSymbol;
+  KlinePeriod klinePeriod = KlinePeriod::day;
   std::optional<SourceMode> source;
   std::optional<std::vector<std::string>> symbols;
   std::optional<DataSourceEndpoints> endpoints;

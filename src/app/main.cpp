@@ -10,6 +10,7 @@
 #include "app/AppInfo.h"
 #include "app/CommandLine.h"
 #include "app/DesktopApp.h"
+#include "app/KlineCommand.h"
 #include "app/Previews.h"
 #include "app/QuotesCommand.h"
 #include "app/SingleInstance.h"
@@ -66,6 +67,11 @@ int run(int argc, char** argv) {
       QCoreApplication app(argc, argv);
       QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
       return tidemark::runQuotes(line, std::cout, std::cerr);
+    }
+    case tidemark::CommandLine::Mode::kline: {
+      QCoreApplication app(argc, argv);
+      QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
+      return tidemark::runKline(line, std::cout, std::cerr);
     }
   }
   return 0;

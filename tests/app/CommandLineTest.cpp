@@ -191,6 +191,14 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
        "tidemark: unknown source 'yahoo' (mock, static, automatic, tencent, sina, stockSDK) See "
        "--help.\n"},
       {"--symbols ,", 2, "", "tidemark: --symbols needs at least one symbol See --help.\n"},
+      {"--period week", 2, "", "tidemark: --period goes with --kline See --help.\n"},
+      {"--kline 600519 --period year", 2, "",
+       "tidemark: unknown period 'year' (day, week, month) See --help.\n"},
+      {"--kline 600519 --watch", 2, "", "tidemark: --kline does not take --watch See --help.\n"},
+      {"--kline 600519600519600519", 2, "",
+       "tidemark: --kline needs a symbol, not '600519600519600519' See --help.\n"},
+      {"--kline 012345 --source mock", 1, "",
+       "tidemark: no day candles for 012345: 场外基金没有K线\n"},
       {"--toggle-orb", 1, "", "潮汐栏没有在运行\n"},
       {"--toggle-mask", 1, "", "潮汐栏没有在运行\n"},
       {"--toggle-mask --json", 2, "",
@@ -537,6 +545,41 @@ TEST_F(CommandLine, IndicesBesideTheStockOfTheSameDigits) {
       "usIXIC    纳斯达克  美股指数  22,870.35  -0.31%        0  tencent  实时\n"))
       << out.out;
   EXPECT_EQ(server.targets, std::vector<std::string>{"/q=sh000001,sz000001,hkHSI,usIXIC"});
+}
+
+// The candles as the Tencent feed answers them, as JSON with the averages (none yet with two
+// periods), and a feed that fails: the bridge, trying next, cannot reach its own host either,
+// and the feed's reason is told.
+TEST_F(CommandLine, KlineAsFetched) {
+  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+    if (target == "/kline?param=sh000001,month,,,160,qfq")
+      return {200, test::testData("tencent-kline-sh000001-month.json")};
+    return {500, "busy"};
+  });
+  auto endpoints = DataSourceEndpoints::bundled();
+  endpoints.tencentKline = server.base() + "/kline?param=";
+  const auto file = home.path() / "kline-endpoints.json";
+  std::ofstream(file) << toJson(endpoints).dump();
+  Outcome out =
+      run("--kline sh000001 --period month --json --source tencent --endpoints " + file.string());
+  EXPECT_EQ(out.code, 0) << out.err;
+  const std::string bar1 =
+      R"({"date":"2026-09-30","open":3820.11,"high":3899.1,"low":3790.0,"close":3882.78,)"
+      R"("volume":48500000000.0,"ma5":null,"ma10":null,"ma20":null})";
+  const std::string bar2 =
+      R"({"date":"2026-10-31","open":3882.78,"high":3950.0,"low":3850.25,"close":3901.5,)"
+      R"("volume":45210000000.0,"ma5":null,"ma10":null,"ma20":null})";
+  EXPECT_EQ(json::parse(out.out), json::parse(R"({"symbol":"sh000001","period":"month","bars":[)" +
+                                              bar1 + "," + bar2 + "]}"));
+  Outcome table =
+      run("--kline sh000001 --period month --source tencent --endpoints " + file.string());
+  EXPECT_EQ(table.out,
+            "日期            开盘      最高      最低      收盘    成交量  MA5  MA10  MA20\n"
+            "2026-09-30  3,820.11  3,899.10  3,790.00  3,882.78  485.00亿    —     —     —\n"
+            "2026-10-31  3,882.78  3,950.00  3,850.25  3,901.50  452.10亿    —     —     —\n");
+  Outcome failed = run("--kline 600519 --source tencent --endpoints " + file.string());
+  EXPECT_EQ(std::pair(failed.code, failed.err),
+            std::pair(1, std::string("tidemark: no day candles for 600519: K线请求失败\n")));
 }
 
 // Peak resident memory of each process on its own, with the bridge's feeds on a server thread
