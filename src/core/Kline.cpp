@@ -1,5 +1,7 @@
 #include "core/Kline.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace tidemark {
@@ -46,6 +48,52 @@ bool isValidBar(const KlineBar& b) {
     if (!std::isfinite(v)) return false;
   return isKlineDate(b.date) && b.open > 0 && b.close > 0 && b.low > 0 && b.high >= b.low &&
          b.volume >= 0;
+}
+
+namespace {
+
+std::chrono::sys_days dayOf(std::string_view text) {
+  const auto number = [&](size_t at, size_t length) {
+    int value = 0;
+    for (size_t i = at; i < at + length; ++i) value = value * 10 + (text[i] - '0');
+    return value;
+  };
+  using namespace std::chrono;
+  return sys_days(year(number(0, 4)) / month(unsigned(number(5, 2))) / day(unsigned(number(8, 2))));
+}
+
+}  // namespace
+
+bool samePeriod(std::string_view a, std::string_view b, KlinePeriod period) {
+  if (!isKlineDate(a) || !isKlineDate(b)) return false;
+  switch (period) {
+    case KlinePeriod::day:
+      return a == b;
+    case KlinePeriod::month:
+      return a.substr(0, 7) == b.substr(0, 7);
+    case KlinePeriod::week: {
+      using namespace std::chrono;
+      const auto monday = [](sys_days d) { return d - (weekday(d) - Monday); };
+      return monday(dayOf(a)) == monday(dayOf(b));
+    }
+  }
+  return false;
+}
+
+std::vector<KlineBar> withLiveQuote(std::vector<KlineBar> bars, KlinePeriod period,
+                                    const LiveFigures& live) {
+  if (!(live.price > 0) || !isKlineDate(live.today)) return bars;
+  if (!bars.empty() && bars.back().date > live.today) return bars;
+  if (bars.empty() || !samePeriod(bars.back().date, live.today, period)) {
+    const double open = bars.empty() ? live.price : bars.back().close;
+    bars.push_back({live.today, open, std::max(open, live.price), std::min(open, live.price),
+                    live.price, std::max(0.0, live.volume)});
+  }
+  KlineBar& last = bars.back();
+  last.close = live.price;
+  last.high = std::max({last.high, live.price, live.high});
+  last.low = std::min({last.low, live.price, live.low > 0 ? live.low : live.price});
+  return bars;
 }
 
 std::vector<std::optional<double>> movingAverage(const std::vector<KlineBar>& bars, size_t span) {

@@ -40,6 +40,21 @@ std::vector<std::optional<double>> movingAverage(const std::vector<KlineBar>& ba
 // The spans of the chart's three average lines.
 inline constexpr std::array<size_t, 3> movingAverageSpans{5, 10, 20};
 
+// Whether two "YYYY-MM-DD" dates fall in the same period: the same day, the same Monday-to-Sunday
+// week, or the same month.
+bool samePeriod(std::string_view a, std::string_view b, KlinePeriod period);
+
+// The live quote of `today` ("YYYY-MM-DD", the exchange's date) in the series: the period holding
+// today takes the price as its close and widens its high and low to the price and the day's
+// high and low; without such a period one is added after the last, opening at the last close.
+// Figures not above zero are left out; a series that ends after today is left as it is.
+struct LiveFigures {
+  std::string today;
+  double price = 0, high = 0, low = 0, volume = 0;
+};
+std::vector<KlineBar> withLiveQuote(std::vector<KlineBar> bars, KlinePeriod period,
+                                    const LiveFigures& live);
+
 // A series as stored and printed: [{"date","open","high","low","close","volume"}, ...].
 Json toJson(const std::vector<KlineBar>& bars);
 // The valid bars of such an array; others are skipped. None unless the value is an array.

@@ -1,8 +1,8 @@
 #include "model/KlineBook.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cctype>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 
@@ -56,12 +56,15 @@ std::vector<KlineBar> demoKline(const std::string& symbol, double lastPrice, Kli
                                 int64_t day, size_t count) {
   // A small generator seeded by the symbol and the period, so each series has its own shape.
   uint64_t state = 1469598103934665603ull;
-  for (char c : symbol + std::string(rawValue(period))) state = (state ^ uint8_t(c)) * 1099511628211ull;
+  for (char c : symbol + std::string(rawValue(period)))
+    state = (state ^ uint8_t(c)) * 1099511628211ull;
   const auto unit = [&state] {
     state = state * 6364136223846793005ull + 1442695040888963407ull;
     return double(state >> 11) / double(1ull << 53);
   };
-  const double swing = period == KlinePeriod::day ? 0.02 : period == KlinePeriod::week ? 0.045 : 0.09;
+  const double swing = period == KlinePeriod::day    ? 0.02
+                       : period == KlinePeriod::week ? 0.045
+                                                     : 0.09;
   const auto starts = periodStarts(period, sys_days(days(day)), count);
   std::vector<double> closes(starts.size());
   double close = lastPrice;

@@ -23,9 +23,9 @@ struct Book {
 
   // The series' state as one line: its dates, its error, "loading".
   std::string show(const char* symbol, int64_t day, KlinePeriod period = KlinePeriod::day) {
-    const auto& s = book.series({SourceMode::tencent, DataSourceEndpoints::bundled(), symbol,
-                                 period, day},
-                                [this] { ++changes; });
+    const auto& s =
+        book.series({SourceMode::tencent, DataSourceEndpoints::bundled(), symbol, period, day},
+                    [this] { ++changes; });
     std::string text = s.loading ? "loading" : "";
     for (const KlineBar& b : s.bars) text += (text.empty() ? "" : " ") + b.date;
     if (s.error) text += (text.empty() ? "" : " ") + *s.error;
