@@ -32,8 +32,8 @@ KlineFrame klineFrame(const std::vector<KlineBar>& bars, const Rect& plot,
 
 double candleX(const KlineFrame& frame, size_t i) {
   if (frame.count == 0) return frame.prices.x;
-  return frame.prices.x + (static_cast<double>(i) + 0.5) * frame.prices.width /
-                              static_cast<double>(frame.count);
+  return frame.prices.x +
+         (static_cast<double>(i) + 0.5) * frame.prices.width / static_cast<double>(frame.count);
 }
 
 double candleWidth(const KlineFrame& frame) {
@@ -43,8 +43,7 @@ double candleWidth(const KlineFrame& frame) {
 
 double priceY(const KlineFrame& frame, double price) {
   if (!(frame.high > frame.low)) return frame.prices.midY();
-  return frame.prices.maxY() -
-         (price - frame.low) / (frame.high - frame.low) * frame.prices.height;
+  return frame.prices.maxY() - (price - frame.low) / (frame.high - frame.low) * frame.prices.height;
 }
 
 Rect volumeBar(const KlineFrame& frame, size_t i, double volume) {

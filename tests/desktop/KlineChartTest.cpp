@@ -1,0 +1,71 @@
+// The candle chart's texts, its masking and empty states, and its cached picture.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QMouseEvent>
+
+#include "model/KlineBook.h"
+#include "support/QtPrint.h"
+#include "views/KlineChart.h"
+
+namespace tidemark {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+void hover(KlineChart& chart, size_t i) {
+  const QPointF at(candleX(chart.frame(), i), 100);
+  QMouseEvent move(QEvent::MouseMove, at, chart.mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                   Qt::NoModifier);
+  QApplication::sendEvent(&chart, &move);
+}
+
+TEST(KlineChart, TextsMaskingEmptyStatesAndOneDrawingPerChange) {
+  // 25 periods closing 1 … 25: MA5 of the last is 23, MA10 20.5, MA20 15.5.
+  std::vector<KlineBar> bars;
+  for (int i = 1; i <= 25; ++i)
+    bars.push_back({"2026-10-" + std::string(i < 10 ? "0" : "") + std::to_string(i), i - 0.5,
+                    i + 1.0, i - 1.0, double(i), 32200});
+  KlineChart chart;
+  chart.resize(400, 240);
+  chart.show({bars, KlinePeriod::day, 20.0}, OrbPalette{AppTheme::dark});
+  EXPECT_EQ(chart.legendText(), u"MA5 23.00  MA10 20.50  MA20 15.50"_s);
+  EXPECT_EQ(chart.costText(), u"成本 20.00"_s);
+  hover(chart, 24);
+  EXPECT_EQ(chart.hoveredIndex(), 24u);
+  EXPECT_EQ(chart.readoutText(),
+            u"2026-10-25  开 24.50  高 26.00  低 24.00  收 25.00  涨跌 +4.17%  量 3.2万"_s);
+  hover(chart, 4);
+  EXPECT_EQ(chart.legendText(), u"MA5 3.00  MA10 —  MA20 —"_s) << "the hovered period's averages";
+
+  // The picture is drawn once per change of data, size or theme, not per paint.
+  chart.show({bars, KlinePeriod::day, 20.0}, OrbPalette{AppTheme::dark});
+  chart.grab();
+  const size_t drawn = chart.redraws();
+  chart.grab();
+  chart.show({bars, KlinePeriod::day, 20.0}, OrbPalette{AppTheme::dark});
+  chart.grab();
+  EXPECT_EQ(chart.redraws(), drawn);
+  chart.show({bars, KlinePeriod::day, 20.0}, OrbPalette{AppTheme::light});
+  chart.grab();
+  EXPECT_EQ(chart.redraws(), drawn + 1);
+
+  chart.show({bars, KlinePeriod::day, 20.0, true}, OrbPalette{AppTheme::dark});
+  EXPECT_EQ(chart.legendText(), u"MA5 ••••  MA10 ••••  MA20 ••••"_s);
+  EXPECT_EQ(chart.readoutText(), u"2026-10-05  ••••"_s);
+  EXPECT_EQ(chart.costText(), QString());
+  chart.show({{}, KlinePeriod::week, std::nullopt, false, true}, OrbPalette{AppTheme::dark});
+  EXPECT_EQ(chart.emptyText(), u"正在载入K线…"_s);
+  chart.show({{}, KlinePeriod::week}, OrbPalette{AppTheme::dark});
+  EXPECT_EQ(chart.emptyText(), u"K线数据暂不可用"_s);
+  EXPECT_EQ(chart.hoveredIndex(), std::nullopt);
+  // More than 120 periods: the latest 120 are drawn, the averages reaching back before them.
+  chart.show({demoKline("600519", 1468.8, KlinePeriod::day, 20785), KlinePeriod::day},
+             OrbPalette{AppTheme::dark});
+  EXPECT_EQ(chart.frame().count, 120u);
+  EXPECT_FALSE(chart.legendText().contains(u"—"_s));
+}
+
+}  // namespace
+}  // namespace tidemark
