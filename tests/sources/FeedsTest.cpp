@@ -400,8 +400,9 @@ TEST(FetchKline, TencentThenTheBridgeAndEveryWayToFail) {
   EXPECT_EQ(fetch(automatic, "600519", KlinePeriod::week), "2026-10-05");
   EXPECT_EQ(fetch(sina, "600519", KlinePeriod::week), "K线请求失败");
   EXPECT_EQ(fetch(tencent, "012345", KlinePeriod::day), "场外基金没有K线");
+  EXPECT_EQ(fetch(stockSDK, "020001", KlinePeriod::day), "场外基金没有K线");
   EXPECT_EQ(fetch(stockSDK, "600519", KlinePeriod::month), "stock-sdk 启动失败：no such program");
-  ASSERT_EQ(h.http.requests.size(), 3u) << "the stockSDK mode and the fund ask no feed";
+  ASSERT_EQ(h.http.requests.size(), 3u) << "the stockSDK mode and the funds ask no feed";
   EXPECT_EQ(std::pair(h.http.requests[0].timeout, h.http.requests[0].maxBytes),
             std::pair(8.0, size_t{1} << 20));
   EXPECT_EQ(h.http.requests[0].headers[0].second, "https://finance.qq.com/");
