@@ -297,7 +297,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   DBusNotifier notifier(QDBusConnection::sessionBus(), QStringLiteral("潮汐栏"),
                         QString::fromStdString(appIconFile(bundle, 128)));
   AppModel model({*store, clock, scheduler, live.data, notifier, applicationSupportDirectory(),
-                  line.endpoints},
+                  line.endpoints, true, applicationCacheDirectory()},
                  std::nullopt, true, bundle);
   StoreNotices notices(model, store->fileName().toStdString(), std::cerr);
   auto windowSystem = makeWindowSystem();

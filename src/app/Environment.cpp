@@ -35,6 +35,12 @@ std::optional<std::filesystem::path> applicationSupportDirectory() {
   return std::filesystem::path(location.toStdString());
 }
 
+std::optional<std::filesystem::path> applicationCacheDirectory() {
+  const QString location = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+  if (location.isEmpty()) return std::nullopt;
+  return std::filesystem::path(location.toStdString()) / "Tidemark";
+}
+
 std::string appIconFile(const Bundle& bundle, int side) {
   if (bundle.resourceDirectory.empty()) return {};
   const auto file = bundle.resourceDirectory / "icons" / (std::to_string(side) + ".png");

@@ -16,6 +16,9 @@ Bundle applicationBundle();
 // its "Tidemark" subfolder.
 std::optional<std::filesystem::path> applicationSupportDirectory();
 
+// The app's own cache folder (~/.cache/Tidemark on Linux), for what can be fetched again.
+std::optional<std::filesystem::path> applicationCacheDirectory();
+
 // The app's icon rendered at `side` pixels square, from the resources' "icons" folder; empty
 // where the resources have none.
 std::string appIconFile(const Bundle& bundle, int side);

@@ -39,6 +39,8 @@ AppModel::AppModel(ModelDependencies dependencies,
                    std::optional<std::filesystem::path> watchlistURL, bool startTimers,
                    Bundle bundle)
     : deps_(std::move(dependencies)),
+      klines_(deps_.dataSource, deps_.clock,
+              deps_.cacheDirectory ? std::optional(*deps_.cacheDirectory / "kline") : std::nullopt),
       bundle_(std::move(bundle)),
       watchlistRecords_(deps_.defaults, RecordFile(), maxWatchlistLength),
       holdingsRecords_(deps_.defaults, RecordFile()),
@@ -154,6 +156,7 @@ void AppModel::restorePreferences() {
   setAutoRotate(p->autoRotate);
   setMenuDensity(clampedMenuDensity(static_cast<int64_t>(p->menuDensity)));
   setOrbShowsName(p->orbShowsName.value_or(false));
+  setDetailChart(p->detailChart);
   setPhase(p->phase);
   setLastError(p->lastError);
   setLatencyMS(p->latencyMS);

@@ -14,6 +14,7 @@
 #include "core/QuoteSnapshot.h"
 #include "model/HoldingsBook.h"
 #include "model/IntradaySeries.h"
+#include "model/KlineBook.h"
 #include "model/MarketSessions.h"
 #include "model/ModelDependencies.h"
 #include "model/ModelError.h"
@@ -45,8 +46,6 @@ class AppModel {
   // `startTimers` false (self-test, command-line runs): no heartbeat, notifications or bootstrap.
   AppModel(ModelDependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
            bool startTimers, Bundle bundle);
-  AppModel(const AppModel&) = delete;
-  AppModel& operator=(const AppModel&) = delete;
 
   [[nodiscard]] ChangeSignal::Subscription subscribe(std::function<void()> handler) {
     return changed_.subscribe(std::move(handler));
@@ -171,6 +170,10 @@ class AppModel {
 
   // Today's series of a quote: asked for at most once a minute, the quote's trend until then.
   void fetchIntraday(const QuoteSnapshot& quote);
+  // A security's candles as known now (asked once a day when missing), and the detail's chart.
+  const KlineBook::Series& kline(const std::string& symbol, KlinePeriod period);
+  std::optional<KlinePeriod> detailChart() const { return prefs_.detailChart; }
+  void setDetailChart(std::optional<KlinePeriod> period);
 
  private:
   // Stores a published value and notifies; no side effects.
@@ -222,6 +225,7 @@ class AppModel {
   // Published.
   std::vector<QuoteSnapshot> quotes_;
   IntradaySeries intraday_;
+  KlineBook klines_;
   SourceConfiguration sources_;
   std::vector<std::string> watchlist_;
   // The preferences in use. Its alert fields stay unused: the alert writes its rule when saved.

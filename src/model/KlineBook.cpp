@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "core/FileIO.h"
+#include "core/Market.h"
 
 namespace tidemark {
 namespace {
@@ -155,6 +156,18 @@ const KlineBook::Series& KlineBook::series(const Request& request,
                                            const std::function<void()>& changed) {
   const Key key{request.symbol, request.period};
   Entry& e = entry(key);
+  if (!isLive(request.mode)) {
+    // Made once a day; the live price moves its last period.
+    if (e.day == request.day && !e.series.bars.empty()) return e.series;
+    e.day = request.day;
+    e.series = {};
+    if (isOffExchangeFundSymbol(request.symbol) || !(request.demoPrice > 0)) {
+      e.series.error = "K线数据暂不可用";
+    } else {
+      e.series.bars = demoKline(request.symbol, request.demoPrice, request.period, request.day);
+    }
+    return e.series;
+  }
   const double now = clock_.now().unixSeconds();
   if (e.day == request.day &&
       (e.series.loading || !e.series.bars.empty() || now - e.failedAt < retryAfter))

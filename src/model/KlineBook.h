@@ -32,6 +32,8 @@ class KlineBook {
     std::string symbol;
     KlinePeriod period;
     int64_t day;  // the exchange's date, days since 1970-01-01
+    // In the demonstration and static modes the series is made up, ending at this price.
+    double demoPrice = 0;
   };
 
   // Series kept in memory and files kept in the folder; older ones make way.
@@ -43,7 +45,7 @@ class KlineBook {
             std::optional<std::filesystem::path> folder);
 
   // What is known of the series now. Asks the source when the day's answer is neither in memory
-  // nor in the folder, and runs `changed` once the answer is in.
+  // nor in the folder, and runs `changed` once the answer is in. Offline modes ask nothing.
   const Series& series(const Request& request, const std::function<void()>& changed);
 
   // "kline-600519-day.json" in the folder; "kline-a_2Fb-week.json" for "a/b".

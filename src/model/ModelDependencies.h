@@ -27,6 +27,8 @@ struct ModelDependencies {
   std::optional<DataSourceEndpoints> endpointsOverride = std::nullopt;
   // False where the alerts are only listed as stored (the command line's --alerts).
   bool evaluatesAlerts = true;
+  // Where fetched candles are kept between runs ("<it>/kline"); none: in memory only.
+  std::optional<std::filesystem::path> cacheDirectory = std::nullopt;
 };
 
 }  // namespace tidemark

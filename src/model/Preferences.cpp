@@ -41,6 +41,7 @@ Json toJson(const Preferences& p) {
   object["alertAbove"] = p.alertAbove;
   object["alertTriggered"] = p.alertTriggered;
   if (p.alertSymbolID) object["alertSymbolID"] = *p.alertSymbolID;
+  if (p.detailChart) object["detailChart"] = rawValue(*p.detailChart);
   return object;
 }
 
@@ -80,6 +81,10 @@ std::optional<Preferences> preferencesFromJson(const Json& object, std::string* 
   take(boolean(object, "alertAbove"), "alertAbove", p.alertAbove);
   take(boolean(object, "alertTriggered"), "alertTriggered", p.alertTriggered);
   takeOptional("alertSymbolID", p.alertSymbolID, string);
+  takeOptional("detailChart", p.detailChart, [](const Json& o, const char* key) {
+    auto raw = string(o, key);
+    return raw ? klinePeriodFromRawValue(*raw) : std::nullopt;
+  });
   if (bad.empty()) return p;
   if (badKey) *badKey = bad;
   return std::nullopt;

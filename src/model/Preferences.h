@@ -8,6 +8,7 @@
 #include "core/Date.h"
 #include "core/Enums.h"
 #include "core/Json.h"
+#include "core/Kline.h"
 
 namespace tidemark {
 
@@ -38,13 +39,15 @@ struct Preferences {
   bool alertAbove = true;
   bool alertTriggered = false;
   std::optional<std::string> alertSymbolID;
+  // The detail's chart: candles of this period, or the intraday line when absent.
+  std::optional<KlinePeriod> detailChart;
 
   friend bool operator==(const Preferences&, const Preferences&) = default;
 };
 
 // Keys in field order; an absent optional is left out.
 Json toJson(const Preferences& preferences);
-// The four optional keys may be missing (or null); a missing required key, a value of the wrong
+// The five optional keys may be missing (or null); a missing required key, a value of the wrong
 // type or an unknown raw value rejects the whole record, and `badKey` names the first such key
 // (empty when the document is not an object).
 std::optional<Preferences> preferencesFromJson(const Json& object, std::string* badKey = nullptr);

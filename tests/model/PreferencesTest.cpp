@@ -81,6 +81,8 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
       {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, iconOnly,
        R"(field "sourceMode")"},
       {R"({"alertPrice":"1"})", dark, 2.6, 96, iconOnly, R"(field "alertPrice")"},
+      {R"({"detailChart":"month"})", aurora, 5.0, 132, full, nullptr},
+      {R"({"detailChart":"year"})", dark, 2.6, 96, iconOnly, R"(field "detailChart")"},
       {R"(["dark"])", dark, 2.6, 96, iconOnly, "not a JSON object"},
       {"first", dark, 2.6, 96, iconOnly, "not JSON"},
       // A threshold that is not finite and positive is dropped, the rest applied.
