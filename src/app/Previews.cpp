@@ -71,6 +71,7 @@ std::vector<PreviewFile> previewFiles() {
     const std::string suffix(rawValue(theme));
     files.push_back({"orb-" + suffix, orbSize.width(), orbSize.height()});
     files.push_back({"detail-" + suffix, detailSize.width(), detailSize.height()});
+    files.push_back({"detail-kline-" + suffix, detailSize.width(), detailSize.height()});
     files.push_back({"settings-" + suffix, settingsSize.width(), settingsSize.height()});
     files.push_back({"watchlist-" + suffix, watchlistSize.width(), watchlistSize.height()});
   }
@@ -87,6 +88,7 @@ std::vector<PreviewFile> previewFiles() {
     files.push_back({"orb-dock-" + std::string(rawValue(edge)), orbSize.width(), orbSize.height()});
   files.push_back({"alert-masked", alertSize.width(), alertSize.height()});
   files.push_back({"detail-masked", detailSize.width(), detailSize.height()});
+  files.push_back({"detail-kline-masked", detailSize.width(), detailSize.height()});
   return files;
 }
 
@@ -135,6 +137,10 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
     const std::string suffix(rawValue(theme));
     orb("orb-" + suffix);
     detail("detail-" + suffix);
+    // The held security's day candles, its cost line among them.
+    model.setDetailChart(KlinePeriod::day);
+    detail("detail-kline-" + suffix);
+    model.setDetailChart(std::nullopt);
     render(new WatchlistView(model, clock), watchlistSize, file("watchlist-" + suffix));
     for (size_t i = 0; i < std::size(sectionSlugs); ++i)
       render(settings(SettingsView::sections().at(i)), settingsSize,
@@ -163,6 +169,9 @@ void renderPreviews(AppModel& model, const Clock& clock, const std::filesystem::
   model.setMasked(true);
   editor("alert-masked");
   detail("detail-masked");
+  model.setDetailChart(KlinePeriod::month);
+  detail("detail-kline-masked");
+  model.setDetailChart(std::nullopt);
 }
 
 int runRenderPreviews(int& argc, char** argv, const std::filesystem::path& directory) {

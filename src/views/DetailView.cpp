@@ -243,8 +243,8 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   side->setContentsMargins(0, 0, 0, 0);
   side->setSpacing(12);
   auto* chartCard = new ProductCard(QString(), side_);
-  chart_ = new LinearQuoteChart(chartCard);
-  chartCard->content().addWidget(chart_);
+  charts_ = new DetailCharts(model_, chartCard);
+  chartCard->content().addWidget(charts_);
   side->addWidget(chartCard, 1);
 
   auto* figuresCard = new ProductCard(QStringLiteral("行情要点"), side_);
@@ -366,7 +366,6 @@ void DetailView::showHolding(const std::optional<QuoteSnapshot>& quote) {
 
 void DetailView::refresh() {
   const QuoteSnapshot* quote = model_.activeQuote();
-  const OrbPalette palette{model_.theme()};
   const bool masked = model_.masked();
   // Asked again when the source changes: only live sources have intraday series.
   if (quote && isVisible() &&
@@ -381,7 +380,7 @@ void DetailView::refresh() {
     for (QLabel* value : values_) value->setText(QStringLiteral("—"));
     showAlerts({});
     showHolding(std::nullopt);
-    chart_->show({}, {}, false, masked, palette);
+    charts_->show(nullptr, {}, false);
     orb_->update();
     return;
   }
@@ -404,7 +403,7 @@ void DetailView::refresh() {
   values_[7]->setText(state ? QString::fromUtf8(stateText(*state)) : QStringLiteral("—"));
   showAlerts(quote->id);
   showHolding(*quote);
-  chart_->show(*quote, std::move(series), real, masked, palette);
+  charts_->show(quote, std::move(series), real);
   orb_->update();
 }
 

@@ -13,6 +13,7 @@
 #include "core/ChangeSignal.h"
 #include "model/AppModel.h"
 #include "views/Charts.h"
+#include "views/DetailCharts.h"
 #include "views/OncePerTurn.h"
 
 namespace tidemark {
@@ -81,7 +82,8 @@ class DetailView final : public QWidget {
              QWidget* parent = nullptr);
 
   DetailOrb& orb() { return *orb_; }
-  LinearQuoteChart& chart() { return *chart_; }
+  LinearQuoteChart& chart() { return charts_->linear(); }
+  DetailCharts& charts() { return *charts_; }
   // Every text of the figures panel, in order.
   QStringList figureTexts() const;
   // Beside the orb, or below it where the view is too narrow for both.
@@ -102,7 +104,7 @@ class DetailView final : public QWidget {
 
   AppModel& model_;
   DetailOrb* orb_;
-  LinearQuoteChart* chart_;
+  DetailCharts* charts_;
   QBoxLayout* body_;
   QWidget* side_;
   QWidget* holding_;  // the card of the holding's figures

@@ -62,8 +62,9 @@ QString KlineChart::legendText() const {
   const size_t at = hovered_ ? *hovered_ : shown_.size() - 1;
   for (size_t k = 0; k < 3; ++k) {
     const auto& value = shown_.empty() ? std::nullopt : averages_[k][at];
-    parts << QStringLiteral("MA%1 ").arg(movingAverageSpans[k]) +
-                 (data_.masked ? masked : value ? q(priceText(*value)) : QStringLiteral("—"));
+    parts << QStringLiteral("MA%1 ").arg(movingAverageSpans[k]) + (data_.masked ? masked
+                                                                   : value ? q(priceText(*value))
+                                                                           : QStringLiteral("—"));
   }
   return parts.join(QStringLiteral("  "));
 }
@@ -148,13 +149,14 @@ void KlineChart::drawPicture() {
                      Qt::AlignLeft | Qt::AlignVCenter, costText());
   }
   // Date labels where a month (day candles) or a year begins; no figures while masked.
+  if (data_.masked) return;
   painter.setFont(uiFont(10.5));
   painter.setPen(muted);
   double lastRight = -1e9;
   for (size_t i : klineDateLabels(shown_, data_.period)) {
     const QString label = q(shown_[i].date.substr(0, data_.period == KlinePeriod::day ? 7 : 4));
     const QRectF box(candleX(f, i) - 30, f.volumes.maxY() + 3, 60, axisHeight - 3);
-    if (box.left() < lastRight + 4) continue;
+    if (box.left() < std::max(lastRight + 4, 0.0) || box.right() > width()) continue;
     painter.drawText(box, Qt::AlignHCenter | Qt::AlignTop, label);
     lastRight = box.right();
   }
@@ -166,11 +168,22 @@ void KlineChart::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.drawPixmap(0, 0, picture_);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setFont(uiFont(11));
+  painter.setFont(uiFont(10));
   painter.setPen(qt(palette_.muted()));
   const QString readout = readoutText();
-  painter.drawText(QRectF(0, 0, width(), legendHeight - 4), Qt::AlignLeft | Qt::AlignVCenter,
-                   readout.isEmpty() ? legendText() : readout);
+  const QRectF line(0, 0, width(), legendHeight - 4);
+  if (!readout.isEmpty() || shown_.empty()) {
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, readout);
+  } else {
+    // Each average's figure in its line's colour.
+    double x = 0;
+    const QStringList parts = legendText().split(QStringLiteral("  "));
+    for (qsizetype k = 0; k < parts.size() && k < 3; ++k) {
+      painter.setPen(averageColors[k]);
+      painter.drawText(line.adjusted(x, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, parts[k]);
+      x += painter.fontMetrics().horizontalAdvance(parts[k] + QStringLiteral("  "));
+    }
+  }
   if (!hovered_) return;
   const KlineFrame f = frame();
   const double x = candleX(f, *hovered_);

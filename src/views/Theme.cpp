@@ -96,6 +96,10 @@ QPushButton[primary="true"] { background: qlineargradient(x1:0, y1:0, x2:1, y2:1
 QPushButton[pill="true"] { border-radius: 13px; padding: 4px 14px; }
 QPushButton[pill="true"][selected="true"] { background: %8; border: 2px solid %7; padding: 3px 13px; }
 QPushButton[pill="true"]:focus { border: 2px dashed %1; padding: 3px 13px; }
+QPushButton[pill="true"][compact="true"] { border-radius: 11px; padding: 2px 8px; min-width: 0;
+  font-size: 12px; }
+QPushButton[pill="true"][compact="true"][selected="true"] { padding: 1px 7px; }
+QPushButton[pill="true"][compact="true"]:focus { padding: 1px 7px; }
 QPushButton[primary="true"]:focus { border: 2px solid %1; }
 QPushButton[flat="true"] { background: transparent; border: none; padding: 3px 7px;
   font-size: 13px; }

@@ -5,8 +5,13 @@
 #include <QApplication>
 #include <QMouseEvent>
 
+#include <QPushButton>
+#include <QTest>
+
 #include "model/KlineBook.h"
+#include "support/ModelHarness.h"
 #include "support/QtPrint.h"
+#include "views/DetailView.h"
 #include "views/KlineChart.h"
 
 namespace tidemark {
@@ -65,6 +70,39 @@ TEST(KlineChart, TextsMaskingEmptyStatesAndOneDrawingPerChange) {
              OrbPalette{AppTheme::dark});
   EXPECT_EQ(chart.frame().count, 120u);
   EXPECT_FALSE(chart.legendText().contains(u"—"_s));
+}
+
+// Through the real detail: the switch is the model's and outlives a restart; the held security's
+// candles carry its cost; masked they show no figure; an off-exchange fund has no switch.
+TEST(DetailCharts, TheSwitchIsRememberedMaskedAndAbsentForFunds) {
+  test::ModelHarness h;
+  auto model = h.make();
+  ASSERT_EQ(model->setHolding("600519", 100, 1500.5), std::nullopt);
+  DetailView view(*model, {}, {});
+  view.resize(980, 680);
+  view.show();
+  QTest::qWait(1);
+  DetailCharts& charts = view.charts();
+  EXPECT_EQ(std::pair(charts.hasSwitch(), charts.showsCandles()), std::pair(true, false));
+  for (auto* pill : charts.findChildren<QPushButton*>())
+    if (pill->text() == u"周K"_s) pill->click();
+  QTest::qWait(1);
+  EXPECT_EQ(model->detailChart(), KlinePeriod::week);
+  EXPECT_TRUE(charts.showsCandles());
+  EXPECT_EQ(charts.kline().frame().count, 120u);
+  EXPECT_EQ(charts.kline().costText(), u"成本 1,500.50"_s);
+  EXPECT_EQ(h.make()->detailChart(), KlinePeriod::week) << "remembered";
+  model->setMasked(true);
+  QTest::qWait(1);
+  EXPECT_EQ(charts.kline().legendText(), u"MA5 ••••  MA10 ••••  MA20 ••••"_s);
+  model->setMasked(false);
+  model->add(QuoteSnapshot{"012345", "A股基金", "示例场外基金", 1.2345, 1.2301, 1.2345, 1.2345, 0,
+                           h.clock.now(), "mock"});
+  model->select("012345");
+  QTest::qWait(1);
+  ASSERT_EQ(model->activeID(), "012345");
+  EXPECT_EQ(std::pair(charts.hasSwitch(), charts.showsCandles()), std::pair(false, false));
+  EXPECT_EQ(model->detailChart(), KlinePeriod::week) << "kept for the next security with candles";
 }
 
 }  // namespace

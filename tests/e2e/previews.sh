@@ -22,12 +22,13 @@ out=$(cat "$work/out")
 
 expected=()
 for theme in dark light aurora amber rose ocean; do
-  expected+=("orb-$theme 460 460" "detail-$theme 980 680" "settings-$theme 960 740"
-    "watchlist-$theme 940 650")
+  expected+=("orb-$theme 460 460" "detail-$theme 980 680" "detail-kline-$theme 980 680"
+    "settings-$theme 960 740" "watchlist-$theme 940 650")
 done
 expected+=("onboarding 480 600" "alert 420 540" "orb-collapsed 460 460" "orb-radial 460 460"
   "orb-dock-left 460 460" "orb-dock-right 460 460" "orb-dock-top 460 460"
-  "orb-dock-bottom 460 460" "alert-masked 420 540" "detail-masked 980 680")
+  "orb-dock-bottom 460 460" "alert-masked 420 540" "detail-masked 980 680"
+  "detail-kline-masked 980 680")
 for theme in dark light aurora amber rose ocean; do
   for section in appearance detail watchlist holdings alerts source privacy; do
     expected+=("settings-$section-$theme 960 740")
@@ -57,6 +58,8 @@ while read -r one other area; do
 done <<'PAIRS'
 alert alert-masked 300x40+20+170
 detail-dark detail-masked 240x90+140+290
+detail-dark detail-kline-dark 220x180+530+130
+detail-kline-dark detail-kline-masked 220x30+530+140
 settings-appearance-dark settings-source-dark 700x200+180+20
 orb-collapsed orb-radial 48x62+119+176
 orb-dock-left orb-dock-right 460x460+0+0
