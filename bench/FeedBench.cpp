@@ -2,13 +2,17 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <cstdio>
 #include <filesystem>
 #include <regex>
 
 #include "core/FileIO.h"
 #include "core/Market.h"
+#include "sources/KlineFeed.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
+#include "views/KlineGeometry.h"
 
 namespace tidemark {
 namespace {
@@ -102,6 +106,50 @@ void Recorded500(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * body.size()));
 }
 BENCHMARK(Recorded500);
+
+// A Tencent K-line answer of 640 day periods, parsed; and the layout of the 120 the chart shows
+// with their three averages.
+std::string klineBody(size_t periods) {
+  std::string rows;
+  for (size_t i = 0; i < periods; ++i) {
+    const double close = 1400 + double(i % 97);
+    char row[160];
+    std::snprintf(row, sizeof row,
+                  R"(%s["20%02zu-%02zu-%02zu","%.2f","%.2f","%.2f","%.2f","%zu.000"])",
+                  i ? "," : "", 20 + i / 240, 1 + i / 20 % 12, 1 + i % 20, close - 3, close,
+                  close + 5, close - 6, 30000 + i);
+    rows += row;
+  }
+  return R"({"code":0,"msg":"","data":{"sh600519":{"qfqday":[)" + rows + "]}}}";
+}
+
+void ParseKline640(benchmark::State& state) {
+  const std::string body = klineBody(640);
+  for (auto _ : state) {
+    auto bars = parseTencentKline(body, "sh600519", KlinePeriod::day);
+    if (!bars || bars->size() != 640) state.SkipWithError("not every period parsed");
+    benchmark::DoNotOptimize(bars);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * body.size()));
+}
+BENCHMARK(ParseKline640);
+
+void LayOutKline120(benchmark::State& state) {
+  const auto bars = *parseTencentKline(klineBody(140), "sh600519", KlinePeriod::day);
+  const std::vector<KlineBar> shown(bars.end() - 120, bars.end());
+  for (auto _ : state) {
+    std::array<std::vector<std::optional<double>>, 3> averages;
+    for (size_t k = 0; k < 3; ++k) averages[k] = movingAverage(bars, movingAverageSpans[k]);
+    const KlineFrame frame = klineFrame(shown, {0, 22, 214, 130}, 1500.5);
+    double sum = 0;
+    for (size_t i = 0; i < shown.size(); ++i)
+      sum += candleX(frame, i) + priceY(frame, shown[i].high) + priceY(frame, shown[i].low) +
+             volumeBar(frame, i, shown[i].volume).height;
+    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(averages);
+  }
+}
+BENCHMARK(LayOutKline120);
 
 }  // namespace
 }  // namespace tidemark

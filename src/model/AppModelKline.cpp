@@ -9,8 +9,8 @@ namespace tidemark {
 
 const KlineBook::Series& AppModel::kline(const std::string& symbol, KlinePeriod period) {
   const QuoteSnapshot* q = quote(symbol);
-  const Market market = (q ? marketOfLabel(q->market) : std::nullopt)
-                            .value_or(watchlistMarket(symbol));
+  const Market market =
+      (q ? marketOfLabel(q->market) : std::nullopt).value_or(watchlistMarket(symbol));
   const Date now = deps_.clock.now();
   const int64_t day = exchangeDay(exchangeOf(market), now)
                           .value_or(static_cast<int64_t>(std::floor(now.unixSeconds() / 86400)));

@@ -13,8 +13,8 @@ namespace tidemark {
 namespace {
 
 // The switch's choices in order: none is the intraday line.
-constexpr std::array<std::optional<KlinePeriod>, 4> choices{
-    std::nullopt, KlinePeriod::day, KlinePeriod::week, KlinePeriod::month};
+constexpr std::array<std::optional<KlinePeriod>, 4> choices{std::nullopt, KlinePeriod::day,
+                                                            KlinePeriod::week, KlinePeriod::month};
 
 QString choiceLabel(std::optional<KlinePeriod> choice) {
   if (!choice) return QStringLiteral("分时");
