@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 
 namespace tidemark {
 
@@ -41,6 +42,14 @@ bool isKlineDate(std::string_view text) {
   for (size_t i : {0, 1, 2, 3, 5, 6, 8, 9})
     if (text[i] < '0' || text[i] > '9') return false;
   return true;
+}
+
+std::string klineDate(int64_t daysSinceEpoch) {
+  const std::chrono::year_month_day ymd{std::chrono::sys_days(std::chrono::days(daysSinceEpoch))};
+  char text[16];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02u", int(ymd.year()), unsigned(ymd.month()),
+                unsigned(ymd.day()));
+  return text;
 }
 
 bool isValidBar(const KlineBar& b) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +30,8 @@ struct KlineBar {
 
 // "YYYY-MM-DD" in digits.
 bool isKlineDate(std::string_view text);
+// The date of a day counted from 1970-01-01, written so.
+std::string klineDate(int64_t daysSinceEpoch);
 
 // A bar with such a date, finite figures, prices above zero, its high at least its low and a
 // volume not below zero.

@@ -15,14 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono;
 
-std::string dayText(sys_days day) {
-  const year_month_day ymd(day);
-  char text[16];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", int(ymd.year()), unsigned(ymd.month()),
-                unsigned(ymd.day()));
-  return text;
-}
-
 // The first day of each of `count` periods, oldest first, the last one holding `today`: trading
 // days (Monday to Friday), Mondays, or firsts of the month.
 std::vector<sys_days> periodStarts(KlinePeriod period, sys_days today, size_t count) {
@@ -78,7 +70,7 @@ std::vector<KlineBar> demoKline(const std::string& symbol, double lastPrice, Kli
   double previous = close;
   for (size_t i = 0; i < starts.size(); ++i) {
     KlineBar b;
-    b.date = dayText(starts[i]);
+    b.date = klineDate(starts[i].time_since_epoch().count());
     b.close = i + 1 == starts.size() ? lastPrice : rounded(closes[i]);
     b.open = rounded(previous * (1 + (unit() * 2 - 1) * swing / 4));
     b.high = rounded(std::max(b.open, b.close) * (1 + unit() * swing / 2));

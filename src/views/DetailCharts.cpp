@@ -1,8 +1,5 @@
 #include "views/DetailCharts.h"
 
-#include <chrono>
-#include <cstdio>
-
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -26,12 +23,7 @@ QString choiceLabel(std::optional<KlinePeriod> choice) {
 std::string exchangeDate(std::string_view market, Date at) {
   const auto exchange = exchangeOfLabel(market).value_or(Exchange::shanghai);
   const auto day = exchangeDay(exchange, at);
-  if (!day) return {};
-  const std::chrono::year_month_day ymd{std::chrono::sys_days(std::chrono::days(*day))};
-  char text[16];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", int(ymd.year()), unsigned(ymd.month()),
-                unsigned(ymd.day()));
-  return text;
+  return day ? klineDate(*day) : std::string();
 }
 
 }  // namespace
