@@ -41,6 +41,22 @@ std::optional<double> parseAlertPrice(std::string input) {
   return value;
 }
 
+namespace {
+
+// The watched securities to choose from, the active one chosen.
+QComboBox* watchedSymbols(const AppModel& model, QWidget* parent) {
+  auto* box = new QComboBox(parent);
+  int active = 0;
+  for (const QuoteSnapshot& q : model.watchedQuotes()) {
+    box->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
+    if (q.id == model.activeID()) active = box->count() - 1;
+  }
+  box->setCurrentIndex(active);
+  return box;
+}
+
+}  // namespace
+
 AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
                                  std::function<void()> openAll, QWidget* parent)
     : QWidget(parent), model_(model), close_(std::move(close)) {
@@ -53,17 +69,11 @@ AlertEditorView::AlertEditorView(AppModel& model, std::function<void()> close,
       themedLabel(QString::fromUtf8("行情达到条件时，灵球会显示提醒脉冲并发送桌面通知。"),
                   TextRole::secondary, 12, QFont::Normal, this));
 
-  symbol_ = new QComboBox(this);
+  symbol_ = watchedSymbols(model, this);
   // The editor opens on the security the orb shows; the primary alert's target and direction
   // come with it only when that alert watches the same security.
   const PriceAlertRule& primary = model.alertRule();
   const bool onActive = primary.symbolID && *primary.symbolID == model.activeID();
-  int active = 0;
-  for (const QuoteSnapshot& q : model.watchedQuotes()) {
-    symbol_->addItem(QString::fromStdString(q.id + "  " + q.name), QString::fromStdString(q.id));
-    if (q.id == model.activeID()) active = symbol_->count() - 1;
-  }
-  symbol_->setCurrentIndex(active);
   layout->addWidget(symbol_);
   currentCaption_ =
       themedLabel(QStringLiteral("当前价格"), TextRole::muted, 12, QFont::Normal, this);
