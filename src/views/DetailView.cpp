@@ -265,7 +265,8 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figuresCard->content().addWidget(alert);
   side->addWidget(figuresCard);
   side_->setFixedWidth(sideWidth);
-  body_->addWidget(side_, 0, Qt::AlignTop);
+  // The side runs the body's height: what the figures leave goes to the charts.
+  body_->addWidget(side_, 0);
   body_->addStretch(1);
   layout->addLayout(body_, 1);
   setMinimumWidth(DetailOrb::side + layout->contentsMargins().left() +

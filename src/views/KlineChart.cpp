@@ -170,12 +170,9 @@ void KlineChart::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setFont(uiFont(10));
   painter.setPen(qt(palette_.muted()));
-  const QString readout = readoutText();
   const QRectF line(0, 0, width(), legendHeight - 4);
-  if (!readout.isEmpty() || shown_.empty()) {
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, readout);
-  } else {
-    // Each average's figure in its line's colour.
+  if (!shown_.empty()) {
+    // Each average's figure in its line's colour, the hovered period's while hovering.
     double x = 0;
     const QStringList parts = legendText().split(QStringLiteral("  "));
     for (qsizetype k = 0; k < parts.size() && k < 3; ++k) {
@@ -193,6 +190,34 @@ void KlineChart::paintEvent(QPaintEvent*) {
     const double y = priceY(f, shown_[*hovered_].close);
     painter.drawLine(QPointF(f.prices.x, y), QPointF(f.prices.maxX(), y));
   }
+  drawReadout(painter, x);
+}
+
+void KlineChart::drawReadout(QPainter& painter, double crosshairX) {
+  // The read-out is wider than the card: its parts go two to a row in a box on the side away
+  // from the crosshair ("2026-10-16", "开 …  高 …", "低 …  收 …", "涨跌 …  量 …").
+  const QStringList parts = readoutText().split(QStringLiteral("  "));
+  QStringList rows{parts.value(0)};
+  for (qsizetype i = 1; i < parts.size(); i += 2)
+    rows << (i + 1 < parts.size() ? parts[i] + QStringLiteral("  ") + parts[i + 1] : parts[i]);
+  painter.setFont(uiFont(10));
+  const QFontMetricsF metrics = painter.fontMetrics();
+  double textWidth = 0;
+  for (const QString& row : rows) textWidth = std::max(textWidth, metrics.horizontalAdvance(row));
+  const double pad = 5, rowHeight = metrics.height();
+  const QRectF plot = plotRect();
+  QRectF box(0, plot.top() + 2, textWidth + 2 * pad, rowHeight * double(rows.size()) + 2 * pad);
+  box.moveLeft(crosshairX < width() / 2.0 ? width() - box.width() - 2 : 2);
+  QColor fill = qt(palette_.elevated());
+  fill.setAlphaF(0.92f);
+  painter.setPen(QPen(qt(palette_.line()), 1));
+  painter.setBrush(fill);
+  painter.drawRoundedRect(box, 6, 6);
+  painter.setPen(qt(palette_.ink()));
+  for (qsizetype i = 0; i < rows.size(); ++i)
+    painter.drawText(QRectF(box.left() + pad, box.top() + pad + rowHeight * double(i),
+                            textWidth + 1, rowHeight),
+                     Qt::AlignLeft | Qt::AlignVCenter, rows[i]);
 }
 
 void KlineChart::mouseMoveEvent(QMouseEvent* event) {

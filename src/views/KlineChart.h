@@ -52,6 +52,7 @@ class KlineChart final : public QWidget {
 
  private:
   void drawPicture();
+  void drawReadout(QPainter& painter, double crosshairX);
   QRectF plotRect() const;
   // The shown periods, and the averages beside each.
   std::vector<KlineBar> shown_;
