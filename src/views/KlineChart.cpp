@@ -215,9 +215,9 @@ void KlineChart::drawReadout(QPainter& painter, double crosshairX) {
   painter.drawRoundedRect(box, 6, 6);
   painter.setPen(qt(palette_.ink()));
   for (qsizetype i = 0; i < rows.size(); ++i)
-    painter.drawText(QRectF(box.left() + pad, box.top() + pad + rowHeight * double(i),
-                            textWidth + 1, rowHeight),
-                     Qt::AlignLeft | Qt::AlignVCenter, rows[i]);
+    painter.drawText(
+        QRectF(box.left() + pad, box.top() + pad + rowHeight * double(i), textWidth + 1, rowHeight),
+        Qt::AlignLeft | Qt::AlignVCenter, rows[i]);
 }
 
 void KlineChart::mouseMoveEvent(QMouseEvent* event) {
