@@ -219,8 +219,11 @@ void AppDelegate::wireOrbEvents(OrbContentView& content) {
   content.onDragEnd = [self] { self->motion_->endDrag(); };
   panel_->onKey = [self](int key) { return self->handleKey(key); };
   // Focus taken elsewhere closes the ring menu, also where presses in other programs go unseen
-  // (Wayland's own windows).
-  panel_->onDeactivated = [self] { self->windowModel_.setRadialOpen(false); };
+  // (Wayland's own windows); not where the orb's window keeps no focus (wlroots), which would
+  // close it as the click that opened it ends.
+  panel_->onDeactivated = [self] {
+    if (self->deps_.windowKind.focusKept) self->windowModel_.setRadialOpen(false);
+  };
 }
 
 void AppDelegate::watchScreens() {

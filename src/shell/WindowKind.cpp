@@ -29,7 +29,7 @@ OrbWindowKind orbWindowKind(bool waylandSession, std::string_view desktops) {
   // Compositors built on wlroots, as they name themselves.
   const bool onWlroots =
       namesOneOf(desktops, {"sway", "hyprland", "river", "wayfire", "labwc", "wlroots"});
-  return {!onWlroots, false};
+  return {!onWlroots, false, !onWlroots};
 }
 
 bool trayLabelsShown(std::string_view desktops) {

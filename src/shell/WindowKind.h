@@ -15,9 +15,12 @@ namespace tidemark {
 // window is kept to the orb itself. KWin gives an override-redirect window no keyboard focus and
 // mutter follows input shapes only for managed ones: there the window is managed. wlroots
 // desktops re-centre a managed floating window and ignore its moves: there it bypasses them.
+// wlroots gives the window it does not manage the keyboard only until the click that took it
+// ends: focus lost there says nothing of where the user went.
 struct OrbWindowKind {
   bool managed = false;
   bool inputShapeHonoured = true;
+  bool focusKept = true;
   friend bool operator==(const OrbWindowKind&, const OrbWindowKind&) = default;
 };
 

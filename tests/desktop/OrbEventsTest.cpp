@@ -382,6 +382,19 @@ TEST(OrbRing, APressAnywhereElseClosesIt) {
   }
 }
 
+// Another window taking the focus closes the ring, except where the orb's window keeps none
+// (wlroots): there it loses the focus as the click that opened the ring ends.
+TEST(OrbRing, FocusTakenElsewhereClosesItWhereTheWindowKeepsFocus) {
+  for (const bool kept : {true, false}) {
+    Desktop d({.windowKind = {false, true, kept}});
+    QTest::mouseClick(d.window(), Qt::RightButton, {}, d.at({230, 230}));
+    ASSERT_TRUE(d.delegate->windowModel().radialOpen());
+    d.delegate->windows().open(AuxWindow::alert);
+    QTest::qWait(1);
+    EXPECT_EQ(d.delegate->windowModel().radialOpen(), !kept) << kept;
+  }
+}
+
 // The pointer away from the orb for more than 0.4 s: on X11 the panel lets it through; under
 // Wayland never, or the X server would not hear of the pointer coming back (the input region
 // alone lets the rest through there). Back on the orb, the panel takes it again.

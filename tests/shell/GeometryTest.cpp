@@ -123,23 +123,23 @@ TEST(OrbFrame, TheWindowCoversWhatIsDrawn) {
 }
 
 // The orb's window per desktop: X11 honours the input shape; Wayland's X servers do not, and
-// wlroots desktops move only windows they do not manage.
+// wlroots desktops move only windows they do not manage, and keep no focus on them.
 TEST(OrbWindowKind, ManagedWhereTheDesktopNeedsItAndKeptToTheOrbUnderWayland) {
   const struct {
     bool wayland;
     const char* desktops;
     OrbWindowKind kind;
   } rows[] = {
-      {false, "sway", {false, true}},
-      {false, "", {false, true}},
-      {true, "KDE", {true, false}},
-      {true, "ubuntu:GNOME", {true, false}},
-      {true, "", {true, false}},
-      {true, "sway", {false, false}},
-      {true, "Hyprland", {false, false}},
-      {true, "X-Generic:wlroots", {false, false}},
-      {true, "swayfx-like:River", {false, false}},
-      {true, "swaylike", {true, false}},
+      {false, "sway", {false, true, true}},
+      {false, "", {false, true, true}},
+      {true, "KDE", {true, false, true}},
+      {true, "ubuntu:GNOME", {true, false, true}},
+      {true, "", {true, false, true}},
+      {true, "sway", {false, false, false}},
+      {true, "Hyprland", {false, false, false}},
+      {true, "X-Generic:wlroots", {false, false, false}},
+      {true, "swayfx-like:River", {false, false, false}},
+      {true, "swaylike", {true, false, true}},
   };
   for (const auto& r : rows)
     EXPECT_EQ(orbWindowKind(r.wayland, r.desktops), r.kind) << r.wayland << r.desktops;
