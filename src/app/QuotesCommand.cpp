@@ -39,7 +39,7 @@ std::string renderTable(const AppModel& model) {
                    {"成交量", Align::right},
                    {"来源"},
                    {"状态"}});
-  const std::string phase(model.phaseLabel());
+  const std::string phase(label(model.phase()));
   for (const std::string& symbol : model.watchlist()) {
     if (const QuoteSnapshot* q = model.quote(symbol)) {
       table.addRow({q->id, q->name, q->market, priceText(q->price), percentText(q->changePct()),

@@ -14,11 +14,6 @@ const std::vector<std::string>& AppModel::defaultWatchlist() {
   return list;
 }
 
-Date AppModel::embeddedSnapshotDate() {
-  static const Date date = *parseISO8601("2026-10-16T09:30:00+08:00");
-  return date;
-}
-
 namespace {
 
 // The watchlist file and, beside it, the holdings' and the alerts'. A write cut short by a kill

@@ -33,15 +33,11 @@ namespace tidemark {
 // side effects (saving, refreshing, evaluating the alerts) run once construction has finished.
 class AppModel {
  public:
-  // The orb's hint when settingsWriteFailure() becomes set.
-  static constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
   // The longest watchlist kept: a longer import or watchlist file is refused whole.
   static constexpr size_t maxWatchlistLength = 5000;
   static constexpr double staleAfter = 15;
   static constexpr double heartbeatInterval = 0.5;
   static const std::vector<std::string>& defaultWatchlist();
-  // The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
-  static Date embeddedSnapshotDate();
 
   // `startTimers` false (self-test, command-line runs): no heartbeat, notifications or bootstrap.
   AppModel(ModelDependencies dependencies, std::optional<std::filesystem::path> watchlistURL,
@@ -107,7 +103,6 @@ class AppModel {
   const QuoteSnapshot* alertQuote() const;
   const QuoteSnapshot* quote(const std::string& symbol) const;
   std::vector<QuoteSnapshot> watchedQuotes() const;
-  std::string_view phaseLabel() const { return label(prefs_.phase); }
   std::string sourceLabel() const;
   // The state of a market (by its label) now; none for a label of no market, or when the
   // exchange's time zone is unknown. The heartbeat notifies whenever one of them changes.

@@ -112,6 +112,11 @@ const std::vector<DemoSecurity>& demoIndices() {
   return indices;
 }
 
+Date embeddedSnapshotDate() {
+  static const Date date = *parseISO8601("2026-10-16T09:30:00+08:00");
+  return date;
+}
+
 std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source) {
   std::vector<QuoteSnapshot> quotes;
   for (const DemoSecurity& s : demoSecurities())

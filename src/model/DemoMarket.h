@@ -30,6 +30,8 @@ const std::vector<DemoSecurity>& demoIndices();
 // The built-in offline snapshot: the demonstration set at its opening values, stamped with the
 // given instant and source tag.
 std::vector<QuoteSnapshot> embeddedQuotes(Date at, const std::string& source);
+// The instant the static and embedded snapshots fall back to: 2026-10-16T09:30:00+08:00.
+Date embeddedSnapshotDate();
 
 // Demonstration data for the mock source. Every load moves prices a little, deterministically,
 // so tests and screenshots repeat; restart() returns to the opening values. Recognised symbols

@@ -32,6 +32,9 @@ std::string keyLine() {
   return line;
 }
 
+// The orb's hint when the settings cannot be saved.
+constexpr const char* settingsWriteFailureHint = "设置无法保存 · 重启后更改将丢失";
+
 std::string maskHint(bool masked) {
   return masked ? "行情数字已遮蔽" : "已恢复行情数字";
 }
@@ -386,7 +389,7 @@ void AppDelegate::synchronize() {
   motion_->sizeChanged();
   tray_->update();
   // Told once while settings cannot be saved; a later good save ends the streak.
-  if (m.settingsWriteFailure() && !toldSaveFailure_) showHint(AppModel::settingsWriteFailureHint);
+  if (m.settingsWriteFailure() && !toldSaveFailure_) showHint(settingsWriteFailureHint);
   toldSaveFailure_ = m.settingsWriteFailure().has_value();
   const bool exclude = m.masked();
   if (panel_) deps_.windowSystem.setExcludedFromCapture(*panel_, exclude);

@@ -131,7 +131,7 @@ std::string OrbView::accessibilityText() const {
   } else {
     text += "现价" + priceText(quote->price) + "，涨跌幅" + percentText(quote->changePct());
   }
-  return text + "，" + model_.sourceLabel() + "，" + std::string(model_.phaseLabel());
+  return text + "，" + model_.sourceLabel() + "，" + std::string(label(model_.phase()));
 }
 
 void OrbView::ripple() {

@@ -570,7 +570,8 @@ QWidget* SettingsView::sourcePage() {
                              : QDateTime::fromMSecsSinceEpoch(qint64(updated.unixSeconds() * 1000))
                                    .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     lines->setText(QStringLiteral("地址：%1\n状态：%2\n错误：%3\n延迟：%4 ms\n更新：%5")
-                       .arg(QString::fromStdString(model_.sources().status), q(model_.phaseLabel()),
+                       .arg(QString::fromStdString(model_.sources().status),
+                            q(label(model_.phase())),
                             model_.lastError() ? QString::fromStdString(*model_.lastError())
                                                : QStringLiteral("无"),
                             QString::number(model_.latencyMS()), when));

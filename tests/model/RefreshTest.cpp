@@ -193,7 +193,7 @@ TEST(StaticSnapshot, AFileThatCannotBeUsedGivesWayToTheEmbeddedSnapshot) {
     m->setSourceMode(SourceMode::staticJSON);
     EXPECT_EQ(m->lastError().value_or(""),
               message ? message + std::string(" · 已使用内置离线快照") : "");
-    EXPECT_EQ(m->updatedAt(), message ? AppModel::embeddedSnapshotDate() : *parseISO8601(fresh));
+    EXPECT_EQ(m->updatedAt(), message ? embeddedSnapshotDate() : *parseISO8601(fresh));
     EXPECT_EQ(m->phase(), message ? QuotePhase::stale : QuotePhase::live);
     EXPECT_EQ(m->quote("00700")->source, message ? "embedded_fallback" : "mock");  // kept
     if (message) continue;
