@@ -103,6 +103,7 @@ AppDelegate::AppDelegate(Dependencies dependencies) : deps_(std::move(dependenci
           },
       .orbPlace = [this] { return orbPlace(); },
       .tellSettings = [this](SettingsView& settings) { tellSettings(settings); },
+      .dialogs = deps_.windowKind.tiling,
   });
   surface_ = std::make_unique<OrbSurface>(OrbSurface::Host{
       .windowModel = windowModel_,

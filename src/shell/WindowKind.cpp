@@ -25,11 +25,12 @@ bool namesOneOf(std::string_view desktops, std::initializer_list<std::string_vie
 }  // namespace
 
 OrbWindowKind orbWindowKind(bool waylandSession, std::string_view desktops) {
-  if (!waylandSession) return {};
+  const bool tiling = namesOneOf(desktops, {"sway", "i3", "hyprland", "river"});
+  if (!waylandSession) return {.tiling = tiling};
   // Compositors built on wlroots, as they name themselves.
   const bool onWlroots =
       namesOneOf(desktops, {"sway", "hyprland", "river", "wayfire", "labwc", "wlroots"});
-  return {!onWlroots, false, !onWlroots};
+  return {!onWlroots, false, !onWlroots, tiling};
 }
 
 bool trayLabelsShown(std::string_view desktops) {

@@ -16,11 +16,14 @@ namespace tidemark {
 // mutter follows input shapes only for managed ones: there the window is managed. wlroots
 // desktops re-centre a managed floating window and ignore its moves: there it bypasses them.
 // wlroots gives the window it does not manage the keyboard only until the click that took it
-// ends: focus lost there says nothing of where the user went.
+// ends: focus lost there says nothing of where the user went. Tiling desktops (sway, i3) would
+// squeeze the resizable settings window into a tile below its minimum size, and float dialogs at
+// their own size: there it is a dialog.
 struct OrbWindowKind {
   bool managed = false;
   bool inputShapeHonoured = true;
   bool focusKept = true;
+  bool tiling = false;
   friend bool operator==(const OrbWindowKind&, const OrbWindowKind&) = default;
 };
 

@@ -90,7 +90,7 @@ void WindowRegistry::open(AuxWindow key, std::optional<SettingsSection> section)
     if (key == candidate.key) spec = &candidate;
   if (!spec) return;
 
-  auto* window = new QWidget(nullptr, Qt::Window);
+  auto* window = new QWidget(nullptr, host_.dialogs && spec->resizable ? Qt::Dialog : Qt::Window);
   window->setAttribute(Qt::WA_QuitOnClose, false);
   window->setWindowTitle(QString::fromUtf8(spec->title));
   place(*window, spec->size);

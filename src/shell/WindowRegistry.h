@@ -44,6 +44,8 @@ class WindowRegistry {
     std::function<std::optional<OrbPlace>()> orbPlace;
     // What a settings view learns of the desktop when it opens and when that changes.
     std::function<void(SettingsView&)> tellSettings;
+    // The resizable windows are dialogs (a tiling desktop floats those at their own size).
+    bool dialogs = false;
   };
 
   explicit WindowRegistry(Host host) : host_(std::move(host)) {}

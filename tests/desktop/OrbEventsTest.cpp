@@ -638,6 +638,19 @@ TEST(Delegate, KeyboardFocusShowsOnEveryControl) {
   }
 }
 
+// On a tiling desktop the resizable settings window is a dialog, which it floats at its own size;
+// the fixed-size windows float there anyway.
+TEST(Delegate, OnATilingDesktopTheSettingsWindowIsADialog) {
+  for (const bool tiling : {false, true}) {
+    Desktop d({.windowKind = {.tiling = tiling}});
+    d.delegate->openSettings(SettingsSection::appearance);
+    d.delegate->windows().open(AuxWindow::alert);
+    EXPECT_EQ(d.delegate->windows().window(AuxWindow::settings)->windowType(),
+              tiling ? Qt::Dialog : Qt::Window);
+    EXPECT_EQ(d.delegate->windows().window(AuxWindow::alert)->windowType(), Qt::Window);
+  }
+}
+
 TEST(Delegate, WindowsAreReusedOpenBesideTheOrbAndTheAlertEditorStartsAfresh) {
   Desktop d;
   d.delegate->openSettings(SettingsSection::appearance);

@@ -123,22 +123,24 @@ TEST(OrbFrame, TheWindowCoversWhatIsDrawn) {
 }
 
 // The orb's window per desktop: X11 honours the input shape; Wayland's X servers do not, and
-// wlroots desktops move only windows they do not manage, and keep no focus on them.
+// wlroots desktops move only windows they do not manage, and keep no focus on them; tiling ones
+// float dialogs.
 TEST(OrbWindowKind, ManagedWhereTheDesktopNeedsItAndKeptToTheOrbUnderWayland) {
   const struct {
     bool wayland;
     const char* desktops;
     OrbWindowKind kind;
   } rows[] = {
-      {false, "sway", {false, true, true}},
+      {false, "sway", {false, true, true, true}},
       {false, "", {false, true, true}},
+      {false, "i3", {false, true, true, true}},
       {true, "KDE", {true, false, true}},
       {true, "ubuntu:GNOME", {true, false, true}},
       {true, "", {true, false, true}},
-      {true, "sway", {false, false, false}},
-      {true, "Hyprland", {false, false, false}},
+      {true, "sway", {false, false, false, true}},
+      {true, "Hyprland", {false, false, false, true}},
       {true, "X-Generic:wlroots", {false, false, false}},
-      {true, "swayfx-like:River", {false, false, false}},
+      {true, "swayfx-like:River", {false, false, false, true}},
       {true, "swaylike", {true, false, true}},
   };
   for (const auto& r : rows)
