@@ -69,15 +69,22 @@ QString KlineChart::legendText() const {
   return parts.join(QStringLiteral("  "));
 }
 
-QString KlineChart::readoutText() const {
+QStringList KlineChart::readoutParts() const {
   if (!hovered_ || *hovered_ >= shown_.size()) return {};
   const KlineBar& b = shown_[*hovered_];
-  if (data_.masked) return q(b.date) + QStringLiteral("  ") + masked;
+  if (data_.masked) return {q(b.date), masked};
   const double base = *hovered_ > 0 ? shown_[*hovered_ - 1].close : b.open;
-  return q(b.date + "  开 " + priceText(b.open) + "  高 " + priceText(b.high) + "  低 " +
-           priceText(b.low) + "  收 " + priceText(b.close) + "  涨跌 " +
-           percentText((b.close - base) / base * 100) + "  量 " +
-           volumeText(static_cast<int64_t>(b.volume)));
+  return {q(b.date),
+          q("开 " + priceText(b.open)),
+          q("高 " + priceText(b.high)),
+          q("低 " + priceText(b.low)),
+          q("收 " + priceText(b.close)),
+          q("涨跌 " + percentText((b.close - base) / base * 100)),
+          q("量 " + volumeText(static_cast<int64_t>(b.volume)))};
+}
+
+QString KlineChart::readoutText() const {
+  return readoutParts().join(QStringLiteral("  "));
 }
 
 QString KlineChart::costText() const {
@@ -196,7 +203,7 @@ void KlineChart::paintEvent(QPaintEvent*) {
 void KlineChart::drawReadout(QPainter& painter, double crosshairX) {
   // The read-out is wider than the card: its parts go two to a row in a box on the side away
   // from the crosshair ("2026-10-16", "开 …  高 …", "低 …  收 …", "涨跌 …  量 …").
-  const QStringList parts = readoutText().split(QStringLiteral("  "));
+  const QStringList parts = readoutParts();
   QStringList rows{parts.value(0)};
   for (qsizetype i = 1; i < parts.size(); i += 2)
     rows << (i + 1 < parts.size() ? parts[i] + QStringLiteral("  ") + parts[i + 1] : parts[i]);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QPixmap>
+#include <QStringList>
 #include <QWidget>
 
 #include "core/Kline.h"
@@ -38,6 +39,7 @@ class KlineChart final : public QWidget {
   // label and the empty state.
   QString legendText() const;
   QString readoutText() const;
+  QStringList readoutParts() const;  // the read-out's date and figures, each with its caption
   QString costText() const;
   QString emptyText() const;
   std::optional<size_t> hoveredIndex() const { return hovered_; }
