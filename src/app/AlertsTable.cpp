@@ -11,8 +11,9 @@ std::string renderAlertsTable(const AppModel& model) {
   TextTable table({{"代码"}, {"名称"}, {"条件"}, {"重复"}, {"状态"}});
   for (const auto& [rule, state] : list) {
     const QuoteSnapshot* q = model.quote(rule.symbolID);
-    table.addRow({rule.symbolID, q && !q->name.empty() ? q->name : "—", conditionText(rule),
-                  repeatText(rule), alertStateText(rule, state)});
+    table.addRow({rule.symbolID, q && !q->name.empty() ? q->name : "—",
+                  conditionText(rule, model.quoteStyle().precision), repeatText(rule),
+                  alertStateText(rule, state)});
   }
   std::string text = table.render();
   if (model.alertBook().paused()) text += "全部提醒已暂停\n";

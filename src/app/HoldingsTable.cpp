@@ -46,7 +46,8 @@ std::string renderHoldingsTable(const AppModel& model) {
                    {"市值", Align::right}});
   for (const HoldingLine& line : model.holdingLines()) {
     const Holding& h = *line.holding;
-    const std::string shares = sharesText(h.shares), cost = priceText(h.cost);
+    const std::string shares = sharesText(h.shares),
+                      cost = model.quoteStyle().typed(h.symbolID, h.cost);
     const QuoteSnapshot* q = line.quote;
     if (!q) {
       const std::string why = line.watched ? "暂无行情" : "不在自选中";
@@ -54,7 +55,7 @@ std::string renderHoldingsTable(const AppModel& model) {
       continue;
     }
     const HoldingFigures f = holdingFigures(h, *q);
-    table.addRow({h.symbolID, q->name, shares, cost, priceText(q->price),
+    table.addRow({h.symbolID, q->name, shares, cost, model.quoteStyle().price(*q),
                   signedAmountText(f.dayProfit), percentText(f.dayProfitPct),
                   signedAmountText(f.totalProfit), percent(f.totalProfitPct),
                   amountText(f.marketValue)});

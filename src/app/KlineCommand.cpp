@@ -9,6 +9,7 @@
 #include "app/TextTable.h"
 #include "core/Market.h"
 #include "core/NumberText.h"
+#include "core/QuoteStyle.h"
 #include "model/DemoMarket.h"
 #include "model/KlineBook.h"
 #include "model/MarketSessions.h"
@@ -20,21 +21,21 @@
 namespace tidemark {
 namespace {
 
-// The stored source mode, read only; the demonstration where nothing is stored.
-SourceMode storedSourceMode() {
+// The stored preferences, read only; the defaults (the demonstration) where nothing is stored.
+Preferences storedPreferences() {
   auto settings = SettingsStore::standard();
   if (auto bytes = settings->data(storeKeys::preferences))
     if (auto document = json::parse(*bytes))
-      if (auto preferences = preferencesFromJson(*document)) return preferences->sourceMode;
-  return Preferences().sourceMode;
+      if (auto preferences = preferencesFromJson(*document)) return *preferences;
+  return Preferences();
 }
 
 Json averageJson(const std::optional<double>& value) {
   return value ? Json(*value) : Json(nullptr);
 }
 
-std::string averageText(const std::optional<double>& value) {
-  return value ? priceText(*value) : "—";
+std::string averageText(const std::optional<double>& value, int digits) {
+  return value ? priceText(*value, digits) : "—";
 }
 
 KlineAnswer fetch(const CommandLine& line, SourceMode mode, Date now) {
@@ -63,7 +64,7 @@ KlineAnswer fetch(const CommandLine& line, SourceMode mode, Date now) {
 
 }  // namespace
 
-std::string renderKlineTable(const std::vector<KlineBar>& bars) {
+std::string renderKlineTable(const std::vector<KlineBar>& bars, int digits) {
   using Align = TextTable::Align;
   TextTable table({{"日期"},
                    {"开盘", Align::right},
@@ -78,9 +79,10 @@ std::string renderKlineTable(const std::vector<KlineBar>& bars) {
              ma20 = movingAverage(bars, 20);
   for (size_t i = 0; i < bars.size(); ++i) {
     const KlineBar& b = bars[i];
-    table.addRow({b.date, priceText(b.open), priceText(b.high), priceText(b.low),
-                  priceText(b.close), volumeText(static_cast<int64_t>(b.volume)),
-                  averageText(ma5[i]), averageText(ma10[i]), averageText(ma20[i])});
+    table.addRow({b.date, priceText(b.open, digits), priceText(b.high, digits),
+                  priceText(b.low, digits), priceText(b.close, digits),
+                  volumeText(static_cast<int64_t>(b.volume)), averageText(ma5[i], digits),
+                  averageText(ma10[i], digits), averageText(ma20[i], digits)});
   }
   return table.render();
 }
@@ -107,7 +109,8 @@ std::string renderKlineJson(const std::string& symbol, KlinePeriod period,
 }
 
 int runKline(const CommandLine& line, std::ostream& out, std::ostream& err) {
-  const SourceMode mode = line.source ? *line.source : storedSourceMode();
+  const Preferences stored = storedPreferences();
+  const SourceMode mode = line.source ? *line.source : stored.sourceMode;
   const KlineAnswer answer = fetch(line, mode, SystemClock().now());
   if (answer.bars.empty()) {
     err << "tidemark: no " << rawValue(line.klinePeriod) << " candles for " << line.klineSymbol
@@ -115,7 +118,9 @@ int runKline(const CommandLine& line, std::ostream& out, std::ostream& err) {
     return 1;
   }
   out << (line.json ? renderKlineJson(line.klineSymbol, line.klinePeriod, answer.bars)
-                    : renderKlineTable(answer.bars))
+                    : renderKlineTable(answer.bars,
+                                       priceDigits(line.klineSymbol, "", answer.bars.back().close,
+                                                   stored.pricePrecision)))
       << std::flush;
   return out ? 0 : 1;
 }

@@ -42,8 +42,8 @@ std::string renderTable(const AppModel& model) {
   const std::string phase(label(model.phase()));
   for (const std::string& symbol : model.watchlist()) {
     if (const QuoteSnapshot* q = model.quote(symbol)) {
-      table.addRow({q->id, q->name, q->market, priceText(q->price), percentText(q->changePct()),
-                    volumeText(q->volume), q->source, phase});
+      table.addRow({q->id, q->name, q->market, model.quoteStyle().price(*q),
+                    percentText(q->changePct()), volumeText(q->volume), q->source, phase});
     } else {
       table.addRow({symbol, "暂无行情", "—", "—", "—", "—", "—", phase});
     }

@@ -38,6 +38,16 @@ constexpr std::array<Entry<AppTheme>, 6> appThemes{{
     {AppTheme::ocean, "ocean", "深海"},
 }};
 
+constexpr std::array<Entry<RiseColors>, 2> riseColors{{
+    {RiseColors::redRises, "redRises", "红涨绿跌"},
+    {RiseColors::greenRises, "greenRises", "绿涨红跌"},
+}};
+
+constexpr std::array<Entry<PricePrecision>, 2> pricePrecisions{{
+    {PricePrecision::two, "two", "两位小数"},
+    {PricePrecision::automatic, "automatic", "自动"},
+}};
+
 template <class E, size_t N>
 constexpr std::array<E, N> casesOf(const std::array<Entry<E>, N>& table) {
   std::array<E, N> out{};
@@ -48,6 +58,8 @@ constexpr std::array<E, N> casesOf(const std::array<Entry<E>, N>& table) {
 constexpr auto sourceModeCases = casesOf(sourceModes);
 constexpr auto quotePhaseCases = casesOf(quotePhases);
 constexpr auto appThemeCases = casesOf(appThemes);
+constexpr auto riseColorsCases = casesOf(riseColors);
+constexpr auto pricePrecisionCases = casesOf(pricePrecisions);
 
 // Tables are in declaration order, so the case's index is its row.
 template <class E, size_t N>
@@ -66,6 +78,12 @@ std::string_view rawValue(QuotePhase v) {
 std::string_view rawValue(AppTheme v) {
   return row(appThemes, v).raw;
 }
+std::string_view rawValue(RiseColors v) {
+  return row(riseColors, v).raw;
+}
+std::string_view rawValue(PricePrecision v) {
+  return row(pricePrecisions, v).raw;
+}
 std::string_view label(SourceMode v) {
   return row(sourceModes, v).label;
 }
@@ -74,6 +92,12 @@ std::string_view label(QuotePhase v) {
 }
 std::string_view label(AppTheme v) {
   return row(appThemes, v).label;
+}
+std::string_view label(RiseColors v) {
+  return row(riseColors, v).label;
+}
+std::string_view label(PricePrecision v) {
+  return row(pricePrecisions, v).label;
 }
 
 bool isDark(AppTheme theme) {
@@ -96,6 +120,14 @@ std::span<const QuotePhase> allCases<QuotePhase>() {
 template <>
 std::span<const AppTheme> allCases<AppTheme>() {
   return appThemeCases;
+}
+template <>
+std::span<const RiseColors> allCases<RiseColors>() {
+  return riseColorsCases;
+}
+template <>
+std::span<const PricePrecision> allCases<PricePrecision>() {
+  return pricePrecisionCases;
 }
 
 }  // namespace tidemark

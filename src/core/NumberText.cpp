@@ -1,5 +1,6 @@
 #include "core/NumberText.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace tidemark {
@@ -20,11 +21,11 @@ Color quoteColor(double changePct) {
   return Color::hex(0x8E8E93);
 }
 
-std::string priceText(double value) {
-  std::string text = fixed(value, 2);
+std::string priceText(double value, int digits) {
+  std::string text = fixed(value, digits);
   size_t begin = (!text.empty() && text[0] == '-') ? 1 : 0;
-  size_t point = text.find('.');
-  if (point == std::string::npos) return text;  // nan, inf
+  if (text.empty() || text.back() < '0' || text.back() > '9') return text;  // nan, inf
+  const size_t point = std::min(text.find('.'), text.size());
   for (size_t i = point; i > begin + 3; i -= 3) text.insert(i - 3, 1, ',');
   return text;
 }

@@ -26,8 +26,8 @@ Color quoteColor(double changePct);
 
 // The texts below never depend on the process locale: a point as decimal separator, a comma
 // between thousands.
-std::string priceText(double value);     // 1234.5 → "1,234.50"
-std::string percentText(double value);   // 1.234 → "+1.23%", -0.001 → "-0.00%"
-std::string volumeText(int64_t volume);  // 12345 → "1.2万", 250000000 → "2.50亿"
+std::string priceText(double value, int digits = 2);  // 1234.5 → "1,234.50"
+std::string percentText(double value);                // 1.234 → "+1.23%", -0.001 → "-0.00%"
+std::string volumeText(int64_t volume);               // 12345 → "1.2万", 250000000 → "2.50亿"
 
 }  // namespace tidemark

@@ -172,7 +172,8 @@ void AlertBook::notify(const Firing& firing, const AlertWorld& world) {
   request.identifier = identifier(firing.symbol, firing.rules.front()->id);
   request.title = alertTitle(*firing.quote);
   for (const AlertRule* rule : firing.rules)
-    request.body += (request.body.empty() ? "" : "\n") + firedSentence(*rule, *firing.quote);
+    request.body +=
+        (request.body.empty() ? "" : "\n") + firedSentence(*rule, *firing.quote, world.precision);
   if (world.masked) request.body = maskedAlertBody;
   waiting_.push_back(std::move(request));
 }

@@ -24,6 +24,7 @@ struct AlertWorld {
   std::function<bool(const std::string& symbol)> watched;
   Date now;
   bool masked = false;
+  PricePrecision precision = PricePrecision::two;
 };
 
 // The alerts besides the primary one: their rules in the order added, the pause switch and their

@@ -25,9 +25,9 @@ constexpr std::array<AlertKind, 4> kinds{AlertKind::priceAbove, AlertKind::price
 constexpr std::array<AlertRepeat, 2> repeats{AlertRepeat::once, AlertRepeat::daily};
 
 // "CNY 1,468.80"; an index's points stand alone.
-std::string money(const QuoteSnapshot& quote, double value) {
+std::string money(const QuoteSnapshot& quote, const std::string& figure) {
   const std::string currency = quote.currency();
-  return (currency.empty() ? "" : currency + " ") + priceText(value);
+  return (currency.empty() ? "" : currency + " ") + figure;
 }
 
 }  // namespace
@@ -67,9 +67,11 @@ std::optional<std::string> alertThresholdProblem(AlertKind kind, double threshol
   return std::nullopt;
 }
 
-std::string conditionText(const AlertRule& rule) {
-  return std::string(label(rule.kind)) + " " + priceText(rule.threshold) +
-         (isChangeKind(rule.kind) ? "%" : "");
+std::string conditionText(const AlertRule& rule, PricePrecision precision) {
+  if (isChangeKind(rule.kind))
+    return std::string(label(rule.kind)) + " " + priceText(rule.threshold) + "%";
+  return std::string(label(rule.kind)) + " " +
+         QuoteStyle{.precision = precision}.typed(rule.symbolID, rule.threshold);
 }
 
 bool meetsCondition(const AlertRule& rule, const QuoteSnapshot& quote) {
@@ -88,14 +90,16 @@ bool meetsCondition(const AlertRule& rule, const QuoteSnapshot& quote) {
   return false;
 }
 
-std::string firedSentence(const AlertRule& rule, const QuoteSnapshot& quote) {
+std::string firedSentence(const AlertRule& rule, const QuoteSnapshot& quote,
+                          PricePrecision precision) {
+  const QuoteStyle style{.precision = precision};
   if (!isChangeKind(rule.kind))
-    return money(quote, quote.price) + "，目标 " + money(quote, rule.threshold) +
-           " 已达到提醒条件。";
+    return money(quote, style.price(quote)) + "，目标 " +
+           money(quote, style.typed(rule.symbolID, rule.threshold)) + " 已达到提醒条件。";
   const bool up = rule.kind == AlertKind::changeUp;
   return std::string(up ? "今日涨幅 " : "今日跌幅 ") + percentText(quote.changePct()) +
          "，已达到 " + percentText(up ? rule.threshold : -rule.threshold) + " 的提醒条件。现价 " +
-         money(quote, quote.price);
+         money(quote, style.price(quote));
 }
 
 std::string alertTitle(const QuoteSnapshot& quote) {

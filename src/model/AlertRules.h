@@ -10,7 +10,7 @@
 
 #include "core/Date.h"
 #include "core/Json.h"
-#include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 
 namespace tidemark {
 
@@ -51,8 +51,8 @@ inline constexpr size_t maxAlertCount = 200;
 // Why this threshold cannot be a rule of this kind, in the user's words; none when it can.
 std::optional<std::string> alertThresholdProblem(AlertKind kind, double threshold);
 
-// "价格涨到 1,500.00", "跌幅达到 5.00%".
-std::string conditionText(const AlertRule& rule);
+// "价格涨到 1,500.00", "跌幅达到 5.00%"; a price at the security's decimals or the more typed.
+std::string conditionText(const AlertRule& rule, PricePrecision precision);
 
 // Whether the quote meets the rule's level (equality included); never for a quote without a
 // positive price and previous close.
@@ -60,7 +60,8 @@ bool meetsCondition(const AlertRule& rule, const QuoteSnapshot& quote);
 
 // The sentence of a fired rule: "CNY 1,512.30，目标 CNY 1,500.00 已达到提醒条件。" for a price,
 // "今日涨幅 +5.12%，已达到 +5.00% 的提醒条件。现价 CNY 1,530.00" for a change.
-std::string firedSentence(const AlertRule& rule, const QuoteSnapshot& quote);
+std::string firedSentence(const AlertRule& rule, const QuoteSnapshot& quote,
+                          PricePrecision precision);
 // A fired alert's notification title: "贵州茅台 价格提醒", or "价格提醒已触发" without a name.
 std::string alertTitle(const QuoteSnapshot& quote);
 // The body of a notification while figures are masked.

@@ -152,6 +152,7 @@ void AppModel::restorePreferences() {
   setMenuDensity(clampedMenuDensity(static_cast<int64_t>(p->menuDensity)));
   setOrbShowsName(p->orbShowsName.value_or(false));
   setDetailChart(p->detailChart);
+  setQuoteStyle({p->riseColors, p->pricePrecision});
   setPhase(p->phase);
   setLastError(p->lastError);
   setLatencyMS(p->latencyMS);
@@ -258,6 +259,12 @@ void AppModel::setOrbShowsName(bool on) {
   savePreferences();
 }
 
+void AppModel::setQuoteStyle(QuoteStyle style) {
+  assign(prefs_.riseColors, style.colors);
+  assign(prefs_.pricePrecision, style.precision);
+  savePreferences();
+}
+
 void AppModel::setPhase(QuotePhase phase) {
   assign(prefs_.phase, phase);
   savePreferences();
@@ -347,6 +354,7 @@ void AppModel::resetPreferences() {
   setMenuDensity(MenuDensity::iconOnly);
   setOrbShowsName(false);
   setOnboardingSeen(false);
+  setQuoteStyle({});
   assign(alert_.rule, PriceAlertRule{});
   loadSource(true);
   ready_ = true;

@@ -11,7 +11,7 @@
 #include "core/Bundle.h"
 #include "core/ChangeSignal.h"
 #include "core/Lifeline.h"
-#include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 #include "model/HoldingsBook.h"
 #include "model/IntradaySeries.h"
 #include "model/KlineBook.h"
@@ -66,6 +66,7 @@ class AppModel {
   int64_t latencyMS() const { return prefs_.latencyMS; }
   Date updatedAt() const { return prefs_.updatedAt; }
   bool onboardingSeen() const { return prefs_.onboardingSeen; }
+  QuoteStyle quoteStyle() const { return {prefs_.riseColors, prefs_.pricePrecision}; }
   // The endpoint set in use, its revision and how its check at start-up went.
   const SourceConfiguration& sources() const { return sources_; }
   const SecuritySearch& search() const { return search_; }
@@ -97,6 +98,8 @@ class AppModel {
   void setOrbShowsName(bool on);
   void setPhase(QuotePhase phase);
   void setOnboardingSeen(bool seen);
+  void setQuoteStyle(QuoteStyle style);
+  void resetPreferences();
 
   // Derived state.
   const QuoteSnapshot* activeQuote() const;
@@ -114,8 +117,6 @@ class AppModel {
   bool isLoading() const { return sources_.bootstrapInFlight || cycle_.live != nullptr; }
   bool hasPendingRefresh() const { return static_cast<bool>(cycle_.pending); }
   Date lastRefreshStartedAt() const { return cycle_.lastStartedAt; }
-
-  void resetPreferences();
 
   // Watchlist.
   void select(const std::string& symbol);

@@ -44,7 +44,7 @@ void AppModel::evaluateAlert() {
   const size_t fired =
       alerts_.evaluate({[this](const std::string& symbol) { return quote(symbol); },
                         [this](const std::string& symbol) { return isWatched(symbol); },
-                        deps_.clock.now(), prefs_.masked});
+                        deps_.clock.now(), prefs_.masked, prefs_.pricePrecision});
   if (fired == 0) return;
   changed_.notify();
   saveAlerts();
@@ -69,7 +69,7 @@ void AppModel::deliverPriceAlertNotification() {
   const QuoteSnapshot* q = alertQuote();
   if (!q) return;
   alert_.deliveryInFlight = true;
-  deps_.notifier.add(alert_.notification(*q, prefs_.masked),
+  deps_.notifier.add(alert_.notification(*q, prefs_.masked, prefs_.pricePrecision),
                      lifeline_.guard([this, generation = alert_.generation] {
                        alert_.deliveryInFlight = false;
                        if (generation == alert_.generation) {

@@ -42,6 +42,9 @@ Json toJson(const Preferences& p) {
   object["alertTriggered"] = p.alertTriggered;
   if (p.alertSymbolID) object["alertSymbolID"] = *p.alertSymbolID;
   if (p.detailChart) object["detailChart"] = rawValue(*p.detailChart);
+  if (p.riseColors != RiseColors::redRises) object["riseColors"] = rawValue(p.riseColors);
+  if (p.pricePrecision != PricePrecision::two)
+    object["pricePrecision"] = rawValue(p.pricePrecision);
   return object;
 }
 
@@ -85,6 +88,12 @@ std::optional<Preferences> preferencesFromJson(const Json& object, std::string* 
     auto raw = string(o, key);
     return raw ? klinePeriodFromRawValue(*raw) : std::nullopt;
   });
+  std::optional<RiseColors> colors;
+  takeOptional("riseColors", colors, enumeration<RiseColors>);
+  p.riseColors = colors.value_or(RiseColors::redRises);
+  std::optional<PricePrecision> precision;
+  takeOptional("pricePrecision", precision, enumeration<PricePrecision>);
+  p.pricePrecision = precision.value_or(PricePrecision::two);
   if (bad.empty()) return p;
   if (badKey) *badKey = bad;
   return std::nullopt;

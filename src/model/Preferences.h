@@ -41,15 +41,18 @@ struct Preferences {
   std::optional<std::string> alertSymbolID;
   // The detail's chart: candles of this period, or the intraday line when absent.
   std::optional<KlinePeriod> detailChart;
+  // Written only when not the default, so that records of earlier versions read the same.
+  RiseColors riseColors = RiseColors::redRises;
+  PricePrecision pricePrecision = PricePrecision::two;
 
   friend bool operator==(const Preferences&, const Preferences&) = default;
 };
 
 // Keys in field order; an absent optional is left out.
 Json toJson(const Preferences& preferences);
-// The five optional keys may be missing (or null); a missing required key, a value of the wrong
-// type or an unknown raw value rejects the whole record, and `badKey` names the first such key
-// (empty when the document is not an object).
+// The optional keys (the five optionals and the two display choices) may be missing (or null); a
+// missing required key, a value of the wrong type or an unknown raw value rejects the whole record,
+// and `badKey` names the first such key (empty when the document is not an object).
 std::optional<Preferences> preferencesFromJson(const Json& object, std::string* badKey = nullptr);
 
 // The allowed values of the clamped settings, and what replaces anything else.

@@ -13,11 +13,12 @@ std::string PriceAlert::identifier(const std::string& symbol) {
   return "tidemark.price-alert." + symbol;
 }
 
-NotificationRequest PriceAlert::notification(const QuoteSnapshot& quote, bool masked) const {
+NotificationRequest PriceAlert::notification(const QuoteSnapshot& quote, bool masked,
+                                             PricePrecision precision) const {
   NotificationRequest request;
   request.identifier = identifier(quote.id);
   request.title = alertTitle(quote);
-  request.body = masked ? maskedAlertBody : firedSentence(asListed(), quote);
+  request.body = masked ? maskedAlertBody : firedSentence(asListed(), quote, precision);
   return request;
 }
 

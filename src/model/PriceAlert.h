@@ -36,7 +36,8 @@ class PriceAlert {
   // past the threshold.
   bool firesAt(const QuoteSnapshot& quote) const;
   // The notification of the fired rule for its symbol's quote; no figure in it while masked.
-  NotificationRequest notification(const QuoteSnapshot& quote, bool masked) const;
+  NotificationRequest notification(const QuoteSnapshot& quote, bool masked,
+                                   PricePrecision precision) const;
   // The rule as the list of alerts shows it: first, with the id "primary", fired or not (the
   // time it fired is not kept).
   AlertRule asListed() const;

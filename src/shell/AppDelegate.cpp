@@ -374,7 +374,7 @@ std::string AppDelegate::tooltip() const {
   if (const std::string keys = unavailableKeys(); !keys.empty()) text += "\n" + keys;
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote()) {
-    text += "\n" + quote->name + "  " + quote->currency() + priceText(quote->price);
+    text += "\n" + quote->name + "  " + quote->currency() + m.quoteStyle().price(*quote);
     if (const auto state = m.marketStateOf(quote->market))
       text += " · " + std::string(stateText(*state));
   }

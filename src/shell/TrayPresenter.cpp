@@ -22,7 +22,7 @@ void TrayPresenter::update() {
   item_->setTitle(trayTitleText(m));
   const qreal ratio = host_.pixelRatio();
   const bool bare = m.masked() || m.menuDensity() == MenuDensity::percent;
-  const MiniOrbFace face = miniOrbFace(m.activeQuote(), bare);
+  const MiniOrbFace face = miniOrbFace(m.activeQuote(), bare, m.quoteStyle().colors);
   // Drawn again only when what it shows changes, not on every price.
   if (const auto icon = std::tuple(face, m.theme(), ratio, item_->exportsItem()); icon_ != icon) {
     icon_ = icon;

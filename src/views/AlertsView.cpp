@@ -168,8 +168,8 @@ QWidget* AlertsView::ruleRow(const AlertRule& rule, AlertState state, QWidget* p
   layout->setContentsMargins(12, 0, 0, 0);
   layout->setSpacing(10);
   // Masked, the thresholds are figures like any other.
-  const QString condition =
-      model_.masked() ? q(label(rule.kind)) + QStringLiteral(" ••••") : q(conditionText(rule));
+  const QString condition = model_.masked() ? q(label(rule.kind)) + QStringLiteral(" ••••")
+                                            : q(conditionText(rule, model_.quoteStyle().precision));
   auto* text = themedLabel(condition, TextRole::plain, 13, QFont::Medium, row);
   text->setWordWrap(false);
   layout->addWidget(text, 2);
@@ -205,7 +205,8 @@ void AlertsView::refresh() {
   updateHint();
   const auto list = model_.alertList();
   // Rebuilt only when a rule, its state or the mask changed, not on every refresh of a price.
-  std::string shown = model_.masked() ? "masked" : "";
+  std::string shown =
+      (model_.masked() ? "masked" : "") + std::to_string(int(model_.quoteStyle().precision));
   for (const auto& [rule, state] : list)
     shown += rule.id + (rule.enabled ? "+" : "-") + std::string(rawValue(state)) +
              std::to_string(rule.triggeredAt ? rule.triggeredAt->sinceReference : 0) + ";";

@@ -58,12 +58,13 @@ LinearQuoteChart::LinearQuoteChart(QWidget* parent) : QWidget(parent) {
 }
 
 void LinearQuoteChart::show(const QuoteSnapshot& quote, std::vector<double> values, bool isReal,
-                            bool masked, const OrbPalette& palette) {
+                            bool masked, QuoteStyle style, const OrbPalette& palette) {
   if (values.size() != values_.size()) hoveredIndex_.reset();
   quote_ = quote;
   values_ = std::move(values);
   isReal_ = isReal;
   masked_ = masked;
+  style_ = style;
   palette_ = palette;
   update();
 }
@@ -76,7 +77,7 @@ QString LinearQuoteChart::captionText() const {
 QString LinearQuoteChart::readoutText() const {
   if (!hoveredIndex_ || *hoveredIndex_ >= values_.size()) return {};
   if (masked_) return QStringLiteral("••••");
-  return QString::fromStdString(priceText(values_[*hoveredIndex_]));
+  return QString::fromStdString(style_.price(quote_, values_[*hoveredIndex_]));
 }
 
 QString LinearQuoteChart::volumeReadout() const {
@@ -93,7 +94,7 @@ void LinearQuoteChart::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF plot = plotRect();
   const QColor ink = qt(palette_.ink()), muted = qt(palette_.muted());
-  const QColor trend = qt(quoteColor(quote_.changePct()));
+  const QColor trend = qt(style_.color(quote_.changePct()));
 
   // Title over the source caption on the left, the read-out on the right.
   painter.setFont(uiFont(14, QFont::Bold));

@@ -7,7 +7,7 @@
 #include <QPainter>
 #include <QWidget>
 
-#include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 #include "views/OrbPalette.h"
 
 namespace tidemark {
@@ -24,7 +24,7 @@ class LinearQuoteChart final : public QWidget {
   explicit LinearQuoteChart(QWidget* parent = nullptr);
 
   void show(const QuoteSnapshot& quote, std::vector<double> values, bool isReal, bool masked,
-            const OrbPalette& palette);
+            QuoteStyle style, const OrbPalette& palette);
   std::optional<size_t> hoveredIndex() const { return hoveredIndex_; }
   // The texts as drawn, for the read-out and the captions.
   QString captionText() const;
@@ -42,6 +42,7 @@ class LinearQuoteChart final : public QWidget {
   std::vector<double> values_;
   bool isReal_ = false;
   bool masked_ = false;
+  QuoteStyle style_;
   OrbPalette palette_;
   std::optional<size_t> hoveredIndex_;
 };

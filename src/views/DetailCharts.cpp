@@ -67,7 +67,8 @@ void DetailCharts::show(const QuoteSnapshot* quote, std::vector<double> intraday
   }
   if (!chosen) {
     stack_->setCurrentWidget(linear_);
-    linear_->show(quote ? *quote : QuoteSnapshot{}, std::move(intraday), real, masked, palette);
+    linear_->show(quote ? *quote : QuoteSnapshot{}, std::move(intraday), real, masked,
+                  model_.quoteStyle(), palette);
     return;
   }
   stack_->setCurrentWidget(kline_);
@@ -75,6 +76,8 @@ void DetailCharts::show(const QuoteSnapshot* quote, std::vector<double> intraday
   KlineChartData data;
   data.period = *chosen;
   data.masked = masked;
+  data.colors = model_.quoteStyle().colors;
+  data.digits = priceDigits(quote->id, quote->market, quote->price, model_.quoteStyle().precision);
   data.loading = series.loading;
   // Today's period from the live quote, once there is a series to carry it.
   data.bars = series.bars.empty()

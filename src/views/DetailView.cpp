@@ -108,7 +108,7 @@ void DetailOrb::animateClose() {
 QString DetailOrb::priceDisplay() const {
   const QuoteSnapshot* quote = model_.activeQuote();
   if (model_.masked()) return QStringLiteral("••••••");
-  return quote ? QString::fromStdString(priceText(quote->price)) : QStringLiteral("--");
+  return quote ? QString::fromStdString(model_.quoteStyle().price(*quote)) : QStringLiteral("--");
 }
 
 QString DetailOrb::changeDisplay() const {
@@ -129,7 +129,7 @@ void DetailOrb::paintEvent(QPaintEvent*) {
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
   const double change = quote ? quote->changePct() : 0;
-  const Color trend = quoteColor(change);
+  const Color trend = model_.quoteStyle().color(change);
 
   const double side = DetailOrb::side;
   const QPointF c(width() / 2.0, height() / 2.0);
@@ -351,11 +351,12 @@ void DetailView::showHolding(const std::optional<QuoteSnapshot>& quote) {
   const HoldingFigures f = holdingFigures(*held, *quote);
   const auto show = [&](size_t i, const std::string& text, std::optional<double> sign) {
     values_[i]->setText(masked ? hidden : QString::fromStdString(text));
-    values_[i]->setStyleSheet(
-        masked || !sign ? QString() : QStringLiteral("color: ") + qt(quoteColor(*sign)).name());
+    values_[i]->setStyleSheet(masked || !sign ? QString()
+                                              : QStringLiteral("color: ") +
+                                                    qt(model_.quoteStyle().color(*sign)).name());
   };
   show(holdingRows, sharesText(held->shares), std::nullopt);
-  show(holdingRows + 1, priceText(held->cost), std::nullopt);
+  show(holdingRows + 1, model_.quoteStyle().typed(held->symbolID, held->cost), std::nullopt);
   // The amount over its percentage: a large position's figures are wider than the panel.
   show(holdingRows + 2, signedAmountText(f.dayProfit) + "\n" + percentText(f.dayProfitPct),
        f.dayProfit);
@@ -391,7 +392,7 @@ void DetailView::refresh() {
                    QString::fromStdString(quote->id + " · " + quote->market)};
   fitName();
   const auto figure = [&](double value) {
-    return masked ? hidden : QString::fromStdString(priceText(value));
+    return masked ? hidden : QString::fromStdString(model_.quoteStyle().price(*quote, value));
   };
   values_[0]->setText(real && !series.empty() ? figure(series.front()) : QStringLiteral("—"));
   values_[1]->setText(figure(quote->prevClose));

@@ -19,11 +19,12 @@ QString q(const std::string& s) {
 
 }  // namespace
 
-std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked) {
+std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked,
+                                    QuoteStyle style) {
   std::vector<HoldingRow> rows;
   rows.reserve(lines.size());
   for (const HoldingLine& line : lines) {
-    HoldingRow row{*line.holding, std::nullopt, line.watched, masked};
+    HoldingRow row{*line.holding, std::nullopt, line.watched, masked, style};
     if (line.quote) {
       QuoteSnapshot& q = row.quote.emplace();
       q.id = line.quote->id;
@@ -44,7 +45,7 @@ HoldingRowTexts holdingRowTexts(const HoldingRow& row) {
   HoldingRowTexts t;
   t.title = q(h.symbolID + (quote && !quote->name.empty() ? "  " + quote->name : ""));
   t.figures = {{QStringLiteral("持有"), text(sharesText(h.shares))},
-               {QStringLiteral("成本"), text(priceText(h.cost))}};
+               {QStringLiteral("成本"), text(row.style.typed(h.symbolID, h.cost))}};
   if (!quote) {
     t.why = row.watched ? QStringLiteral("暂无行情") : QStringLiteral("不在自选中");
     return t;
@@ -52,7 +53,7 @@ HoldingRowTexts holdingRowTexts(const HoldingRow& row) {
   const HoldingFigures f = holdingFigures(h, *quote);
   t.figures.insert(
       t.figures.end(),
-      {{QStringLiteral("现价"), text(priceText(quote->price))},
+      {{QStringLiteral("现价"), text(row.style.price(*quote))},
        {QStringLiteral("市值"), text(amountText(f.marketValue))},
        {QStringLiteral("今日盈亏"), text(profitText(f.dayProfit, f.dayProfitPct))},
        {QStringLiteral("持有盈亏"), text(profitText(f.totalProfit, f.totalProfitPct))}});
@@ -143,7 +144,7 @@ void HoldingRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     line({left, top, captionWidth, 22}, caption, captionFont, qt(colors.muted));
     QColor ink = qt(colors.ink);
     const std::optional<double>& sign = k == 4 ? row.day : k == 5 ? row.total : std::nullopt;
-    if (sign) ink = qt(quoteColor(*sign));
+    if (sign) ink = qt(model_.quoteStyle().color(*sign));
     line({left + captionWidth, top, width - captionWidth - 8, 22}, value, valueFont, ink);
   }
   if (!row.why.isEmpty())

@@ -21,13 +21,14 @@ struct HoldingRow {
   std::optional<QuoteSnapshot> quote;  // with a name, price and previous close
   bool watched = true;
   bool masked = false;
+  QuoteStyle style;
   friend bool operator==(const HoldingRow& a, const HoldingRow& b) {
     const auto seen = [](const std::optional<QuoteSnapshot>& q) {
       return q ? std::tuple(true, q->name, q->price, q->prevClose)
                : std::tuple(false, std::string(), 0.0, 0.0);
     };
     return a.holding == b.holding && a.watched == b.watched && a.masked == b.masked &&
-           seen(a.quote) == seen(b.quote);
+           a.style == b.style && seen(a.quote) == seen(b.quote);
   }
 };
 
@@ -44,7 +45,8 @@ struct HoldingRowTexts {
 HoldingRowTexts holdingRowTexts(const HoldingRow& row);
 
 // The rows of the holdings, in the model's order, with every figure masked when asked.
-std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked);
+std::vector<HoldingRow> holdingRows(const std::vector<HoldingLine>& lines, bool masked,
+                                    QuoteStyle style);
 
 // The holdings as a list for a view that creates only the rows it shows.
 class HoldingsListModel final : public QAbstractListModel {

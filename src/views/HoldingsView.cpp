@@ -19,9 +19,9 @@ QString q(const std::string& s) {
   return QString::fromStdString(s);
 }
 
-// A caption over its figure; the figure coloured by its sign when `signedValue` is given.
+// A caption over its figure, the figure in `ink` when one is given.
 QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
-                std::optional<double> signedValue = std::nullopt) {
+                std::optional<Color> ink = std::nullopt) {
   auto* box = new QWidget(parent);
   auto* layout = new QVBoxLayout(box);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -30,8 +30,7 @@ QWidget* figure(const QString& caption, const QString& value, QWidget* parent,
   top->setWordWrap(false);
   auto* number = themedLabel(value, TextRole::plain, 13.5, QFont::DemiBold, box);
   number->setWordWrap(false);
-  if (signedValue)
-    number->setStyleSheet(QStringLiteral("color: ") + qt(quoteColor(*signedValue)).name());
+  if (ink) number->setStyleSheet(QStringLiteral("color: ") + qt(*ink).name());
   layout->addWidget(top);
   layout->addWidget(number);
   return box;
@@ -291,14 +290,17 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   auto* card = new ProductCard(q(total.currency), parent);
   const bool masked = model_.masked();
   const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
+  const auto ink = [&](double sign) {
+    return masked ? std::nullopt : std::optional(model_.quoteStyle().color(sign));
+  };
   auto* line = new QHBoxLayout;
   line->setSpacing(14);
   line->addWidget(figure(QStringLiteral("今日盈亏"),
                          text(profitText(total.dayProfit, total.dayProfitPct)), card,
-                         masked ? std::nullopt : std::optional(total.dayProfit)));
+                         ink(total.dayProfit)));
   line->addWidget(figure(QStringLiteral("持有盈亏"),
                          text(profitText(total.totalProfit, total.totalProfitPct)), card,
-                         masked ? std::nullopt : std::optional(total.totalProfit)));
+                         ink(total.totalProfit)));
   line->addWidget(figure(QStringLiteral("持仓市值"), text(amountText(total.marketValue)), card));
   line->addStretch();
   card->content().addLayout(line);
@@ -335,7 +337,7 @@ void HoldingsView::refresh() {
   }
   const auto lines = model_.holdingLines();
   const std::string chosen = selectedSymbol();
-  rows_->setRows(holdingRows(lines, model_.masked()));
+  rows_->setRows(holdingRows(lines, model_.masked(), model_.quoteStyle()));
   if (!chosen.empty() && selectedSymbol() != chosen) selectRow(chosen);
   const int shownRows = std::min(rows_->rowCount(), 6);
   list_->setFixedHeight(shownRows * HoldingRowDelegate::rowHeight + 2);
@@ -344,7 +346,8 @@ void HoldingsView::refresh() {
 
   // The cards, one per currency, are rebuilt only when something they show changed.
   const auto totals = model_.holdingsTotals(lines);
-  std::string shown = std::to_string(model_.masked()) + std::to_string(int(model_.theme()));
+  std::string shown = std::to_string(model_.masked()) + std::to_string(int(model_.theme())) +
+                      std::to_string(int(model_.quoteStyle().colors));
   for (const HoldingsTotal& t : totals)
     shown += "|" + t.currency + std::to_string(t.marketValue) + std::to_string(t.dayProfit) +
              std::to_string(t.totalProfit) + std::to_string(t.missing) +

@@ -1,5 +1,7 @@
 #include "views/KlineChart.h"
 
+#include <algorithm>
+
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -62,9 +64,10 @@ QString KlineChart::legendText() const {
   const size_t at = hovered_ ? *hovered_ : shown_.size() - 1;
   for (size_t k = 0; k < 3; ++k) {
     const auto& value = shown_.empty() ? std::nullopt : averages_[k][at];
-    parts << QStringLiteral("MA%1 ").arg(movingAverageSpans[k]) + (data_.masked ? masked
-                                                                   : value ? q(priceText(*value))
-                                                                           : QStringLiteral("—"));
+    parts << QStringLiteral("MA%1 ").arg(movingAverageSpans[k]) +
+                 (data_.masked ? masked
+                  : value      ? q(priceText(*value, data_.digits))
+                               : QStringLiteral("—"));
   }
   return parts.join(QStringLiteral("  "));
 }
@@ -75,10 +78,10 @@ QStringList KlineChart::readoutParts() const {
   if (data_.masked) return {q(b.date), masked};
   const double base = *hovered_ > 0 ? shown_[*hovered_ - 1].close : b.open;
   return {q(b.date),
-          q("开 " + priceText(b.open)),
-          q("高 " + priceText(b.high)),
-          q("低 " + priceText(b.low)),
-          q("收 " + priceText(b.close)),
+          q("开 " + priceText(b.open, data_.digits)),
+          q("高 " + priceText(b.high, data_.digits)),
+          q("低 " + priceText(b.low, data_.digits)),
+          q("收 " + priceText(b.close, data_.digits)),
           q("涨跌 " + percentText((b.close - base) / base * 100)),
           q("量 " + volumeText(static_cast<int64_t>(b.volume)))};
 }
@@ -89,7 +92,7 @@ QString KlineChart::readoutText() const {
 
 QString KlineChart::costText() const {
   if (!data_.cost || data_.masked) return {};
-  return q("成本 " + priceText(*data_.cost));
+  return q("成本 " + priceText(*data_.cost, std::max(data_.digits, typedDigits(*data_.cost))));
 }
 
 QString KlineChart::emptyText() const {
@@ -119,7 +122,8 @@ void KlineChart::drawPicture() {
     painter.drawText(plotRect(), Qt::AlignCenter, emptyText());
     return;
   }
-  const QColor rise = qt(quoteColor(1)), fall = qt(quoteColor(-1));
+  const QuoteStyle style{data_.colors};
+  const QColor rise = qt(style.color(1)), fall = qt(style.color(-1));
   const double w = candleWidth(f);
   for (size_t i = 0; i < shown_.size(); ++i) {
     const KlineBar& b = shown_[i];

@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include "core/Kline.h"
+#include "core/QuoteStyle.h"
 #include "views/KlineGeometry.h"
 #include "views/OrbPalette.h"
 
@@ -23,6 +24,8 @@ struct KlineChartData {
   std::optional<double> cost;
   bool masked = false;
   bool loading = false;
+  RiseColors colors = RiseColors::redRises;
+  int digits = 2;  // of the prices; the cost keeps the more it was typed with
   friend bool operator==(const KlineChartData&, const KlineChartData&) = default;
 };
 

@@ -7,8 +7,9 @@
 
 namespace tidemark {
 
-MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot) {
-  MiniOrbFace face{.bareDot = bareDot, .arc = quoteColor(quote ? quote->changePct() : 0)};
+MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot, RiseColors colors) {
+  MiniOrbFace face{.bareDot = bareDot,
+                   .arc = QuoteStyle{colors}.color(quote ? quote->changePct() : 0)};
   // In steps of a twenty-fourth of the ring: a step of 2 px at the tray's size is the least the
   // eye tells apart.
   if (quote) {

@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-#include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 #include "views/OrbPalette.h"
 
 namespace tidemark {
@@ -15,7 +15,7 @@ struct MiniOrbFace {
   Color arc;
   friend bool operator==(const MiniOrbFace&, const MiniOrbFace&) = default;
 };
-MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot);
+MiniOrbFace miniOrbFace(const QuoteSnapshot* quote, bool bareDot, RiseColors colors);
 // The tray icon: a small orb whose arc shows where the price stands in the day's range, to the
 // nearest twenty-fourth, in the quote's colour. Masked, or at the quietest density, only the centre
 // dot remains. `side` is in logical pixels; the image has the given device pixel ratio.

@@ -95,23 +95,23 @@ QImage satelliteSprite(const QuoteSnapshot& quote, const SatelliteLook& look, do
   sprite.fill(Qt::transparent);
   QPainter painter(&sprite);
   painter.setRenderHint(QPainter::Antialiasing);
-  paintDot(painter, QPointF(half / ratio, half / ratio), qt(quoteColor(quote.changePct())), radius,
-           look.selected, look.glow);
+  paintDot(painter, QPointF(half / ratio, half / ratio),
+           qt(QuoteStyle{look.colors}.color(quote.changePct())), radius, look.selected, look.glow);
   return sprite;
 }
 
 std::string satelliteSpriteKey(const QuoteSnapshot& quote, const SatelliteLook& look,
                                double ratio) {
   const double radius = spriteRadius(quote, look);
-  return qt(quoteColor(quote.changePct())).name(QColor::HexArgb).toStdString() + "|" +
-         std::to_string(radius) + "|" + std::to_string(look.selected) + std::to_string(look.glow) +
-         "|" + std::to_string(ratio);
+  return qt(QuoteStyle{look.colors}.color(quote.changePct())).name(QColor::HexArgb).toStdString() +
+         "|" + std::to_string(radius) + "|" + std::to_string(look.selected) +
+         std::to_string(look.glow) + "|" + std::to_string(ratio);
 }
 
 void paintSatellite(QPainter& painter, QPointF dot, const QuoteSnapshot& quote,
                     const SatelliteLook& look, const OrbPalette& palette) {
   painter.save();
-  const QColor colour = qt(quoteColor(quote.changePct()));
+  const QColor colour = qt(QuoteStyle{look.colors}.color(quote.changePct()));
   const SatelliteParts parts = satelliteParts(dot, quote, look);
   paintDot(painter, dot, colour, parts.radius, look.selected, look.glow);
   if (look.captionOpacity > 0.001) {

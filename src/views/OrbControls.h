@@ -7,7 +7,7 @@
 #include <QPainter>
 #include <QRegion>
 
-#include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 #include "views/OrbPalette.h"
 
 namespace tidemark {
@@ -17,6 +17,7 @@ namespace tidemark {
 // at `captionOpacity`. `scale` grows the dot under the pointer (1.4) or when selected (1.2).
 struct SatelliteLook {
   bool selected = false, masked = false, hovered = false;
+  RiseColors colors = RiseColors::redRises;
   double captionOpacity = 0;
   bool glow = true;  // only where a compositor blends it
 };

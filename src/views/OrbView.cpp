@@ -129,7 +129,8 @@ std::string OrbView::accessibilityText() const {
   if (model_.masked()) {
     text += "行情已遮蔽";
   } else {
-    text += "现价" + priceText(quote->price) + "，涨跌幅" + percentText(quote->changePct());
+    text +=
+        "现价" + model_.quoteStyle().price(*quote) + "，涨跌幅" + percentText(quote->changePct());
   }
   return text + "，" + model_.sourceLabel() + "，" + std::string(label(model_.phase()));
 }

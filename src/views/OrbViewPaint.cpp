@@ -211,6 +211,7 @@ SatelliteLook OrbView::satelliteLook(size_t i) const {
   SatelliteLook look;
   look.selected = satellite.quote.id == model_.activeID();
   look.masked = model_.masked();
+  look.colors = model_.quoteStyle().colors;
   look.hovered = hovered_ == i;
   look.captionOpacity = captionOpacity(satellite.radius.value());
   look.glow = glows();
@@ -259,7 +260,7 @@ void OrbView::paintEvent(QPaintEvent*) {
 void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const {
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
-  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const Color trend = model_.quoteStyle().color(quote ? quote->changePct() : 0);
   const bool offline = model_.phase() == QuotePhase::offline;
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
   // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
@@ -334,7 +335,10 @@ std::string OrbView::faceKey(double s) const {
   std::string key = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
                     "|" + std::to_string(devicePixelRatioF()) + "|" + badgeSymbol(model_) + "|" +
                     std::to_string(model_.masked()) + std::to_string(model_.orbShowsName()) +
-                    std::to_string(static_cast<int>(model_.phase())) + std::to_string(compositing_);
+                    std::to_string(static_cast<int>(model_.phase())) +
+                    std::to_string(compositing_) +
+                    std::to_string(static_cast<int>(model_.quoteStyle().colors)) +
+                    std::to_string(static_cast<int>(model_.quoteStyle().precision));
   if (q)
     key += "|" + q->id + "|" + q->name + "|" + std::to_string(q->price) + "|" +
            std::to_string(q->prevClose) + "|" + std::to_string(q->high) + "|" +
@@ -357,7 +361,7 @@ OrbView::IdleLook OrbView::idleLook() const {
 void OrbView::renderLayers(double s) {
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
-  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const Color trend = model_.quoteStyle().color(quote ? quote->changePct() : 0);
   const bool offline = model_.phase() == QuotePhase::offline;
   const double ratio = devicePixelRatioF();
   const auto layer = [](QImage& image) {
@@ -433,7 +437,7 @@ void OrbView::paintBody(QPainter& painter) {
   painter.setRenderHint(QPainter::TextAntialiasing);
   const OrbPalette palette{model_.theme()};
   const QuoteSnapshot* quote = model_.activeQuote();
-  const Color trend = quoteColor(quote ? quote->changePct() : 0);
+  const Color trend = model_.quoteStyle().color(quote ? quote->changePct() : 0);
   const double s = size_.value();
   const double t = now();
 
@@ -498,7 +502,9 @@ OrbView::CoreTexts OrbView::coreTexts() const {
   const bool masked = model_.masked();
   CoreTexts t;
   if (quote) t.label = QString::fromStdString(model_.orbShowsName() ? quote->name : quote->id);
-  t.price = QString::fromStdString(masked ? "••••" : quote ? priceText(quote->price) : "—");
+  t.price = QString::fromStdString(masked  ? "••••"
+                                   : quote ? model_.quoteStyle().price(*quote)
+                                           : "—");
   // Masking hides the number, not its direction; without a quote the change reads as none.
   t.change = QString::fromStdString(masked ? "••••" : percentText(quote ? quote->changePct() : 0));
   return t;

@@ -294,11 +294,13 @@ QWidget* SettingsView::appearancePage() {
   auto* layout = new QVBoxLayout(page);
   layout->setContentsMargins(metrics::pageMargins);
   layout->setSpacing(metrics::pageSpacing);
-  layout->addWidget(new ProductHeading(
-      QStringLiteral("外观"), QStringLiteral("主题、灵球和托盘文字，改动立即生效。"), page));
+  layout->addWidget(
+      new ProductHeading(QStringLiteral("外观"),
+                         QStringLiteral("主题、灵球、托盘文字和行情显示，改动立即生效。"), page));
   layout->addWidget(themeCard(page));
   layout->addWidget(orbCard(page));
   layout->addWidget(trayCard(page));
+  layout->addWidget(quotesCard(page));
   layout->addWidget(keysCard(page));
   if (actions_.autostartEnabled && actions_.setAutostart) layout->addWidget(startCard(page));
   layout->addStretch();
@@ -633,7 +635,8 @@ QWidget* SettingsView::alertPage() {
     current->setText(QString::fromStdString(who) + QStringLiteral("\n") + direction +
                      QStringLiteral(" ") +
                      (model_.masked() ? QStringLiteral("目标价格已遮蔽")
-                                      : QString::fromStdString(priceText(*price))) +
+                                      : QString::fromStdString(model_.quoteStyle().typed(
+                                            model_.alertRule().symbolID.value_or(""), *price))) +
                      (model_.alertRule().triggered ? QStringLiteral(" · 已触发") : QString()));
   });
   return page;

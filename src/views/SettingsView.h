@@ -106,6 +106,7 @@ class SettingsView final : public QWidget {
   QWidget* themeCard(QWidget* page);
   QWidget* orbCard(QWidget* page);
   QWidget* trayCard(QWidget* page);
+  QWidget* quotesCard(QWidget* page);
   QWidget* startCard(QWidget* page);
   // Pills for a setting with a few fixed values, the one `current` names selected.
   using Choice = std::pair<QString, std::function<void()>>;

@@ -17,9 +17,9 @@
 namespace tidemark {
 namespace {
 
-// Plain text for the price field: no thousands separators, two decimals.
+// Plain text for the price field: no thousands separators, two decimals or the more typed.
 QString editable(double price) {
-  return QString::number(price, 'f', 2);
+  return QString::number(price, 'f', std::max(2, typedDigits(price)));
 }
 
 }  // namespace
@@ -157,8 +157,9 @@ void AlertEditorView::showOthers() {
   QStringList lines;
   for (const auto& [rule, state] : model_.alertList()) {
     if (rule.symbolID != symbol || rule.id == primaryAlertID) continue;
-    const std::string condition =
-        model_.masked() ? std::string(label(rule.kind)) + " ••••" : conditionText(rule);
+    const std::string condition = model_.masked()
+                                      ? std::string(label(rule.kind)) + " ••••"
+                                      : conditionText(rule, model_.quoteStyle().precision);
     lines << QString::fromStdString(condition + " · " + repeatText(rule) + " · " +
                                     alertStateText(rule, state));
   }
@@ -181,7 +182,7 @@ void AlertEditorView::showCurrent() {
   if (model_.masked()) {
     current_->setText(QStringLiteral("当前价格已遮蔽"));
   } else {
-    current_->setText(quote ? QString::fromStdString(priceText(quote->price))
+    current_->setText(quote ? QString::fromStdString(model_.quoteStyle().price(*quote))
                             : QStringLiteral("—"));
   }
 }

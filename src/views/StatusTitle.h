@@ -13,7 +13,8 @@ inline std::string statusTitleText(const AppModel& model, MenuDensity density) {
   const QuoteSnapshot* quote = model.activeQuote();
   if (!quote) return " 暂无自选";
   if (density == MenuDensity::percent) return " " + percentText(quote->changePct());
-  return " " + quote->id + "  " + priceText(quote->price) + "  " + percentText(quote->changePct());
+  return " " + quote->id + "  " + model.quoteStyle().price(*quote) + "  " +
+         percentText(quote->changePct());
 }
 
 // The text beside the tray icon: today's profit of the first currency held when the holdings'

@@ -238,13 +238,14 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
                   TextRole::muted, 11.5, QFont::Normal, row),
       1);
   if (entry.quote) {
-    auto* price = themedLabel(masked ? QStringLiteral("••••") : q(priceText(entry.quote->price)),
-                              TextRole::plain, 14, QFont::DemiBold, row);
+    auto* price =
+        themedLabel(masked ? QStringLiteral("••••") : q(model_.quoteStyle().price(*entry.quote)),
+                    TextRole::plain, 14, QFont::DemiBold, row);
     auto* pct =
         themedLabel(masked ? QStringLiteral("••••") : q(percentText(entry.quote->changePct())),
                     TextRole::plain, 12, QFont::Medium, row);
     QPalette colours = pct->palette();
-    colours.setColor(QPalette::WindowText, qt(quoteColor(entry.quote->changePct())));
+    colours.setColor(QPalette::WindowText, qt(model_.quoteStyle().color(entry.quote->changePct())));
     pct->setPalette(colours);
     for (QLabel* figure : {price, pct}) {
       figure->setWordWrap(false);
@@ -279,7 +280,9 @@ void WatchlistView::fillRows() {
   // anew only when something they show changed: the clock's tick every second rarely changes a
   // status.
   const size_t count = std::min(rows_.size(), shownRowLimit);
-  std::string shown = (model_.masked() ? "masked|" : "|") + std::to_string(rows_.size()) + "|";
+  const QuoteStyle style = model_.quoteStyle();
+  std::string shown = (model_.masked() ? "masked|" : "|") + std::to_string(rows_.size()) + "|" +
+                      std::to_string(int(style.colors)) + std::to_string(int(style.precision));
   for (size_t i = 0; i < count; ++i) {
     const WatchlistEntry& e = rows_[i];
     shown += e.symbol + (e.symbol == model_.activeID() ? "*" : "") + e.market +

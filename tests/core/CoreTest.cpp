@@ -13,6 +13,7 @@
 #include "core/Market.h"
 #include "core/NumberText.h"
 #include "core/QuoteSnapshot.h"
+#include "core/QuoteStyle.h"
 #include "core/Url.h"
 
 namespace tidemark {
@@ -144,6 +145,8 @@ TEST(Enums, CasesInDeclarationOrderWithRawValuesAndLabels) {
             (List{"loading=加载中", "live=实时", "stale=已过期", "degraded=降级", "offline=离线"}));
   EXPECT_EQ(rows<AppTheme>(""), (List{"dark=深空", "light=晨雾", "aurora=极光", "amber=琥珀",
                                       "rose=樱粉", "ocean=深海"}));
+  EXPECT_EQ(rows<RiseColors>("red"), (List{"redRises=红涨绿跌", "greenRises=绿涨红跌"}));
+  EXPECT_EQ(rows<PricePrecision>("auto"), (List{"two=两位小数", "automatic=自动"}));
 }
 
 void expectTexts(const char* locale) {
@@ -177,6 +180,53 @@ TEST(NumberText, QuoteColorsWithDeadBand) {
   for (auto [change, color] : cases) EXPECT_EQ(quoteColor(change), color) << change;
   EXPECT_DOUBLE_EQ(red.red, 1.0);
   EXPECT_DOUBLE_EQ(red.green, 0x45 / 255.0);
+}
+
+TEST(QuoteStyle, DecimalsByPrecisionAndSecurityAndColoursByConvention) {
+  using enum PricePrecision;
+  struct Case {
+    const char* symbol;
+    const char* market;
+    double price;
+    const char* two;
+    const char* automatic;
+  };
+  const Case cases[] = {
+      {"600519", "A股", 1500.5, "1,500.50", "1,500.50"},
+      {"510300", "A股基金", 4.1234, "4.12", "4.123"},    // Shanghai ETF
+      {"159915", "A股基金", 2.5, "2.50", "2.500"},       // Shenzhen ETF
+      {"161725", "A股", 1.0006, "1.00", "1.001"},        // LOF, labelled as shares by a feed
+      {"000001", "A股", 11.456, "11.46", "11.46"},       // 平安银行, not a fund
+      {"012345", "A股基金", 1.23456, "1.23", "1.2346"},  // sold off the exchange
+      {"00700", "港股", 0.856, "0.86", "0.856"},         // a Hong Kong penny stock
+      {"00700", "港股", 1.0, "1.00", "1.00"},            // from 1 on, two
+      {"00700", "港股", 320.4, "320.40", "320.40"},
+      {"NVDA", "美股", 0.5, "0.50", "0.50"},
+      {"sh000001", "A股指数", 3001.234, "3,001.23", "3,001.23"},  // points
+      {"513050", "", 1.5, "1.50", "1.500"},                       // no label: read off the code
+      {"00981", "", 0.5, "0.50", "0.500"},
+  };
+  for (const Case& c : cases) {
+    const QuoteSnapshot quote{c.symbol, c.market, "n", c.price, 1, 0, 0, 0, {}, "mock"};
+    EXPECT_EQ(QuoteStyle{.precision = two}.price(quote), c.two) << c.symbol;
+    EXPECT_EQ(QuoteStyle{.precision = automatic}.price(quote), c.automatic) << c.symbol;
+  }
+  // What the user typed keeps its digits in either precision, and gains the security's.
+  const std::tuple<const char*, double, const char*, const char*> typed[] = {
+      {"600519", 5.1234, "5.1234", "5.1234"}, {"600519", 1500.5, "1,500.50", "1,500.50"},
+      {"510300", 4.1, "4.10", "4.100"},       {"012345", 1.2, "1.20", "1.2000"},
+      {"00700", 0.5, "0.50", "0.500"},        {"600519", 0.123456789, "0.12345679", "0.12345679"},
+  };
+  for (const auto& [symbol, value, inTwo, inAuto] : typed) {
+    EXPECT_EQ(QuoteStyle{.precision = two}.typed(symbol, value), inTwo) << value;
+    EXPECT_EQ(QuoteStyle{.precision = automatic}.typed(symbol, value), inAuto) << value;
+  }
+  const Color red = Color::hex(0xFF453A), green = Color::hex(0x32D74B), grey = Color::hex(0x8E8E93);
+  const QuoteStyle greenRises{RiseColors::greenRises};
+  EXPECT_EQ(std::tuple(greenRises.color(1.5), greenRises.color(-1.5), greenRises.color(0.00005)),
+            std::tuple(green, red, grey));
+  EXPECT_EQ(std::tuple(QuoteStyle{}.color(1.5), QuoteStyle{}.color(-1.5)), std::tuple(red, green));
+  EXPECT_EQ(priceText(1234567.5, 0), "1,234,568");
 }
 
 QuoteSnapshot sample() {

@@ -63,6 +63,19 @@ TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
                             "+1,680.00 (+1.16%)", "-3,170.00 (-2.11%)"})
     EXPECT_TRUE(texts.contains(QString::fromUtf8(shown))) << shown;
   EXPECT_FALSE(texts.contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+  // The summary's profits take the rise and fall colours, swapped for green rises.
+  const auto inks = [&] {
+    QStringList out;
+    for (const char* text : {"+1,680.00 (+1.16%)", "-3,170.00 (-2.11%)"})
+      for (const QLabel* label : view.findChildren<QLabel*>())
+        if (label->text() == QString::fromUtf8(text)) out << label->styleSheet();
+    return out;
+  };
+  EXPECT_EQ(inks(), (QStringList{u"color: #ff453a"_s, u"color: #32d74b"_s}));
+  d.model->setQuoteStyle({RiseColors::greenRises, PricePrecision::two});
+  QTest::qWait(1);
+  EXPECT_EQ(inks(), (QStringList{u"color: #32d74b"_s, u"color: #ff453a"_s}));
+  d.model->setQuoteStyle({});
 
   // Edit and delete act on the row clicked; none is chosen at first.
   const auto clickRow = [&](int row, bool twice = false) {
@@ -228,6 +241,13 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().mid(9),
             (QStringList{"100", "1,500.50", "+1,680.00\n+1.16%", "-3,170.00\n-2.11%"}));
+  // A typed cost keeps its digits in either precision.
+  ASSERT_EQ(d.model->setHolding("600519", 100, 1500.1234), std::nullopt);
+  for (PricePrecision precision : {PricePrecision::two, PricePrecision::automatic}) {
+    d.model->setQuoteStyle({RiseColors::redRises, precision});
+    QTest::qWait(1);
+    EXPECT_EQ(detail->figureTexts().at(10), u"1,500.1234"_s);
+  }
   d.model->select("NVDA");  // not held: the holding's figures go
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().size(), 9);

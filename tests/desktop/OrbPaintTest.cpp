@@ -140,16 +140,20 @@ TEST(MiniOrb, ArcDotAndBareDot) {
     bool bare;
     QColor colour;
     std::array<bool, 4> reaches;
+    RiseColors colors = RiseColors::redRises;
   };
   const Case cases[] = {
       {11, 9, 11, 10, false, red, {true, true, true, true}},       // at the high: a full ring
       {9.5, 9, 11, 10, false, green, {true, true, false, false}},  // a quarter, clockwise
       {8, 9, 11, 10, false, green, {false, false, false, false}},  // below the low: nothing
       {11, 9, 11, 10, true, red, {false, false, false, false}},    // masked: the dot alone
+      // Green rises: the same rise in green, the fall in red.
+      {11, 9, 11, 10, false, green, {true, true, true, true}, RiseColors::greenRises},
+      {9.5, 9, 11, 10, false, red, {true, true, false, false}, RiseColors::greenRises},
   };
   for (const Case& c : cases) {
     QuoteSnapshot q{"600519", "A股", "n", c.price, c.prevClose, c.high, c.low, 1, {}, "mock"};
-    const QImage image = miniOrb(miniOrbFace(&q, c.bare), OrbPalette{AppTheme::dark}, 2);
+    const QImage image = miniOrb(miniOrbFace(&q, c.bare, c.colors), OrbPalette{AppTheme::dark}, 2);
     ASSERT_EQ(image.size(), QSize(46, 46));
     const QPoint ends[] = {{23, 6}, {40, 23}, {23, 40}, {6, 23}};  // on the ring, device pixels
     for (int i = 0; i < 4; ++i)
@@ -160,7 +164,7 @@ TEST(MiniOrb, ArcDotAndBareDot) {
   // The arc moves in steps of a twenty-fourth (2 / 24 here): within one, the icon stays the same.
   const auto icon = [](double price) {
     QuoteSnapshot q{"600519", "A股", "n", price, 9.5, 11, 9, 1, {}, "mock"};
-    return miniOrb(miniOrbFace(&q, false), OrbPalette{AppTheme::dark}, 1, 22);
+    return miniOrb(miniOrbFace(&q, false, RiseColors::redRises), OrbPalette{AppTheme::dark}, 1, 22);
   };
   EXPECT_EQ(icon(10.0), icon(10.04));
   EXPECT_NE(icon(10.04), icon(10.05));

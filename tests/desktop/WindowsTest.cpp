@@ -21,6 +21,7 @@
 #include "support/QtPrint.h"
 #include "views/ChartGeometry.h"
 #include "views/DetailView.h"
+#include "views/OrbView.h"
 #include "views/SettingsView.h"
 #include "views/WatchlistView.h"
 
@@ -241,24 +242,29 @@ TEST_F(Windows, EachSettingsControlChangesItsOwnPreferenceAndNoOther) {
            (m->orbShowsName() ? " name" : " code") + (m->reduceMotion() ? " calm" : "") +
            (m->autoRotate() ? " rotating" : "") + (m->masked() ? " masked" : "") + " every " +
            QString::number(m->refreshInterval()).toStdString() + " tray " +
-           std::to_string(int(m->menuDensity()));
+           std::to_string(int(m->menuDensity())) + " " +
+           std::string(rawValue(m->quoteStyle().colors)) + " " +
+           std::string(rawValue(m->quoteStyle().precision));
   };
   const std::pair<const char*, std::string> clicks[] = {
-      {"极光", "aurora 96 code rotating every 2.6 tray 0"},
-      {"大 132", "aurora 132 code rotating every 2.6 tray 0"},
-      {"小 72", "aurora 72 code rotating every 2.6 tray 0"},
-      {"中 96", "aurora 96 code rotating every 2.6 tray 0"},
-      {"名称", "aurora 96 name rotating every 2.6 tray 0"},
-      {"减少动态效果", "aurora 96 name calm rotating every 2.6 tray 0"},
-      {"自动轮播自选标的", "aurora 96 name calm every 2.6 tray 0"},
-      {"遮蔽所有行情数字", "aurora 96 name calm masked every 2.6 tray 0"},
-      {"5 秒", "aurora 96 name calm masked every 5 tray 0"},
-      {"2.6 秒", "aurora 96 name calm masked every 2.6 tray 0"},
+      {"极光", "aurora 96 code rotating every 2.6 tray 0 redRises two"},
+      {"大 132", "aurora 132 code rotating every 2.6 tray 0 redRises two"},
+      {"小 72", "aurora 72 code rotating every 2.6 tray 0 redRises two"},
+      {"中 96", "aurora 96 code rotating every 2.6 tray 0 redRises two"},
+      {"名称", "aurora 96 name rotating every 2.6 tray 0 redRises two"},
+      {"减少动态效果", "aurora 96 name calm rotating every 2.6 tray 0 redRises two"},
+      {"自动轮播自选标的", "aurora 96 name calm every 2.6 tray 0 redRises two"},
+      {"遮蔽所有行情数字", "aurora 96 name calm masked every 2.6 tray 0 redRises two"},
+      {"5 秒", "aurora 96 name calm masked every 5 tray 0 redRises two"},
+      {"2.6 秒", "aurora 96 name calm masked every 2.6 tray 0 redRises two"},
       // Switched off again, and the tray's examples once the figures show.
-      {"遮蔽所有行情数字", "aurora 96 name calm every 2.6 tray 0"},
-      {"减少动态效果", "aurora 96 name every 2.6 tray 0"},
-      {"600519  1,468.80  +1.16%", "aurora 96 name every 2.6 tray 2"},
-      {"+1.16%", "aurora 96 name every 2.6 tray 1"},
+      {"遮蔽所有行情数字", "aurora 96 name calm every 2.6 tray 0 redRises two"},
+      {"减少动态效果", "aurora 96 name every 2.6 tray 0 redRises two"},
+      {"600519  1,468.80  +1.16%", "aurora 96 name every 2.6 tray 2 redRises two"},
+      {"+1.16%", "aurora 96 name every 2.6 tray 1 redRises two"},
+      {"绿涨红跌", "aurora 96 name every 2.6 tray 1 greenRises two"},
+      {"自动", "aurora 96 name every 2.6 tray 1 greenRises automatic"},
+      {"红涨绿跌", "aurora 96 name every 2.6 tray 1 redRises automatic"},
   };
   for (const auto& [control, expected] : clicks) {
     QAbstractButton* button = named<QAbstractButton>(*view, QString::fromUtf8(control));
@@ -528,6 +534,42 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   const QRegularExpression figure(u"[0-9][,.][0-9]|%"_s);
   for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
   EXPECT_EQ(list.shownTexts().count(u"••••"_s), 10);
+}
+
+// The chosen precision and colours reach the prices a shown list, the detail and the orb write.
+TEST_F(Windows, PricesAndColoursFollowTheChoicesWhereverTheyAreShown) {
+  model->add("510300");  // an ETF: three decimals when automatic
+  model->select("510300");
+  WatchlistView list(*model, h.clock);
+  list.show();
+  DetailView detail(*model, {}, {});
+  detail.resize(980, 680);
+  detail.show();
+  OrbWindowModel window;
+  OrbView orb(*model, window, h.clock, {});
+  settle();
+  const auto rowInk = [&] {
+    for (const QLabel* label : list.findChildren<QLabel*>())
+      if (label->text() == QString::fromStdString(percentText(model->activeQuote()->changePct())))
+        return label->palette().color(QPalette::WindowText).name();
+    return QString();
+  };
+  const struct {
+    QuoteStyle style;
+    const char *price, *prevClose, *ink;
+  } cases[] = {
+      {{RiseColors::redRises, PricePrecision::two}, "4.04", "4.01", "#ff453a"},
+      {{RiseColors::greenRises, PricePrecision::automatic}, "4.035", "4.012", "#32d74b"},
+  };
+  for (const auto& c : cases) {
+    model->setQuoteStyle(c.style);
+    settle();
+    EXPECT_TRUE(list.shownTexts().contains(QString::fromUtf8(c.price))) << c.price;
+    EXPECT_EQ(rowInk(), QString::fromUtf8(c.ink)) << c.price;
+    EXPECT_EQ(detail.orb().priceDisplay(), QString::fromUtf8(c.price));
+    EXPECT_EQ(detail.figureTexts().at(2), QString::fromUtf8(c.prevClose));
+    EXPECT_EQ(orb.coreTexts().price, QString::fromUtf8(c.price));
+  }
 }
 
 // Each row's buttons, found by their texts in the row of their symbol.

@@ -182,7 +182,8 @@ TEST(Alerts, TheListRefusesInWordsAndIsStoredAsWritten) {
       {rule("", "600519", changeUp, 100.01), "涨跌幅须在 0.01% 到 100% 之间"},
       {rule("", "601318", priceAbove, 50), "只能为自选中的标的设置提醒"},
   };
-  for (const auto& [r, refused] : entries) EXPECT_EQ(m->addAlert(r), refused) << conditionText(r);
+  for (const auto& [r, refused] : entries)
+    EXPECT_EQ(m->addAlert(r), refused) << conditionText(r, PricePrecision::two);
   ASSERT_EQ(m->alertBook().rules().size(), 2u);
   EXPECT_EQ(m->alertBook().rules()[0].id, "r1795140000000");
   EXPECT_EQ(m->alertBook().rules()[1].id, "r1795140000000-2") << "the same millisecond";
@@ -255,7 +256,7 @@ TEST(Alerts, StoredAlertsAreReadBackAndTheSingleAlertListedFirst) {
   EXPECT_EQ(list[0].first, (AlertRule{"primary", "600519", AlertKind::priceBelow, 1500,
                                       AlertRepeat::once, true, std::nullopt}));
   EXPECT_EQ(list[1].second, AlertState::disabled);
-  EXPECT_EQ(conditionText(list[0].first), "价格跌到 1,500.00");
+  EXPECT_EQ(conditionText(list[0].first, PricePrecision::two), "价格跌到 1,500.00");
 }
 
 // At a start on Saturday the cache holds Friday's quote, 6 % up: the price rule fires from it,

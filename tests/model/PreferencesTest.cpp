@@ -83,6 +83,9 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
       {R"({"alertPrice":"1"})", dark, 2.6, 96, iconOnly, R"(field "alertPrice")"},
       {R"({"detailChart":"month"})", aurora, 5.0, 132, full, nullptr},
       {R"({"detailChart":"year"})", dark, 2.6, 96, iconOnly, R"(field "detailChart")"},
+      {R"({"riseColors":"greenRises","pricePrecision":null})", aurora, 5.0, 132, full, nullptr},
+      {R"({"pricePrecision":"three"})", dark, 2.6, 96, iconOnly, R"(field "pricePrecision")"},
+      {R"({"riseColors":1})", dark, 2.6, 96, iconOnly, R"(field "riseColors")"},
       {R"(["dark"])", dark, 2.6, 96, iconOnly, "not a JSON object"},
       {"first", dark, 2.6, 96, iconOnly, "not JSON"},
       // A threshold that is not finite and positive is dropped, the rest applied.
@@ -237,6 +240,23 @@ TEST(Alert, AnIndexIsNotifiedWithoutACurrency) {
   ASSERT_EQ(h.notifier.added.size(), 1u);
   EXPECT_EQ(h.notifier.added[0].title, "上证指数 价格提醒");
   EXPECT_EQ(h.notifier.added[0].body, "3,900.12，目标 3,900.00 已达到提醒条件。");
+}
+
+// The threshold reads as typed in either precision; the price takes the security's decimals.
+TEST(Alert, NotificationsWriteThePricesAtTheChosenPrecision) {
+  const std::pair<PricePrecision, const char*> cases[] = {
+      {PricePrecision::two, "HKD 0.85，目标 HKD 0.8555 已达到提醒条件。"},
+      {PricePrecision::automatic, "HKD 0.851，目标 HKD 0.8555 已达到提醒条件。"},
+  };
+  for (const auto& [precision, body] : cases) {
+    AlertHarness h;
+    h.model->setQuoteStyle({RiseColors::greenRises, precision});
+    h.model->setAlert("00700", 0.8555, false);
+    h.reload(1500, 0.851);
+    ASSERT_EQ(h.notifier.added.size(), 1u) << body;
+    EXPECT_EQ(h.notifier.added[0].body, body);
+    EXPECT_EQ(h.make()->quoteStyle(), (QuoteStyle{RiseColors::greenRises, precision})) << body;
+  }
 }
 
 }  // namespace

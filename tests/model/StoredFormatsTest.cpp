@@ -24,7 +24,7 @@ const std::string preferences =
     R"("sourceMode":"mock","masked":true,"orbSize":132.0,"autoRotate":false,"menuDensity":2,)"
     R"("orbShowsName":true,"phase":"live","latencyMS":86,"updatedAt":)" START
     R"(,"onboardingSeen":true,"alertPrice":1500.0,"alertAbove":false,"alertTriggered":true,)"
-    R"("alertSymbolID":"600519"})";
+    R"("alertSymbolID":"600519","riseColors":"greenRises","pricePrecision":"automatic"})";
 
 TEST(StoredFormats, PreferencesRecord) {
   ModelHarness h;
