@@ -13,6 +13,7 @@
 #include "app/HoldingsTable.h"
 #include "app/LiveSources.h"
 #include "app/TextTable.h"
+#include "core/ExchangeTime.h"
 #include "core/NumberText.h"
 #include "model/AppModel.h"
 #include "model/StoreKeys.h"
@@ -60,6 +61,12 @@ std::string renderJson(const AppModel& model, bool pretty) {
   for (const QuoteSnapshot& q : model.watchedQuotes()) {
     Json record = toJson(q);
     record["updatedAt"] = formatISO8601(q.updatedAt);
+    // The exchange's own time, with its offset.
+    if (q.quoteTime) {
+      const auto market = marketOfLabel(q.market).value_or(feedMarket(q.id));
+      const auto clock = exchangeTime(exchangeOf(market), *q.quoteTime);
+      record["quoteTime"] = clock ? iso8601WithOffset(*clock) : formatISO8601(*q.quoteTime);
+    }
     quotes.push_back(std::move(record));
   }
   Json document{{"phase", rawValue(model.phase())},

@@ -58,6 +58,9 @@ Json toJson(const QuoteSnapshot& q) {
   members.emplace_back("volume", q.volume);
   members.emplace_back("updatedAt", q.updatedAt.sinceReference);
   members.emplace_back("source", q.source);
+  for (const auto& [key, member] : quoteFigures)
+    if (const auto& value = q.*member) members.emplace_back(key, *value);
+  if (q.quoteTime) members.emplace_back("quoteTime", q.quoteTime->sinceReference);
   return object;
 }
 
@@ -75,8 +78,11 @@ std::optional<QuoteSnapshot> quoteFromJson(const Json& object) {
   if (!id || !market || !name || !price || !prevClose || !high || !low || !volume || !updatedAt ||
       !source)
     return std::nullopt;
-  return QuoteSnapshot{*id,   *market, *name,   *price,     *prevClose,
-                       *high, *low,    *volume, *updatedAt, *source};
+  QuoteSnapshot quote{*id,   *market, *name,   *price,     *prevClose,
+                      *high, *low,    *volume, *updatedAt, *source};
+  for (const auto& [key, member] : quoteFigures) quote.*member = json::number(object, key);
+  quote.quoteTime = json::date(object, "quoteTime");
+  return quote;
 }
 
 }  // namespace tidemark

@@ -5,7 +5,9 @@
 #include <cmath>
 #include <exception>
 
-#include <date/tz.h>
+#include <date/date.h>
+
+#include "core/ExchangeTime.h"
 
 namespace tidemark {
 namespace {
@@ -14,7 +16,6 @@ constexpr int hour = 3600, minute = 60;
 
 // Times of day in seconds since the exchange's local midnight.
 struct Hours {
-  const char* zone;
   int sessions[2][2];
   int sessionCount;
   // New York's extended hours round its one session; zero elsewhere.
@@ -27,30 +28,10 @@ struct Hours {
 };
 
 constexpr std::array<Hours, exchangeCount> hoursOf{{
-    {"Asia/Shanghai",
-     {{9 * hour + 30 * minute, 11 * hour + 30 * minute}, {13 * hour, 15 * hour}},
-     2,
-     0,
-     0},
-    {"Asia/Hong_Kong", {{9 * hour + 30 * minute, 12 * hour}, {13 * hour, 16 * hour}}, 2, 0, 0},
-    {"America/New_York", {{9 * hour + 30 * minute, 16 * hour}, {0, 0}}, 1, 4 * hour, 20 * hour},
+    {{{9 * hour + 30 * minute, 11 * hour + 30 * minute}, {13 * hour, 15 * hour}}, 2, 0, 0},
+    {{{9 * hour + 30 * minute, 12 * hour}, {13 * hour, 16 * hour}}, 2, 0, 0},
+    {{{9 * hour + 30 * minute, 16 * hour}, {0, 0}}, 1, 4 * hour, 20 * hour},
 }};
-
-const date::time_zone* zoneOf(Exchange exchange) {
-  // Looked up once; a database without the zone (or without any) leaves it unknown.
-  static const std::array<const date::time_zone*, exchangeCount> zones = [] {
-    std::array<const date::time_zone*, exchangeCount> found{};
-    for (size_t i = 0; i < exchangeCount; ++i) {
-      try {
-        found[i] = date::locate_zone(hoursOf[i].zone);
-      } catch (const std::exception&) {
-        found[i] = nullptr;
-      }
-    }
-    return found;
-  }();
-  return zones[static_cast<size_t>(exchange)];
-}
 
 struct LocalTime {
   bool weekend;
@@ -59,15 +40,12 @@ struct LocalTime {
 };
 
 std::optional<LocalTime> localTime(Exchange exchange, Date at) {
-  const date::time_zone* zone = zoneOf(exchange);
-  if (!zone || !std::isfinite(at.sinceReference)) return std::nullopt;
-  const date::sys_seconds instant{
-      std::chrono::seconds{static_cast<long long>(std::floor(at.unixSeconds()))}};
-  const auto local = zone->to_local(instant);
-  const auto day = date::floor<date::days>(local);
+  const auto clock = exchangeTime(exchange, at);
+  if (!clock) return std::nullopt;
+  const date::sys_days day{date::year{clock->year} / clock->month / clock->day};
   const date::weekday weekday{day};
   return LocalTime{weekday == date::Saturday || weekday == date::Sunday,
-                   static_cast<int>((local - day).count()),
+                   clock->hour * hour + clock->minute * minute + clock->second,
                    static_cast<int64_t>(day.time_since_epoch().count())};
 }
 

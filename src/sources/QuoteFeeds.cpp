@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/ExchangeTime.h"
 #include "core/Market.h"
 #include "core/Text.h"
 
@@ -242,6 +243,53 @@ void append(std::vector<QuoteSnapshot>& records, const std::string& symbol, std:
   q.source = source;
 }
 
+// A figure only where the field holds a positive number (a P/E below zero too: a loss).
+std::optional<double> figure(std::string_view field, bool negativeToo = false) {
+  const auto value = number(field);
+  if (!value || !(*value > 0 || (negativeToo && *value < 0))) return std::nullopt;
+  return value;
+}
+
+// The `k`-th field of a row's unsplit rest, or empty.
+std::string_view restField(std::string_view rest, size_t k) {
+  for (; k > 0; --k) {
+    const size_t next = rest.find('~');
+    if (next == std::string_view::npos) return {};
+    rest.remove_prefix(next + 1);
+  }
+  return rest.substr(0, rest.find('~'));
+}
+
+// The fuller figures of a Tencent row, by its exchange's layout: open 5 and the exchange's time
+// 30 in every row; the amount 37, in ten thousands of yuan for the mainland; turnover 38 and
+// P/E 39 for mainland and US shares; the limits 47 and 48 for A-shares; the 52-week high and low
+// at 67 and 68 on the mainland and 48 and 49 in New York. `rest` holds fields 49 onwards.
+template <class Row>
+void addTencentFigures(QuoteSnapshot& q, const Row& f, std::string_view rest) {
+  const Market market = feedMarket(q.id);
+  const Exchange exchange = exchangeOf(market);
+  const bool shares = !isIndex(market), mainland = exchange == Exchange::shanghai;
+  const auto at = [&](size_t i) { return i < f.size() ? f[i] : std::string_view(); };
+  const auto atRest = [&](size_t i) {
+    return i == 49 ? restField(rest, 0) : f.size() > 49 ? restField(rest, i - 49) : "";
+  };
+  q.open = figure(at(5));
+  q.quoteTime = parseExchangeTime(at(30), exchange);
+  if (auto amount = figure(at(37))) q.amount = mainland ? *amount * 10000 : *amount;
+  if (shares && exchange != Exchange::hongKong) {
+    q.turnoverPct = figure(at(38));
+    q.pe = figure(at(39), true);
+  }
+  if (shares && mainland) {
+    q.limitUp = figure(at(47));
+    q.limitDown = figure(at(48));
+  }
+  if (exchange != Exchange::hongKong) {
+    q.high52w = figure(mainland ? atRest(67) : at(48));
+    q.low52w = figure(mainland ? atRest(68) : atRest(49));
+  }
+}
+
 // Each requested symbol's payload, in request order, handed to `parseRow`, which appends a
 // record when the row is valid; symbols without a code, a key or a closed, non-empty payload
 // are left out.
@@ -270,11 +318,13 @@ std::vector<QuoteSnapshot> parseTencent(std::string_view text,
   return parseRows(text, symbols, SourceMode::tencent, "v_",
                    [&](const std::string& symbol, std::string_view payload,
                        std::vector<QuoteSnapshot>& records) -> void {
-                     // Name 1, price 3, previous close 4, volume 6, high 33, low 34; nothing past
-                     // them is read.
-                     constexpr uint64_t wanted =
-                         1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 6 | 1ull << 33 | 1ull << 34;
-                     const Fields<36, wanted> f(payload, '~');
+                     // Name 1, price 3, previous close 4, volume 6, high 33, low 34, and the
+                     // fuller figures' fields.
+                     constexpr uint64_t wanted = 1ull << 1 | 1ull << 3 | 1ull << 4 | 1ull << 5 |
+                                                 1ull << 6 | 1ull << 30 | 1ull << 33 | 1ull << 34 |
+                                                 1ull << 37 | 1ull << 38 | 1ull << 39 | 1ull << 47 |
+                                                 1ull << 48 | 1ull << 49;
+                     const Fields<50, wanted> f(payload, '~');
                      if (f.size() < 7) return;
                      const auto price = number(f[3]);
                      const auto prevClose = number(f[4]);
@@ -283,6 +333,7 @@ std::vector<QuoteSnapshot> parseTencent(std::string_view text,
                      const double low = f.size() >= 35 ? number(f[34]).value_or(*price) : *price;
                      append(records, symbol, f[1], *price, *prevClose, high, low, volume(f[6]),
                             parsedAt, "tencent");
+                     addTencentFigures(records.back(), f, f.size() >= 50 ? f[49] : "");
                    });
 }
 
@@ -292,7 +343,7 @@ std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<st
       text, symbols, SourceMode::sina, "hq_str_",
       [&](const std::string& symbol, std::string_view payload,
           std::vector<QuoteSnapshot>& records) -> void {
-        const Fields<10> f(payload, ',');
+        const Fields<33> f(payload, ',');
         // Five-character symbols read this fixed layout, whatever the feed documents for them;
         // a row too short for it is skipped.
         const bool five = characterCount(symbol) == 5;
@@ -307,6 +358,13 @@ std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<st
         if (!prevClose || !price || !high || !low || !(*price > 0) || !(*prevClose > 0)) return;
         const int64_t traded = f.size() >= 9 ? volume(f[8]) : 0;
         append(records, symbol, f[0], *price, *prevClose, *high, *low, traded, parsedAt, "sina");
+        // A mainland row also carries the open (1) and the exchange's date and time (30, 31).
+        if (!five && exchangeOf(feedMarket(symbol)) == Exchange::shanghai) {
+          records.back().open = figure(f[1]);
+          if (f.size() > 31)
+            records.back().quoteTime = parseExchangeTime(
+                std::string(f[30]) + " " + std::string(f[31]), Exchange::shanghai);
+        }
       });
 }
 

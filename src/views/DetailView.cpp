@@ -183,7 +183,7 @@ void DetailOrb::paintEvent(QPaintEvent*) {
 void DetailView::addFigures(QGridLayout* tiles) {
   // The quote's figures in rows beside the charts; the holding's in tiles under the orb, a
   // caption over its value.
-  const char* names[] = {"开盘",     "昨收", "最高", "最低", "成交量",   "更新时间", "数据源",
+  const char* names[] = {"今开",     "昨收", "最高", "最低", "成交量",   "更新时间", "数据源",
                          "交易状态", "提醒", "持有", "成本", "今日盈亏", "持有盈亏"};
   int row = 0;
   for (const char* name : names) {
@@ -257,6 +257,8 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figures_->setColumnStretch(1, 1);
   addFigures(tiles);
   figuresCard->content().addLayout(figures_);
+  fuller_ = new FullerFiguresGrid;
+  figuresCard->content().addLayout(fuller_);
   auto* alert = new QPushButton(QStringLiteral("设置价格预警"), figuresCard);
   alert->setProperty("primary", true);
   QObject::connect(alert, &QPushButton::clicked, this, [onAlert = std::move(onAlert)] {
@@ -340,7 +342,7 @@ QStringList DetailView::figureTexts() const {
   QStringList texts{name_->text()};
   for (const QLabel* value : values_)
     if (value->isVisibleTo(this)) texts << value->text();
-  return texts;
+  return texts + fuller_->shownTexts();
 }
 
 void DetailView::showHolding(const std::optional<QuoteSnapshot>& quote) {
@@ -380,6 +382,7 @@ void DetailView::refresh() {
     securityName_ = {QStringLiteral("暂无自选"), QString()};
     fitName();
     for (QLabel* value : values_) value->setText(QStringLiteral("—"));
+    fuller_->show({});
     showAlerts({});
     showHolding(std::nullopt);
     charts_->show(nullptr, {}, false);
@@ -394,7 +397,17 @@ void DetailView::refresh() {
   const auto figure = [&](double value) {
     return masked ? hidden : QString::fromStdString(model_.quoteStyle().price(*quote, value));
   };
-  values_[0]->setText(real && !series.empty() ? figure(series.front()) : QStringLiteral("—"));
+  // The day's open as the feed gave it, else the first price of a real series; none otherwise.
+  auto fuller = fullerFigures(*quote, model_.quoteStyle(), masked);
+  const bool feedOpen = !fuller.empty() && fuller.front().first == u"今开"_s;
+  const bool seriesOpen = real && !series.empty();
+  values_[0]->setText(feedOpen     ? fuller.front().second
+                      : seriesOpen ? figure(series.front())
+                                   : QString());
+  captions_[0]->setVisible(feedOpen || seriesOpen);
+  values_[0]->setVisible(feedOpen || seriesOpen);
+  if (feedOpen) fuller.erase(fuller.begin());
+  fuller_->show(fuller);
   values_[1]->setText(figure(quote->prevClose));
   values_[2]->setText(figure(quote->high));
   values_[3]->setText(figure(quote->low));

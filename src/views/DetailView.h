@@ -15,6 +15,7 @@
 #include "views/Charts.h"
 #include "views/DetailCharts.h"
 #include "views/OncePerTurn.h"
+#include "views/QuoteFigures.h"
 
 namespace tidemark {
 
@@ -112,6 +113,7 @@ class DetailView final : public QWidget {
   std::pair<QString, QString> securityName_;  // the name, and the code with the market
   void fitName();
   QGridLayout* figures_;
+  FullerFiguresGrid* fuller_;  // the figures only some feeds give
   std::vector<QLabel*> captions_;
   // The figures from this one on are the holding's.
   static constexpr size_t alertRow = 8, holdingRows = 9;

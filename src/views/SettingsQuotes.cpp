@@ -19,13 +19,11 @@ QWidget* SettingsView::quotesCard(QWidget* page) {
     const auto all = allCases<E>();
     return int(std::find(all.begin(), all.end(), value) - all.begin());
   };
-  addPills(card, QStringLiteral("涨跌颜色"),
-           choicesOf(+[](AppModel& m, RiseColors colors) {
+  addPills(card, QStringLiteral("涨跌颜色"), choicesOf(+[](AppModel& m, RiseColors colors) {
              m.setQuoteStyle({colors, m.quoteStyle().precision});
            }),
            [this, indexOf] { return indexOf(model_.quoteStyle().colors); });
-  addPills(card, QStringLiteral("价格精度"),
-           choicesOf(+[](AppModel& m, PricePrecision precision) {
+  addPills(card, QStringLiteral("价格精度"), choicesOf(+[](AppModel& m, PricePrecision precision) {
              m.setQuoteStyle({m.quoteStyle().colors, precision});
            }),
            [this, indexOf] { return indexOf(model_.quoteStyle().precision); });

@@ -488,6 +488,29 @@ TEST_F(CommandLine, LiveQuotesThroughTheModelsOwnPathAndHeldOnesWhenTheFeedsFail
                            "行情源：腾讯行情 · 实时 · 更新于 "))
       << live.out;
   EXPECT_EQ(filesLeft(), std::vector<std::string>{"endpoints.json"});
+  // As JSON the quotes carry the figures their feed gave, the quote's time on its exchange's
+  // clock.
+  const auto document = json::parse(
+      run("--quotes --json --source automatic --symbols 600519,NVDA,601318 --endpoints " +
+          endpoints)
+          .out);
+  ASSERT_TRUE(document);
+  std::vector<std::string> figures;
+  for (const Json& quote : (*document)["quotes"]) {
+    std::string line = quote["id"].get<std::string>();
+    for (const char* key : {"open", "amount", "turnoverPct", "pe", "limitUp", "limitDown",
+                            "high52w", "low52w", "quoteTime"})
+      if (quote.contains(key)) line += std::string(" ") + key + "=" + quote[key].dump();
+    figures.push_back(line);
+  }
+  EXPECT_EQ(figures,
+            (std::vector<std::string>{
+                "600519 open=1455.0 amount=4724390000.0 turnoverPct=0.26 pe=21.42 limitUp=1597.2 "
+                "limitDown=1306.8 high52w=1770.0 low52w=1230.88 "
+                "quoteTime=\"2026-10-16T15:00:03+08:00\"",
+                "NVDA open=182.4 amount=31368282738.0 turnoverPct=0.69 pe=52.84 high52w=244.27 "
+                "low52w=109.05 quoteTime=\"2026-10-16T16:00:01-04:00\"",
+                "601318 open=56.9 quoteTime=\"2026-10-16T15:00:03+08:00\""}));
 
   storeHeldQuote();
   endless = true;

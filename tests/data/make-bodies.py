@@ -17,6 +17,7 @@ def tencent_cn(code, name, price, prev, opn, vol, high, low, t="20261016150003",
     f[46] = "7.93"; f[47] = f"{prev * 1.1:.2f}"; f[48] = f"{prev * 0.9:.2f}"; f[49] = "1.02"
     for i in range(50, 88): f[i] = "" if i % 7 == 0 else f"{(i * 13) % 97}.{i % 10}"
     f[52] = ""; f[53] = ""
+    f[67] = f"{high * 1.2:.2f}"; f[68] = f"{low * 0.85:.2f}"  # the 52-week high and low
     return f'v_{code}="' + "~".join(f) + '";\n'
 
 def tencent_hk(code, name, price, prev, vol, high, low):
@@ -42,6 +43,8 @@ def tencent_us(code, name, price, prev, vol, high, low, ticker=None):
     for i in range(38, 70):
         if not f[i]: f[i] = f"{(i * 11) % 71}.{i % 10}"
     f[46] = "Nvidia Corp" if code == "usNVDA" else "Apple Inc."
+    f[38] = "0.69"; f[39] = "52.84"  # turnover and P/E
+    f[48] = f"{high * 1.3:.2f}"; f[49] = f"{low * 0.6:.2f}"  # the 52-week high and low
     return f'v_{code}="' + "~".join(f) + '";\n'
 
 random.seed(7)

@@ -239,18 +239,18 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   auto* detail = d.inWindow<DetailView>(AuxWindow::settings);
   ASSERT_TRUE(detail);
   QTest::qWait(1);
-  EXPECT_EQ(detail->figureTexts().mid(9),
+  EXPECT_EQ(detail->figureTexts().mid(8),
             (QStringList{"100", "1,500.50", "+1,680.00\n+1.16%", "-3,170.00\n-2.11%"}));
   // A typed cost keeps its digits in either precision.
   ASSERT_EQ(d.model->setHolding("600519", 100, 1500.1234), std::nullopt);
   for (PricePrecision precision : {PricePrecision::two, PricePrecision::automatic}) {
     d.model->setQuoteStyle({RiseColors::redRises, precision});
     QTest::qWait(1);
-    EXPECT_EQ(detail->figureTexts().at(10), u"1,500.1234"_s);
+    EXPECT_EQ(detail->figureTexts().at(9), u"1,500.1234"_s);
   }
   d.model->select("NVDA");  // not held: the holding's figures go
   QTest::qWait(1);
-  EXPECT_EQ(detail->figureTexts().size(), 9);
+  EXPECT_EQ(detail->figureTexts().size(), 8);
 
   // An index is in points: no currency in the tooltip, never a holding.
   d.model->add(QuoteSnapshot{"sh000001", "A股指数", "上证指数", 3882.78, 3870.6, 3890.12, 3862.45,
@@ -259,7 +259,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.h.scheduler.runDue();
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().first(), u"上证指数  sh000001 · A股指数"_s);
-  EXPECT_EQ(detail->figureTexts().size(), 9);
+  EXPECT_EQ(detail->figureTexts().size(), 8);
   EXPECT_EQ(d.delegate->statusItem().toolTip(),
             head.substr(0, head.rfind('\n')) +
                 "\n上证指数  3,882.78 · 交易中\n今日盈亏 CNY +1,680.00 · HKD +13.20");

@@ -421,8 +421,8 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
   EXPECT_EQ(detail.orb().chartLabel(), u"贵州茅台极坐标分时图"_s);
   EXPECT_EQ(detail.chart().captionText(), u"示意走势 · 1 日"_s);
   EXPECT_EQ(detail.figureTexts(),
-            (QStringList{"贵州茅台  600519 · A股", "—", "1,452.00", "1,475.00", "1,448.10", "3.2万",
-                         "11-20 02:00:00", "模拟源", "交易中"}));
+            (QStringList{"贵州茅台  600519 · A股", "1,452.00", "1,475.00", "1,448.10", "3.2万",
+                         "11-20 02:00:00", "模拟源", "交易中"}));  // no open known: no 今开
   // The market's state follows the clock: Friday's lunch break, the weekend.
   model->setAutoRotate(false);
   for (const auto& [instant, state] :
@@ -430,7 +430,7 @@ TEST_F(Windows, DetailFiguresHoverAndClosing) {
     h.clock.set(*parseISO8601(instant));
     model->heartbeat();
     QTest::qWait(1);
-    EXPECT_EQ(detail.figureTexts().at(8), state) << instant;
+    EXPECT_EQ(detail.figureTexts().at(7), state) << instant;
   }
   // Live sources are asked for the day's series; a real one replaces the sketch.
   EXPECT_TRUE(h.source.intradayRequests.empty());
@@ -520,7 +520,7 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   detail.show();
   hover(detail.chart(), detail.chart().plotRect().center());
   const QStringList shown = detail.figureTexts();
-  EXPECT_EQ(shown.mid(1, 6), (QStringList{"—", "••••", "••••", "••••", "••••", "••••"}));
+  EXPECT_EQ(shown.mid(1, 5), (QStringList{"••••", "••••", "••••", "••••", "••••"}));
   EXPECT_EQ(detail.orb().priceDisplay(), u"••••••"_s);
   EXPECT_EQ(detail.orb().changeDisplay(), u"••••%"_s);
   EXPECT_EQ(detail.chart().captionText(), u"••••"_s);
@@ -567,9 +567,40 @@ TEST_F(Windows, PricesAndColoursFollowTheChoicesWhereverTheyAreShown) {
     EXPECT_TRUE(list.shownTexts().contains(QString::fromUtf8(c.price))) << c.price;
     EXPECT_EQ(rowInk(), QString::fromUtf8(c.ink)) << c.price;
     EXPECT_EQ(detail.orb().priceDisplay(), QString::fromUtf8(c.price));
-    EXPECT_EQ(detail.figureTexts().at(2), QString::fromUtf8(c.prevClose));
+    EXPECT_EQ(detail.figureTexts().at(1), QString::fromUtf8(c.prevClose));
     EXPECT_EQ(orb.coreTexts().price, QString::fromUtf8(c.price));
   }
+}
+
+// The figures only some feeds give, each one known; bullets while masked.
+TEST_F(Windows, TheDetailShowsTheFullerFiguresItKnows) {
+  QuoteSnapshot quote{"688981", "A股", "中芯国际", 97.3,          96,
+                      98,       95.5,  1000,       h.clock.now(), "tencent"};
+  quote.open = 96.5;
+  quote.amount = 4.724e9;
+  quote.turnoverPct = 1.26;
+  quote.pe = -3.5;
+  quote.limitUp = 115.2;
+  quote.limitDown = 76.8;
+  quote.high52w = 120.5;
+  quote.quoteTime = *parseISO8601("2026-11-25T06:59:58Z");
+  model->add(quote);
+  model->select("688981");
+  DetailView detail(*model, {}, {});
+  detail.resize(980, 680);
+  detail.show();
+  settle();
+  const QStringList fuller{"成交额", "47.24亿", "换手率",   "1.26%",         "市盈率",
+                           "-3.50",  "涨停",    "115.20",   "跌停",          "76.80",
+                           "52周高", "120.50",  "行情时间", "11-25 14:59:58"};
+  EXPECT_EQ(detail.figureTexts().at(1), u"96.50"_s);
+  EXPECT_EQ(detail.figureTexts().mid(detail.figureTexts().size() - 14), fuller);
+  model->setMasked(true);
+  settle();
+  const QStringList masked = detail.figureTexts();
+  for (qsizetype i = masked.size() - 13; i < masked.size(); i += 2)
+    EXPECT_EQ(masked[i], u"••••"_s) << masked[i - 1].toStdString();
+  EXPECT_EQ(masked.at(1), u"••••"_s);
 }
 
 // Each row's buttons, found by their texts in the row of their symbol.

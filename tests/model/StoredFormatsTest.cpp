@@ -62,23 +62,41 @@ TEST(StoredFormats, WatchlistBackupAndFile) {
 }
 
 TEST(StoredFormats, SnapshotCache) {
-  const std::string cache =
+  const std::string older =
       R"([{"id":"600519","market":"A股","name":"贵州茅台","price":1470.5,"prevClose":1452.0,)"
-      R"("high":1475.0,"low":1448.1,"volume":32165,"updatedAt":)" START R"(,"source":"tencent"}])";
+      R"("high":1475.0,"low":1448.1,"volume":32165,"updatedAt":)" START R"(,"source":"tencent")";
+  const std::string cache =
+      older + R"(,"open":1455.0,"pe":-3.5,"high52w":1770.0,"quoteTime":)" START R"(}])";
   ModelHarness h;
-  h.source.answers[SourceMode::tencent] = {{{"600519", "A股", "贵州茅台", 1470.5, 1452, 1475,
-                                             1448.1, 32165, test::testStart(), "tencent"}},
-                                           std::nullopt};
+  QuoteSnapshot quote{"600519", "A股", "贵州茅台",        1470.5,   1452, 1475,
+                      1448.1,   32165, test::testStart(), "tencent"};
+  quote.open = 1455;
+  quote.pe = -3.5;
+  quote.high52w = 1770;
+  quote.quoteTime = test::testStart();
+  h.source.answers[SourceMode::tencent] = {{quote}, std::nullopt};
   auto m = h.make();
   m->setWatchlist({"600519"});
   m->setSourceMode(SourceMode::tencent);
   EXPECT_EQ(h.store.data(storeKeys::snapshots), cache);
   // Read back whole, or not at all when one entry is broken; the phase follows the saved time.
-  const std::tuple<std::string, double, size_t, QuotePhase> reads[] = {
-      {cache, 20, 1, QuotePhase::stale},
-      {cache.substr(0, cache.size() - 1) + R"(,{"id":"00700"}])", 10, 0, QuotePhase::live},
+  // A record of an earlier version, without the figures, reads as before; a figure of the wrong
+  // type is left out.
+  QuoteSnapshot bare = quote;
+  bare.open = bare.pe = bare.high52w = std::nullopt;
+  bare.quoteTime = std::nullopt;
+  QuoteSnapshot withoutPE = quote;
+  withoutPE.pe = std::nullopt;
+  const std::tuple<std::string, double, std::vector<QuoteSnapshot>, QuotePhase> reads[] = {
+      {cache, 20, {quote}, QuotePhase::stale},
+      {older + "}]", 20, {bare}, QuotePhase::stale},
+      {older + R"(,"open":1455,"pe":"-3.5","high52w":1770,"quoteTime":)" START "}]",
+       20,
+       {withoutPE},
+       QuotePhase::stale},
+      {cache.substr(0, cache.size() - 1) + R"(,{"id":"00700"}])", 10, {}, QuotePhase::live},
   };
-  for (const auto& [bytes, age, count, phase] : reads) {
+  for (const auto& [bytes, age, quotes, phase] : reads) {
     ModelHarness reader;
     reader.store.setData(storeKeys::snapshots, bytes);
     Preferences p;
@@ -87,7 +105,7 @@ TEST(StoredFormats, SnapshotCache) {
     reader.store.setData(storeKeys::preferences, toJson(p).dump());
     reader.source.holdAnswers = true;
     auto r = reader.make();
-    EXPECT_EQ(r->quotes(), count ? m->quotes() : std::vector<QuoteSnapshot>{}) << age;
+    EXPECT_EQ(r->quotes(), quotes) << bytes;
     EXPECT_EQ(r->phase(), phase) << age;
   }
 }

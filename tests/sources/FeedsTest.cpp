@@ -132,8 +132,68 @@ TEST(FeedParsers, RecordedAndHandWrittenBodies) {
        {q("600519", "A股", "贵州茅台", 1468.80, 1452.00, 1475.00, 1448.10, 3216500, "sina"),
         q("ABCDE", "美股", "TEST HOLDINGS", 12.00, 12.50, 12.30, 12.00, 2, "sina")}},
   };
+  // The fuller figures are checked below.
+  const auto withoutFigures = [](std::vector<QuoteSnapshot> records) {
+    for (QuoteSnapshot& record : records) {
+      for (const auto& [key, member] : quoteFigures) record.*member = std::nullopt;
+      record.quoteTime = std::nullopt;
+    }
+    return records;
+  };
   for (const auto& [parse, text, symbols, records] : cases)
-    EXPECT_EQ(parse(text, symbols, at), records) << testing::PrintToString(symbols);
+    EXPECT_EQ(withoutFigures(parse(text, symbols, at)), records) << testing::PrintToString(symbols);
+}
+
+// The figures beyond the price, by each exchange's layout, from the recorded full rows and from
+// rows too short to hold them; times in the exchange's zone (Shanghai +8, New York -4 in October).
+TEST(FeedParsers, FullerFiguresWhereTheRowHoldsThem) {
+  const auto figures = [](const QuoteSnapshot& q) {
+    std::string out = q.id + ":";
+    for (const auto& [key, member] : quoteFigures)
+      if (const auto& value = q.*member) out += std::string(" ") + key + "=" + Json(*value).dump();
+    if (q.quoteTime) out += " at=" + formatISO8601(*q.quoteTime);
+    return out;
+  };
+  const auto file = [](const char* name) { return decodeLiveText(test::testData(name)); };
+  const std::tuple<decltype(&parseTencent), std::string, List, List> cases[] = {
+      {parseTencent,
+       file("tencent-basic.gbk"),
+       {"600519", "NVDA", "000858"},
+       {"600519: open=1455.0 amount=4724390000.0 turnoverPct=0.26 pe=21.42 limitUp=1597.2 "
+        "limitDown=1306.8 high52w=1770.0 low52w=1230.88 at=2026-10-16T07:00:03Z",
+        "NVDA: open=182.4 amount=31368282738.0 turnoverPct=0.69 pe=52.84 high52w=244.27 "
+        "low52w=109.05 at=2026-10-16T20:00:01Z",
+        "000858: open=128.0 amount=2341930000.0 turnoverPct=0.26 pe=21.42 limitUp=141.24 "
+        "limitDown=115.56 high52w=154.94 low52w=107.57 at=2026-10-16T07:00:03Z"}},
+      // Indices: no turnover, P/E or limits; Hong Kong's row gives its open and time only, and
+      // no amount traded here.
+      {parseTencent,
+       file("tencent-indices.gbk"),
+       {"sh000001", "hkHSI", "usIXIC"},
+       {"sh000001: open=3875.1 amount=188441841940000.0 high52w=4668.14 low52w=3283.08 "
+        "at=2026-10-16T07:00:03Z",
+        "hkHSI: open=25828.95 at=2026-10-16T08:08:15Z",
+        "usIXIC: open=22941.67 high52w=29913.65 low52w=13687.44 at=2026-10-16T20:00:01Z"}},
+      // Seven fields: the open alone; a suspended open of 0.00 and "~~" empties are unknown.
+      {parseTencent,
+       file("tencent-edge.gbk"),
+       {"600000", "000001"},
+       {"600000: open=10.45", "000001:"}},
+      {parseTencent,
+       "v_sh600519=\"1~A~600519~2.00~1.00~1~5~~~~~~~~~~~~~~~~~~~~~~~~~2026-02-30 10:00:00~~~2~1~"
+       "~~~-3.5\";",
+       {"600519"},
+       {"600519: open=1.0 pe=-3.5"}},  // a loss's P/E; no 30th of February
+      {parseSina,
+       file("sina-basic.gbk"),
+       {"600519"},
+       {"600519: open=1455.0 at=2026-10-16T07:00:03Z"}},
+  };
+  for (const auto& [parse, text, symbols, expected] : cases) {
+    List shown;
+    for (const QuoteSnapshot& q : parse(text, symbols, at)) shown.push_back(figures(q));
+    EXPECT_EQ(shown, expected);
+  }
 }
 
 TEST(TencentParser, OnlyPlainDecimalTextIsANumber) {
