@@ -343,7 +343,9 @@ std::vector<QuoteSnapshot> parseSina(std::string_view text, const std::vector<st
       text, symbols, SourceMode::sina, "hq_str_",
       [&](const std::string& symbol, std::string_view payload,
           std::vector<QuoteSnapshot>& records) -> void {
-        const Fields<33> f(payload, ',');
+        // Name, the prices and volume in 0 to 8, the mainland's date and time in 30 and 31.
+        constexpr uint64_t wanted = 0x1FFull | 1ull << 30 | 1ull << 31;
+        const Fields<33, wanted> f(payload, ',');
         // Five-character symbols read this fixed layout, whatever the feed documents for them;
         // a row too short for it is skipped.
         const bool five = characterCount(symbol) == 5;
