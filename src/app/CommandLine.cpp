@@ -34,7 +34,7 @@ namespace {
 // Every option, added to the parser.
 struct Options {
   QCommandLineOption help, version, selfTest, quotes, json, watch, source, symbols, endpoints,
-      previews, holdings, alerts, kline, period, toggleOrb, toggleMask;
+      previews, holdings, alerts, kline, period, search, toggleOrb, toggleMask;
 };
 
 Options addOptions(QCommandLineParser& parser) {
@@ -87,6 +87,11 @@ Options addOptions(QCommandLineParser& parser) {
                                   QStringLiteral("The candles' period for --kline: day (the "
                                                  "default), week or month."),
                                   QStringLiteral("PERIOD"));
+  const QCommandLineOption search(
+      QStringLiteral("search"),
+      QStringLiteral("List every security the watchlist manager's search finds for TEXT, watched "
+                     "or not; --source, --endpoints and --json apply; changes nothing."),
+      QStringLiteral("TEXT"));
   const auto globalOption = [](GlobalCommand command, const char* more) {
     const auto text = [](std::string_view s) {
       return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
@@ -103,9 +108,9 @@ Options addOptions(QCommandLineParser& parser) {
   const QCommandLineOption toggleMask = globalOption(GlobalCommand::toggleMask, ".");
 
   parser.addOptions({selfTest, quotes, json, watch, source, symbols, endpoints, previews, holdings,
-                     alerts, kline, period, toggleOrb, toggleMask});
-  return {help,      version,  selfTest, quotes, json,  watch,  source,    symbols,
-          endpoints, previews, holdings, alerts, kline, period, toggleOrb, toggleMask};
+                     alerts, kline, period, search, toggleOrb, toggleMask});
+  return {help,     version,  selfTest, quotes, json,   watch,  source,    symbols,   endpoints,
+          previews, holdings, alerts,   kline,  period, search, toggleOrb, toggleMask};
 }
 
 using Parsed = std::variant<CommandLine, std::string>;
@@ -132,7 +137,7 @@ std::optional<Parsed> standaloneMode(const QCommandLineParser& parser, const Opt
   }
   if (parser.isSet(o.selfTest)) {
     for (const auto* other : {&o.quotes, &o.json, &o.watch, &o.source, &o.symbols, &o.endpoints,
-                              &o.holdings, &o.alerts, &o.kline, &o.period})
+                              &o.holdings, &o.alerts, &o.kline, &o.period, &o.search})
       if (parser.isSet(*other)) return std::string("--self-test takes no other option");
     line.mode = CommandLine::Mode::selfTest;
     return line;
@@ -191,6 +196,21 @@ std::optional<Parsed> klineMode(const QCommandLineParser& parser, const Options&
   return line;
 }
 
+// --search with its text; it takes the source, the endpoints and --json.
+std::optional<Parsed> searchMode(const QCommandLineParser& parser, const Options& o) {
+  if (!parser.isSet(o.search)) return std::nullopt;
+  for (const auto* other : {&o.quotes, &o.watch, &o.symbols, &o.holdings, &o.alerts, &o.kline})
+    if (parser.isSet(*other))
+      return "--search does not take --" + other->names().constFirst().toStdString();
+  CommandLine line;
+  line.mode = CommandLine::Mode::search;
+  line.searchText = std::string(trimmedSymbol(parser.value(o.search).toStdString()));
+  if (line.searchText.empty()) return std::string("--search needs a text to look for");
+  line.json = parser.isSet(o.json);
+  if (auto error = takeQuoteValues(parser, o, line)) return *error;
+  return line;
+}
+
 }  // namespace
 
 std::variant<CommandLine, std::string> parseCommandLine(const QStringList& arguments) {
@@ -210,6 +230,7 @@ std::variant<CommandLine, std::string> parseCommandLine(const QStringList& argum
   if (!parser.positionalArguments().isEmpty())
     return "unexpected argument '" + parser.positionalArguments().constFirst().toStdString() + "'";
   if (auto standalone = standaloneMode(parser, o)) return *standalone;
+  if (auto search = searchMode(parser, o)) return *search;
   if (auto kline = klineMode(parser, o)) return *kline;
 
   CommandLine line;

@@ -18,6 +18,7 @@ struct CommandLine {
     desktop,
     quotes,
     kline,
+    search,
     selfTest,
     previews,
     help,
@@ -31,6 +32,7 @@ struct CommandLine {
   bool holdings = false;  // the holdings instead of the quotes
   bool alerts = false;    // the alerts, as stored
   std::string klineSymbol;
+  std::string searchText;
   KlinePeriod klinePeriod = KlinePeriod::day;
   std::optional<SourceMode> source;
   std::optional<std::vector<std::string>> symbols;

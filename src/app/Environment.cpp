@@ -6,6 +6,8 @@
 #include <QStandardPaths>
 
 #include "app/AppInfo.h"
+#include "model/StoreKeys.h"
+#include "platform/SettingsStore.h"
 
 namespace tidemark {
 
@@ -46,6 +48,14 @@ std::string appIconFile(const Bundle& bundle, int side) {
   const auto file = bundle.resourceDirectory / "icons" / (std::to_string(side) + ".png");
   std::error_code error;
   return std::filesystem::is_regular_file(file, error) ? file.string() : std::string();
+}
+
+Preferences storedPreferences() {
+  auto settings = SettingsStore::standard();
+  if (auto bytes = settings->data(storeKeys::preferences))
+    if (auto document = json::parse(*bytes))
+      if (auto preferences = preferencesFromJson(*document)) return *preferences;
+  return Preferences();
 }
 
 }  // namespace tidemark

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "core/Bundle.h"
+#include "model/Preferences.h"
 
 namespace tidemark {
 
@@ -22,5 +23,8 @@ std::optional<std::filesystem::path> applicationCacheDirectory();
 // The app's icon rendered at `side` pixels square, from the resources' "icons" folder; empty
 // where the resources have none.
 std::string appIconFile(const Bundle& bundle, int side);
+
+// The stored preferences, read only; the defaults (the demonstration) where nothing is stored.
+Preferences storedPreferences();
 
 }  // namespace tidemark

@@ -1,6 +1,9 @@
 #include "app/HoldingsTable.h"
 
+#include <algorithm>
 #include <cmath>
+
+#include <QDateTime>
 
 #include "app/TextTable.h"
 #include "core/Market.h"
@@ -14,6 +17,13 @@ std::string currencyOf(const AppModel& model, const std::string& symbol) {
   QuoteSnapshot unquoted;
   unquoted.market = marketLabel(feedMarket(symbol));
   return unquoted.currency();
+}
+
+// The rates' time on the user's clock.
+std::string clockText(Date at) {
+  return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(at.unixSeconds() * 1000))
+      .toString(QStringLiteral("HH:mm"))
+      .toStdString();
 }
 
 std::string percent(const std::optional<double>& value) {
@@ -68,6 +78,12 @@ std::string renderHoldingsTable(const AppModel& model) {
     if (t.missing > 0) text += "（" + std::to_string(t.missing) + " 项暂无行情）";
     text += "\n";
   }
+  // In yuan, where a foreign currency is held and its rate is known.
+  if (const auto yuan = model.yuanTotal(model.holdingsTotals()); yuan && !yuan->rates.empty())
+    text += "折合人民币  今日盈亏 " + profitText(yuan->dayProfit, yuan->dayProfitPct) +
+            "  持有盈亏 " + profitText(yuan->totalProfit, yuan->totalProfitPct) + "  市值 " +
+            amountText(yuan->marketValue) + "  " + ratesText(*yuan, clockText(yuan->ratesAt)) +
+            "\n";
   return text;
 }
 
@@ -100,7 +116,23 @@ std::string renderHoldingsJson(const AppModel& model, bool pretty) {
                       {"totalProfit", amount(t.totalProfit)},
                       {"totalProfitPct", percentage(t.totalProfitPct)},
                       {"missing", t.missing}});
-  const Json document{{"holdings", std::move(holdings)}, {"totals", std::move(totals)}};
+  // The totals in yuan, with the rates used (null for a currency not held); null while a rate
+  // they need is missing or more than a day old.
+  Json cny(nullptr);
+  if (const auto yuan = model.yuanTotal(model.holdingsTotals())) {
+    Json rates = Json::object();
+    for (const char* currency : {"USD", "HKD"}) {
+      const auto used = std::find_if(yuan->rates.begin(), yuan->rates.end(),
+                                     [&](const auto& r) { return r.first == currency; });
+      rates[currency] = used != yuan->rates.end() ? Json(used->second) : Json(nullptr);
+    }
+    cny = {{"marketValue", amount(yuan->marketValue)},
+           {"dayProfit", amount(yuan->dayProfit)},
+           {"totalProfit", amount(yuan->totalProfit)},
+           {"rates", std::move(rates)}};
+  }
+  const Json document{
+      {"holdings", std::move(holdings)}, {"totals", std::move(totals)}, {"cny", std::move(cny)}};
   return document.dump(pretty ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

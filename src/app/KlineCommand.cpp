@@ -14,21 +14,10 @@
 #include "model/KlineBook.h"
 #include "model/MarketSessions.h"
 #include "model/Preferences.h"
-#include "model/StoreKeys.h"
 #include "platform/QtScheduler.h"
-#include "platform/SettingsStore.h"
 
 namespace tidemark {
 namespace {
-
-// The stored preferences, read only; the defaults (the demonstration) where nothing is stored.
-Preferences storedPreferences() {
-  auto settings = SettingsStore::standard();
-  if (auto bytes = settings->data(storeKeys::preferences))
-    if (auto document = json::parse(*bytes))
-      if (auto preferences = preferencesFromJson(*document)) return *preferences;
-  return Preferences();
-}
 
 Json averageJson(const std::optional<double>& value) {
   return value ? Json(*value) : Json(nullptr);

@@ -13,6 +13,7 @@
 #include "app/KlineCommand.h"
 #include "app/Previews.h"
 #include "app/QuotesCommand.h"
+#include "app/SearchCommand.h"
 #include "app/SingleInstance.h"
 
 namespace {
@@ -72,6 +73,11 @@ int run(int argc, char** argv) {
       QCoreApplication app(argc, argv);
       QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
       return tidemark::runKline(line, std::cout, std::cerr);
+    }
+    case tidemark::CommandLine::Mode::search: {
+      QCoreApplication app(argc, argv);
+      QCoreApplication::setApplicationName(QStringLiteral("tidemark"));
+      return tidemark::runSearch(line, std::cout, std::cerr);
     }
   }
   return 0;

@@ -8,6 +8,7 @@
 #include "core/DataSourceEndpoints.h"
 #include "core/Enums.h"
 #include "core/Kline.h"
+#include "core/MarketExtras.h"
 #include "core/QuoteSnapshot.h"
 
 namespace tidemark {
@@ -71,6 +72,20 @@ class MarketDataSource {
       QuotesCompletion completion) {  // NOLINT(performance-unnecessary-value-param): a sink for the
                                       // sources that search
     completion({}, "数据源不支持搜索");
+  }
+
+  // The yuan rates of the US dollar and the Hong Kong dollar.
+  virtual void fetchRates(
+      const DataSourceEndpoints& /*endpoints*/,
+      RatesCompletion completion) {  // NOLINT(performance-unnecessary-value-param)
+    completion({}, "数据源不提供汇率");
+  }
+
+  // The latest pre- or post-market trade of each US security asked, where the feed has one.
+  virtual void fetchExtendedHours(
+      const DataSourceEndpoints& /*endpoints*/, const std::vector<std::string>& /*symbols*/,
+      ExtendedCompletion completion) {  // NOLINT(performance-unnecessary-value-param)
+    completion({}, "数据源不提供盘前盘后");
   }
 };
 

@@ -15,6 +15,7 @@
 #include "model/HoldingsBook.h"
 #include "model/IntradaySeries.h"
 #include "model/KlineBook.h"
+#include "model/MarketExtras.h"
 #include "model/MarketSessions.h"
 #include "model/ModelDependencies.h"
 #include "model/ModelError.h"
@@ -28,9 +29,8 @@
 
 namespace tidemark {
 
-// The one observable object behind the orb, the tray and the windows: quotes, watchlist, settings,
-// the refresh cycle, holdings and alerts. Main thread only. Every assignment notifies; setters'
-// side effects (saving, refreshing, evaluating the alerts) run once construction has finished.
+// The one observable object behind the orb, the tray and the windows. Main thread only. Every
+// assignment notifies; setters' side effects run once construction has finished.
 class AppModel {
  public:
   // The longest watchlist kept: a longer import or watchlist file is refused whole.
@@ -74,14 +74,10 @@ class AppModel {
   const AlertBook& alertBook() const { return alerts_; }
   const std::vector<Holding>& holdings() const { return holdings_.list(); }
   bool showsDayProfitInTray() const { return holdings_.showsDayProfitInTray(); }
-  // A live source while no watched market is awake: refreshed every five minutes, and data
-  // counts as current for that long (plus staleAfter). Set by the heartbeat.
+  // No watched market awake on a live source: refreshed and current for five minutes (heartbeat).
   bool quietRefresh() const { return quietRefresh_; }
-  // Why the settings cannot be saved: set by the first failed save of a streak (since the start
-  // or a good save), cleared by the next good save; so it notifies once at each end of a streak.
-  const std::optional<StoreWriteFailure>& settingsWriteFailure() const {
-    return settingsWriteFailure_;
-  }
+  // Why the settings cannot be saved; notifies once at each end of a streak of failed saves.
+  const auto& settingsWriteFailure() const { return settingsWriteFailure_; }
 
   // Setters with their side effects.
   void setQuotes(std::vector<QuoteSnapshot> quotes);
@@ -107,14 +103,13 @@ class AppModel {
   const QuoteSnapshot* quote(const std::string& symbol) const;
   std::vector<QuoteSnapshot> watchedQuotes() const;
   std::string sourceLabel() const;
-  // The state of a market (by its label) now; none for a label of no market, or when the
-  // exchange's time zone is unknown. The heartbeat notifies whenever one of them changes.
+  // A market's state now, by its label (none: no such market or zone); the heartbeat follows it.
   std::optional<MarketState> marketStateOf(std::string_view market) const;
 
   // Unpublished state worth reading: what construction set aside, for the app to tell the user.
   const std::vector<SetAsideRecord>& setAsideRecords() const { return setAside_; }
-  // A bootstrap or a live load is under way; its end changes the published state.
-  bool isLoading() const { return sources_.bootstrapInFlight || cycle_.live != nullptr; }
+  // A bootstrap, a live load or its rates are under way; the end changes the published state.
+  bool isLoading() const { return sources_.bootstrapInFlight || cycle_.live || extras_.inFlight; }
   bool hasPendingRefresh() const { return static_cast<bool>(cycle_.pending); }
   Date lastRefreshStartedAt() const { return cycle_.lastStartedAt; }
 
@@ -125,18 +120,18 @@ class AppModel {
   void remove(const std::string& symbol);
   void move(const std::string& symbol, int offset);
   void cycleActive();
-  // Looks the text up in the current source (a live one's own search falls back to the local
-  // securities), with search() under way meanwhile; a newer search supersedes an older one.
+  // Looks the text up in the current source (a live one falls back to the local securities).
   void searchSource(const std::string& text);
   // Keeps the candidate's quote (unless a newer one is held) and adds its symbol to the watchlist.
   void addSearchResult(const QuoteSnapshot& quote);
+  // Adds the code the search offers (codeToAdd) and asks for its quote, which names it.
+  void addCode();
   void saveWatchlist();
   // Both throw: file and encoding errors as std::system_error, bad content as ModelError.
   void exportWatchlist(const std::filesystem::path& url) const;
   WatchlistImportResult importWatchlist(const std::filesystem::path& url);
 
-  // Holdings. Setting one replaces the symbol's; refused in words for a symbol not watched and
-  // for shares or a cost out of range. Figures come from the current quotes.
+  // Holdings: setting one replaces the symbol's, or says in words why it cannot be.
   const Holding* holding(const std::string& symbol) const { return holdings_.find(symbol); }
   std::optional<std::string> setHolding(const std::string& symbol, double shares, double cost);
   void removeHolding(const std::string& symbol);
@@ -145,6 +140,9 @@ class AppModel {
   std::vector<HoldingLine> holdingLines() const;
   std::vector<HoldingsTotal> holdingsTotals() const;
   std::vector<HoldingsTotal> holdingsTotals(const std::vector<HoldingLine>& lines) const;
+  // The totals in yuan at the rates of now (MarketExtras: rates and US extended-hours trades).
+  std::optional<YuanTotal> yuanTotal(const std::vector<HoldingsTotal>& totals) const;
+  const MarketExtras& extras() const { return extras_; }
 
   // Refresh engine: a debounced load of the current source, and the one behind the heartbeat.
   void heartbeat();
@@ -172,7 +170,6 @@ class AppModel {
   void setDetailChart(std::optional<KlinePeriod> period);
 
  private:
-  // Stores a published value and notifies; no side effects.
   template <class T>
   void assign(T& member, T value) {
     member = std::move(value);
@@ -194,6 +191,7 @@ class AppModel {
   void loadMock(bool resetMock);
   void loadStatic();
   void fetchLiveQuotes(SourceMode mode);
+  void fetchExtras();  // the rates for HKD and USD holdings, the US extended-hours trades
   void finishLiveLoad(LiveQuoteLoad::Result load);
   // The fresh quotes and, after them, those of watched symbols the fresh ones lack.
   std::vector<QuoteSnapshot> preservingSavedWatchlistQuotes(std::vector<QuoteSnapshot> fresh) const;
@@ -233,6 +231,7 @@ class AppModel {
   std::optional<StoreWriteFailure> settingsWriteFailure_;
   HoldingsBook holdings_;
   AlertBook alerts_;
+  MarketExtras extras_;
   bool quietRefresh_ = false;
   std::array<std::optional<MarketState>, exchangeCount> marketStates_;
 

@@ -44,11 +44,13 @@ void AppModel::refresh() {
 void AppModel::loadSource(bool resetMock) {
   switch (prefs_.sourceMode) {
     case SourceMode::mock:
+      extras_.clearExtended();
       cycle_.live.reset();
       cycle_.quietData = false;
       loadMock(resetMock);
       break;
     case SourceMode::staticJSON:
+      extras_.clearExtended();
       cycle_.live.reset();
       cycle_.quietData = false;
       loadStatic();
@@ -99,6 +101,7 @@ void AppModel::fetchLiveQuotes(SourceMode mode) {
   // up requests (or bridge processes) behind a slow feed helps nobody. A changed watchlist starts
   // a new load at once, and the older one's answers are dropped.
   if (cycle_.live && cycle_.live->asksFor(mode, symbols)) return;
+  fetchExtras();
   cycle_.live =
       std::make_shared<LiveQuoteLoad>(mode, std::move(symbols), quotes_, deps_.clock.now());
   cycle_.live->run(deps_.dataSource, sources_.endpoints,

@@ -37,7 +37,7 @@ void AppModel::searchSource(const std::string& text) {
     search_.clear();
     return changed_.notify();
   }
-  const uint64_t generation = search_.begin();
+  const uint64_t generation = search_.begin(query);
   changed_.notify();
   if (prefs_.sourceMode == SourceMode::mock || prefs_.sourceMode == SourceMode::staticJSON)
     return endSearch(localSearch(query), false);
@@ -74,6 +74,15 @@ void AppModel::addSearchResult(const QuoteSnapshot& candidate) {
     }
   }
   add(found);
+}
+
+void AppModel::addCode() {
+  const auto code = codeToAdd(search_, watchlist_);
+  if (!code || watchlist_.size() >= maxWatchlistLength) return;
+  auto list = watchlist_;
+  list.push_back(*code);
+  setWatchlist(std::move(list));
+  refresh();
 }
 
 }  // namespace tidemark

@@ -30,7 +30,12 @@ void AppModel::followSessions(Date now) {
   if (quiet != quietRefresh_) assign(quietRefresh_, quiet);
   std::array<std::optional<MarketState>, exchangeCount> states;
   for (size_t i = 0; i < exchangeCount; ++i) states[i] = marketState(Exchange(i), now);
-  if (states != marketStates_) assign(marketStates_, states);
+  if (states != marketStates_) {
+    // A change of New York's session ends its extended-hours trades.
+    if (states[size_t(Exchange::newYork)] != marketStates_[size_t(Exchange::newYork)])
+      extras_.clearExtended();
+    assign(marketStates_, states);
+  }
 }
 
 }  // namespace tidemark

@@ -120,12 +120,37 @@ std::vector<Holding> importedHoldings(const Json& entries, size_t& skipped) {
 
 }  // namespace
 
+namespace {
+
+// The list rules, then the import's own: something recognised and no more than a watchlist holds.
+std::vector<std::string> checkedImport(std::vector<std::string> list) {
+  list = validSymbols(list);
+  if (list.empty()) throw ModelError::invalidImport("没有可识别的股票代码");
+  if (list.size() > AppModel::maxWatchlistLength)
+    throw ModelError::invalidImport("自选最多 " + std::to_string(AppModel::maxWatchlistLength) +
+                                    " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
+  return list;
+}
+
+WatchlistImportResult importCodes(AppModel& model, std::string_view text) {
+  WatchlistImportResult result;
+  auto list = checkedImport(codesFromText(text, result.skippedLines));
+  result.symbols = list.size();
+  model.setWatchlist(std::move(list));
+  return result;
+}
+
+}  // namespace
+
 WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url) {
   std::error_code error;
   auto bytes = readFile(url, error);
   if (error == std::errc::file_too_large)
     throw ModelError::invalidImport("文件超过 16 MB，不是自选列表");
   if (!bytes) throw std::system_error(error, "无法读取 " + url.string());
+  // A file that does not open as JSON is a plain list of codes.
+  const std::string_view head = trimmedSymbol(*bytes);
+  if (!head.starts_with('{') && !head.starts_with('[')) return importCodes(*this, *bytes);
   auto document = json::parse(*bytes);
   if (!document) throw std::runtime_error("文件不是有效的 JSON");
 
@@ -140,11 +165,7 @@ WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url
     const std::string_view code = trimmedSymbol(symbol.get_ref<const std::string&>());
     if (isRecognizedSymbol(code)) list.emplace_back(code);
   }
-  list = validSymbols(list);
-  if (list.empty()) throw ModelError::invalidImport("没有可识别的股票代码");
-  if (list.size() > maxWatchlistLength)
-    throw ModelError::invalidImport("自选最多 " + std::to_string(maxWatchlistLength) +
-                                    " 个标的，文件中有 " + std::to_string(list.size()) + " 个");
+  list = checkedImport(std::move(list));
   WatchlistImportResult result;
   std::optional<std::vector<Holding>> held;
   if (const auto entries = document->find("holdings"); entries != document->end())

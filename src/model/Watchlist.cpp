@@ -93,6 +93,25 @@ bool isRecognizedSymbol(std::string_view s) {
   return true;
 }
 
+std::vector<std::string> codesFromText(std::string_view text, size_t& skipped) {
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // a spreadsheet's byte-order mark
+  std::vector<std::string> codes;
+  while (!text.empty()) {
+    const size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (trimmedSymbol(line).empty()) continue;
+    std::string_view field = trimmedSymbol(line.substr(0, line.find_first_of(",;\t")));
+    if (field.size() >= 2 && field.front() == '"' && field.back() == '"')
+      field = trimmedSymbol(field.substr(1, field.size() - 2));
+    if (isRecognizedSymbol(field))
+      codes.emplace_back(field);
+    else
+      ++skipped;
+  }
+  return codes;
+}
+
 Json toJson(const WatchlistBackup& backup) {
   return Json{{"version", backup.version},
               {"exportedAt", backup.exportedAt.sinceReference},

@@ -43,11 +43,17 @@ struct WatchlistBackup {
 // them replaces them, one without leaves them alone.
 struct WatchlistImportResult {
   size_t symbols = 0;
+  size_t skippedLines = 0;         // a plain list's lines that hold no code
   std::optional<size_t> holdings;  // none: the file carried no holdings
   size_t skippedHoldings = 0;      // entries that are no holding
   std::optional<size_t> alerts;    // the same for the alerts besides the primary one
   size_t skippedAlerts = 0;
 };
+
+// The codes of a plain list, one a line or in the first column of a CSV (commas, semicolons or
+// tabs; quotes around a field taken off). Blank lines are passed over; a line whose first field
+// is no code (a header, a note) is counted in `skipped`.
+std::vector<std::string> codesFromText(std::string_view text, size_t& skipped);
 
 // Stored form: keys in field order, the date as seconds since 2001-01-01T00:00:00Z.
 Json toJson(const WatchlistBackup& backup);

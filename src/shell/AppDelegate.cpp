@@ -8,6 +8,7 @@
 #include <QStyleHints>
 
 #include "core/GlobalCommands.h"
+#include "core/Market.h"
 #include "core/NumberText.h"
 #include "views/DetailView.h"
 #include "views/Metrics.h"
@@ -375,7 +376,12 @@ std::string AppDelegate::tooltip() const {
   if (m.masked()) return text + "\n行情已遮蔽";
   if (const QuoteSnapshot* quote = m.activeQuote()) {
     text += "\n" + quote->name + "  " + quote->currency() + m.quoteStyle().price(*quote);
-    if (const auto state = m.marketStateOf(quote->market))
+    const ExtendedQuote* extended = m.extras().extended(quote->id);
+    const auto session = extendedSessionLabel(m.marketStateOf(marketLabel(Market::usShare)));
+    if (extended && session)
+      text +=
+          extendedTooltipText(*session, *extended, m.quoteStyle().price(*quote, extended->price));
+    else if (const auto state = m.marketStateOf(quote->market))
       text += " · " + std::string(stateText(*state));
   }
   if (const auto days = dayProfitTexts(m.holdingsTotals()); !days.empty()) {

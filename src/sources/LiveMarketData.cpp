@@ -3,7 +3,9 @@
 #include <memory>
 
 #include "core/Market.h"
+#include "core/Text.h"
 #include "core/Url.h"
+#include "sources/ExtraFeeds.h"
 #include "sources/KlineFeed.h"
 #include "sources/QuoteFeeds.h"
 #include "sources/TextDecoding.h"
@@ -150,6 +152,36 @@ void LiveMarketData::fetchKline(SourceMode source, const DataSourceEndpoints& en
 void LiveMarketData::searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
                                       QuotesCompletion completion) {
   bridge_.search(endpoints, text, std::move(completion));
+}
+
+void LiveMarketData::fetchRates(const DataSourceEndpoints& endpoints, RatesCompletion completion) {
+  HttpRequest request{endpoints.tencentQuote + "whUSDCNY,whHKDCNY",
+                      feedHeaders(SourceMode::tencent), 8, 64 << 10};
+  if (!parseUrl(request.url)) return completion({}, "汇率地址无效");
+  http_.get(request, [completion = std::move(completion)](const HttpResponse& response) {
+    if (!isSuccess(response)) return completion({}, response.error.value_or("汇率请求失败"));
+    RateMap rates = parseTencentRates(decodeLiveText(*response.body));
+    if (rates.empty()) return completion({}, "汇率数据无法读取");
+    completion(std::move(rates), std::nullopt);
+  });
+}
+
+void LiveMarketData::fetchExtendedHours(const DataSourceEndpoints& endpoints,
+                                        const std::vector<std::string>& symbols,
+                                        ExtendedCompletion completion) {
+  std::string codes;
+  for (const std::string& symbol : symbols)
+    codes += (codes.empty() ? "gb_" : ",gb_") + toLowerAscii(symbol);
+  if (codes.empty()) return completion({}, std::nullopt);
+  HttpRequest request{endpoints.sinaQuote + codes, feedHeaders(SourceMode::sina), 8, 1 << 20};
+  if (!parseUrl(request.url)) return completion({}, "行情源地址无效");
+  http_.get(request,
+            [this, symbols, completion = std::move(completion)](const HttpResponse& response) {
+              if (!isSuccess(response))
+                return completion({}, response.error.value_or("盘前盘后请求失败"));
+              completion(parseSinaExtended(decodeLiveText(*response.body), symbols, clock_.now()),
+                         std::nullopt);
+            });
 }
 
 }  // namespace tidemark

@@ -37,6 +37,12 @@ class LiveMarketData final : public MarketDataSource {
   void searchSecurities(const DataSourceEndpoints& endpoints, const std::string& text,
                         QuotesCompletion completion) override;
 
+  // Tencent's two rate rows, and Sina's US rows for the extended-hours trades.
+  void fetchRates(const DataSourceEndpoints& endpoints, RatesCompletion completion) override;
+  void fetchExtendedHours(const DataSourceEndpoints& endpoints,
+                          const std::vector<std::string>& symbols,
+                          ExtendedCompletion completion) override;
+
   // One web probe: the source's quote base followed by "sh600519", 3 s.
   void probeQuoteEndpoint(SourceMode source, const DataSourceEndpoints& endpoints,
                           std::function<void(bool)> completion);

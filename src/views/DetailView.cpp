@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "core/Market.h"
 #include "core/NumberText.h"
 #include "views/Metrics.h"
 #include "views/OrbView.h"
@@ -251,6 +252,10 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   name_ = themedLabel(QString(), TextRole::plain, 15, QFont::Bold, figuresCard);
   name_->setWordWrap(false);
   figuresCard->content().addWidget(name_);
+  extended_ = themedLabel(QString(), TextRole::plain, 13, QFont::DemiBold, figuresCard);
+  extended_->setWordWrap(false);
+  extended_->hide();
+  figuresCard->content().addWidget(extended_);
   figures_ = new QGridLayout;
   figures_->setHorizontalSpacing(14);
   figures_->setVerticalSpacing(5);
@@ -328,6 +333,22 @@ void DetailView::paintEvent(QPaintEvent*) {
   painter.drawEllipse(c, reach, reach);
 }
 
+void DetailView::showExtended(const QuoteSnapshot& quote) {
+  // Beside the regular price, never instead of it: P/L and alerts keep the regular one.
+  const ExtendedQuote* extended = model_.extras().extended(quote.id);
+  const auto session = extendedSessionLabel(model_.marketStateOf(marketLabel(Market::usShare)));
+  extended_->setVisible(extended && session);
+  if (!extended || !session) return;
+  const bool masked = model_.masked();
+  extended_->setText(
+      masked ? QString::fromStdString(*session) + QStringLiteral(" ") + hidden
+             : QString::fromStdString(extendedDetailText(
+                   *session, *extended, model_.quoteStyle().price(quote, extended->price))));
+  extended_->setStyleSheet(masked ? QString()
+                                  : QStringLiteral("color: ") +
+                                        qt(model_.quoteStyle().color(extended->changePct)).name());
+}
+
 void DetailView::showAlerts(const std::string& symbol) {
   // The symbol's alerts that are on, the primary one included; the row only when there are any.
   size_t on = 0;
@@ -340,6 +361,7 @@ void DetailView::showAlerts(const std::string& symbol) {
 
 QStringList DetailView::figureTexts() const {
   QStringList texts{name_->text()};
+  if (extended_->isVisibleTo(this)) texts << extended_->text();
   for (const QLabel* value : values_)
     if (value->isVisibleTo(this)) texts << value->text();
   return texts + fuller_->shownTexts();
@@ -416,6 +438,7 @@ void DetailView::refresh() {
   values_[6]->setText(QString::fromStdString(sourceLabel({*quote}, model_.sourceMode())));
   const auto state = model_.marketStateOf(quote->market);
   values_[7]->setText(state ? QString::fromUtf8(stateText(*state)) : QStringLiteral("—"));
+  showExtended(*quote);
   showAlerts(quote->id);
   showHolding(*quote);
   charts_->show(quote, std::move(series), real);

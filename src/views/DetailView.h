@@ -109,6 +109,7 @@ class DetailView final : public QWidget {
   QBoxLayout* body_;
   QWidget* side_;
   QWidget* holding_;  // the card of the holding's figures
+  QLabel* extended_ = nullptr;
   QLabel* name_;
   std::pair<QString, QString> securityName_;  // the name, and the code with the market
   void fitName();
@@ -118,6 +119,8 @@ class DetailView final : public QWidget {
   // The figures from this one on are the holding's.
   static constexpr size_t alertRow = 8, holdingRows = 9;
   void showHolding(const std::optional<QuoteSnapshot>& quote);
+  // The US pre- or post-market trade of the current session, under the name.
+  void showExtended(const QuoteSnapshot& quote);
   void showAlerts(const std::string& symbol);
   std::vector<QLabel*> values_;
   std::string requestedFor_;

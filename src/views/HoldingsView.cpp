@@ -2,6 +2,7 @@
 
 #include <unordered_set>
 
+#include <QDateTime>
 #include <QGridLayout>
 #include <QHBoxLayout>
 
@@ -287,7 +288,30 @@ void HoldingsView::fillForm() {
 }
 
 QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) {
-  auto* card = new ProductCard(q(total.currency), parent);
+  return figuresCard(
+      q(total.currency), total.dayProfit, total.dayProfitPct, total.totalProfit,
+      total.totalProfitPct, total.marketValue,
+      total.missing > 0 ? QStringLiteral("（%1 项暂无行情）").arg(total.missing) : QString(),
+      parent);
+}
+
+QWidget* HoldingsView::yuanCard(const YuanTotal& total, QWidget* parent) {
+  return figuresCard(QStringLiteral("折合人民币"), total.dayProfit, total.dayProfitPct,
+                     total.totalProfit, total.totalProfitPct, total.marketValue,
+                     q(ratesText(total, ratesClock(total).toStdString())), parent);
+}
+
+QString HoldingsView::ratesClock(const YuanTotal& total) {
+  if (total.demonstration) return QString();
+  return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(total.ratesAt.unixSeconds() * 1000))
+      .toString(QStringLiteral("HH:mm"));
+}
+
+QWidget* HoldingsView::figuresCard(const QString& title, double dayProfit,
+                                   const std::optional<double>& dayProfitPct, double totalProfit,
+                                   const std::optional<double>& totalProfitPct, double marketValue,
+                                   const QString& note, QWidget* parent) {
+  auto* card = new ProductCard(title, parent);
   const bool masked = model_.masked();
   const auto text = [&](const std::string& s) { return masked ? hidden : q(s); };
   const auto ink = [&](double sign) {
@@ -295,18 +319,15 @@ QWidget* HoldingsView::summaryCard(const HoldingsTotal& total, QWidget* parent) 
   };
   auto* line = new QHBoxLayout;
   line->setSpacing(14);
-  line->addWidget(figure(QStringLiteral("今日盈亏"),
-                         text(profitText(total.dayProfit, total.dayProfitPct)), card,
-                         ink(total.dayProfit)));
-  line->addWidget(figure(QStringLiteral("持有盈亏"),
-                         text(profitText(total.totalProfit, total.totalProfitPct)), card,
-                         ink(total.totalProfit)));
-  line->addWidget(figure(QStringLiteral("持仓市值"), text(amountText(total.marketValue)), card));
+  line->addWidget(figure(QStringLiteral("今日盈亏"), text(profitText(dayProfit, dayProfitPct)),
+                         card, ink(dayProfit)));
+  line->addWidget(figure(QStringLiteral("持有盈亏"), text(profitText(totalProfit, totalProfitPct)),
+                         card, ink(totalProfit)));
+  line->addWidget(figure(QStringLiteral("持仓市值"), text(amountText(marketValue)), card));
   line->addStretch();
   card->content().addLayout(line);
-  if (total.missing > 0)
-    card->content().addWidget(themedLabel(QStringLiteral("（%1 项暂无行情）").arg(total.missing),
-                                          TextRole::muted, 12, QFont::Normal, card));
+  if (!note.isEmpty())
+    card->content().addWidget(themedLabel(note, TextRole::muted, 12, QFont::Normal, card));
   return card;
 }
 
@@ -353,12 +374,23 @@ void HoldingsView::refresh() {
              std::to_string(t.totalProfit) + std::to_string(t.missing) +
              std::to_string(t.dayProfitPct.value_or(-1e300)) +
              std::to_string(t.totalProfitPct.value_or(-1e300));
+  // The yuan card needs a foreign currency and a rate for each; its time reads in minutes.
+  auto yuan = model_.yuanTotal(totals);
+  if (yuan && yuan->rates.empty()) yuan.reset();
+  if (yuan)
+    shown += "|CNY" + std::to_string(yuan->marketValue) + std::to_string(yuan->dayProfit) +
+             std::to_string(yuan->totalProfit) + ratesClock(*yuan).toStdString();
   if (shown == shown_) return;
   shown_ = std::move(shown);
   clearLayout(summaries_);
   // Shown at once, not on a later turn as a layout would.
   for (const HoldingsTotal& total : totals) {
     QWidget* card = summaryCard(total, this);
+    summaries_->addWidget(card);
+    card->show();
+  }
+  if (yuan) {
+    QWidget* card = yuanCard(*yuan, this);
     summaries_->addWidget(card);
     card->show();
   }

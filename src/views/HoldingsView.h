@@ -57,6 +57,14 @@ class HoldingsView final : public QWidget {
   void showMessage(const QString& text);
   void save(const std::string& symbol, double shares, double cost);
   void moveToUnheld();
+  // The cards of the totals: one per currency, and one of them all in yuan.
+  QWidget* figuresCard(const QString& title, double dayProfit,
+                       const std::optional<double>& dayProfitPct, double totalProfit,
+                       const std::optional<double>& totalProfitPct, double marketValue,
+                       const QString& note, QWidget* parent);
+  QWidget* yuanCard(const YuanTotal& total, QWidget* parent);
+  // The rates' time as the user's clock shows it; none for the demonstration's fixed rates.
+  static QString ratesClock(const YuanTotal& total);
   QWidget* summaryCard(const HoldingsTotal& total, QWidget* parent);
   std::string selectedSymbol() const;
   void showEvent(QShowEvent* event) override;

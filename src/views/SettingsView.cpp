@@ -170,10 +170,11 @@ SettingsView::SettingsView(AppModel& model, const Clock& clock, Actions actions,
   if (!actions_.chooseFile)
     actions_.chooseFile = [this](bool save) {
       const QString filter = QStringLiteral("自选文件 (*.json)");
+      const QString lists = QStringLiteral("自选文件或代码列表 (*.json *.txt *.csv);;所有文件 (*)");
       return save ? QFileDialog::getSaveFileName(this, QStringLiteral("导出自选"),
                                                  fileDialogStart(true), filter)
                   : QFileDialog::getOpenFileName(this, QStringLiteral("导入自选"),
-                                                 fileDialogStart(false), filter);
+                                                 fileDialogStart(false), lists);
     };
 
   auto* layout = new QHBoxLayout(this);
@@ -678,6 +679,8 @@ void SettingsView::importWatchlist() {
   try {
     const auto result = model_.importWatchlist(path.toStdString());
     QString text = QStringLiteral("已导入 %1 个标的").arg(result.symbols);
+    if (result.skippedLines > 0)
+      text += QStringLiteral("（跳过 %1 行非代码内容）").arg(result.skippedLines);
     if (result.holdings) text += QStringLiteral("、%1 项持仓").arg(*result.holdings);
     if (result.skippedHoldings > 0)
       text += QStringLiteral("（跳过 %1 项无效持仓）").arg(result.skippedHoldings);

@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 
+#include "core/Market.h"
 #include "core/NumberText.h"
 #include "views/DetailView.h"
 #include "views/Metrics.h"
@@ -237,6 +238,19 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
                                                   statusClock_, grace())))),
                   TextRole::muted, 11.5, QFont::Normal, row),
       1);
+  // A US security's pre- or post-market change, beside the regular session's figures.
+  if (const auto extended = extendedText(entry.symbol)) {
+    auto* late = themedLabel(q(*extended), TextRole::muted, 11.5, QFont::Medium, row);
+    late->setWordWrap(false);
+    if (!masked) {
+      QPalette colours = late->palette();
+      colours.setColor(
+          QPalette::WindowText,
+          qt(model_.quoteStyle().color(model_.extras().extended(entry.symbol)->changePct)));
+      late->setPalette(colours);
+    }
+    second->addWidget(late);
+  }
   if (entry.quote) {
     auto* price =
         themedLabel(masked ? QStringLiteral("••••") : q(model_.quoteStyle().price(*entry.quote)),
@@ -273,6 +287,13 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
   return row;
 }
 
+std::optional<std::string> WatchlistView::extendedText(const std::string& symbol) const {
+  const ExtendedQuote* extended = model_.extras().extended(symbol);
+  const auto session = extendedSessionLabel(model_.marketStateOf(marketLabel(Market::usShare)));
+  if (!extended || !session) return std::nullopt;
+  return model_.masked() ? *session + " ••••" : extendedRowText(*session, *extended);
+}
+
 void WatchlistView::fillRows() {
   rows_ = visibleEntries(model_.watchlist(), model_.quotes(), filters_, statusClock_, grace());
   heading_->setText(QStringLiteral("我的自选 · %1").arg(model_.watchlist().size()));
@@ -291,6 +312,7 @@ void WatchlistView::fillRows() {
     if (e.quote)
       shown += e.quote->name + std::to_string(e.quote->price) + "/" +
                std::to_string(e.quote->prevClose) + "|";
+    if (const auto extended = extendedText(e.symbol)) shown += *extended + "|";
   }
   if (shown != shownRows_) {
     shownRows_ = std::move(shown);
@@ -356,6 +378,24 @@ QWidget* WatchlistView::candidateFor(const QuoteSnapshot& quote, bool fromSearch
   return row;
 }
 
+QWidget* WatchlistView::codeOffer(const std::string& code) {
+  auto* row = new QFrame;
+  row->setProperty("rowcard", true);
+  auto* line = new QHBoxLayout(row);
+  line->setContentsMargins(10, 6, 6, 6);
+  line->setSpacing(6);
+  line->addWidget(
+      themedLabel(QStringLiteral("名称随首个行情显示"), TextRole::muted, 12, QFont::Normal, row),
+      1);
+  auto* add =
+      flatButton(QStringLiteral("添加代码 ") + q(code), QStringLiteral("按原样加入自选"), row);
+  add->setProperty("pill", true);
+  add->setEnabled(model_.watchlist().size() < AppModel::maxWatchlistLength);
+  QObject::connect(add, &QPushButton::clicked, this, [this] { model_.addCode(); });
+  line->addWidget(add);
+  return row;
+}
+
 void WatchlistView::fillCandidates() {
   const bool searching = model_.search().isSearching();
   busy_->setVisible(searching);
@@ -377,6 +417,9 @@ void WatchlistView::fillCandidates() {
     found.insert(quote.id);
     shown += quote.id + quote.name + quote.market + (watched(quote.id) ? "*|" : "|");
   }
+  // A full code the search did not find can be added as it stands.
+  const auto code = codeToAdd(model_.search(), model_.watchlist());
+  if (code) shown += "+" + *code;
   shown += "#";
   // A quote the search found is offered there, not twice.
   for (const QuoteSnapshot& quote : model_.quotes()) {
@@ -393,6 +436,7 @@ void WatchlistView::fillCandidates() {
   clearLayout(resultsLayout_);
   for (const QuoteSnapshot* quote : results)
     resultsLayout_->addWidget(candidateFor(*quote, true, watched(quote->id)));
+  if (code) resultsLayout_->addWidget(codeOffer(*code));
   clearLayout(candidatesLayout_);
   for (const QuoteSnapshot* quote : candidates)
     candidatesLayout_->addWidget(candidateFor(*quote, false, false));

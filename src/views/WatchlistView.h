@@ -56,7 +56,11 @@ class WatchlistView final : public QWidget {
   void refresh();
   void fillRows();
   void fillCandidates();
+  // The row's "盘前 +0.47%" while a US security has a trade of the current extended session.
+  std::optional<std::string> extendedText(const std::string& symbol) const;
   QWidget* rowFor(const WatchlistEntry& entry, bool active);
+  // The offer to add the code the search did not find, as it stands.
+  QWidget* codeOffer(const std::string& code);
   QWidget* candidateFor(const QuoteSnapshot& quote, bool fromSearch, bool watched);
 
   AppModel& model_;

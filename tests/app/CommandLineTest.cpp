@@ -219,6 +219,40 @@ TEST_F(CommandLine, ExitStatusesAndMessages) {
   EXPECT_THAT(run("--help").out, HasSubstr("--self-test"));
 }
 
+// The watchlist manager's search from the command line: the local securities offline.
+TEST_F(CommandLine, SearchAsATableAndAsJson) {
+  const std::tuple<std::string, int, std::string> cases[] = {
+      {"--search gzmt --source mock", 0, "代码    名称      市场\n600519  贵州茅台  A股\n"},
+      {"--search 300 --source static", 0,
+       "代码      名称        市场\n"
+       "300750    宁德时代    A股\n"
+       "510300    沪深300ETF  A股基金\n"
+       "sh000300  沪深300     A股指数\n"},
+      {"--search qqqqq --source mock", 0, "没有找到匹配的标的\n"},
+  };
+  for (const auto& [arguments, code, out] : cases) {
+    const Outcome result = run(arguments);
+    EXPECT_EQ(std::pair(result.code, result.out), std::pair(code, out)) << arguments;
+  }
+  EXPECT_EQ(run("--search hs300 --json --source static").out,
+            "{\n  \"results\": [\n"
+            "    {\n      \"id\": \"510300\",\n      \"name\": \"沪深300ETF\",\n"
+            "      \"market\": \"A股基金\"\n    },\n"
+            "    {\n      \"id\": \"sh000300\",\n      \"name\": \"沪深300\",\n"
+            "      \"market\": \"A股指数\"\n    }\n  ]\n}\n");
+  EXPECT_EQ(run("--search qqqqq --json --source mock").out, "{\n  \"results\": []\n}\n");
+  const std::pair<const char*, const char*> refused[] = {
+      {"--search", "tidemark: Missing value after '--search'. See --help.\n"},
+      {"--search=", "tidemark: --search needs a text to look for See --help.\n"},
+      {"--search gzmt --watch", "tidemark: --search does not take --watch See --help.\n"},
+  };
+  for (const auto& [arguments, err] : refused) {
+    const Outcome result = run(arguments);
+    EXPECT_EQ(std::pair(result.code, result.err), std::pair(2, std::string(err))) << arguments;
+  }
+  EXPECT_FALSE(std::filesystem::exists(data / "watchlist.json")) << "nothing is written";
+}
+
 TEST_F(CommandLine, QuotesOfTheDefaultOrTheUsersWatchlistWriteNothing) {
   Outcome table = run("--quotes");
   EXPECT_EQ(table.code, 0) << table.err;
@@ -267,7 +301,7 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
     for (std::string line; std::getline(in, line);) split.push_back(line);
     return split;
   }();
-  ASSERT_EQ(lines.size(), 8u) << table.out;
+  ASSERT_EQ(lines.size(), 9u) << table.out;
   const std::vector<std::vector<std::string>> cells{
       {"代码", "名称", "持有", "成本", "现价", "今日盈亏", "今日%", "持有盈亏", "持有%", "市值"},
       {"600519", "贵州茅台", "100", "1,500.50", "1,468.80", "+1,680.00", "+1.16%", "-3,170.00",
@@ -290,6 +324,11 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
             "合计 USD  今日盈亏 +40.43 (+2.11%)  持有盈亏 -39.38 (-1.97%)  市值 1,955.63");
   EXPECT_EQ(lines[6],
             "合计 HKD  今日盈亏 +1,320.00 (+1.38%)  持有盈亏 +21,040.00 (+27.68%)  市值 97,040.00");
+  // 146,880 + 97,040 × 0.915 + 1,955.625 × 7.12; 1,680 + 1,320 × 0.915 + 40.425 × 7.12; and
+  // -3,170 + 21,040 × 0.915 - 39.375 × 7.12, at the demonstration's rates.
+  EXPECT_EQ(lines[8],
+            "折合人民币  今日盈亏 +3,175.63 (+1.29%)  持有盈亏 +15,801.25 (+6.76%)  市值 "
+            "249,595.65  演示汇率 USD 7.1200 · HKD 0.9150");
 
   auto document = json::parse(run("--holdings --json").out);
   ASSERT_TRUE(document);
@@ -306,6 +345,9 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
             R"("totalProfit":21040.0,"totalProfitPct":27.6842,"missing":0})");
   EXPECT_EQ((*document)["holdings"][3]["marketValue"].dump(), "1955.63");
   EXPECT_EQ((*document)["totals"][2]["marketValue"].dump(), "1955.63");
+  EXPECT_EQ((*document)["cny"].dump(),
+            R"({"marketValue":249595.65,"dayProfit":3175.63,"totalProfit":15801.25,)"
+            R"("rates":{"USD":7.12,"HKD":0.915}})");
   EXPECT_EQ(contents(data / "holdings.json"), held);
   EXPECT_EQ(run("--holdings --symbols NVDA").err,
             "tidemark: --holdings does not take --symbols See --help.\n");

@@ -5,6 +5,9 @@
 
 #include "core/FileIO.h"
 #include "core/NumberText.h"
+#include "core/Text.h"
+#include "model/DemoMarket.h"
+#include "model/PinyinInitials.h"
 #include "support/ModelHarness.h"
 
 namespace tidemark {
@@ -232,6 +235,12 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
       {mock, "30", {}, {"300750", "03033", "510300", "sh000300"}, none},  // prefixes first
       // Indices are found offline by name and code, after the stock of the same digits.
       {mock, "000001", {}, {"000001", "sh000001"}, none},
+      // Pinyin initials, a character read two ways (行: háng, xíng) answering to both.
+      {mock, "gzmt", {}, {"600519"}, none},
+      {staticJSON, "SZZS", {}, {"sh000001"}, none},
+      {mock, "yh", {}, {"600036", "000001"}, none},
+      {staticJSON, "hs300", {}, {"510300", "sh000300"}, none},
+      {mock, "gzmtx", {}, {}, nothing},
       {mock, "上证", {}, {"sh000001"}, none},
       {staticJSON, "hsi", {}, {"hkHSI"}, none},
       {sina, "纳斯达克", failed, {"usIXIC"}, none},
@@ -293,6 +302,75 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
   m->searchSource("苹果");
   m.reset();
   h.source.answerSearch(n + 3, {{}, "late"});  // must not touch the destroyed model
+}
+
+// Every Han character of the local securities' names has its initials in the generated table.
+TEST(Search, EveryLocalNameSpellsItsInitials) {
+  std::vector<DemoSecurity> local = demoSecurities();
+  local.insert(local.end(), demoIndices().begin(), demoIndices().end());
+  for (const DemoSecurity& s : local)
+    for (char32_t c : codePoints(s.name))
+      if (c >= 0x3400) {
+        EXPECT_FALSE(pinyinInitials(c).empty()) << s.name;
+      }
+  EXPECT_EQ(pinyinInitials(U'行'), "hx");
+  EXPECT_EQ(pinyinInitials(U'A'), "");
+}
+
+// A full code the search did not find is offered as it stands and named by its first quote.
+TEST(Search, AFullCodeNoSearchFoundIsAddedAsItStands) {
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {" 601899 ", "601899"},     {"amd", "AMD"},
+      {"sh000905", "sh000905"},   {"aapl", std::nullopt},
+      {"600519", std::nullopt},   {"sh000300", std::nullopt},
+      {"SH000905", std::nullopt}, {"紫金矿业", std::nullopt},
+      {"6018999", std::nullopt},
+  };
+  ModelHarness h;
+  auto m = h.make();
+  for (const auto& [text, offered] : cases) {
+    m->searchSource(text);
+    EXPECT_EQ(codeToAdd(m->search(), m->watchlist()), offered) << text;
+  }
+  m->searchSource("601899");
+  m->addCode();
+  EXPECT_EQ(m->watchlist().back(), "601899");
+  EXPECT_EQ(codeToAdd(m->search(), m->watchlist()), std::nullopt);
+  h.scheduler.advance(1);
+  ASSERT_NE(m->quote("601899"), nullptr);
+  EXPECT_EQ(m->quote("601899")->name, "演示标的 601899");
+  // Not while a search is under way, nor when the box is cleared.
+  m->setSourceMode(SourceMode::tencent);
+  h.source.holdSearches = true;
+  m->searchSource("601898");
+  EXPECT_EQ(codeToAdd(m->search(), m->watchlist()), std::nullopt);
+  m->searchSource("");
+  m->addCode();
+  EXPECT_EQ(m->watchlist().back(), "601899");
+}
+
+// A file that is not JSON is a list of codes, one a line or in a CSV's first column.
+TEST(Watchlist, PlainAndCsvListsAreImportedWithWhatWasSkipped) {
+  const std::tuple<std::string, List, size_t> cases[] = {
+      {"600519\n00700\r\n\n  AAPL \n", {"600519", "00700", "AAPL"}, 0},
+      {"\xEF\xBB\xBF代码,名称\n\"600519\",贵州茅台\n00700;腾讯控股\nNVDA\t英伟达\n合计 3\n",
+       {"600519", "00700", "NVDA"},
+       2},
+      {"sh000001 , 上证\n600519\n600519\nBRK.B\n", {"sh000001", "600519", "BRK.B"}, 0},
+  };
+  ModelHarness h;
+  auto m = h.make();
+  const auto file = h.folder.path() / "codes.csv";
+  for (const auto& [text, list, skipped] : cases) {
+    std::ofstream(file) << text;
+    const WatchlistImportResult result = m->importWatchlist(file);
+    EXPECT_EQ(m->watchlist(), list) << text;
+    EXPECT_EQ(std::pair(result.symbols, result.skippedLines), std::pair(list.size(), skipped));
+  }
+  std::ofstream(file) << "名称\n贵州茅台\n";
+  EXPECT_THAT([&] { m->importWatchlist(file); },
+              testing::ThrowsMessage<std::exception>(testing::StrEq("没有可识别的股票代码")));
+  EXPECT_EQ(m->watchlist(), (List{"sh000001", "600519", "BRK.B"}));
 }
 
 }  // namespace

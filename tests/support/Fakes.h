@@ -108,6 +108,21 @@ class FakeMarketDataSource final : public MarketDataSource {
     klineRequests.push_back({symbol + " " + std::string(rawValue(period)), std::move(completion)});
   }
 
+  // Answered at once from `ratesAnswer` and `extendedAnswer`; what was asked is kept.
+  void fetchRates(const DataSourceEndpoints&, RatesCompletion completion) override {
+    ++rateRequests;
+    completion(ratesAnswer.first, ratesAnswer.second);
+  }
+  void fetchExtendedHours(const DataSourceEndpoints&, const std::vector<std::string>& symbols,
+                          ExtendedCompletion completion) override {
+    extendedRequests.push_back(symbols);
+    completion(extendedAnswer.first, extendedAnswer.second);
+  }
+  std::pair<RateMap, std::optional<std::string>> ratesAnswer{{}, "汇率请求失败"};
+  std::pair<std::vector<ExtendedQuote>, std::optional<std::string>> extendedAnswer;
+  size_t rateRequests = 0;
+  std::vector<std::vector<std::string>> extendedRequests;
+
   std::map<SourceMode, Answer> answers;
   bool holdAnswers = false;
   // Answers are stamped with this clock's time, as the feeds stamp what they parse.
