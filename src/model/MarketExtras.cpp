@@ -50,9 +50,8 @@ std::optional<YuanTotal> MarketExtras::yuanTotal(const std::vector<HoldingsTotal
     sum.ratesAt = std::min(sum.ratesAt, at);
   }
   // USD first, then HKD, whatever the totals' order.
-  std::sort(sum.rates.begin(), sum.rates.end(), [](const auto& a, const auto& b) {
-    return a.first > b.first;
-  });
+  std::sort(sum.rates.begin(), sum.rates.end(),
+            [](const auto& a, const auto& b) { return a.first > b.first; });
   if (yesterday > 0) sum.dayProfitPct = sum.dayProfit / yesterday * 100;
   if (cost > 0) sum.totalProfitPct = sum.totalProfit / cost * 100;
   return sum;
@@ -94,8 +93,7 @@ std::string extendedDetailText(const std::string& label, const ExtendedQuote& qu
 
 std::string extendedTooltipText(const std::string& label, const ExtendedQuote& quote,
                                 const std::string& price) {
-  return " · " + label + " " + price + " (" +
-         percentText(quote.changePct) + ")";
+  return " · " + label + " " + price + " (" + percentText(quote.changePct) + ")";
 }
 
 std::string extendedRowText(const std::string& label, const ExtendedQuote& quote) {

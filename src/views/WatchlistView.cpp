@@ -240,7 +240,7 @@ QWidget* WatchlistView::rowFor(const WatchlistEntry& entry, bool active) {
       1);
   // A US security's pre- or post-market change, beside the regular session's figures.
   if (const auto extended = extendedText(entry.symbol)) {
-    auto* late = themedLabel(q(*extended), TextRole::muted, 11.5, QFont::Medium, row);
+    auto* late = themedLabel(q(*extended), TextRole::plain, 11.5, QFont::Medium, row);
     late->setWordWrap(false);
     if (!masked) {
       QPalette colours = late->palette();
@@ -384,13 +384,14 @@ QWidget* WatchlistView::codeOffer(const std::string& code) {
   auto* line = new QHBoxLayout(row);
   line->setContentsMargins(10, 6, 6, 6);
   line->setSpacing(6);
-  line->addWidget(
-      themedLabel(QStringLiteral("名称随首个行情显示"), TextRole::muted, 12, QFont::Normal, row),
-      1);
+  auto* hint =
+      themedLabel(QStringLiteral("名称随首个行情显示"), TextRole::muted, 12, QFont::Normal, row);
+  hint->setWordWrap(false);
+  line->addWidget(hint, 1);
   auto* add =
       flatButton(QStringLiteral("添加代码 ") + q(code), QStringLiteral("按原样加入自选"), row);
   add->setProperty("pill", true);
-  add->setEnabled(model_.watchlist().size() < AppModel::maxWatchlistLength);
+  add->setEnabled(AppModel::maxWatchlistLength > model_.watchlist().size());
   QObject::connect(add, &QPushButton::clicked, this, [this] { model_.addCode(); });
   line->addWidget(add);
   return row;

@@ -2,8 +2,10 @@
 // figures, the tooltip and the tray label with the switch on and off. Figures worked out by hand
 // from the demonstration's 600519 at 1,468.80 after 1,452.00.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QListView>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -13,6 +15,7 @@
 #include "views/DetailView.h"
 #include "views/HoldingsView.h"
 #include "views/SettingsView.h"
+#include "views/WatchlistView.h"
 
 namespace tidemark {
 namespace {
@@ -268,6 +271,63 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->holdings().symbol().findData(u"sh000001"_s), -1);
   EXPECT_NE(settings->holdings().symbol().findData(u"000858"_s), -1);
+}
+
+// New York's pre-market: the extended trade beside the regular price in the detail, the tooltip
+// and the watchlist row, coloured by its change; the holdings in yuan at the fetched rate.
+TEST(HoldingsSection, ExtendedHoursAndTheYuanCard) {
+  test::Desktop d;
+  // 2026-11-25 04:40 in New York (09:40 UTC), a Wednesday's pre-market.
+  const Date preMarket{817'257'600 + 9 * 3600 + 40 * 60};
+  d.h.clock.set(preMarket);
+  QuoteSnapshot nvidia{"NVDA", "美股", "英伟达",  186.25,    182.40,
+                       187.90, 181.75, 168420310, preMarket, "tencent"};
+  d.h.source.answers[SourceMode::tencent] = {{nvidia}, {}};
+  d.h.source.extendedAnswer = {{{"NVDA", 187.12, 0.47, preMarket + -13 * 60}}, std::nullopt};
+  d.h.source.ratesAnswer = {{{"USD", 7.1034}, {"HKD", 0.9123}}, std::nullopt};
+  d.model->setSourceMode(SourceMode::tencent);
+  d.model->select("NVDA");
+  ASSERT_EQ(d.model->setHolding("NVDA", 10.5, 190), std::nullopt);
+  d.model->heartbeat();
+  // The watchlist is open when the trade comes in.
+  d.delegate->openSettings(SettingsSection::watchlist);
+  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
+  ASSERT_TRUE(settings);
+  QTest::qWait(1);
+  EXPECT_FALSE(settings->watchlist().shownTexts().contains(u"盘前 +0.47%"_s));
+  d.model->loadSource(false);
+  d.h.scheduler.runDue();
+  // New rows are shown on a later turn.
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return settings->watchlist().shownTexts().contains(u"盘前 +0.47%"_s); }, 1000));
+  EXPECT_THAT(d.delegate->statusItem().toolTip(),
+              testing::EndsWith("\n英伟达  USD186.25 · 盘前 187.12 (+0.47%)\n今日盈亏 USD +40.43"));
+
+  d.delegate->openSettings(SettingsSection::detail);
+  auto* detail = d.inWindow<DetailView>(AuxWindow::settings);
+  ASSERT_TRUE(detail);
+  QTest::qWait(1);
+  EXPECT_EQ(detail->figureTexts().mid(0, 2),
+            (QStringList{u"英伟达  NVDA · 美股"_s, u"盘前 187.12 +0.47%  04:27 美东"_s}));
+  d.delegate->openSettings(SettingsSection::holdings);
+  QTest::qWait(1);
+  const QStringList shown = settings->holdings().shownTexts();
+  const qsizetype card = shown.indexOf(u"折合人民币"_s);
+  ASSERT_GE(card, 0) << shown.join(u'|').toStdString();
+  // 1,955.625 × 7.1034 = 13,891.5866; 40.425 × 7.1034 = 287.15; -39.375 × 7.1034 = -279.70.
+  EXPECT_EQ(shown.mid(card, 8),
+            (QStringList{u"折合人民币"_s, u"今日盈亏"_s, u"+287.15 (+2.11%)"_s, u"持有盈亏"_s,
+                         u"-279.70 (-1.97%)"_s, u"持仓市值"_s, u"13,891.59"_s,
+                         u"汇率 USD 7.1034 · "_s +
+                             QDateTime::fromSecsSinceEpoch(int64_t(preMarket.unixSeconds()))
+                                 .toString(u"HH:mm"_s)}));
+  // A day later the rate has lapsed and the card goes; masked, the extended price goes too.
+  d.h.clock.advance(86400);
+  d.h.source.ratesAnswer = {{}, "汇率请求失败"};
+  d.model->loadSource(false);
+  d.h.scheduler.runDue();
+  QTest::qWait(1);
+  EXPECT_FALSE(settings->holdings().shownTexts().contains(u"折合人民币"_s));
 }
 
 }  // namespace

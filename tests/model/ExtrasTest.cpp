@@ -22,10 +22,9 @@ Date ny(int hour, int minute, int dayOffset = 0) {
 const Date preMarket = ny(4, 40), regular = ny(10, 0), postMarket = ny(16, 30);
 
 TEST(YuanTotal, EveryCurrencyAtARateLessThanADayOld) {
-  const std::vector<HoldingsTotal> totals{
-      {"CNY", 146'880, 1'680, 1.157, 26'880, 22.4, 0, 1},
-      {"HKD", 48'520, 662, 1.383, 8'520, 21.3, 1, 1},
-      {"USD", 18'625, 385, 2.111, 625, 3.47, 0, 1}};
+  const std::vector<HoldingsTotal> totals{{"CNY", 146'880, 1'680, 1.157, 26'880, 22.4, 0, 1},
+                                          {"HKD", 48'520, 662, 1.383, 8'520, 21.3, 1, 1},
+                                          {"USD", 18'625, 385, 2.111, 625, 3.47, 0, 1}};
   MarketExtras extras;
   const Date fetched{817'282'740};  // 14:59 in Beijing
   extras.takeRates({{"USD", 7.1034}, {"HKD", 0.9123}}, fetched);
@@ -88,9 +87,8 @@ TEST(ExtendedHours, TheModelAsksKeepsAndDropsThem) {
   nvidia.market = marketLabel(Market::usShare);
   h.source.answers[SourceMode::tencent] = {{test::quote("600519", 1468.8), nvidia}, {}};
   h.source.extendedRequests.clear();
-  h.source.extendedAnswer = {{{"NVDA", 187.12, 0.47, ny(4, 27)},
-                              {"QQQ", 602.1, 0.11, ny(19, 40, -1)}},
-                             std::nullopt};
+  h.source.extendedAnswer = {
+      {{"NVDA", 187.12, 0.47, ny(4, 27)}, {"QQQ", 602.1, 0.11, ny(19, 40, -1)}}, std::nullopt};
   m->loadSource(false);
   EXPECT_EQ(h.source.rateRequests, 0u) << "only yuan holdings";
   EXPECT_EQ(h.source.extendedRequests, (std::vector<List>{{"NVDA", "QQQ"}}));

@@ -21,8 +21,7 @@ TEST(ExtraFeeds, RatesFromTheFourthField) {
       {"v_whUSDCNY=\"310~美元人民币~USDCNY~7.1034~7.1010~7.1102~7.0988~20261125145900\";\n"
        "v_whHKDCNY=\"310~港币人民币~HKDCNY~0.9123~0.9120~0.9130~0.9110~20261125145900\";\n",
        {{"USD", 7.1034}, {"HKD", 0.9123}}},
-      {"v_whUSDCNY=\"310~美元人民币~USDCNY~0.0000~7.1010\";\nv_whHKDCNY=\"310~港币~HKDCNY\";",
-       {}},
+      {"v_whUSDCNY=\"310~美元人民币~USDCNY~0.0000~7.1010\";\nv_whHKDCNY=\"310~港币~HKDCNY\";", {}},
       {"v_whUSDCNY=\"310~美元人民币~USDCNY~-7.1~7.1010\";\nv_whHKDCNY=\"\";", {}},
       {"xv_whUSDCNY=\"310~美元人民币~USDCNY~7.1034\";\nv_whHKDCNY=\"1~2~3~0.9123\";",
        {{"HKD", 0.9123}}},
@@ -58,17 +57,16 @@ TEST(ExtraFeeds, ExtendedHoursFromTheUsRows) {
       usRow("brk.b", "480.10,-0.10") + usRow("spy", "670.50,0.06,0.38,Nov 24 07:59PM EST");
   const auto quotes =
       parseSinaExtended(body, {"SPY", "AAPL", "NVDA", "MSFT", "TSLA", "BRK.B", "QQQ"}, now);
-  EXPECT_EQ(quotes, (std::vector<ExtendedQuote>{
-                        {"SPY", 670.50, 0.06, ny(-5, 59)},  // 19:59 the day before
-                        {"AAPL", 231.03, 0.47, ny(4, 27)},
-                        {"TSLA", 405.00, 1.20, ny(0, 5)}}));
+  EXPECT_EQ(quotes,
+            (std::vector<ExtendedQuote>{{"SPY", 670.50, 0.06, ny(-5, 59)},  // 19:59 the day before
+                                        {"AAPL", 231.03, 0.47, ny(4, 27)},
+                                        {"TSLA", 405.00, 1.20, ny(0, 5)}}));
   // The year that puts the time latest but no more than a day ahead: New Year's Eve read on
   // New Year's morning is last year's.
   const Date newYear{820'454'400 + 6 * 3600};  // 2027-01-01T06:00:00Z
-  EXPECT_EQ(parseSinaExtended(usRow("aapl", "1,2,3,Dec 31 07:59PM EST"), {"AAPL"}, newYear)
-                .at(0)
-                .at,
-            Date{newYear.sinceReference - 5 * 3600 - 60});
+  EXPECT_EQ(
+      parseSinaExtended(usRow("aapl", "1,2,3,Dec 31 07:59PM EST"), {"AAPL"}, newYear).at(0).at,
+      Date{newYear.sinceReference - 5 * 3600 - 60});
 }
 
 // One request each, on the text feeds' hosts with their headers, and every way it fails.
