@@ -39,6 +39,22 @@ Json percentage(const std::optional<double>& value) {
   return value ? Json(std::round(*value * 10000) / 10000) : Json(nullptr);
 }
 
+// The totals in yuan, with the rates used (null for a currency not held); null while a rate
+// they need is missing or more than a day old.
+Json yuanJson(const std::optional<YuanTotal>& yuan) {
+  if (!yuan) return nullptr;
+  Json rates = Json::object();
+  for (const char* currency : {"USD", "HKD"}) {
+    const auto used = std::find_if(yuan->rates.begin(), yuan->rates.end(),
+                                   [&](const auto& r) { return r.first == currency; });
+    rates[currency] = used != yuan->rates.end() ? Json(used->second) : Json(nullptr);
+  }
+  return {{"marketValue", amount(yuan->marketValue)},
+          {"dayProfit", amount(yuan->dayProfit)},
+          {"totalProfit", amount(yuan->totalProfit)},
+          {"rates", std::move(rates)}};
+}
+
 }  // namespace
 
 std::string renderHoldingsTable(const AppModel& model) {
@@ -116,23 +132,9 @@ std::string renderHoldingsJson(const AppModel& model, bool pretty) {
                       {"totalProfit", amount(t.totalProfit)},
                       {"totalProfitPct", percentage(t.totalProfitPct)},
                       {"missing", t.missing}});
-  // The totals in yuan, with the rates used (null for a currency not held); null while a rate
-  // they need is missing or more than a day old.
-  Json cny(nullptr);
-  if (const auto yuan = model.yuanTotal(model.holdingsTotals())) {
-    Json rates = Json::object();
-    for (const char* currency : {"USD", "HKD"}) {
-      const auto used = std::find_if(yuan->rates.begin(), yuan->rates.end(),
-                                     [&](const auto& r) { return r.first == currency; });
-      rates[currency] = used != yuan->rates.end() ? Json(used->second) : Json(nullptr);
-    }
-    cny = {{"marketValue", amount(yuan->marketValue)},
-           {"dayProfit", amount(yuan->dayProfit)},
-           {"totalProfit", amount(yuan->totalProfit)},
-           {"rates", std::move(rates)}};
-  }
-  const Json document{
-      {"holdings", std::move(holdings)}, {"totals", std::move(totals)}, {"cny", std::move(cny)}};
+  const Json document{{"holdings", std::move(holdings)},
+                      {"totals", std::move(totals)},
+                      {"cny", yuanJson(model.yuanTotal(model.holdingsTotals()))}};
   return document.dump(pretty ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

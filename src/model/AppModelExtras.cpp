@@ -21,7 +21,7 @@ void AppModel::fetchExtras() {
     ++extras_.inFlight;
     deps_.dataSource.fetchRates(
         sources_.endpoints,
-        lifeline_.guard(RatesCompletion([this](RateMap rates, const std::optional<std::string>&) {
+        lifeline_.guard(RatesCompletion([this](const RateMap& rates, const std::optional<std::string>&) {
           --extras_.inFlight;
           // A failed request keeps the rates held; they lapse after a day.
           extras_.takeRates(rates, deps_.clock.now());
