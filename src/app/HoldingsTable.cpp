@@ -1,6 +1,5 @@
 #include "app/HoldingsTable.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <QDateTime>
@@ -39,15 +38,14 @@ Json percentage(const std::optional<double>& value) {
   return value ? Json(std::round(*value * 10000) / 10000) : Json(nullptr);
 }
 
-// The totals in yuan, with the rates used (null for a currency not held); null while a rate
-// they need is missing or more than a day old.
+// The totals in yuan with the rates known (null for one not fetched in the last day); null
+// while a rate they need is missing.
 Json yuanJson(const std::optional<YuanTotal>& yuan) {
   if (!yuan) return nullptr;
   Json rates = Json::object();
   for (const char* currency : {"USD", "HKD"}) {
-    const auto used = std::find_if(yuan->rates.begin(), yuan->rates.end(),
-                                   [&](const auto& r) { return r.first == currency; });
-    rates[currency] = used != yuan->rates.end() ? Json(used->second) : Json(nullptr);
+    const auto known = yuan->known.find(currency);
+    rates[currency] = known != yuan->known.end() ? Json(known->second) : Json(nullptr);
   }
   return {{"marketValue", amount(yuan->marketValue)},
           {"dayProfit", amount(yuan->dayProfit)},

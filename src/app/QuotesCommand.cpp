@@ -114,6 +114,10 @@ class QuotesOnly final : public MarketDataSource {
                      std::function<void(Intraday)> completion) override {
     completion({});
   }
+  // The yuan rates for --holdings; nothing prints the extended hours, so they are not asked.
+  void fetchRates(const DataSourceEndpoints& endpoints, RatesCompletion completion) override {
+    sources_.fetchRates(endpoints, std::move(completion));
+  }
 
  private:
   MarketDataSource& sources_;

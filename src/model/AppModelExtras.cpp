@@ -20,13 +20,13 @@ void AppModel::fetchExtras() {
   if (foreign) {
     ++extras_.inFlight;
     deps_.dataSource.fetchRates(
-        sources_.endpoints,
-        lifeline_.guard(RatesCompletion([this](const RateMap& rates, const std::optional<std::string>&) {
-          --extras_.inFlight;
-          // A failed request keeps the rates held; they lapse after a day.
-          extras_.takeRates(rates, deps_.clock.now());
-          changed_.notify();
-        })));
+        sources_.endpoints, lifeline_.guard(RatesCompletion(
+                                [this](const RateMap& rates, const std::optional<std::string>&) {
+                                  --extras_.inFlight;
+                                  // A failed request keeps the rates held; they lapse after a day.
+                                  extras_.takeRates(rates, deps_.clock.now());
+                                  changed_.notify();
+                                })));
   }
   std::vector<std::string> us;
   if (extendedSessionLabel(marketState(Exchange::newYork, now)))

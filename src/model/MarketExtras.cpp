@@ -52,6 +52,8 @@ std::optional<YuanTotal> MarketExtras::yuanTotal(const std::vector<HoldingsTotal
   // USD first, then HKD, whatever the totals' order.
   std::sort(sum.rates.begin(), sum.rates.end(),
             [](const auto& a, const auto& b) { return a.first > b.first; });
+  for (const char* currency : {"USD", "HKD"})
+    if (const auto usable = rate(currency, now, demonstration)) sum.known[currency] = usable->first;
   if (yesterday > 0) sum.dayProfitPct = sum.dayProfit / yesterday * 100;
   if (cost > 0) sum.totalProfitPct = sum.totalProfit / cost * 100;
   return sum;

@@ -24,6 +24,7 @@ struct YuanTotal {
   // demonstration's fixed ones.
   std::vector<std::pair<std::string, double>> rates;
   Date ratesAt;
+  RateMap known;  // every usable rate of the two, held or not
   bool demonstration = false;
   friend bool operator==(const YuanTotal&, const YuanTotal&) = default;
 };

@@ -348,6 +348,20 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   EXPECT_EQ((*document)["cny"].dump(),
             R"({"marketValue":249595.65,"dayProfit":3175.63,"totalProfit":15801.25,)"
             R"("rates":{"USD":7.12,"HKD":0.915}})");
+  // Live, the rate rows come with the quotes: 00700 has no quote here, so only USD converts.
+  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+    if (target == "/q=whUSDCNY,whHKDCNY")
+      return {200, "v_whUSDCNY=\"1~2~3~7.1034\";\nv_whHKDCNY=\"1~2~3~0.9123\";\n"};
+    if (target.starts_with("/q=")) return {200, test::testData("tencent-basic.gbk")};
+    return {500, "down"};
+  });
+  const auto live = json::parse(
+      run("--holdings --json --source tencent --endpoints " + endpointsFile(server.base())).out);
+  ASSERT_TRUE(live);
+  // 146,880 + 1,955.625 × 7.1034; 1,680 + 40.425 × 7.1034; -3,170 - 39.375 × 7.1034.
+  EXPECT_EQ((*live)["cny"].dump(),
+            R"({"marketValue":160771.59,"dayProfit":1967.15,"totalProfit":-3449.7,)"
+            R"("rates":{"USD":7.1034,"HKD":0.9123}})");
   EXPECT_EQ(contents(data / "holdings.json"), held);
   EXPECT_EQ(run("--holdings --symbols NVDA").err,
             "tidemark: --holdings does not take --symbols See --help.\n");
