@@ -49,8 +49,8 @@ DetailCharts::DetailCharts(AppModel& model, QWidget* parent)
   row->addStretch(1);
   layout->addLayout(row);
   // Under the switch the charts give up what it takes, so the window keeps its size.
-  linear_->setMinimumHeight(120);
-  kline_->setMinimumHeight(120);
+  linear_->setMinimumHeight(100);
+  kline_->setMinimumHeight(100);
   stack_->addWidget(linear_);
   stack_->addWidget(kline_);
   layout->addLayout(stack_, 1);

@@ -258,7 +258,7 @@ DetailView::DetailView(AppModel& model, std::function<void()> close, std::functi
   figuresCard->content().addWidget(extended_);
   figures_ = new QGridLayout;
   figures_->setHorizontalSpacing(14);
-  figures_->setVerticalSpacing(5);
+  figures_->setVerticalSpacing(2);
   figures_->setColumnStretch(1, 1);
   addFigures(tiles);
   figuresCard->content().addLayout(figures_);

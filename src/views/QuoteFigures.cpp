@@ -39,7 +39,7 @@ std::vector<std::pair<QString, QString>> fullerFigures(const QuoteSnapshot& quot
 
 FullerFiguresGrid::FullerFiguresGrid() {
   setHorizontalSpacing(8);
-  setVerticalSpacing(4);
+  setVerticalSpacing(2);
   for (int column = 0; column < columns; ++column) setColumnStretch(column, 1);
 }
 
