@@ -1,8 +1,12 @@
 #pragma once
 
+#include "app/Environment.h"
 #include "core/Bundle.h"
+#include "core/Clock.h"
+#include "core/Notifier.h"
 #include "platform/QtHttpClient.h"
 #include "platform/QtProcessRunner.h"
+#include "platform/QtScheduler.h"
 #include "sources/LiveMarketData.h"
 
 namespace tidemark {
@@ -20,6 +24,16 @@ struct LiveSources {
   QtProcessRunner processes;  // bridge children only, so the bridge's memory bound holds for all
   StockSDKBridge bridge;
   LiveMarketData data;
+};
+
+// What a command-line run's model stands on: the real clock and timers, no notifications, the
+// resources and the live sources.
+struct CommandRuntime {
+  SystemClock clock;
+  QtScheduler scheduler;
+  NullNotifier notifier;
+  Bundle bundle = applicationBundle();
+  LiveSources live{bundle, clock};
 };
 
 }  // namespace tidemark

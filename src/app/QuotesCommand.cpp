@@ -214,21 +214,17 @@ int watch(AppModel& model, const CommandLine& line, std::ostream& out,
 }  // namespace
 
 int runQuotes(const CommandLine& line, std::ostream& out, std::ostream& err) {
-  SystemClock clock;
-  QtScheduler scheduler;
-  NullNotifier notifier;
-  const Bundle bundle = applicationBundle();
-  LiveSources live(bundle, clock);
-  QuotesOnly sources(live.data);
+  CommandRuntime run;
+  QuotesOnly sources(run.live.data);
 
   QTemporaryDir scratch;
   auto in = commandInputs(line, scratch, err);
   if (!in) return 1;
-  if (line.source) useSourceMode(*in->store, *line.source, clock.now());
+  if (line.source) useSourceMode(*in->store, *line.source, run.clock.now());
 
-  AppModel model(
-      {*in->store, clock, scheduler, sources, notifier, in->support, line.endpoints, !line.alerts},
-      in->watchlistFile, false, bundle);
+  AppModel model({*in->store, run.clock, run.scheduler, sources, run.notifier, in->support,
+                  line.endpoints, !line.alerts},
+                 in->watchlistFile, false, run.bundle);
   // The alerts are listed as stored, with the names the kept quotes give: nothing is asked.
   if (!line.alerts) waitForLoad(model);
   const auto print = [&] {

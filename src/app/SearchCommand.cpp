@@ -63,12 +63,8 @@ std::string renderSearchJson(const std::vector<QuoteSnapshot>& results) {
 }
 
 int runSearch(const CommandLine& line, std::ostream& out, std::ostream& err) {
-  SystemClock clock;
-  QtScheduler scheduler;
-  NullNotifier notifier;
-  const Bundle bundle = applicationBundle();
-  LiveSources live(bundle, clock);
-  SearchOnly sources(live.data);
+  CommandRuntime run;
+  SearchOnly sources(run.live.data);
   // The user's settings (the source, a custom endpoint set) are read; writes stay in memory.
   auto settings = SettingsStore::standard();
   OverlayKeyValueStore store(*settings);
@@ -76,8 +72,9 @@ int runSearch(const CommandLine& line, std::ostream& out, std::ostream& err) {
   if (line.source) preferences.sourceMode = *line.source;
   store.setData(storeKeys::preferences, toJson(preferences).dump());
 
-  AppModel model({store, clock, scheduler, sources, notifier, std::nullopt, line.endpoints, false},
-                 std::nullopt, false, bundle);
+  AppModel model(
+      {store, run.clock, run.scheduler, sources, run.notifier, std::nullopt, line.endpoints, false},
+      std::nullopt, false, run.bundle);
   model.searchSource(line.searchText);
   if (model.search().isSearching()) {
     QEventLoop loop;
