@@ -241,6 +241,20 @@ TEST_F(CommandLine, SearchAsATableAndAsJson) {
             "    {\n      \"id\": \"sh000300\",\n      \"name\": \"沪深300\",\n"
             "      \"market\": \"A股指数\"\n    }\n  ]\n}\n");
   EXPECT_EQ(run("--search qqqqq --json --source mock").out, "{\n  \"results\": []\n}\n");
+  // A live source asks the bridge's search: the hits that have quotes, in the search's order.
+  test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
+    if (target.starts_with("/sdk/s3/?")) return {200, test::testData("smartbox-search.txt")};
+    if (target.starts_with("/sdk/?q=")) return {200, test::testData("tencent-basic.gbk")};
+    return {404, ""};
+  });
+  const Outcome live =
+      run("--search 茅台 --source tencent --endpoints " + endpointsFile(server.base()));
+  EXPECT_EQ(std::pair(live.code, live.out), std::pair(0, std::string("代码    名称      市场\n"
+                                                                     "600519  贵州茅台  A股\n"
+                                                                     "00700   腾讯控股  港股\n"
+                                                                     "NVDA    英伟达    美股\n"
+                                                                     "000858  五粮液    A股\n")))
+      << live.err;
   const std::pair<const char*, const char*> refused[] = {
       {"--search", "tidemark: Missing value after '--search'. See --help.\n"},
       {"--search=", "tidemark: --search needs a text to look for See --help.\n"},
