@@ -17,7 +17,9 @@ void AppModel::fetchExtras() {
     const std::string_view currency = currencyOf(watchlistMarket(h.symbolID));
     return currency == "USD" || currency == "HKD";
   });
-  if (foreign) {
+  const auto& asked = extras_.ratesAskedAt;
+  if (foreign && (!asked || !(now - *asked < MarketExtras::rateInterval) || now < *asked)) {
+    extras_.ratesAskedAt = now;
     ++extras_.inFlight;
     deps_.dataSource.fetchRates(
         sources_.endpoints, lifeline_.guard(RatesCompletion(

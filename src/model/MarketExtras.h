@@ -55,6 +55,9 @@ class MarketExtras {
 
   // A request under way, which the command line waits for.
   int inFlight = 0;
+  // Rates move slowly: asked at most once a minute, however fast the quotes refresh.
+  static constexpr double rateInterval = 60;
+  std::optional<Date> ratesAskedAt;
 
  private:
   std::map<std::string, std::pair<double, Date>> rates_;

@@ -106,8 +106,12 @@ TEST(ExtendedHours, TheModelAsksKeepsAndDropsThem) {
   EXPECT_EQ(m->yuanTotal(m->holdingsTotals())->rates,
             (std::vector<std::pair<std::string, double>>{{"USD", 7.1034}}));
   h.source.ratesAnswer = {{}, "汇率请求失败"};
-  h.clock.advance(60);
+  h.clock.advance(59);
   m->loadSource(false);
+  EXPECT_EQ(h.source.rateRequests, 1u) << "at most once a minute";
+  h.clock.advance(1);
+  m->loadSource(false);
+  EXPECT_EQ(h.source.rateRequests, 2u);
   EXPECT_TRUE(m->yuanTotal(m->holdingsTotals()));
 
   // The regular session ends the extended trades and asks for none.
