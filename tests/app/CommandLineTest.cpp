@@ -362,7 +362,19 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   EXPECT_EQ((*document)["cny"].dump(),
             R"({"marketValue":249595.65,"dayProfit":3175.63,"totalProfit":15801.25,)"
             R"("rates":{"USD":7.12,"HKD":0.915}})");
-  // Live, the rate rows come with the quotes: 00700 has no quote here, so only USD converts.
+  EXPECT_EQ(contents(data / "holdings.json"), held);
+  EXPECT_EQ(run("--holdings --symbols NVDA").err,
+            "tidemark: --holdings does not take --symbols See --help.\n");
+  EXPECT_THAT(run("--help").out, HasSubstr("--holdings"));
+}
+
+// Live, the rate rows come with the quotes: 00700 has no quote here, so only USD converts.
+TEST_F(CommandLine, HoldingsInYuanAtTheFetchedRates) {
+  std::filesystem::create_directories(data);
+  std::ofstream(data / "holdings.json")
+      << R"({"version":1,"savedAt":800000000,"holdings":[{"symbolID":"600519","shares":100,)"
+         R"("cost":1500.5},{"symbolID":"00700","shares":200,"cost":380},)"
+         R"({"symbolID":"NVDA","shares":10.5,"cost":190}]})";
   test::LoopbackServer server([&](const std::string& target) -> test::LoopbackServer::Reply {
     if (target == "/q=whUSDCNY,whHKDCNY")
       return {200, "v_whUSDCNY=\"1~2~3~7.1034\";\nv_whHKDCNY=\"1~2~3~0.9123\";\n"};
@@ -376,10 +388,6 @@ TEST_F(CommandLine, HoldingsAsATableAndAsJson) {
   EXPECT_EQ((*live)["cny"].dump(),
             R"({"marketValue":160771.59,"dayProfit":1967.15,"totalProfit":-3449.7,)"
             R"("rates":{"USD":7.1034,"HKD":0.9123}})");
-  EXPECT_EQ(contents(data / "holdings.json"), held);
-  EXPECT_EQ(run("--holdings --symbols NVDA").err,
-            "tidemark: --holdings does not take --symbols See --help.\n");
-  EXPECT_THAT(run("--help").out, HasSubstr("--holdings"));
 }
 
 // The alerts as the user's files hold them, in Shanghai's time: nothing is evaluated or written.

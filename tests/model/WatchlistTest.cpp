@@ -221,7 +221,7 @@ List ids(const std::vector<QuoteSnapshot>& quotes) {
 
 // Demonstration and static modes search their own securities; live ones ask the source and fall
 // back to the shipped securities when it fails.
-TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
+TEST(Search, ResultsAndMessagesOfEachSource) {
   using enum SourceMode;
   using Answer = test::FakeMarketDataSource::Answer;
   std::vector<QuoteSnapshot> many;
@@ -266,7 +266,14 @@ TEST(Search, ResultsMessagesAddingAResultAndTheNewestSearch) {
     else
       EXPECT_EQ(h.source.searches.at(asked).first, trimmedSymbol(text));
   }
-  // Demonstration results carry the prices the orb shows.
+}
+
+// Demonstration results carry the prices the orb shows; adding one keeps the newer quote; the
+// newest search wins.
+TEST(Search, AddingAResultAndTheNewestSearch) {
+  using enum SourceMode;
+  ModelHarness h;
+  auto m = h.make();
   m->setSourceMode(mock);
   h.scheduler.advance(1);
   m->searchSource("茅台");
