@@ -148,8 +148,11 @@ WatchlistImportResult AppModel::importWatchlist(const std::filesystem::path& url
   if (error == std::errc::file_too_large)
     throw ModelError::invalidImport("文件超过 16 MB，不是自选列表");
   if (!bytes) throw std::system_error(error, "无法读取 " + url.string());
-  // A file that does not open as JSON is a plain list of codes.
-  const std::string_view head = trimmedSymbol(*bytes);
+  // A file that does not open as JSON is a plain list of codes. An editor's byte-order mark may
+  // stand before either.
+  std::string_view head = *bytes;
+  if (head.starts_with("\xEF\xBB\xBF")) head.remove_prefix(3);
+  head = trimmedSymbol(head);
   if (!head.starts_with('{') && !head.starts_with('[')) return importCodes(*this, *bytes);
   auto document = json::parse(*bytes);
   if (!document) throw std::runtime_error("文件不是有效的 JSON");

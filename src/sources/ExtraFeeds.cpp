@@ -50,7 +50,9 @@ std::optional<double> number(std::string_view field) {
 std::optional<Date> usClockTime(std::string_view text, Date now) {
   static constexpr std::array<std::string_view, 12> months{
       "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  const auto parts = split(text, ' ');
+  // A day may be padded with a second blank ("Nov  5").
+  auto parts = split(text, ' ');
+  std::erase_if(parts, [](std::string_view part) { return part.empty(); });
   if (parts.size() < 3 || parts[2].size() != 7) return std::nullopt;
   int month = 0;
   while (month < 12 && months[static_cast<size_t>(month)] != parts[0]) ++month;

@@ -364,6 +364,8 @@ TEST(Watchlist, PlainAndCsvListsAreImportedWithWhatWasSkipped) {
        {"600519", "00700", "NVDA"},
        2},
       {"sh000001 , 上证\n600519\n600519\nBRK.B\n", {"sh000001", "600519", "BRK.B"}, 0},
+      // JSON after an editor's byte-order mark is still JSON.
+      {"\xEF\xBB\xBF {\"symbols\":[\"00700\",\"NVDA\"]}", {"00700", "NVDA"}, 0},
   };
   ModelHarness h;
   auto m = h.make();
@@ -377,7 +379,7 @@ TEST(Watchlist, PlainAndCsvListsAreImportedWithWhatWasSkipped) {
   std::ofstream(file) << "名称\n贵州茅台\n";
   EXPECT_THAT([&] { m->importWatchlist(file); },
               testing::ThrowsMessage<std::exception>(testing::StrEq("没有可识别的股票代码")));
-  EXPECT_EQ(m->watchlist(), (List{"sh000001", "600519", "BRK.B"}));
+  EXPECT_EQ(m->watchlist(), (List{"00700", "NVDA"}));
 }
 
 }  // namespace

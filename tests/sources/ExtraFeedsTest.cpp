@@ -54,13 +54,15 @@ TEST(ExtraFeeds, ExtendedHoursFromTheUsRows) {
       usRow("nvda", "0.0000,0.00,0.0000,Nov 24 04:00PM EST,Nov 24 04:00PM EST,186.2500,0") +
       usRow("msft", "516.20,-0.35,-1.80,Nov 25 4:27AM EST,Nov 24 04:00PM EST,515.10,800") +
       usRow("tsla", "405.00,1.20,4.80,Nov 25 12:05AM EST,Nov 24 04:00PM EST,400.20,900") +
-      usRow("brk.b", "480.10,-0.10") + usRow("spy", "670.50,0.06,0.38,Nov 24 07:59PM EST");
+      usRow("amd", "150.10,-0.20,-0.30,Nov  5 07:15AM EST") + usRow("brk.b", "480.10,-0.10") +
+      usRow("spy", "670.50,0.06,0.38,Nov 24 07:59PM EST");
   const auto quotes =
-      parseSinaExtended(body, {"SPY", "AAPL", "NVDA", "MSFT", "TSLA", "BRK.B", "QQQ"}, now);
-  EXPECT_EQ(quotes,
-            (std::vector<ExtendedQuote>{{"SPY", 670.50, 0.06, ny(-5, 59)},  // 19:59 the day before
-                                        {"AAPL", 231.03, 0.47, ny(4, 27)},
-                                        {"TSLA", 405.00, 1.20, ny(0, 5)}}));
+      parseSinaExtended(body, {"SPY", "AAPL", "NVDA", "MSFT", "TSLA", "BRK.B", "QQQ", "AMD"}, now);
+  EXPECT_EQ(quotes, (std::vector<ExtendedQuote>{
+                        {"SPY", 670.50, 0.06, ny(-5, 59)},  // 19:59 the day before
+                        {"AAPL", 231.03, 0.47, ny(4, 27)},
+                        {"TSLA", 405.00, 1.20, ny(0, 5)},
+                        {"AMD", 150.10, -0.20, ny(7 - 20 * 24, 15)}}));  // 5 November
   // The year that puts the time latest but no more than a day ahead: New Year's Eve read on
   // New Year's morning is last year's.
   const Date newYear{820'454'400 + 6 * 3600};  // 2027-01-01T06:00:00Z
