@@ -4,7 +4,7 @@
 #include "core/Bundle.h"
 #include "core/Clock.h"
 #include "core/Notifier.h"
-#include "platform/QtHttpClient.h"
+#include "platform/ModuleHttpClient.h"
 #include "platform/QtProcessRunner.h"
 #include "platform/QtScheduler.h"
 #include "sources/LiveMarketData.h"
@@ -20,7 +20,7 @@ std::optional<std::filesystem::path> bridgeScript(const Bundle& bundle);
 struct LiveSources {
   LiveSources(const Bundle& bundle, const Clock& clock);
 
-  QtHttpClient http;
+  ModuleHttpClient http;
   QtProcessRunner processes;  // bridge children only, so the bridge's memory bound holds for all
   StockSDKBridge bridge;
   LiveMarketData data;

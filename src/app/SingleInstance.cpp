@@ -1,13 +1,19 @@
 #include "app/SingleInstance.h"
 
+#include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
 
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLocalSocket>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -32,6 +38,30 @@ QByteArray lineOf(SingleInstance::Request request) {
   for (const auto& [r, line] : requestLines)
     if (r == request) return line;
   return {};
+}
+
+std::optional<SingleInstance::Request> requestOf(const QByteArray& line) {
+  for (const auto& [request, text] : requestLines)
+    if (line == text) return request;
+  return std::nullopt;
+}
+
+// A request line is short: a peer that sends more without a line end is not one of ours.
+constexpr qsizetype longestLine = 256;
+
+// The socket's address; false when the path is too long for one.
+bool addressOf(const QString& path, sockaddr_un& address) {
+  const QByteArray name = QFile::encodeName(path);
+  if (name.isEmpty() || static_cast<size_t>(name.size()) >= sizeof(address.sun_path)) return false;
+  address = {};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, name.constData(), static_cast<size_t>(name.size()));
+  return true;
+}
+
+bool readable(int fd, int milliseconds) {
+  pollfd watched{fd, POLLIN, 0};
+  return ::poll(&watched, 1, milliseconds) == 1;
 }
 
 }  // namespace
@@ -85,14 +115,39 @@ SingleInstance::SingleInstance(QString path, int answerMilliseconds)
   lock_.setStaleLockTime(0);
 }
 
+SingleInstance::~SingleInstance() {
+  // Each notifier goes before its socket is closed.
+  for (auto* notifier : connections_.findChildren<QSocketNotifier*>()) {
+    const auto socket = static_cast<int>(notifier->socket());
+    delete notifier;
+    ::close(socket);
+  }
+  accepting_.reset();
+  if (listening_ < 0) return;
+  ::close(listening_);
+  ::unlink(QFile::encodeName(path_).constData());  // ours: the lock is still held
+}
+
 bool SingleInstance::tell(const QString& path, Request request) {
-  QLocalSocket running;
-  running.connectToServer(path);
-  if (!running.waitForConnected(500)) return false;
-  running.write(lineOf(request));
-  running.waitForBytesWritten(500);
+  sockaddr_un address{};
+  if (!addressOf(path, address)) return false;
+  // Not blocking: a holder that accepts nothing would otherwise hold a start once its queue is
+  // full.
+  const int running = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (running < 0) return false;
   QByteArray answer;
-  while (!answer.endsWith('\n') && running.waitForReadyRead(500)) answer += running.readAll();
+  const QByteArray line = lineOf(request);
+  // A connection to a local socket is made or refused at once, a full queue refusing it too.
+  if (::connect(running, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+      ::send(running, line.constData(), static_cast<size_t>(line.size()), MSG_NOSIGNAL) ==
+          line.size()) {
+    char chunk[64];
+    ssize_t n = 0;
+    while (!answer.endsWith('\n') && answer.size() < longestLine && readable(running, 500) &&
+           (n = ::recv(running, chunk, sizeof chunk, 0)) > 0)
+      answer.append(chunk, n);
+  }
+  ::close(running);
   return answer == acknowledged;
 }
 
@@ -139,27 +194,52 @@ SingleInstance::Claim SingleInstance::claim() {
 }
 
 SingleInstance::Claim SingleInstance::listen() {
-  // The lock is ours: a socket left behind by a holder that died goes.
-  QLocalServer::removeServer(path_);
-  server_.setSocketOptions(QLocalServer::UserAccessOption);
-  if (!server_.listen(path_)) return Claim::first;  // the app still runs, alone
-  QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] {
-    while (QLocalSocket* socket = server_.nextPendingConnection()) {
-      QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-      QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket] {
-        if (!socket->canReadLine()) return;
-        const QByteArray line = socket->readLine();
-        for (const auto& [request, text] : requestLines) {
-          if (line != text) continue;
-          socket->write(acknowledged);
-          socket->flush();
-          if (onRequest) onRequest(request);
-        }
-        socket->disconnectFromServer();
-      });
-    }
-  });
+  // The lock is ours: a socket left behind by a holder that died goes. Without a socket the app
+  // still runs, alone.
+  sockaddr_un address{};
+  const QByteArray name = QFile::encodeName(path_);
+  ::unlink(name.constData());
+  if (!addressOf(path_, address)) return Claim::first;
+  listening_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (listening_ < 0) return Claim::first;
+  // Only the user may connect: the folder is theirs alone, and the socket's mode says so too.
+  if (::bind(listening_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      ::chmod(name.constData(), 0600) != 0 || ::listen(listening_, 8) != 0) {
+    ::close(listening_);
+    listening_ = -1;
+    return Claim::first;
+  }
+  accepting_ = std::make_unique<QSocketNotifier>(listening_, QSocketNotifier::Read);
+  QObject::connect(accepting_.get(), &QSocketNotifier::activated, accepting_.get(),
+                   [this] { acceptWaiting(); });
   return Claim::first;
+}
+
+// Each connection sends one line and is answered "ok" when it is a request, then closed.
+void SingleInstance::acceptWaiting() {
+  int client = -1;
+  while ((client = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0) {
+    auto* notifier = new QSocketNotifier(client, QSocketNotifier::Read, &connections_);
+    auto received = std::make_shared<QByteArray>();
+    QObject::connect(
+        notifier, &QSocketNotifier::activated, notifier, [this, notifier, client, received] {
+          char chunk[64];
+          const ssize_t n = ::recv(client, chunk, sizeof chunk, 0);
+          if (n < 0 && (errno == EAGAIN || errno == EINTR)) return;
+          if (n > 0) received->append(chunk, n);
+          const qsizetype end = received->indexOf('\n');
+          if (n > 0 && end < 0 && received->size() < longestLine) return;
+          const auto request = end < 0 ? std::nullopt : requestOf(received->left(end + 1));
+          if (request)
+            ::send(client, acknowledged.constData(), static_cast<size_t>(acknowledged.size()),
+                   MSG_NOSIGNAL);
+          notifier->setEnabled(false);
+          notifier->setParent(nullptr);
+          notifier->deleteLater();
+          ::close(client);
+          if (request && onRequest) onRequest(*request);
+        });
+  }
 }
 
 }  // namespace tidemark

@@ -3,8 +3,9 @@
 #include <functional>
 #include <memory>
 
-#include <QLocalServer>
 #include <QLockFile>
+#include <QObject>
+#include <QSocketNotifier>
 #include <QString>
 
 namespace tidemark {
@@ -30,6 +31,9 @@ class SingleInstance {
   static QString runtimeFolder(QString* notice = nullptr);
 
   explicit SingleInstance(QString path = defaultPath(), int answerMilliseconds = 5000);
+  ~SingleInstance();
+  SingleInstance(const SingleInstance&) = delete;
+  SingleInstance& operator=(const SingleInstance&) = delete;
 
   Claim claim();
   // What the claim found and did that the user should hear of: a lock left behind and taken
@@ -44,11 +48,16 @@ class SingleInstance {
   static bool tell(const QString& path, Request request);
 
   Claim listen();
+  void acceptWaiting();
 
   QString path_;
   int answerMilliseconds_;
   QLockFile lock_;
-  QLocalServer server_;
+  // A plain Unix socket watched by the event loop: QtNetwork's local server would load the whole
+  // network stack into every session for these few bytes.
+  int listening_ = -1;
+  std::unique_ptr<QSocketNotifier> accepting_;
+  QObject connections_;  // a notifier per connection not yet answered
 };
 
 }  // namespace tidemark

@@ -8,8 +8,8 @@
 
 namespace tidemark {
 
-// GET requests on QNetworkAccessManager; completions arrive through the event loop. The manager
-// is made at the first request: a session on demonstration quotes never loads the network stack.
+// GET requests on QNetworkAccessManager; completions arrive through the event loop. Built into the
+// network module, which the app loads at its first request (ModuleHttpClient).
 class QtHttpClient final : public HttpClient {
  public:
   void get(const HttpRequest& request, std::function<void(HttpResponse)> completion) override;

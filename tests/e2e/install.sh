@@ -23,7 +23,12 @@ check "the installed --self-test passes" bash -c "'$app' --self-test | grep -qx 
 sed -i 's/1468.8/1357.9/' "$work/prefix/share/tidemark/tidemark-quotes.json"
 check "the installed --quotes reads the installed snapshot" \
   bash -c "'$app' --quotes --source static --symbols 600519 | grep -q '1,357.90'"
-for f in share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
+# The network module is loaded from the installed tree: a live source that cannot reach its
+# server says so, not that the module is missing.
+check "the installed program loads its network module" bash -c "
+  '$app' --quotes --source tencent --symbols 600519 > '$work/live' 2>&1
+  grep -q '行情源：腾讯行情' '$work/live' && ! grep -q '网络模块' '$work/live'"
+for f in lib/tidemark/tidemark-network.so share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
   share/applications/org.tidemark.Tidemark.desktop share/metainfo/org.tidemark.Tidemark.metainfo.xml \
   share/icons/hicolor/scalable/apps/org.tidemark.Tidemark.svg share/icons/hicolor/64x64/apps/org.tidemark.Tidemark.png \
   share/tidemark/icons/128.png share/doc/tidemark/copyright; do
@@ -37,7 +42,7 @@ deb=$(ls "$work"/package/tidemark_*_amd64.deb 2>/dev/null)
 check "a package was built" test -s "$deb"
 check "the package holds the program, its resources and metadata" bash -c "
   dpkg-deb -c '$deb' | awk '{print \$NF}' > '$work/files'
-  for f in ./usr/bin/tidemark ./usr/share/tidemark/tidemark-quotes.json \
+  for f in ./usr/bin/tidemark ./usr/lib/tidemark/tidemark-network.so ./usr/share/tidemark/tidemark-quotes.json \
     ./usr/share/tidemark/bridge/node_modules/stock-sdk/package.json \
     ./usr/share/applications/org.tidemark.Tidemark.desktop ./usr/share/doc/tidemark/copyright \
     ./usr/share/metainfo/org.tidemark.Tidemark.metainfo.xml ./usr/share/man/man1/tidemark.1.gz; do
