@@ -28,7 +28,7 @@ check "the installed --quotes reads the installed snapshot" \
 check "the installed program loads its network module" bash -c "
   '$app' --quotes --source tencent --symbols 600519 > '$work/live' 2>&1
   grep -q '行情源：腾讯行情' '$work/live' && ! grep -q '网络模块' '$work/live'"
-for f in lib/tidemark/tidemark-network.so share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
+for f in lib/tidemark/modules/tidemark-network.so share/tidemark/bridge/stock-sdk-bridge.mjs share/tidemark/bridge/node_modules/stock-sdk/package.json \
   share/applications/org.tidemark.Tidemark.desktop share/metainfo/org.tidemark.Tidemark.metainfo.xml \
   share/icons/hicolor/scalable/apps/org.tidemark.Tidemark.svg share/icons/hicolor/64x64/apps/org.tidemark.Tidemark.png \
   share/tidemark/icons/128.png share/doc/tidemark/copyright; do
@@ -42,7 +42,7 @@ deb=$(ls "$work"/package/tidemark_*_amd64.deb 2>/dev/null)
 check "a package was built" test -s "$deb"
 check "the package holds the program, its resources and metadata" bash -c "
   dpkg-deb -c '$deb' | awk '{print \$NF}' > '$work/files'
-  for f in ./usr/bin/tidemark ./usr/lib/tidemark/tidemark-network.so ./usr/share/tidemark/tidemark-quotes.json \
+  for f in ./usr/bin/tidemark ./usr/lib/tidemark/modules/tidemark-network.so ./usr/share/tidemark/tidemark-quotes.json \
     ./usr/share/tidemark/bridge/node_modules/stock-sdk/package.json \
     ./usr/share/applications/org.tidemark.Tidemark.desktop ./usr/share/doc/tidemark/copyright \
     ./usr/share/metainfo/org.tidemark.Tidemark.metainfo.xml ./usr/share/man/man1/tidemark.1.gz; do
