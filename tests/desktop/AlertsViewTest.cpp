@@ -26,21 +26,35 @@ W& named(QWidget& root, const QString& name) {
   throw std::runtime_error("no control " + name.toStdString());
 }
 
-TEST(AlertsSection, AddRefuseSwitchDeletePauseAndMask) {
+// The section open in the settings window, its form on 600519.
+struct AlertsSection : ::testing::Test {
   test::Desktop d;
-  d.delegate->openSettings(SettingsSection::alerts);
-  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
-  ASSERT_TRUE(settings);
-  AlertsView& view = settings->alerts();
-  const auto settle = [] { QTest::qWait(1); };
-  EXPECT_TRUE(view.shownTexts().contains(u"还没有提醒 · 为自选设置价格和涨跌幅提醒"_s));
-  ASSERT_EQ(view.symbol().currentData().toString(), u"600519"_s);
+  AlertsView* view = nullptr;
 
-  const auto enter = [&](int kind, const QString& value) {
-    view.kind().setCurrentIndex(kind);
-    view.value().setText(value);
-    settle();
-  };
+  void SetUp() override {
+    d.delegate->openSettings(SettingsSection::alerts);
+    auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
+    ASSERT_TRUE(settings);
+    view = &settings->alerts();
+    ASSERT_EQ(view->symbol().currentData().toString(), u"600519"_s);
+  }
+  void enter(int kind, const QString& value) {
+    view->kind().setCurrentIndex(kind);
+    view->value().setText(value);
+    QTest::qWait(1);
+  }
+  void add(int kind, const QString& value, int repeat = 0) {
+    enter(kind, value);
+    view->repeat().setCurrentIndex(repeat);
+    view->submit();
+    QTest::qWait(1);
+  }
+  std::string shown() { return view->shownTexts().join(u'|').toStdString(); }
+};
+
+// The hint follows the form: 1,468.80 has passed 1,000 but not 2,000.
+TEST_F(AlertsSection, RefusesInWordsAndHintsAtAnAlertThatFiresAtOnce) {
+  EXPECT_TRUE(view->shownTexts().contains(u"还没有提醒 · 为自选设置价格和涨跌幅提醒"_s));
   const std::tuple<int, QString, QString> refused[] = {
       {0, u"abc"_s, u"请输入大于 0 的价格"_s},
       {1, u"0"_s, u"请输入大于 0 的价格"_s},
@@ -48,61 +62,59 @@ TEST(AlertsSection, AddRefuseSwitchDeletePauseAndMask) {
   };
   for (const auto& [kind, value, message] : refused) {
     enter(kind, value);
-    view.submit();
-    EXPECT_EQ(view.message(), message) << value.toStdString();
+    view->submit();
+    EXPECT_EQ(view->message(), message) << value.toStdString();
   }
-  // The hint follows the form: 1,468.80 has passed 1,000 but not 2,000.
   enter(0, u"1000"_s);
-  EXPECT_EQ(view.hint(), u"当前价已满足条件，保存后会立即提醒"_s);
+  EXPECT_EQ(view->hint(), u"当前价已满足条件，保存后会立即提醒"_s);
   enter(0, u"2,000"_s);
-  EXPECT_EQ(view.hint(), QString());
-  view.submit();
-  settle();
-  EXPECT_EQ(view.message(), QString());
-  enter(0, u"2000"_s);
-  view.submit();
-  EXPECT_EQ(view.message(), u"已有相同的提醒"_s);
-  enter(1, u"1500"_s);
-  view.repeat().setCurrentIndex(1);
-  view.submit();
-  settle();
+  EXPECT_EQ(view->hint(), QString());
+  view->submit();
+  EXPECT_EQ(view->message(), QString());
+  add(0, u"2000"_s);
+  EXPECT_EQ(view->message(), u"已有相同的提醒"_s);
+}
+
+// Under their symbol's heading, each rule with its repeat and state; one fired at once shows its
+// time.
+TEST_F(AlertsSection, RowsAreGroupedWithTheirStates) {
+  add(0, u"2,000"_s);
+  add(1, u"1500"_s, 1);
   ASSERT_EQ(d.model->alertBook().rules().size(), 2u);
   EXPECT_EQ(d.model->alertBook().rules()[1].repeat, AlertRepeat::daily);
-  QStringList shown = view.shownTexts();
-  const QStringList rows[] = {
-      {u"600519  贵州茅台"_s},
-      {u"价格涨到 2,000.00"_s, u"仅一次"_s, u"待触发"_s},
-      {u"价格跌到 1,500.00"_s, u"每日一次"_s}};  // fired at once: its time follows
+  const QStringList shown = view->shownTexts();
   qsizetype at = 0;
-  for (const QStringList& row : rows)
-    for (const QString& text : row) {
-      const qsizetype found = shown.indexOf(text, at);
-      EXPECT_GE(found, at) << text.toStdString() << " in " << shown.join(u'|').toStdString();
-      at = std::max(at, found);
-    }
-  EXPECT_TRUE(shown.filter(u"今日已触发 "_s).size() == 1) << shown.join(u'|').toStdString();
+  for (const char* text : {"600519  贵州茅台", "价格涨到 2,000.00", "仅一次", "待触发",
+                           "价格跌到 1,500.00", "每日一次"}) {
+    const qsizetype found = shown.indexOf(QString::fromUtf8(text), at);
+    EXPECT_GE(found, at) << text << " in " << this->shown();
+    at = std::max(at, found);
+  }
+  EXPECT_EQ(shown.filter(u"今日已触发 "_s).size(), 1) << this->shown();
+}
 
-  named<QCheckBox>(view, u"启用 价格涨到 2,000.00"_s).click();
-  settle();
+TEST_F(AlertsSection, SwitchDeletePauseAndMask) {
+  add(0, u"2,000"_s);
+  add(1, u"1500"_s);
+  named<QCheckBox>(*view, u"启用 价格涨到 2,000.00"_s).click();
+  QTest::qWait(1);
   EXPECT_FALSE(d.model->alertBook().rules()[0].enabled);
-  EXPECT_TRUE(view.shownTexts().contains(u"已关闭"_s));
-  named<QPushButton>(view, u"删除 价格涨到 2,000.00"_s).click();
-  settle();
+  EXPECT_TRUE(view->shownTexts().contains(u"已关闭"_s));
+  named<QPushButton>(*view, u"删除 价格涨到 2,000.00"_s).click();
+  QTest::qWait(1);
   ASSERT_EQ(d.model->alertBook().rules().size(), 1u);
-  named<QCheckBox>(view, u"暂停全部提醒"_s).click();
-  settle();
+  named<QCheckBox>(*view, u"暂停全部提醒"_s).click();
+  QTest::qWait(1);
   EXPECT_TRUE(d.model->alertBook().paused());
-
   d.model->setMasked(true);
-  settle();
-  shown = view.shownTexts();
-  EXPECT_TRUE(shown.contains(u"价格跌到 ••••"_s)) << shown.join(u'|').toStdString();
-  EXPECT_FALSE(shown.join(u'|').contains(u"1,500"_s));
+  QTest::qWait(1);
+  EXPECT_TRUE(view->shownTexts().contains(u"价格跌到 ••••"_s)) << shown();
+  EXPECT_EQ(shown().find("1,500"), std::string::npos);
 }
 
 // The editor shows the chosen symbol's other rules and leads to the section; the detail counts
 // the active symbol's rules that are on.
-TEST(AlertsSection, TheEditorListsTheOtherRulesAndTheDetailCountsThem) {
+TEST(AlertsAcrossWindows, TheEditorListsTheOtherRulesAndTheDetailCountsThem) {
   test::Desktop d;
   for (const auto& [symbol, kind, threshold] :
        {std::tuple{"600519", AlertKind::changeDown, 5.0}, {"00700", AlertKind::changeUp, 3.0}})

@@ -22,197 +22,206 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+const QString noHoldings = u"还没有持仓 · 在这里录入持有数量和成本价"_s;
+
 QPushButton* button(QWidget& root, const QString& text) {
   for (auto* b : root.findChildren<QPushButton*>())
     if (b->text() == text && b->isVisibleTo(&root)) return b;
   return nullptr;
 }
 
-TEST(HoldingsSection, AddRefuseEditDeleteAndMask) {
-  test::Desktop d;
-  d.delegate->openSettings(SettingsSection::holdings);
-  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
-  ASSERT_TRUE(settings);
-  EXPECT_EQ(settings->currentSection(), SettingsSection::holdings);
-  HoldingsView& view = settings->holdings();
-  const auto settle = [] { QTest::qWait(1); };
-  EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
+void settle() {
+  QTest::qWait(1);
+}
 
-  const auto enter = [&](const QString& shares, const QString& cost) {
-    view.shares().setText(shares);
-    view.cost().setText(cost);
-    button(view, view.shownTexts().contains(u"保存持仓"_s) ? u"保存持仓"_s : u"添加持仓"_s)
-        ->click();
+// The section open in the settings window; the form's button pressed as a user would.
+struct HoldingsSection : ::testing::Test {
+  test::Desktop d;
+  HoldingsView* view = nullptr;
+
+  void SetUp() override {
+    d.delegate->openSettings(SettingsSection::holdings);
+    auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
+    ASSERT_TRUE(settings);
+    ASSERT_EQ(settings->currentSection(), SettingsSection::holdings);
+    view = &settings->holdings();
+  }
+  void pick(const char* symbol) {
+    view->symbol().setCurrentIndex(view->symbol().findData(QString::fromUtf8(symbol)));
+  }
+  // The button reads 添加持仓, or 保存持仓 while a holding is edited.
+  void enter(const QString& shares, const QString& cost) {
+    view->shares().setText(shares);
+    view->cost().setText(cost);
+    QPushButton* submit = button(*view, u"保存持仓"_s);
+    (submit ? submit : button(*view, u"添加持仓"_s))->click();
     settle();
-  };
+  }
+  void clickRow(int row, bool twice = false) {
+    QListView& list = view->list();
+    const QPoint at = list.visualRect(list.model()->index(row, 0)).center();
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, at);
+    if (twice) QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, at);
+  }
+  std::pair<QString, QString> form() { return {view->shares().text(), view->cost().text()}; }
+  Holding held(const char* symbol) { return *d.model->holding(symbol); }
+};
+
+// Text that is no number reaches the model as a refused value; the model's own bounds are
+// tested with the model.
+TEST_F(HoldingsSection, RefusesInWordsAndKeepsNothing) {
+  EXPECT_TRUE(view->shownTexts().contains(noHoldings));
   const std::tuple<QString, QString, QString> refused[] = {
       {u"abc"_s, u"1500"_s, u"持有数量须大于 0"_s},
-      {u"0"_s, u"1500"_s, u"持有数量须大于 0"_s},
-      {u"100"_s, u"-1"_s, u"成本价须为不小于 0 的数字"_s},
       {u"100"_s, u""_s, u"成本价须为不小于 0 的数字"_s},
   };
   for (const auto& [shares, cost, message] : refused) {
     enter(shares, cost);
-    EXPECT_EQ(view.message(), message) << shares.toStdString() << " " << cost.toStdString();
+    EXPECT_EQ(view->message(), message) << shares.toStdString() << " " << cost.toStdString();
   }
   EXPECT_TRUE(d.model->holdings().empty());
+}
 
-  ASSERT_EQ(view.symbol().currentData().toString(), u"600519"_s);
+// The summary's profits take the rise and fall colours, swapped for green rises.
+TEST_F(HoldingsSection, AnAddShowsItsFiguresInTheRiseColours) {
+  ASSERT_EQ(view->symbol().currentData().toString(), u"600519"_s);
   enter(u"1,00"_s, u"1500.5"_s);  // typed with a separator
   EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 100, 1500.5}}));
-  EXPECT_EQ(view.message(), QString());
-  QStringList texts = view.shownTexts();
+  EXPECT_EQ(view->message(), QString());
+  const QStringList texts = view->shownTexts();
   for (const char* shown : {"CNY", "600519  贵州茅台", "100", "1,500.50", "1,468.80", "146,880.00",
                             "+1,680.00 (+1.16%)", "-3,170.00 (-2.11%)"})
     EXPECT_TRUE(texts.contains(QString::fromUtf8(shown))) << shown;
-  EXPECT_FALSE(texts.contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
-  // The summary's profits take the rise and fall colours, swapped for green rises.
+  EXPECT_FALSE(texts.contains(noHoldings));
   const auto inks = [&] {
     QStringList out;
     for (const char* text : {"+1,680.00 (+1.16%)", "-3,170.00 (-2.11%)"})
-      for (const QLabel* label : view.findChildren<QLabel*>())
+      for (const QLabel* label : view->findChildren<QLabel*>())
         if (label->text() == QString::fromUtf8(text)) out << label->styleSheet();
     return out;
   };
   EXPECT_EQ(inks(), (QStringList{u"color: #ff453a"_s, u"color: #32d74b"_s}));
   d.model->setQuoteStyle({RiseColors::greenRises, PricePrecision::two});
-  QTest::qWait(1);
+  settle();
   EXPECT_EQ(inks(), (QStringList{u"color: #32d74b"_s, u"color: #ff453a"_s}));
-  d.model->setQuoteStyle({});
+}
 
-  // Edit and delete act on the row clicked; none is chosen at first.
-  const auto clickRow = [&](int row, bool twice = false) {
-    QListView& list = view.list();
-    const QPoint at = list.visualRect(list.model()->index(row, 0)).center();
-    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, at);
-    if (twice) QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, at);
-  };
-  EXPECT_FALSE(button(view, u"编辑"_s)->isEnabled());
-  EXPECT_FALSE(button(view, u"删除"_s)->isEnabled());
+// 编辑, a double click and 删除 act on the row clicked, not the first; none is chosen at first,
+// nor once the holdings change.
+TEST_F(HoldingsSection, EditAndDeleteActOnTheChosenRow) {
+  ASSERT_EQ(d.model->setHolding("600519", 100, 1500.5), std::nullopt);
+  ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);
+  settle();
+  EXPECT_FALSE(button(*view, u"编辑"_s)->isEnabled());
+  EXPECT_FALSE(button(*view, u"删除"_s)->isEnabled());
+  for (const bool twice : {false, true}) {
+    view->shares().clear();
+    clickRow(1, twice);
+    if (!twice) button(*view, u"编辑"_s)->click();
+    EXPECT_EQ(view->shares().text(), u"2"_s) << twice;
+  }
   clickRow(0);
-  button(view, u"编辑"_s)->click();
-  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"100"_s, u"1500.5"_s));
+  button(*view, u"编辑"_s)->click();
+  EXPECT_EQ(form(), std::pair(u"100"_s, u"1500.5"_s));
   enter(u"200"_s, u"1500.5"_s);
+  EXPECT_EQ(held("600519"), (Holding{"600519", 200, 1500.5}));
+  EXPECT_TRUE(view->shownTexts().contains(u"+3,360.00 (+1.16%)"_s));
+  clickRow(1);
+  button(*view, u"删除"_s)->click();
+  settle();
   EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 200, 1500.5}}));
-  EXPECT_TRUE(view.shownTexts().contains(u"+3,360.00 (+1.16%)"_s));
+  clickRow(0);
+  button(*view, u"删除"_s)->click();
+  settle();
+  EXPECT_TRUE(d.model->holdings().empty());
+  EXPECT_FALSE(button(*view, u"删除"_s)->isEnabled());
+  EXPECT_FALSE(button(*view, u"编辑"_s)->isEnabled());
+  EXPECT_TRUE(view->shownTexts().contains(noHoldings));
+}
 
-  // Masked, every figure of the section is bullets.
+TEST_F(HoldingsSection, MaskedEveryFigureIsBullets) {
+  ASSERT_EQ(d.model->setHolding("600519", 100, 1500.5), std::nullopt);
   d.model->setMasked(true);
   settle();
-  texts = view.shownTexts();
+  const QStringList texts = view->shownTexts();
   const QRegularExpression figure(u"[0-9][,.][0-9]|%"_s);
   for (const QString& text : texts) EXPECT_FALSE(text.contains(figure)) << text.toStdString();
   EXPECT_GE(texts.count(u"••••"_s), 9);
-  d.model->setMasked(false);
-  settle();
+}
 
-  // 编辑 and a double click edit the chosen row, not the first; delete removes the chosen row
-  // only, and with none left nothing is chosen.
-  ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);
-  settle();
-  for (const bool twice : {false, true}) {
-    view.shares().clear();
-    clickRow(1, twice);
-    if (!twice) button(view, u"编辑"_s)->click();
-    EXPECT_EQ(view.shares().text(), u"2"_s) << twice;
-  }
-  clickRow(1);
-  button(view, u"删除"_s)->click();
-  settle();
-  EXPECT_EQ(d.model->holdings(), (std::vector<Holding>{{"600519", 200, 1500.5}}));
-  clickRow(0);
-  button(view, u"删除"_s)->click();
-  settle();
-  EXPECT_TRUE(d.model->holdings().empty());
-  EXPECT_FALSE(button(view, u"删除"_s)->isEnabled());
-  EXPECT_FALSE(button(view, u"编辑"_s)->isEnabled());
-
-  // The tray's day profit, on and off by its switch.
+TEST_F(HoldingsSection, TheTraySwitchTurnsTheDayProfitOnAndOff) {
   for (const bool on : {true, false}) {
-    for (auto* box : view.findChildren<QAbstractButton*>())
+    for (auto* box : view->findChildren<QAbstractButton*>())
       if (box->text() == u"托盘显示今日盈亏"_s) box->click();
     EXPECT_EQ(d.model->showsDayProfitInTray(), on);
   }
-  EXPECT_TRUE(view.shownTexts().contains(u"还没有持仓 · 在这里录入持有数量和成本价"_s));
 }
 
-// The form never rewrites what the user did not touch, asks before an add overwrites a holding,
-// moves on to a security not held yet, and shows and saves nothing while masked.
-TEST(HoldingsSection, TheFormKeepsDigitsAsksBeforeReplacingAndHidesWhenMasked) {
-  test::Desktop d;
-  d.delegate->openSettings(SettingsSection::holdings);
-  auto* settings = d.inWindow<SettingsView>(AuxWindow::settings);
-  ASSERT_TRUE(settings);
-  HoldingsView& view = settings->holdings();
-  const auto pick = [&](const char* symbol) {
-    view.symbol().setCurrentIndex(view.symbol().findData(QString::fromUtf8(symbol)));
-  };
-  const auto enter = [&](const QString& shares, const QString& cost) {
-    view.shares().setText(shares);
-    view.cost().setText(cost);
-    view.submit();
-    QTest::qWait(1);
-  };
-
-  // Four decimals and a fraction of a unit back in the form as stored, and stored again as they
-  // were when saved untouched; a fifth decimal typed is kept though the form shows four.
+// Four decimals and a fraction of a unit come back in the form as stored, and are stored again
+// as they were when saved untouched; a fifth decimal typed is kept though the form shows four.
+// After an add the form moves on to a security not held yet.
+TEST_F(HoldingsSection, TheFormKeepsTheDigitsItWasNotToldToChange) {
   pick("000858");
   enter(u"1234.56"_s, u"5.1234"_s);
-  EXPECT_NE(view.symbol().currentData().toString(), u"000858"_s);  // moved on
-  view.edit("000858");
-  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()),
-            std::pair(u"1234.56"_s, u"5.1234"_s));
-  view.submit();
-  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 1234.56, 5.1234}));
-  view.edit("000858");
+  EXPECT_NE(view->symbol().currentData().toString(), u"000858"_s);
+  view->edit("000858");
+  EXPECT_EQ(form(), std::pair(u"1234.56"_s, u"5.1234"_s));
+  view->submit();
+  EXPECT_EQ(held("000858"), (Holding{"000858", 1234.56, 5.1234}));
+  view->edit("000858");
   enter(u"1234.56"_s, u"5.12345"_s);
-  EXPECT_EQ(d.model->holding("000858")->cost, 5.12345);
-  view.edit("000858");
-  EXPECT_EQ(view.cost().text(), u"5.1235"_s);
-  enter(u"10"_s, view.cost().text());  // the cost untouched keeps its fifth decimal
-  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}));
+  EXPECT_EQ(held("000858").cost, 5.12345);
+  view->edit("000858");
+  EXPECT_EQ(view->cost().text(), u"5.1235"_s);
+  enter(u"10"_s, view->cost().text());  // the cost untouched keeps its fifth decimal
+  EXPECT_EQ(held("000858"), (Holding{"000858", 10, 5.12345}));
+}
 
-  // Adding a held security asks; each answer does what it says.
+// Adding a held security asks; each answer does what it says, and a merge is bounded like a
+// typed holding.
+TEST_F(HoldingsSection, AddingAHeldSecurityAsksFirst) {
+  const Holding before{"000858", 10, 5.12345};
   const struct {
     HoldingsView::Conflict answer;
     Holding after;
   } answers[] = {
-      {HoldingsView::Conflict::cancel, {"000858", 10, 5.12345}},
+      {HoldingsView::Conflict::cancel, before},
       {HoldingsView::Conflict::merge, {"000858", 40, (10 * 5.12345 + 30 * 6) / 40}},
       {HoldingsView::Conflict::replace, {"000858", 30, 6}},
   };
   for (const auto& [answer, after] : answers) {
+    ASSERT_EQ(d.model->setHolding("000858", 10, 5.12345), std::nullopt);
     pick("000858");
     enter(u"30"_s, u"6"_s);
-    ASSERT_TRUE(view.question().isVisibleTo(&view));
-    EXPECT_TRUE(view.shownTexts().contains(u"已持有 000858 ·"_s));
-    EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}))
-        << "asked, not yet saved";
-    view.resolve(answer);
-    EXPECT_EQ(*d.model->holding("000858"), after);
-    EXPECT_FALSE(view.question().isVisibleTo(&view));
-    ASSERT_EQ(d.model->setHolding("000858", 10, 5.12345), std::nullopt);
+    ASSERT_TRUE(view->question().isVisibleTo(view));
+    EXPECT_TRUE(view->shownTexts().contains(u"已持有 000858 ·"_s));
+    EXPECT_EQ(held("000858"), before) << "asked, not yet saved";
+    view->resolve(answer);
+    EXPECT_EQ(held("000858"), after);
+    EXPECT_FALSE(view->question().isVisibleTo(view));
   }
-  // The merge is bounded like a typed holding.
   pick("000858");
   enter(u"999999999999.5"_s, u"1"_s);
-  view.resolve(HoldingsView::Conflict::merge);
-  EXPECT_EQ(view.message(), u"持有数量不能超过 1 万亿"_s);
-
-  // Masked: the form opens in bullets and saves nothing, the question included.
-  d.model->setMasked(true);
-  QTest::qWait(1);
-  view.edit("000858");
-  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"••••"_s, u"••••"_s));
-  enter(u"1"_s, u"1"_s);
-  EXPECT_EQ(view.message(), u"遮蔽时不能编辑持仓"_s);
-  EXPECT_EQ(*d.model->holding("000858"), (Holding{"000858", 10, 5.12345}));
-  d.model->setMasked(false);
-  QTest::qWait(1);
-  EXPECT_EQ(std::pair(view.shares().text(), view.cost().text()), std::pair(u"10"_s, u"5.1235"_s));
+  view->resolve(HoldingsView::Conflict::merge);
+  EXPECT_EQ(view->message(), u"持有数量不能超过 1 万亿"_s);
 }
 
-TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
+// Masked, the form opens in bullets and saves nothing; unmasked its figures come back.
+TEST_F(HoldingsSection, MaskedTheFormShowsAndSavesNothing) {
+  ASSERT_EQ(d.model->setHolding("000858", 10, 5.12345), std::nullopt);
+  d.model->setMasked(true);
+  settle();
+  view->edit("000858");
+  EXPECT_EQ(form(), std::pair(u"••••"_s, u"••••"_s));
+  enter(u"1"_s, u"1"_s);
+  EXPECT_EQ(view->message(), u"遮蔽时不能编辑持仓"_s);
+  EXPECT_EQ(held("000858"), (Holding{"000858", 10, 5.12345}));
+  d.model->setMasked(false);
+  settle();
+  EXPECT_EQ(form(), std::pair(u"10"_s, u"5.1235"_s));
+}
+
+TEST(HoldingsFigures, DetailTooltipAndTrayLabel) {
   test::Desktop d;  // the densest tray title: code, price and percentage
   ASSERT_EQ(d.model->setHolding("600519", 100, 1500.5), std::nullopt);
   ASSERT_EQ(d.model->setHolding("00700", 2, 0), std::nullopt);  // HKD: 485.20 after 478.60
@@ -241,16 +250,13 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
   d.delegate->openSettings(SettingsSection::detail);
   auto* detail = d.inWindow<DetailView>(AuxWindow::settings);
   ASSERT_TRUE(detail);
-  QTest::qWait(1);
+  settle();
   EXPECT_EQ(detail->figureTexts().mid(8),
             (QStringList{"100", "1,500.50", "+1,680.00\n+1.16%", "-3,170.00\n-2.11%"}));
-  // A typed cost keeps its digits in either precision.
+  // A typed cost keeps its digits past the price's two decimals.
   ASSERT_EQ(d.model->setHolding("600519", 100, 1500.1234), std::nullopt);
-  for (PricePrecision precision : {PricePrecision::two, PricePrecision::automatic}) {
-    d.model->setQuoteStyle({RiseColors::redRises, precision});
-    QTest::qWait(1);
-    EXPECT_EQ(detail->figureTexts().at(9), u"1,500.1234"_s);
-  }
+  settle();
+  EXPECT_EQ(detail->figureTexts().at(9), u"1,500.1234"_s);
   d.model->select("NVDA");  // not held: the holding's figures go
   QTest::qWait(1);
   EXPECT_EQ(detail->figureTexts().size(), 8);
@@ -275,7 +281,7 @@ TEST(HoldingsSection, DetailTooltipAndTrayLabel) {
 
 // New York's pre-market: the extended trade beside the regular price in the detail, the tooltip
 // and the watchlist row, coloured by its change; the holdings in yuan at the fetched rate.
-TEST(HoldingsSection, ExtendedHoursAndTheYuanCard) {
+TEST(HoldingsFigures, ExtendedHoursAndTheYuanCard) {
   test::Desktop d;
   // 2026-11-25 04:40 in New York (09:40 UTC), a Wednesday's pre-market.
   const Date preMarket{817'257'600 + 9 * 3600 + 40 * 60};

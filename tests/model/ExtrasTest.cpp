@@ -12,10 +12,8 @@ namespace {
 using test::ModelHarness;
 using List = std::vector<std::string>;
 
-// Instants as seconds since 2001-01-01T00:00:00Z. 2026-11-25 is a Wednesday; New York keeps
-// standard time (UTC-5).
 constexpr double day = 86400;
-// New York's clock on 2026-11-25 (day 0) and the days around it.
+// New York's clock (UTC-5) on Wednesday 2026-11-25 (day 0) and the days around it.
 Date ny(int hour, int minute, int dayOffset = 0) {
   return Date{817'257'600 + dayOffset * day + (hour + 5) * 3600 + minute * 60};
 }

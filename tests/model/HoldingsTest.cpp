@@ -14,12 +14,7 @@ namespace {
 using test::ModelHarness;
 
 QuoteSnapshot quoted(const char* id, const char* market, double price, double prevClose) {
-  QuoteSnapshot q;
-  q.id = id;
-  q.market = market;
-  q.price = price;
-  q.prevClose = prevClose;
-  return q;
+  return {id, market, "", price, prevClose};
 }
 
 // 600519 at 1,468.80 after 1,452.00; a fund in fractional units; a cost of 0; HKD and USD.
@@ -46,27 +41,31 @@ TEST(Holdings, FiguresOfEachHolding) {
   };
   for (const auto& r : rows) {
     const HoldingFigures f = holdingFigures(r.holding, r.quote);
-    EXPECT_NEAR(f.marketValue, r.figures.marketValue, 1e-9) << r.holding.symbolID;
-    EXPECT_NEAR(f.dayProfit, r.figures.dayProfit, 1e-9) << r.holding.symbolID;
-    EXPECT_NEAR(f.dayProfitPct, r.figures.dayProfitPct, 1e-9) << r.holding.symbolID;
-    EXPECT_NEAR(f.totalProfit, r.figures.totalProfit, 1e-9) << r.holding.symbolID;
-    EXPECT_EQ(f.totalProfitPct.has_value(), r.figures.totalProfitPct.has_value());
-    EXPECT_NEAR(f.totalProfitPct.value_or(0), r.figures.totalProfitPct.value_or(0), 1e-9);
+    const HoldingFigures& e = r.figures;
+    for (const auto& [got, want] :
+         {std::pair{f.marketValue, e.marketValue},
+          {f.dayProfit, e.dayProfit},
+          {f.dayProfitPct, e.dayProfitPct},
+          {f.totalProfit, e.totalProfit},
+          {f.totalProfitPct.value_or(-1e9), e.totalProfitPct.value_or(-1e9)}})
+      EXPECT_NEAR(got, want, 1e-9) << r.holding.symbolID;
   }
   // Texts: the amounts signed, zero without a sign, rounded half away from zero as written
   // (10.5 × 186.25 = 1,955.625; 1.005 and 2.675 lie just below their halves in binary).
-  const std::pair<double, const char*> amounts[] = {{1680, "+1,680.00"},
-                                                    {-270, "-270.00"},
-                                                    {0, "0.00"},
-                                                    {-0.004, "0.00"},
-                                                    {0.006, "+0.01"},
-                                                    {10.5 * 186.25, "+1,955.63"},
-                                                    {-10.5 * 186.25, "-1,955.63"},
-                                                    {1.005, "+1.01"},
-                                                    {2.675, "+2.68"},
-                                                    {-0.005, "-0.01"},
-                                                    {1234.5, "+1,234.50"},
-                                                    {1e13 + 0.5, "+10,000,000,000,000.50"}};
+  const std::pair<double, const char*> amounts[] = {
+      {1680, "+1,680.00"},
+      {-270, "-270.00"},
+      {0, "0.00"},
+      {-0.004, "0.00"},
+      {0.006, "+0.01"},
+      {10.5 * 186.25, "+1,955.63"},
+      {-10.5 * 186.25, "-1,955.63"},
+      {1.005, "+1.01"},
+      {2.675, "+2.68"},
+      {-0.005, "-0.01"},
+      {1234.5, "+1,234.50"},
+      {1e13 + 0.5, "+10,000,000,000,000.50"},
+  };
   for (const auto& [value, text] : amounts) EXPECT_EQ(signedAmountText(value), text) << value;
   EXPECT_EQ(centRounded(10.5 * 186.25), 1955.63);
   EXPECT_EQ(amountText(1955.625), "1,955.63");
@@ -110,7 +109,6 @@ TEST(Holdings, TotalsPerCurrencyInTheirOrder) {
             (std::vector<HoldingsTotal>{{"CNY", 0, 0, std::nullopt, 0, std::nullopt, 1}}));
 }
 
-// 2026-11-20T02:00:00Z in seconds since 2001-01-01T00:00:00Z.
 #define START "816832800.0"
 
 TEST(Holdings, TheModelRefusesKeepsAndStoresThem) {
@@ -164,27 +162,21 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
       R"({"version":1,"savedAt":816832801.0,"holdings":[{"symbolID":"NVDA","shares":3,"cost":1}]})";
   const std::string storeSame = R"({"version":1,"savedAt":)" START
                                 R"(,"holdings":[{"symbolID":"NVDA","shares":3,"cost":1}]})";
+  const std::string fileSame = R"({"version":1,"savedAt":)" START
+                               R"(,"holdings":[{"symbolID":"600519","shares":100,"cost":1500.5}]})";
+  const Holding nvda{"NVDA", 3, 1};
   const struct {
     const char* what;
     std::optional<std::string> file, store;
     std::vector<Holding> read;
-    std::vector<std::string> setAside;  // records, in order
+    std::string setAside;  // the records' names, in order
   } cases[] = {
-      {"a newer store", fileRecord, storeNewer, {{"NVDA", 3, 1}}, {"holdings.json"}},
-      {"a tie: the file, its bad entry dropped",
-       fileRecord,
-       storeSame,
-       {{"600519", 100, 1500.5}},
-       {"holdings.json"}},
-      {"an unreadable file", "{broken", storeSame, {{"NVDA", 3, 1}}, {"holdings.json"}},
-      {"a tie: the store's bad entry is written over",
-       R"({"version":1,"savedAt":)" START
-       R"(,"holdings":[{"symbolID":"600519","shares":100,"cost":1500.5}]})",
-       fileRecord,
-       {{"600519", 100, 1500.5}},
-       {}},
-      {"an unreadable store", std::nullopt, "[]", {}, {storeKeys::holdings}},
-      {"nothing stored", std::nullopt, std::nullopt, {}, {}},
+      {"a newer store", fileRecord, storeNewer, {nvda}, "holdings.json "},
+      {"a tie: the file, bad entry dropped", fileRecord, storeSame, {moutaiHeld}, "holdings.json "},
+      {"an unreadable file", "{broken", storeSame, {nvda}, "holdings.json "},
+      {"a tie: the store's bad entry is written over", fileSame, fileRecord, {moutaiHeld}, ""},
+      {"an unreadable store", std::nullopt, "[]", {}, storeKeys::holdings + std::string(" ")},
+      {"nothing stored", std::nullopt, std::nullopt, {}, ""},
   };
   for (const auto& k : cases) {
     ModelHarness h;
@@ -192,9 +184,9 @@ TEST(Holdings, TheNewerRecordIsReadAndABadOneSetAside) {
     if (k.store) h.store.setData(storeKeys::holdings, *k.store);
     auto m = h.make();
     EXPECT_EQ(m->holdings(), k.read) << k.what;
-    std::vector<std::string> aside;
+    std::string aside;
     for (const auto& r : m->setAsideRecords())
-      aside.push_back(std::filesystem::path(r.record).filename().string());
+      aside += std::filesystem::path(r.record).filename().string() + " ";
     EXPECT_EQ(aside, k.setAside) << k.what;
     // What is stored afterwards holds no entry that could not be read.
     EXPECT_EQ(h.store.data(storeKeys::holdings).value_or("").find("-1"), std::string::npos)

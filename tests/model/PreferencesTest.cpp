@@ -46,10 +46,8 @@ TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
   m->refresh();
   h.scheduler.advance(3);
   EXPECT_EQ(prompt(), std::vector<std::string>{storeKeys::preferences});
-  // Read back whole: the lazily kept fields are in the record the store holds.
   EXPECT_EQ(h.make()->activeID(), m->activeID());
-  // A start that finds every list and choice stored writes nothing at once, the files neither;
-  // one that finds a list missing from a file writes it.
+  // A start that finds everything stored writes nothing; one missing a file writes it.
   ASSERT_EQ(m->setHolding("600519", 100, 1500.5), std::nullopt);
   m.reset();
   h.clock.advance(60);
@@ -67,31 +65,32 @@ TEST(Preferences, RefreshesAndRotationWriteLazilyTheUsersChoicesAtOnce) {
 }
 
 TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
-  // Each patch edits the stored record (null removes a key; one not JSON is the record); the theme
-  // shows whether it was applied (aurora) or ignored (dark). An ignored record replaces the one
-  // set aside before, ahead of the readable defaults. Nothing is saved while restoring.
+  // Each patch edits the stored record (null removes a key; one not JSON is the record). An
+  // ignored record replaces the one set aside before. Nothing is saved while restoring.
   using enum AppTheme;
   using enum MenuDensity;
-  const std::tuple<const char*, AppTheme, double, double, MenuDensity, const char*> cases[] = {
-      {R"({"orbShowsName":null,"lastError":null,"alertPrice":null,"alertSymbolID":null})", aurora,
-       5.0, 132, full, nullptr},
-      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})", aurora, 2.6, 96, iconOnly,
+  using Shown = std::tuple<AppTheme, double, double, MenuDensity>;
+  const Shown applied{aurora, 5.0, 132, full}, ignored{dark, 2.6, 96, iconOnly};
+  const std::tuple<const char*, Shown, const char*> cases[] = {
+      {R"({"orbShowsName":null,"lastError":null,"alertPrice":null,"alertSymbolID":null})", applied,
        nullptr},
-      {R"({"masked":null})", dark, 2.6, 96, iconOnly, R"(field "masked")"},
-      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", dark, 2.6, 96, iconOnly,
-       R"(field "sourceMode")"},
-      {R"({"alertPrice":"1"})", dark, 2.6, 96, iconOnly, R"(field "alertPrice")"},
-      {R"({"detailChart":"month"})", aurora, 5.0, 132, full, nullptr},
-      {R"({"detailChart":"year"})", dark, 2.6, 96, iconOnly, R"(field "detailChart")"},
-      {R"({"riseColors":"greenRises","pricePrecision":null})", aurora, 5.0, 132, full, nullptr},
-      {R"({"pricePrecision":"three"})", dark, 2.6, 96, iconOnly, R"(field "pricePrecision")"},
-      {R"({"riseColors":1})", dark, 2.6, 96, iconOnly, R"(field "riseColors")"},
-      {R"(["dark"])", dark, 2.6, 96, iconOnly, "not a JSON object"},
-      {"first", dark, 2.6, 96, iconOnly, "not JSON"},
+      {R"({"refreshInterval":3,"orbSize":100,"menuDensity":7})",
+       {aurora, 2.6, 96, iconOnly},
+       nullptr},
+      {R"({"masked":null})", ignored, R"(field "masked")"},
+      {R"({"sourceMode":"staticJSON","updatedAt":"now"})", ignored, R"(field "sourceMode")"},
+      {R"({"alertPrice":"1"})", ignored, R"(field "alertPrice")"},
+      {R"({"detailChart":"month"})", applied, nullptr},
+      {R"({"detailChart":"year"})", ignored, R"(field "detailChart")"},
+      {R"({"riseColors":"greenRises","pricePrecision":null})", applied, nullptr},
+      {R"({"pricePrecision":"three"})", ignored, R"(field "pricePrecision")"},
+      {R"({"riseColors":1})", ignored, R"(field "riseColors")"},
+      {R"(["dark"])", ignored, "not a JSON object"},
+      {"first", ignored, "not JSON"},
       // A threshold that is not finite and positive is dropped, the rest applied.
-      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", aurora, 5.0, 132, full, nullptr},
+      {R"({"alertPrice":-2,"alertSymbolID":"600519"})", applied, nullptr},
   };
-  for (const auto& [patch, theme, refreshInterval, orbSize, menuDensity, problem] : cases) {
+  for (const auto& [patch, shown, problem] : cases) {
     ModelHarness h;
     Json record = storedRecord();
     const auto edit = json::parse(patch);
@@ -101,9 +100,9 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
     h.store.setData(unreadableKey, "older");
     h.store.writes.clear();
     auto model = h.make();
-    EXPECT_EQ(std::tuple(model->theme(), model->refreshInterval(), model->orbSize(),
-                         model->menuDensity()),
-              std::tuple(theme, refreshInterval, orbSize, menuDensity))
+    EXPECT_EQ(
+        Shown(model->theme(), model->refreshInterval(), model->orbSize(), model->menuDensity()),
+        shown)
         << patch;
     EXPECT_EQ(model->alertRule().price, std::nullopt) << patch;
     std::vector<SetAsideRecord> aside;
@@ -114,7 +113,7 @@ TEST(Preferences, RestoreAcceptsOrIgnoresStoredRecords) {
     const auto& [key, saved] = h.store.writes.at(problem ? 1 : 0);
     EXPECT_EQ(h.store.writes[0].first, problem ? unreadableKey : storeKeys::preferences);
     EXPECT_EQ(key, storeKeys::preferences) << patch;
-    EXPECT_EQ(json::string(*json::parse(saved), "theme"), rawValue(theme)) << patch;
+    EXPECT_EQ(json::string(*json::parse(saved), "theme"), rawValue(std::get<0>(shown))) << patch;
   }
 }
 
@@ -141,8 +140,7 @@ TEST(Preferences, SettingsThatCannotBeSavedAreToldOncePerStreakOfFailures) {
   h.store.report(denied);  // a save reported after the model is gone is dropped
 }
 
-// The defaults after a reset, also after a restart, and the kept watchlist and active symbol are
-// checked by the self-test; here the quotes follow the mode back.
+// The defaults after a reset are checked by the self-test; here the quotes follow the mode back.
 TEST(Preferences, SettersClampAndResetGoesBackToTheDemonstrationQuotes) {
   ModelHarness h;
   auto model = h.make();
@@ -176,7 +174,6 @@ struct AlertHarness : ModelHarness {
   }
 };
 
-// That an alert follows its own symbol, not the one shown, is checked by the self-test.
 TEST(Alert, FiresAndDeliversOnceUntilSetAnewIgnoresInvalidThresholdsAndIsWithdrawnWhenCleared) {
   const double inf = std::numeric_limits<double>::infinity();
   AlertHarness h;
@@ -216,8 +213,7 @@ TEST(Alert, DeliveryWaitsForPermissionAndHappensOnce) {
   h.model->setAlert("00700", 400, true);
   EXPECT_TRUE(h.notifier.added.empty());
   EXPECT_EQ(h.notifier.authorizationRequests, 1);
-  // Granted later: the fired alert is delivered then, once, even while the first post is
-  // still on its way and permission is confirmed again.
+  // Granted later: delivered then, once, though the first post is still on its way.
   h.notifier.authorized = true;
   h.notifier.holdCompletions = true;
   h.model->requestPriceAlertNotifications();

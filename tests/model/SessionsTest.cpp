@@ -13,8 +13,7 @@ Date at(const char* iso) {
   return *parseISO8601(iso);
 }
 
-// A model with its heartbeat from `start` on, every feed answering every symbol stamped with
-// the clock's time, switched to `mode`.
+// A model beating from `start` on in `mode`, every feed answering every symbol stamped now.
 std::unique_ptr<AppModel> startAt(ModelHarness& h, const char* start, const List& watchlist,
                                   SourceMode mode = SourceMode::tencent) {
   h.clock.set(at(start));
@@ -31,10 +30,24 @@ std::unique_ptr<AppModel> startAt(ModelHarness& h, const char* start, const List
   return m;
 }
 
-// Instants in UTC with the exchange's local time beside them, written out by hand.
-TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
-  const std::tuple<const char*, const char*, const char*, bool> cases[] = {
-      // Shanghai, UTC+8 all year. Wednesday 2026-11-25.
+// An instant in UTC (the exchange's local time beside it, worked out by hand), a market label, the
+// state's text and whether the market is awake.
+using StateCase = std::tuple<const char*, const char*, const char*, bool>;
+
+void expectStates(std::initializer_list<StateCase> cases) {
+  for (const auto& [instant, market, text, awake] : cases) {
+    const auto exchange = exchangeOfLabel(market);
+    ASSERT_TRUE(exchange) << market;
+    const auto state = marketState(*exchange, at(instant));
+    ASSERT_TRUE(state) << instant;
+    EXPECT_EQ(stateText(*state), text) << instant << " " << market;
+    EXPECT_EQ(isAwake(*exchange, at(instant)), awake) << instant << " " << market;
+  }
+}
+
+// Wednesday 2026-11-25, UTC+8 all year.
+TEST(Sessions, ShanghaiAndHongKongWithTheirLunchBreaks) {
+  expectStates({
       {"2026-11-24T16:00:00Z", "A股", "盘前", false},       // 00:00
       {"2026-11-25T01:14:59Z", "A股", "盘前", false},       // 09:14:59
       {"2026-11-25T01:15:00Z", "A股", "盘前", true},        // 09:15
@@ -42,17 +55,21 @@ TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
       {"2026-11-25T03:29:59Z", "A股", "交易中", true},      // 11:29:59
       {"2026-11-25T03:30:00Z", "A股", "午间休市", true},    // 11:30
       {"2026-11-25T04:59:59Z", "A股指数", "午间休市", true},
-      {"2026-11-25T05:00:00Z", "A股", "交易中", true},   // 13:00
-      {"2026-11-25T07:00:00Z", "A股", "已收盘", true},   // 15:00
-      {"2026-11-25T07:09:59Z", "A股", "已收盘", true},   // 15:09:59
-      {"2026-11-25T07:10:00Z", "A股", "已收盘", false},  // 15:10
-      // Hong Kong, UTC+8.
+      {"2026-11-25T05:00:00Z", "A股", "交易中", true},       // 13:00
+      {"2026-11-25T07:00:00Z", "A股", "已收盘", true},       // 15:00
+      {"2026-11-25T07:09:59Z", "A股", "已收盘", true},       // 15:09:59
+      {"2026-11-25T07:10:00Z", "A股", "已收盘", false},      // 15:10
       {"2026-11-25T03:59:59Z", "港股", "交易中", true},      // 11:59:59
       {"2026-11-25T04:00:00Z", "港股", "午间休市", true},    // 12:00
       {"2026-11-25T05:00:00Z", "港股基金", "交易中", true},  // 13:00
       {"2026-11-25T08:00:00Z", "港股指数", "已收盘", true},  // 16:00
       {"2026-11-25T08:10:00Z", "港股", "已收盘", false},     // 16:10
-      // New York in standard time, UTC−5.
+  });
+}
+
+TEST(Sessions, NewYorkInStandardAndDaylightSavingTime) {
+  expectStates({
+      // Standard time, UTC−5.
       {"2026-11-25T08:59:59Z", "美股", "已收盘", false},     // 03:59:59
       {"2026-11-25T09:00:00Z", "美股", "盘前", true},        // 04:00
       {"2026-11-25T14:30:00Z", "美股基金", "交易中", true},  // 09:30
@@ -72,7 +89,11 @@ TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
       {"2026-10-31T00:00:00Z", "美股", "已收盘", false},  // Fri 20:00 EDT
       {"2026-11-02T13:30:00Z", "美股", "盘前", true},     // Mon 08:30 EST
       {"2026-11-02T14:30:00Z", "美股", "交易中", true},   // Mon 09:30 EST
-      // Friday night to Monday morning.
+  });
+}
+
+TEST(Sessions, WeekendsOnEachExchangesClockAndUnknownLabels) {
+  expectStates({
       {"2026-11-27T16:00:00Z", "A股", "休市", false},   // Sat 00:00
       {"2026-11-29T15:59:59Z", "港股", "休市", false},  // Sun 23:59:59
       {"2026-11-29T16:00:00Z", "A股", "盘前", false},   // Mon 00:00
@@ -80,15 +101,7 @@ TEST(Sessions, StatesAndAwakeWindowsOnEachExchangesClock) {
       {"2026-11-28T00:59:59Z", "美股", "盘后", true},   // Fri 19:59:59 EST, Sat 08:59:59 in Beijing
       {"2026-11-28T05:00:00Z", "美股", "休市", false},  // Sat 00:00 EST
       {"2026-11-30T09:00:00Z", "美股", "盘前", true},   // Mon 04:00 EST
-  };
-  for (const auto& [instant, market, text, awake] : cases) {
-    const auto exchange = exchangeOfLabel(market);
-    ASSERT_TRUE(exchange) << market;
-    const auto state = marketState(*exchange, at(instant));
-    ASSERT_TRUE(state) << instant;
-    EXPECT_EQ(stateText(*state), text) << instant << " " << market;
-    EXPECT_EQ(isAwake(*exchange, at(instant)), awake) << instant << " " << market;
-  }
+  });
   for (const char* none : {"", "B股", "港股通", "美股基金x", "场外基金"})
     EXPECT_EQ(exchangeOfLabel(none), std::nullopt) << none;
 }
@@ -111,12 +124,7 @@ TEST(QuietRefresh, FollowsTheWatchedMarketsInTheLiveModes) {
       {"New York's Friday post-market", "2026-11-28T00:30:00Z", {}, sina, false, 200},
       {"New York unwatched", "2026-11-25T14:00:00Z", {"600519", "00700"}, stockSDK, true, 2},
       {"a mixed watchlist", "2026-11-25T14:00:00Z", {"600519", "NVDA"}, tencent, false, 200},
-      {"an index keeps its exchange's hours",
-       "2026-11-25T14:00:00Z",
-       {"usIXIC"},
-       tencent,
-       false,
-       200},
+      {"an index on its exchange's hours", "2026-11-25T14:00:00Z", {"usIXIC"}, tencent, false, 200},
       {"demonstration", "2026-11-28T04:00:00Z", {}, mock, false, 200},
       {"static", "2026-11-28T04:00:00Z", {}, staticJSON, false, 200},
   };
@@ -139,8 +147,7 @@ TEST(QuietRefresh, FollowsTheWatchedMarketsInTheLiveModes) {
   }
 }
 
-// Saturday in Beijing: a refresh every 300 s, current all the while, a manual one at once; the
-// markets' states follow the clock.
+// Saturday in Beijing: a refresh every 300 s, current all the while, a manual one at once.
 TEST(QuietRefresh, NeverStaleWhileAsleepAndAManualRefreshRunsAtOnce) {
   ModelHarness h;
   auto m = startAt(h, "2026-11-28T04:00:00Z", {});
@@ -173,8 +180,7 @@ TEST(QuietRefresh, NeverStaleWhileAsleepAndAManualRefreshRunsAtOnce) {
   EXPECT_EQ(m->phase(), QuotePhase::stale);
 }
 
-// Monday morning in Beijing: quiet until 09:15, then every 3 s, and never stale on the way
-// although the data is minutes old when the market wakes.
+// Monday in Beijing: quiet until 09:15, then every 3 s, never stale though minutes old at 09:15.
 TEST(QuietRefresh, AMarketWakesFifteenMinutesBeforeItsOpening) {
   ModelHarness h;
   auto m = startAt(h, "2026-11-30T01:12:00Z", {"600519"});
@@ -191,24 +197,19 @@ TEST(QuietRefresh, AMarketWakesFifteenMinutesBeforeItsOpening) {
 
 // The wall clock jumps while the timers keep their pace.
 TEST(QuietRefresh, ClockJumpsWakeTheRefreshOnTheNextBeatWithoutAStorm) {
-  struct Case {
+  const struct {
     const char* what;
     const char* start;
     double jump;
     bool quietAfter;
     int refreshesIn30s;  // after the jump
-  };
-  const Case cases[] = {
-      // Resumed after the weekend: one refresh at the next beat, then every 3 s.
+  } cases[] = {
       {"Friday 14:00 to Monday 10:00", "2026-11-27T06:00:00Z", 68 * 3600, false, 10},
-      // Set back an hour while trading: refreshes go on instead of waiting out the hour.
       {"back from 14:00 to 13:00", "2026-11-25T06:00:00Z", -3600, false, 10},
-      // From Saturday into Monday's opening minutes: awake at once.
       {"Saturday noon to Monday 09:20", "2026-11-28T04:00:00Z", 45 * 3600 + 20 * 60, false, 10},
-      // Back from trading into the night: one refresh, then the quiet pace.
       {"back from 10:00 to 03:00", "2026-11-25T02:00:00Z", -7 * 3600, true, 1},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     ModelHarness h;
     auto m = startAt(h, c.start, {"600519", "00700"});
     h.scheduler.advance(2);

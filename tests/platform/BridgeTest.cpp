@@ -38,8 +38,7 @@ struct Bridge {
         }()) {}
 
   using Answer = std::pair<std::vector<QuoteSnapshot>, std::optional<std::string>>;
-  // Starts a run and waits for its completion in a real event loop: qWaitFor sleeps between
-  // turns, which throttles reading a pipe.
+  // A real event loop: qWaitFor sleeps between turns, which throttles reading a pipe.
   template <class T = Answer>
   T wait(const auto& start) {
     std::optional<T> result;
@@ -95,7 +94,7 @@ TEST(RealBridge, HealthQuotesTimelineAndSearchFromAMirroredTencentFeed) {
   auto [quotes, error] = b.quotes(endpoints, {"600519", "00700", "NVDA", "000858", "601318"});
   EXPECT_EQ(error, std::nullopt);
   ASSERT_EQ(quotes.size(), 4u);
-  quotes[1].updatedAt = {};  // no time the package reads in the Hong Kong row: the time read
+  quotes[1].updatedAt = {};  // the package reads no time in the Hong Kong row: the time read
   const Date close = *parseISO8601("2026-10-16T07:00:03Z");
   EXPECT_EQ(
       quotes,
@@ -131,8 +130,7 @@ TEST(RealBridge, HealthQuotesTimelineAndSearchFromAMirroredTencentFeed) {
     for (const QuoteSnapshot& q : found) hits.push_back(q.id + " " + q.market);
     EXPECT_EQ(hits, ids) << search.body;
     EXPECT_EQ(text, error) << search.body;
-    // The off-exchange fund and the bond among the hits are never asked for; the index is
-    // asked apart (the body has no row for it).
+    // The off-exchange fund and the bond are never asked for; the index is asked apart.
     if (!ids.empty() && search.body == hint) {
       EXPECT_TRUE(asked(server.targets, "/?q=sh600519%2Csz000858"));
       EXPECT_TRUE(asked(server.targets, "/?q=sh000001"));
@@ -168,8 +166,7 @@ TEST(RealBridge, EndlessAnswersFailAsUsualWithBoundedMemory) {
     EXPECT_LE(child.peakKB, 200u << 10) << child.commandLine;
 }
 
-// An index and the stock of the same digits are asked apart and come back under the symbols
-// asked for; the index's intraday series is asked by its own code, and the search keeps indices.
+// An index and the stock of the same digits are asked apart, each its own series and search hit.
 TEST(RealBridge, IndicesBesideTheStockOfTheSameDigits) {
   using Reply = test::LoopbackServer::Reply;
   const std::string body = test::testData("tencent-indices.gbk");
@@ -209,8 +206,8 @@ TEST(RealBridge, IndicesBesideTheStockOfTheSameDigits) {
   EXPECT_EQ(failed, std::nullopt);
 }
 
-// Scripts of the test's own, each in a folder of its own: every way a child fails ends in its
-// text well before the deadline, and one that grows past its memory bound is killed near it.
+// Scripts of the test's own: every way a child fails ends in its text well before the deadline,
+// and one that grows past its memory bound is killed near it.
 TEST(RealBridge, ChildrenGetAHeapBoundAndEveryFailureEndsInItsText) {
   test::TemporaryFolder folder;
   const auto script = [&](const char* name, const char* code) {
@@ -221,8 +218,7 @@ TEST(RealBridge, ChildrenGetAHeapBoundAndEveryFailureEndsInItsText) {
   };
   const size_t bound = StockSDKBridge::childMemoryLimit;
   const std::string nothing = "stock-sdk 未返回有效报价";
-  // Without code, no Node.js is found for the script. The one that grows prints a whole answer,
-  // then takes 2 MB every 10 ms: what it printed before it was killed is not taken.
+  // Without code no Node.js is found; what the grower printed before it was killed is not taken.
   const std::tuple<const char*, const char*, double, size_t, std::string> children[] = {
       {"hung", "setInterval(() => {}, 1000);", 0.5, 0, nothing},
       {"silent", "", 22, 0, nothing},
@@ -250,8 +246,7 @@ TEST(RealBridge, ChildrenGetAHeapBoundAndEveryFailureEndsInItsText) {
     EXPECT_LT(peak, bound + (48 << 20)) << "passed the bound by too much before the kill";
   }
 
-  // The heap limit reaches V8: the price is the limit in megabytes (old space 64 plus the young
-  // generation), where Node's own default is gigabytes.
+  // The heap limit reaches V8: the price is its megabytes (old space 64 plus the young ones).
   Bridge bounded(script("heap",
                         "import v8 from 'node:v8'; const mb ="
                         "v8.getHeapStatistics().heap_size_limit / 1048576; console.log("
@@ -269,15 +264,13 @@ TEST(Bridge, OneChildPerKindOfRun) {
   ManualScheduler scheduler(clock);
   test::FakeProcessRunner runner(scheduler);
   runner.holdRuns = true;
+  const auto exited = [](int code, std::string out) {
+    return ProcessResult{.exitCode = code, .exitedNormally = true, .standardOutput = out};
+  };
   runner.results = {
-      {{},
-       0,
-       true,
-       false,
-       R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])"},
-      {{}, 1, true, false, ""},
-      {{}, 1, true, false, ""},
-      {{}, 0, true, false, R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])"}};
+      exited(0, R"([{"id":"600519","name":"贵州茅台","price":1468.8,"prevClose":1452}])"),
+      exited(1, ""), exited(1, ""),
+      exited(0, R"([{"id":"NVDA","name":"英伟达","price":186.25,"prevClose":182.4}])")};
   StockSDKBridge bridge(runner, clock,
                         {.script = "/b/stock-sdk-bridge.mjs",
                          .environment = {{"NODE_OPTIONS", "--use-openssl-ca"}},

@@ -27,6 +27,14 @@ using Delivery = test::LoopbackServer::Delivery;
 using List = std::vector<std::string>;
 using Told = std::vector<std::optional<StoreWriteFailure>>;
 
+struct ConfigHome {
+  explicit ConfigHome(const std::filesystem::path& path) {
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(path.string()));
+  }
+  ~ConfigHome() { qputenv("XDG_CONFIG_HOME", saved); }
+  QByteArray saved = qgetenv("XDG_CONFIG_HOME");
+};
+
 TEST(QtScheduler, RunsLaterWorkOnTheEventLoopUnlessCancelledDroppedOrItsSchedulerIsGone) {
   QtScheduler scheduler;
   std::vector<std::string> log;
@@ -174,8 +182,7 @@ TEST(SettingsStore, EachWriteIsKeptAtTheEndOfItsTurnAndTheObserverHearsHowItWent
   EXPECT_EQ(reopened.stringArray("list"), (List{"x", "y"}));
 }
 
-// A lazy write is read back at once but reaches the file only with the next sync (a prompt
-// write's, the minute's timer, the end of the store), so refreshes do not flush the disk.
+// A lazy write is read back at once, written with the next sync so refreshes do not flush the disk.
 TEST(SettingsStore, LazyWritesWaitForTheNextSyncOrTheStoresEnd) {
   test::TemporaryFolder folder;
   const QString path = QString::fromStdString((folder.path() / "store.conf").string());
@@ -204,7 +211,7 @@ TEST(SettingsStore, LazyWritesWaitForTheNextSyncOrTheStoresEnd) {
 
 TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {
   test::TemporaryFolder folder;
-  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.path().string()));
+  ConfigHome home(folder.path());
   const std::string name = "tidemark.self-test.unit";
   {
     auto suite = SettingsStore::suite(name);
@@ -218,18 +225,9 @@ TEST(SettingsStore, SuitesLiveOnTheirOwnFileAndGoWithTheirDomain) {
   EXPECT_TRUE(SettingsStore::removeSuite(name));
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
   EXPECT_EQ(SettingsStore::suite("bad/name"), nullptr);
-  qunsetenv("XDG_CONFIG_HOME");
 }
 
-// The login entry in a temporary XDG_CONFIG_HOME: written, read back, removed, and refused.
-struct ConfigHome {
-  explicit ConfigHome(const std::filesystem::path& path) {
-    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(path.string()));
-  }
-  ~ConfigHome() { qputenv("XDG_CONFIG_HOME", saved); }
-  QByteArray saved = qgetenv("XDG_CONFIG_HOME");
-};
-
+// The login entry: written, read back, removed, and refused.
 TEST(Autostart, OnWritesTheEntryQuotingOnlyWhatNeedsItOffRemovesItFailuresAreWords) {
   test::TemporaryFolder folder;
   ConfigHome home(folder.path());
@@ -272,8 +270,7 @@ TEST(Autostart, OnWritesTheEntryQuotingOnlyWhatNeedsItOffRemovesItFailuresAreWor
   EXPECT_FALSE(Autostart::isEnabled());
 }
 
-// GNOME's custom shortcuts through the real gsettings tool, stored in a key file of the test's
-// own: the user's shortcut stays, ours are added once, and what GNOME reads is pinned.
+// Through the real gsettings tool into a key file of the test's own: the user's shortcut stays.
 TEST(GnomeShortcuts, AddedBesideTheUsersOwnAndReadBack) {
   const std::pair<const char*, QStringList> printed[] = {
       {"@as []", {}},

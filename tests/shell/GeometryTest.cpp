@@ -45,9 +45,7 @@ TEST(OrbHitShape, CoreControlsAndTransparentParts) {
       {"expanded, above the target", fourOut, {230, 110}, false, false},
       {"collapsed pearl", fourIn, {175, 200}, true, false},
       {"collapsed misses expanded spot", fourIn, {230, 160}, false, false},
-      {"no satellites", state(none, true), {230, 160}, false, false},
       {"docked satellites", state(left, true, false, 4), {230, 160}, false, false},
-      {"corner", ring, {2, 2}, false, false},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(isInteractive(r.p, r.state), r.interactive) << r.what;
@@ -58,7 +56,6 @@ TEST(OrbHitShape, CoreControlsAndTransparentParts) {
       {left, {1, 0}}, {right, {-1, 0}}, {top, {0, 1}}, {bottom, {0, -1}}};
   for (const auto& [edge, d] : outward) {
     const auto at = [&](double k) { return Point{230 + d.dx * k, 230 + d.dy * k}; };
-    EXPECT_TRUE(isCore(at(40), 96, edge)) << rawValue(edge);
     EXPECT_TRUE(isCore(at(72), 96, edge)) << rawValue(edge);
     EXPECT_FALSE(isCore(at(72.5), 96, edge)) << rawValue(edge);
     EXPECT_FALSE(isInteractive(at(-40), state(edge))) << rawValue(edge);
@@ -104,57 +101,45 @@ TEST(OrbFrame, TheWindowCoversWhatIsDrawn) {
       {"collapsed", {96, none, false, {}, {}}, {126, 126, 208, 208}},
       {"satellites or ring out", {96, none, true, {}, {}}, {0, 0, 460, 460}},
       {"docked left: the half on the screen", {96, left, false, {}, {}}, {230, 126, 104, 208}},
-      {"docked right", {96, right, false, {}, {}}, {126, 126, 104, 208}},
       {"docked top", {96, top, false, {}, {}}, {126, 230, 208, 104}},
-      {"docked bottom", {96, bottom, false, {}, {}}, {126, 126, 208, 104}},
       {"docked, controls settling", {96, left, true, {}, {}}, {230, 126, 104, 208}},
       {"a hint below, 2 more round it", {96, none, false, below, {}}, {116, 126, 228, 248}},
       {"a hint beside the docked half", {96, left, false, beside, {}}, {230, 126, 230, 208}},
       {"growing to 132.4: whole points", {132.4, none, false, {}, {}}, {89, 89, 282, 282}},
       {"bare: the drawing, 2 round it", {96, none, false, {}, bare}, {167, 164, 126, 130}},
       {"bare, docked left", {96, left, false, {}, bare}, {230, 164, 63, 130}},
-      {"bare with a hint below", {96, none, false, below, bare}, {116, 164, 228, 210}},
       {"bare, satellites out", {96, none, true, {}, bare}, {0, 0, 460, 460}},
       {"bare, held", {96, none, false, {}, bare, true}, {0, 0, 460, 460}},
-      {"bare, held docked left", {96, left, false, {}, bare, true}, {230, 0, 230, 460}},
       {"held where the shape holds", {96, none, false, {}, {}, true}, {126, 126, 208, 208}},
   };
   for (const auto& r : rows) EXPECT_EQ(windowFrame(r.state), r.frame) << r.what;
 }
 
 // The orb's window per desktop: X11 honours the input shape; Wayland's X servers do not, and
-// wlroots desktops move only windows they do not manage, and keep no focus on them; tiling ones
-// float dialogs.
+// wlroots desktops move only windows they do not manage; tiling ones float dialogs.
 TEST(OrbWindowKind, ManagedWhereTheDesktopNeedsItAndKeptToTheOrbUnderWayland) {
   const struct {
     bool wayland;
-    const char* desktops;
     OrbWindowKind kind;
+    std::vector<const char*> desktops;
   } rows[] = {
-      {false, "sway", {false, true, true, true}},
-      {false, "", {false, true, true}},
-      {false, "i3", {false, true, true, true}},
-      {true, "KDE", {true, false, true}},
-      {true, "ubuntu:GNOME", {true, false, true}},
-      {true, "", {true, false, true}},
-      {true, "sway", {false, false, false, true}},
-      {true, "Hyprland", {false, false, false, true}},
-      {true, "X-Generic:wlroots", {false, false, false}},
-      {true, "swayfx-like:River", {false, false, false, true}},
-      {true, "swaylike", {true, false, true}},
+      {false, {false, true, true, true}, {"i3", "sway"}},
+      {false, {false, true, true}, {""}},
+      {true, {true, false, true}, {"KDE", "ubuntu:GNOME", "", "swaylike"}},
+      {true, {false, false, false, true}, {"sway", "Hyprland", "swayfx-like:River"}},
+      {true, {false, false, false}, {"X-Generic:wlroots"}},
   };
   for (const auto& r : rows)
-    EXPECT_EQ(orbWindowKind(r.wayland, r.desktops), r.kind) << r.wayland << r.desktops;
+    for (const char* desktops : r.desktops)
+      EXPECT_EQ(orbWindowKind(r.wayland, desktops), r.kind) << r.wayland << desktops;
 }
 
 // Text beside the tray icon everywhere but on MATE, whose panel would show it instead of the icon.
 TEST(TrayLabels, ShownEverywhereButMate) {
-  const std::pair<const char*, bool> rows[] = {
-      {"MATE", false}, {"X-Debian:mate", false}, {"GNOME", true},
-      {"", true},      {"MATEish", true},        {"XFCE", true},
-  };
-  for (const auto& [desktops, shown] : rows)
-    EXPECT_EQ(trayLabelsShown(desktops), shown) << desktops;
+  for (const char* desktops : {"MATE", "X-Debian:mate"})
+    EXPECT_FALSE(trayLabelsShown(desktops)) << desktops;
+  for (const char* desktops : {"GNOME", "", "MATEish", "XFCE"})
+    EXPECT_TRUE(trayLabelsShown(desktops)) << desktops;
 }
 
 const Screen mainScreen{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}};
@@ -164,7 +149,6 @@ const std::vector<Screen> two{mainScreen, sideScreen}, noScreens;
 
 TEST(DockGeometry, NearestScreen) {
   const Screen a{{200, 0, 100, 100}, {200, 0, 100, 100}}, b{{0, 0, 100, 100}, {0, 0, 100, 100}};
-  EXPECT_EQ(nearestScreen(two, {100, 100}), 0u);
   EXPECT_EQ(nearestScreen(two, {1919.9, 500}), 0u);
   EXPECT_EQ(nearestScreen(two, {1920, 500}), 1u);   // a shared border belongs to the right one
   EXPECT_EQ(nearestScreen(two, {2500, 900}), 1u);   // below the side screen
@@ -174,15 +158,13 @@ TEST(DockGeometry, NearestScreen) {
   EXPECT_EQ(nearestScreen(noScreens, {0, 0}), std::nullopt);
 }
 
-// Two 1920 × 1080 screens side by side and one above the other: an orb docked on the border they
-// share stays on its own screen when it is settled again (restart, size or screen change), and
-// leaves the dock onto that screen.
+// Two 1920 × 1080 screens side by side or stacked: an orb docked on the border they share stays
+// on its own screen when it is settled again, and leaves the dock onto that screen.
 TEST(DockGeometry, ADockedOrbKeepsItsScreenAcrossASharedBorder) {
   const Screen l{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
       r{{1920, 0, 1920, 1080}, {1920, 0, 1920, 1080}};
-  const Screen t{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
-      b{{0, 1080, 1920, 1080}, {0, 1080, 1920, 1080}};
-  const std::vector<Screen> sideBySide{l, r}, stacked{t, b};
+  const Screen b{{0, 1080, 1920, 1080}, {0, 1080, 1920, 1080}};
+  const std::vector<Screen> sideBySide{l, r}, stacked{l, b};
   const struct {
     const std::vector<Screen>& screens;
     Point c;
@@ -200,10 +182,9 @@ TEST(DockGeometry, ADockedOrbKeepsItsScreenAcrossASharedBorder) {
     const std::string what = std::string(rawValue(row.edge)) + " at " + std::to_string(row.c.x) +
                              "," + std::to_string(row.c.y);
     EXPECT_EQ(dockedScreen(row.screens, row.c, row.edge), row.screen) << what;
-    const Settlement s = settle(row.screens, row.c, 96, row.edge);
-    EXPECT_EQ(s.edge, row.edge) << what;
-    EXPECT_EQ(s.center, row.settled) << what;
-    EXPECT_EQ(clampedOrigin(row.screens, originOfCenter(s.center), 64, row.edge),
+    const Point settled = settle(row.screens, row.c, 96, row.edge).center;
+    EXPECT_EQ(settled, row.settled) << what;
+    EXPECT_EQ(clampedOrigin(row.screens, originOfCenter(settled), 64, row.edge),
               originOfCenter(row.undocked))
         << what;
   }
@@ -246,9 +227,9 @@ TEST(DockGeometry, NearestEdgeTiesAndReach) {
     double orbSize;
     Edge edge;
   } rows[] = {
-      {{57.99, 500}, 96, left}, {{58, 500}, 96, none},     {{75.9, 500}, 132, left},
-      {{76, 500}, 132, none},   {{40, 40}, 96, left},      {{1900, 1060}, 96, right},
-      {{500, 30}, 96, top},     {{500, 1050}, 96, bottom}, {{2000, 790}, 96, bottom},
+      {{57.99, 500}, 96, left},  {{58, 500}, 96, none}, {{75.9, 500}, 132, left},
+      {{76, 500}, 132, none},    {{40, 40}, 96, left},  {{1900, 1060}, 96, right},
+      {{2000, 790}, 96, bottom},
   };
   for (const auto& r : rows) EXPECT_EQ(nearestEdge(two, r.c, r.orbSize), r.edge) << r.c.x;
   EXPECT_EQ(nearestEdge(noScreens, {0, 0}, 96), none);
@@ -288,7 +269,6 @@ TEST(DockGeometry, SettleDocksOnTheEdgeLineOrStaysInside) {
 
 TEST(DockGeometry, DragAndThrow) {
   EXPECT_FALSE(startsDrag({3, 0}));
-  EXPECT_FALSE(startsDrag({0, -3}));
   EXPECT_TRUE(startsDrag({3.01, 0}));
   EXPECT_EQ(dragVelocity({0, 0}, {12, -6}, 0.1), (Vector{2, -1}));
   EXPECT_EQ(dragVelocity({0, 0}, {12, -6}, 0.001), (Vector{25, -12.5}));  // floored at 8 ms

@@ -23,7 +23,6 @@ TEST(KlineGeometry, CandlesVolumesAndTheRange) {
             std::vector<double>({50, 350, 70}));
   EXPECT_DOUBLE_EQ(priceY(f, 9.4), 142);
   EXPECT_DOUBLE_EQ(priceY(f, 20.6), 0);
-  EXPECT_DOUBLE_EQ(priceY(f, 15), 71);
   const Rect tallest = volumeBar(f, 1, 400), half = volumeBar(f, 2, 200);
   EXPECT_EQ(std::vector<double>({tallest.x, tallest.y, tallest.width, tallest.height, half.y,
                                  half.height, volumeBar(f, 3, 0).height}),

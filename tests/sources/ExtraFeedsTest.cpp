@@ -22,7 +22,7 @@ TEST(ExtraFeeds, RatesFromTheFourthField) {
        "v_whHKDCNY=\"310~港币人民币~HKDCNY~0.9123~0.9120~0.9130~0.9110~20261125145900\";\n",
        {{"USD", 7.1034}, {"HKD", 0.9123}}},
       {"v_whUSDCNY=\"310~美元人民币~USDCNY~0.0000~7.1010\";\nv_whHKDCNY=\"310~港币~HKDCNY\";", {}},
-      {"v_whUSDCNY=\"310~美元人民币~USDCNY~-7.1~7.1010\";\nv_whHKDCNY=\"\";", {}},
+      {"v_whUSDCNY=\"310~美元人民币~USDCNY~-7.1~7.1010\";", {}},
       {"xv_whUSDCNY=\"310~美元人民币~USDCNY~7.1034\";\nv_whHKDCNY=\"1~2~3~0.9123\";",
        {{"HKD", 0.9123}}},
       {"v_whUSDCNY=\"310~美元人民币~USDCNY~7.10", {}},
@@ -30,12 +30,9 @@ TEST(ExtraFeeds, RatesFromTheFourthField) {
   for (const auto& [body, rates] : cases) EXPECT_EQ(parseTencentRates(body), rates) << body;
 }
 
-// Sina's US rows as hq.sinajs.cn/list=gb_aapl serves them: 0 the name, 1 the price, 2 its change
-// in percent, 3 the time in Beijing, 4 the change, 5 open, 6 high, 7 low, 8 and 9 the 52-week
-// range, 10 volume, 11 average volume, 12 market value, 13 EPS, 14 P/E, 15 forward P/E, 16 beta,
-// 17 dividend, 18 yield, 19 shares, 20 institutional holding, then the extended hours: 21 the
-// price, 22 its change in percent, 23 the change, 24 its time on New York's clock, 25 the
-// regular session's time, 26 the previous close, 27 the extended volume.
+// Sina's US rows as hq.sinajs.cn/list=gb_aapl serves them: fields 0 to 20 the regular session,
+// then the extended hours: 21 the price, 22 its change in percent, 23 the change, 24 its time on
+// New York's clock, 25 the regular session's time, 26 the previous close, 27 the volume.
 std::string usRow(const std::string& code, const std::string& extended) {
   return "var hq_str_gb_" + code +
          "=\"苹果,229.9500,-0.71,2026-11-25 05:00:00,-1.6500,231.0000,232.4800,228.7100,"
