@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <QFontDatabase>
+#include <QResource>
 #include <QStringList>
 
 namespace tidemark {
@@ -12,8 +13,16 @@ QFont uiFont(double size, QFont::Weight weight) {
   // Registered at the first use, before anything is measured or drawn.
   static const bool figures = [] {
     bool loaded = true;
-    for (const char* file : {":/fonts/figures-regular.otf", ":/fonts/figures-bold.otf"})
-      loaded = QFontDatabase::addApplicationFont(QLatin1String(file)) >= 0 && loaded;
+    for (const char* file : {":/fonts/figures-regular.otf", ":/fonts/figures-bold.otf"}) {
+      // Read in place from the program's own pages: the data lives as long as the program.
+      const QResource resource{QLatin1String(file)};
+      const QByteArray data =
+          resource.compressionAlgorithm() == QResource::NoCompression
+              ? QByteArray::fromRawData(reinterpret_cast<const char*>(resource.data()),
+                                        static_cast<qsizetype>(resource.size()))
+              : resource.uncompressedData();
+      loaded = QFontDatabase::addApplicationFontFromData(data) >= 0 && loaded;
+    }
     return loaded;
   }();
   QFont font;
