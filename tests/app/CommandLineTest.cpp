@@ -15,6 +15,7 @@
 #include <QElapsedTimer>
 #include <QHostInfo>
 #include <QLocalServer>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTest>
 #include <QThread>
@@ -788,6 +789,18 @@ TEST(SingleInstance, StaleLocksGoLaterStartsAreForwardedSilentHoldersReported) {
   EXPECT_EQ(later([&] { return int(SingleInstance::tell(path, Request::toggleOrb)); }), 1);
   EXPECT_EQ(later([&] { return int(SingleInstance::tell(path, Request::toggleMask)); }), 1);
   EXPECT_EQ(heard, (std::vector{Request::show, Request::toggleOrb, Request::toggleMask}));
+
+  // A peer that is not one of ours is closed unanswered: an unknown line, or one with no end.
+  for (const QByteArray& sent : {QByteArray("hello\n"), QByteArray(300, 'x')}) {
+    QLocalSocket peer;
+    peer.connectToServer(path);
+    ASSERT_TRUE(peer.waitForConnected(1000));
+    peer.write(sent);
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return peer.state() == QLocalSocket::UnconnectedState; }, 3000))
+        << sent.size();
+    EXPECT_EQ(peer.readAll(), QByteArray()) << sent.size();
+  }
 
   // Nobody serves the socket while this thread is blocked.
   SingleInstance silent(path, 300);
