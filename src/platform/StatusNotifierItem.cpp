@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <unistd.h>
+#include <algorithm>
 #include <array>
 
 #include <atomic>
@@ -287,15 +288,33 @@ bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
 void StatusNotifierItem::writeIconFile(const QImage& image) {
   static std::atomic<unsigned> written{0};
   const QDir folder(iconFolder_);
+  const auto file = [&folder](const QString& name) {
+    return folder.filePath(name + QStringLiteral(".png"));
+  };
+  const size_t key = qHashBits(image.constBits(), static_cast<size_t>(image.sizeInBytes()),
+                               static_cast<size_t>(image.width()));
+  const auto known = std::find_if(iconFiles_.begin(), iconFiles_.end(),
+                                  [key](const auto& each) { return each.first == key; });
+  if (known != iconFiles_.end()) {
+    const auto entry = *known;
+    iconFiles_.erase(known);
+    if (QFile::exists(file(entry.second))) {
+      iconFiles_.push_back(entry);
+      iconName_ = entry.second;
+      return;
+    }
+  }
   if (iconName_.isEmpty()) removeIconFiles(true);  // left by an earlier run that ended abruptly
   if (!QDir().mkpath(folder.path())) return;
   // Hosts look an icon up by its name once: a new image needs a new name.
   const QString name = QStringLiteral("tidemark-tray-%1-%2").arg(::getpid()).arg(++written);
-  if (!writePng(image, folder.filePath(name + QStringLiteral(".png")))) return;
-  // The one before stays until the next change, for a host still reading it.
-  if (!previousIconName_.isEmpty())
-    QFile::remove(folder.filePath(previousIconName_ + QStringLiteral(".png")));
-  previousIconName_ = iconName_;
+  if (!writePng(image, file(name))) return;
+  iconFiles_.emplace_back(key, name);
+  // The oldest goes; the ones shown just before stay, for a host still reading them.
+  if (iconFiles_.size() > iconFilesKept) {
+    QFile::remove(file(iconFiles_.front().second));
+    iconFiles_.erase(iconFiles_.begin());
+  }
   iconName_ = name;
 }
 
@@ -304,13 +323,13 @@ void StatusNotifierItem::removeIconFiles(bool othersToo) {
   const QString own = QStringLiteral("tidemark-tray-%1-").arg(::getpid());
   for (const QString& file :
        folder.entryList({QStringLiteral("tidemark-tray-*.png")}, QDir::Files)) {
-    const bool ours = file.startsWith(own) && (file == iconName_ + QStringLiteral(".png") ||
-                                               file == previousIconName_ + QStringLiteral(".png"));
     // Another run's files go only once that run has ended.
     const pid_t owner = file.section(u'-', 2, 2).toInt();
-    if (ours || (othersToo && owner > 0 && owner != ::getpid() && ::kill(owner, 0) != 0))
+    if (file.startsWith(own) ||
+        (othersToo && owner > 0 && owner != ::getpid() && ::kill(owner, 0) != 0))
       folder.remove(file);
   }
+  if (!othersToo) iconFiles_.clear();
   folder.rmdir(folder.path());  // only when empty
 }
 

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
@@ -86,7 +87,12 @@ class StatusNotifierItem final : public StatusNotifier {
   void removeIconFiles(bool othersToo);
 
   sni::IconPixmapList icon_;
-  QString iconName_, previousIconName_;
+  QString iconName_;
+  // The icon files written, by a hash of their pixels, the newest last: a face shown before is
+  // named again instead of written again (a price going to and fro moves the arc between the
+  // same few steps). The oldest go beyond iconFilesKept.
+  static constexpr size_t iconFilesKept = 32;
+  std::vector<std::pair<size_t, QString>> iconFiles_;
   QString toolTip_, label_, guide_;
 
   std::unique_ptr<QMenu> exported_;

@@ -147,6 +147,18 @@ void paintBall(QPainter& painter, QPointF c, double s, const OrbPalette& palette
   painter.drawEllipse(sphere);
 }
 
+// The day range's track, drawn with the sphere: a whole ring is the costliest stroke of the face
+// (Qt's raster engine hands its spans to a thread pool), and it does not move with the price.
+void paintTrack(QPainter& painter, QPointF c, double s, const OrbPalette& palette, bool offline) {
+  painter.save();
+  painter.setOpacity(offline ? 0.2 : 1);
+  const double radius = s / 2 - 0.06 * s;
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
+  painter.drawEllipse(QRectF(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius));
+  painter.restore();
+}
+
 // A square layer of the orb reaching `radius` from its centre, which falls on a whole device
 // pixel: idle frames draw it unscaled, pixel for pixel. Returns the centre in the layer.
 QPointF clearLayer(QImage& image, double radius, double ratio) {
@@ -263,14 +275,13 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
   const Color trend = model_.quoteStyle().color(quote ? quote->changePct() : 0);
   const bool offline = model_.phase() == QuotePhase::offline;
   const QRectF sphere(c.x() - s / 2, c.y() - s / 2, s, s);
-  // 3. The day's range: a track and an arc from the top, clockwise, ending in a dot.
+  // 3. The day's range: an arc from the top, clockwise, ending in a dot, over the track the
+  // sphere's layer holds.
   if (!core) {
     painter.save();
     painter.setOpacity(offline ? 0.2 : 1);
     const double radius = s / 2 - 0.06 * s;
     const QRectF ring(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius);
-    painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
-    painter.drawEllipse(ring);
     const double progress =
         quote ? rangeProgress(quote->price, quote->low, quote->high, true) : 0.5;
     QPen arcPen(QBrush(palette.aurora(ring)), 0.026 * s, Qt::SolidLine, Qt::RoundCap);
@@ -385,6 +396,7 @@ void OrbView::renderLayers(double s) {
     }
     const QPointF centre = clearLayer(bodyCache_, s / 2 + 1, ratio);
     paintBall(*layer(bodyCache_), centre, s, palette);
+    paintTrack(*layer(bodyCache_), centre, s, palette, offline);
     // The flash of a fresh quote: the sphere's disc in its lit colour, drawn at the flash's level.
     clearLayer(flashCache_, s / 2 + 1, ratio);
     auto flash = layer(flashCache_);

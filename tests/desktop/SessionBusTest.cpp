@@ -268,16 +268,22 @@ TEST_F(RegisteredTrayItem, TheLabelFollowsThePriceAndMaskingEmptiesItAndBaresThe
   d->h.scheduler.advance(1);
   ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.isEmpty(); }, busWait));
   EXPECT_EQ(log.labels.last().toStdString(), "600519  1,465.74  +0.95%");  // the demo's next step
+  const QString shownIcon = namedIcon();
   d->model->setMasked(true);
   d->h.scheduler.runDue();
   ASSERT_TRUE(QTest::qWaitFor([&] { return log.labels.last().isEmpty(); }, busWait));
   // Masked, the icon is the bare orb: a new file under a new name.
   const QString maskedIcon = namedIcon();
-  EXPECT_NE(maskedIcon, firstIcon);
+  EXPECT_NE(maskedIcon, shownIcon);
+  // Unmasked, the face shown before is named again, its file not written anew.
+  d->model->setMasked(false);
+  d->h.scheduler.runDue();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !log.labels.last().isEmpty(); }, busWait));
+  EXPECT_EQ(namedIcon().toStdString(), shownIcon.toStdString());
   // The files go with the item.
   d.reset();
-  EXPECT_FALSE(QFile::exists(maskedIcon));
-  EXPECT_FALSE(QFile::exists(firstIcon));
+  for (const QString& file : {firstIcon, shownIcon, maskedIcon})
+    EXPECT_FALSE(QFile::exists(file)) << file.toStdString();
 }
 
 // Activate hides the orb and a middle click (SecondaryActivate) shows it again; ContextMenu opens
