@@ -18,6 +18,7 @@
 #include "views/OrbView.h"
 #include "views/Symbols.h"
 #include "views/TextStyle.h"
+#include "views/UnsplitFills.h"
 
 namespace tidemark {
 namespace {
@@ -87,29 +88,12 @@ void paintHalo(QPainter& painter, QPointF c, double s, const OrbPalette& palette
   painter.drawEllipse(c, 0.8 * s, 0.8 * s);
 }
 
-// Qt's raster engine hands every fill of more than 96 spans to its thread pool and waits for
-// the pool: for a thin ring, waking the threads costs more than drawing it. Drawn in bands of
-// 40 device rows (at most two spans a row) it stays on this thread; under a stretch or a
-// rotation the ring is drawn whole.
+// The pulse and ripple rings, stroked whole in one hand-over (see paintUnsplit).
 void strokeRing(QPainter& painter, QPointF c, double r, const QPen& pen) {
   painter.save();
   painter.setPen(pen);
   painter.setBrush(Qt::NoBrush);
-  const QTransform device = painter.deviceTransform();
-  if (device.type() > QTransform::TxScale || device.m11() != device.m22()) {
-    painter.drawEllipse(c, r, r);
-    painter.restore();
-    return;
-  }
-  const double scale = device.m22(), band = 40 / scale, half = r + pen.widthF();
-  // Bands start on whole device rows, so their seams fall between rows.
-  const double first = std::floor((c.y() - half) * scale + device.dy()) - device.dy();
-  for (double top = first / scale; top < c.y() + half; top += band) {
-    painter.save();
-    painter.setClipRect(QRectF(c.x() - half - 1, top, 2 * half + 2, band), Qt::IntersectClip);
-    painter.drawEllipse(c, r, r);
-    painter.restore();
-  }
+  paintUnsplit([&] { painter.drawEllipse(c, r, r); });
   painter.restore();
 }
 
@@ -155,7 +139,8 @@ void paintTrack(QPainter& painter, QPointF c, double s, const OrbPalette& palett
   const double radius = s / 2 - 0.06 * s;
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
-  painter.drawEllipse(QRectF(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius));
+  paintUnsplit(
+      [&] { painter.drawEllipse(QRectF(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius)); });
   painter.restore();
 }
 
@@ -286,7 +271,9 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
         quote ? rangeProgress(quote->price, quote->low, quote->high, true) : 0.5;
     QPen arcPen(QBrush(palette.aurora(ring)), 0.026 * s, Qt::SolidLine, Qt::RoundCap);
     painter.setPen(arcPen);
-    painter.drawArc(ring, 90 * 16, static_cast<int>(std::lround(-progress * 360 * 16)));
+    paintUnsplit([&] {
+      painter.drawArc(ring, 90 * 16, static_cast<int>(std::lround(-progress * 360 * 16)));
+    });
     const double end = pi / 2 - progress * 2 * pi;
     const QPointF dot(c.x() + radius * std::cos(end), c.y() - radius * std::sin(end));
     painter.setPen(Qt::NoPen);

@@ -7,7 +7,9 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QSemaphore>
 #include <QTest>
+#include <QThreadPool>
 
 #include "core/ManualScheduler.h"
 #include "shell/OrbContentView.h"
@@ -18,6 +20,7 @@
 #include "views/Symbols.h"
 #include "views/TextStyle.h"
 #include "views/Theme.h"
+#include "views/UnsplitFills.h"
 
 namespace tidemark {
 namespace {
@@ -381,6 +384,38 @@ TEST(OrbMotion, AFreshQuotePaintsItsEffectsAndNotTheHeldFlash) {
   EXPECT_EQ(std::tuple(held, after), std::tuple(0, 1));
   for (int frames : {rising, falling}) EXPECT_TRUE(frames >= 3 && frames <= 5) << frames;
   EXPECT_FALSE(orb.orb().ticker().isRunning());
+}
+
+// A ring handed to Qt's pool comes out as stroked in place, from the interface's thread and from
+// a thread of the pool itself, where handing it over again would wait for ever on a pool of one.
+TEST(UnsplitFills, TheRingIsDrawnAsInPlaceAlsoFromThePool) {
+  const auto ring = [](bool unsplit) {
+    QImage image(160, 160, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(220, 60, 60), 2));
+    const auto draw = [&] { painter.drawEllipse(QPointF(80.3, 79.7), 65, 65); };
+    unsplit ? paintUnsplit(draw) : draw();
+    painter.end();
+    return image;
+  };
+  const QImage inPlace = ring(false);
+  ASSERT_GT(count(inPlace, inPlace.rect(), QColor(220, 60, 60)), 300);
+  EXPECT_EQ(ring(true), inPlace);
+  QThreadPool* pool = QThreadPool::globalInstance();
+  const int threads = pool->maxThreadCount();
+  pool->setMaxThreadCount(1);
+  QImage fromPool;
+  QSemaphore done;
+  pool->start([&] {
+    fromPool = ring(true);
+    done.release();
+  });
+  const bool finished = done.tryAcquire(1, 10000);
+  pool->setMaxThreadCount(threads);
+  ASSERT_TRUE(finished);
+  EXPECT_EQ(fromPool, inPlace);
 }
 
 // The overshoot its damping gives, a period set by its response, a turn without a jump in
