@@ -131,12 +131,17 @@ void paintBall(QPainter& painter, QPointF c, double s, const OrbPalette& palette
   painter.drawEllipse(sphere);
 }
 
+// The radius of the day range's track and arc.
+double rangeRadius(double s) {
+  return s / 2 - 0.06 * s;
+}
+
 // The day range's track, drawn with the sphere: a whole ring is the costliest stroke of the face
 // (Qt's raster engine hands its spans to a thread pool), and it does not move with the price.
 void paintTrack(QPainter& painter, QPointF c, double s, const OrbPalette& palette, bool offline) {
   painter.save();
   painter.setOpacity(offline ? 0.2 : 1);
-  const double radius = s / 2 - 0.06 * s;
+  const double radius = rangeRadius(s);
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(faded(palette.orbDeep(), 0.28), 1.6));
   paintUnsplit(
@@ -265,7 +270,7 @@ void OrbView::paintFace(QPainter& painter, QPointF c, double s, bool core) const
   if (!core) {
     painter.save();
     painter.setOpacity(offline ? 0.2 : 1);
-    const double radius = s / 2 - 0.06 * s;
+    const double radius = rangeRadius(s);
     const QRectF ring(c.x() - radius, c.y() - radius, 2 * radius, 2 * radius);
     const double progress =
         quote ? rangeProgress(quote->price, quote->low, quote->high, true) : 0.5;
