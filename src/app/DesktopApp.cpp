@@ -23,9 +23,11 @@
 #include "app/LiveSources.h"
 #include "app/SingleInstance.h"
 #include "app/StoreNotices.h"
+#include "core/ExchangeTime.h"
 #include "core/GlobalCommands.h"
 #include "platform/Autostart.h"
 #include "platform/DBusNotifier.h"
+#include "platform/FontConfiguration.h"
 #include "platform/GnomeShortcuts.h"
 #include "platform/QtScheduler.h"
 #include "platform/SessionBusProbe.h"
@@ -263,6 +265,13 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   auto bus = std::async(std::launch::async, [address = std::string(busAddress ? busAddress : "")] {
     return address.empty() ? BusAnswer::answered
                            : probeSessionBus(address, std::chrono::milliseconds(1000));
+  });
+  // Two readings every start makes before its first frame, the font configuration (a parse of
+  // its files) and the exchanges' time zones (a scan of the zone folder), need no display: they
+  // are made on a second core while Qt loads its platform and connects to the display.
+  const auto readAhead = std::async(std::launch::async, [] {
+    loadFontConfiguration();
+    loadExchangeZones();
   });
   const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
   if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);

@@ -31,6 +31,10 @@ const date::time_zone* zoneOf(Exchange exchange) {
 
 }  // namespace
 
+void loadExchangeZones() {
+  (void)zoneOf(Exchange{});
+}
+
 std::optional<Date> exchangeInstant(Exchange exchange, int year, int month, int day, int hour,
                                     int minute, int second) {
   const date::time_zone* zone = zoneOf(exchange);

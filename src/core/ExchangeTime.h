@@ -28,6 +28,10 @@ std::optional<Date> parseExchangeTime(std::string_view text, Exchange exchange);
 // What the exchange's clock reads at an instant; none when the zone is unknown.
 std::optional<ExchangeTime> exchangeTime(Exchange exchange, Date at);
 
+// Reads the exchanges' zones from the system's tzdata now, which the first reading of a clock
+// would otherwise do: a scan of the whole zone folder. Safe from any thread.
+void loadExchangeZones();
+
 // "11-25 14:59:58".
 std::string monthDayTimeText(const ExchangeTime& time);
 // "2026-11-25T14:59:58+08:00", "2026-11-24T16:00:02-05:00".
