@@ -92,11 +92,14 @@ class X11HotKeys final : public GlobalHotKeys, public QAbstractNativeEventFilter
     }
     const xcb_keycode_t keycode = codes[0];
     std::free(codes);
+    // The four grabs go out together and their answers come back in one round trip.
+    std::array<xcb_void_cookie_t, lockVariants.size()> cookies{};
+    for (size_t i = 0; i < lockVariants.size(); ++i)
+      cookies[i] = xcb_grab_key_checked(connection_, 1, rootWindow(), modifiers | lockVariants[i],
+                                        keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     bool ok = true;
-    for (uint16_t locks : lockVariants) {
+    for (const xcb_void_cookie_t cookie : cookies) {
       // Another program holding the key answers BadAccess: the key stays unavailable.
-      auto cookie = xcb_grab_key_checked(connection_, 1, rootWindow(), modifiers | locks, keycode,
-                                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
       if (xcb_generic_error_t* error = xcb_request_check(connection_, cookie)) {
         std::free(error);
         ok = false;

@@ -7,6 +7,7 @@
 #include <xcb/xinput.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -23,8 +24,16 @@
 namespace tidemark {
 namespace {
 
-using x11::atom;
 using x11::rootOf;
+
+// The atoms the window system names, interned together when it is made. A compositing manager
+// owns _NET_WM_CM_S0 (Qt talks to the display's default screen; Xvfb and Xwayland have only
+// screen 0); the states are those the orb's window adds to its own.
+constexpr std::array<const char*, 7> atomNames{
+    "_NET_WM_CM_S0",           "_NET_WM_DESKTOP",     "_NET_WM_STATE",
+    "_NET_WM_STATE_STICKY",    "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR",
+    "_NET_WM_STATE_SKIP_PAGER"};
+enum AtomName : size_t { compositorSelection, wmDesktop, wmState, firstOrbState };
 
 std::vector<xcb_rectangle_t> deviceRectangles(QWidget& window, const QRegion& region) {
   std::vector<xcb_rectangle_t> rectangles;
@@ -41,11 +50,10 @@ std::vector<xcb_rectangle_t> deviceRectangles(QWidget& window, const QRegion& re
 
 class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFilter {
  public:
-  explicit X11WindowSystem(xcb_connection_t* connection)
-      : connection_(connection),
-        // Qt talks to the display's default screen; Xvfb and Xwayland have only screen 0.
-        compositorSelection_(atom(connection, "_NET_WM_CM_S0")) {
+  explicit X11WindowSystem(xcb_connection_t* connection) : connection_(connection) {
     const auto cookie = xcb_query_extension(connection, 8, "XWAYLAND");
+    atoms_ = x11::atoms(connection, atomNames);
+    compositorSelection_ = atoms_[compositorSelection];
     xcb_query_extension_reply_t* reply = xcb_query_extension_reply(connection, cookie, nullptr);
     xwayland_ = reply && reply->present;
     std::free(reply);
@@ -136,11 +144,10 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
     xcb_change_window_attributes(connection_, id, XCB_CW_BIT_GRAVITY, &staticGravity);
     // Qt sets neither property. Window managers differ in which one they honour, so both.
     const uint32_t everyDesktop = 0xFFFFFFFF;
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id,
-                        atom(connection_, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1,
-                        &everyDesktop);
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id, atoms_[wmDesktop],
+                        XCB_ATOM_CARDINAL, 32, 1, &everyDesktop);
     // Added to those the window has (Qt keeps them when it maps the window), each once.
-    const xcb_atom_t property = atom(connection_, "_NET_WM_STATE");
+    const xcb_atom_t property = atoms_[wmState];
     std::vector<xcb_atom_t> states;
     const auto cookie = xcb_get_property(connection_, 0, id, property, XCB_ATOM_ATOM, 0, 64);
     if (xcb_get_property_reply_t* reply = xcb_get_property_reply(connection_, cookie, nullptr)) {
@@ -148,10 +155,8 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
       if (reply->format == 32) states.assign(held, held + xcb_get_property_value_length(reply) / 4);
       std::free(reply);
     }
-    for (const char* name : {"_NET_WM_STATE_STICKY", "_NET_WM_STATE_ABOVE",
-                             "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"})
-      if (const xcb_atom_t state = atom(connection_, name); std::ranges::count(states, state) == 0)
-        states.push_back(state);
+    for (size_t i = firstOrbState; i < atoms_.size(); ++i)
+      if (std::ranges::count(states, atoms_[i]) == 0) states.push_back(atoms_[i]);
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id, property, XCB_ATOM_ATOM, 32,
                         static_cast<uint32_t>(states.size()), states.data());
     xcb_flush(connection_);
@@ -166,7 +171,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
     ask.response_type = XCB_CLIENT_MESSAGE;
     ask.format = 32;
     ask.window = id;
-    ask.type = atom(connection_, "_NET_WM_DESKTOP");
+    ask.type = atoms_[wmDesktop];
     ask.data.data32[0] = 0xFFFFFFFF;
     ask.data.data32[1] = 1;
     xcb_send_event(connection_, 0, rootOf(connection_),
@@ -189,7 +194,8 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   }
 
   xcb_connection_t* connection_;
-  xcb_atom_t compositorSelection_;
+  std::vector<xcb_atom_t> atoms_;
+  xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
   uint8_t inputOpcode_ = 0;
   uint8_t fixesEvent_ = 0;
   bool xwayland_ = false;
