@@ -2,6 +2,8 @@
 
 #include <QPixmap>
 
+#include "views/Theme.h"
+
 namespace tidemark {
 
 StatusItem::StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void()> onActivate,
@@ -22,7 +24,15 @@ StatusItem::StatusItem(std::function<void(QMenu&)> buildMenu, std::function<void
                           },
                       .contextMenu = [this](QPoint at) { menu_.popup(at); },
                       .scroll = std::move(onScroll),
-                      .buildMenu = [this](QMenu& menu) { buildMenu_(menu); },
+                      .buildMenu =
+                          [this](QMenu& menu) {
+                            buildMenu_(menu);
+                            // Read over D-Bus by the tray host and never drawn: no style sheet
+                            // is parsed for it or its submenus.
+                            menu.setProperty(plainStyle, true);
+                            for (QMenu* sub : menu.findChildren<QMenu*>())
+                              sub->setProperty(plainStyle, true);
+                          },
                       .availabilityChanged =
                           [this] {
                             retriesLeft_ = 12;

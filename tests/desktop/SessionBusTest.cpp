@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -297,6 +298,18 @@ TEST_F(RegisteredTrayItem, ClicksTheContextMenuAndTheWheel) {
   QMenu& ours = d->delegate->statusItem().menu();
   host.call(service, path, itemInterface, u"ContextMenu"_s, {100, 100});
   EXPECT_TRUE(QTest::qWaitFor([&] { return ours.isVisible(); }, busWait));
+  // The menu Qt draws takes the theme; the one the host reads over the bus is never drawn and
+  // has no style sheet parsed for it (a quarter of a megabyte each).
+  EXPECT_FALSE(ours.styleSheet().isEmpty());
+  int exported = 0;
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    const auto* other = qobject_cast<QMenu*>(window);
+    if (!other || other == &ours || other->parent() == &ours) continue;
+    ++exported;
+    EXPECT_TRUE(other->testAttribute(Qt::WA_WState_Polished));
+    EXPECT_TRUE(other->styleSheet().isEmpty());
+  }
+  EXPECT_EQ(exported, 3) << "the exported menu and its two submenus";
   ours.hide();
   d->h.scheduler.runDue();
   for (const auto& [delta, next] : {std::pair{120, "00700"}, {-120, "NVDA"}}) {
