@@ -277,6 +277,8 @@ bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
   png.width = static_cast<png_uint_32>(rgba.width());
   png.height = static_cast<png_uint_32>(rgba.height());
   png.format = PNG_FORMAT_RGBA;
+  // A few kilobytes on a memory-backed folder, read once by the tray host: speed over size.
+  png.flags = PNG_IMAGE_FLAG_FAST;
   const bool written =
       png_image_write_to_file(&png, QFile::encodeName(path).constData(), 0, rgba.constBits(),
                               static_cast<png_int_32>(rgba.bytesPerLine()), nullptr);
