@@ -301,6 +301,7 @@ TEST_F(RegisteredTrayItem, ClicksTheContextMenuAndTheWheel) {
   // The menu Qt draws takes the theme; the one the host reads over the bus is never drawn and
   // has no style sheet parsed for it (a quarter of a megabyte each).
   EXPECT_FALSE(ours.styleSheet().isEmpty());
+  QCoreApplication::sendPostedEvents();  // the polish of a menu rebuilt just now
   int exported = 0;
   for (QWidget* window : QApplication::topLevelWidgets()) {
     const auto* other = qobject_cast<QMenu*>(window);
