@@ -241,6 +241,17 @@ void leaveSilentBus(const char* address) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 }
 
+// Two readings every start makes before its first frame, the font configuration (a parse of its
+// files) and the exchanges' time zones (a scan of the zone folder), need no display: they are
+// made on a second core while Qt loads its platform and connects to the display. The future's
+// end waits for them.
+std::future<void> readAhead() {
+  return std::async(std::launch::async, [] {
+    loadFontConfiguration();
+    loadExchangeZones();
+  });
+}
+
 // A second start's requests, passed on by the one-instance channel.
 void answerRequests(SingleInstance& instance, AppDelegate& delegate) {
   instance.onRequest = [&delegate](SingleInstance::Request request) {
@@ -266,13 +277,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     return address.empty() ? BusAnswer::answered
                            : probeSessionBus(address, std::chrono::milliseconds(1000));
   });
-  // Two readings every start makes before its first frame, the font configuration (a parse of
-  // its files) and the exchanges' time zones (a scan of the zone folder), need no display: they
-  // are made on a second core while Qt loads its platform and connects to the display.
-  const auto readAhead = std::async(std::launch::async, [] {
-    loadFontConfiguration();
-    loadExchangeZones();
-  });
+  const auto readings = readAhead();
   const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
   if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);
   if (!choice.message.empty()) std::cerr << choice.message << "\n";
