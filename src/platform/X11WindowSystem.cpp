@@ -53,7 +53,6 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
   explicit X11WindowSystem(xcb_connection_t* connection) : connection_(connection) {
     const auto cookie = xcb_query_extension(connection, 8, "XWAYLAND");
     atoms_ = x11::atoms(connection, atomNames);
-    compositorSelection_ = atoms_[compositorSelection];
     xcb_query_extension_reply_t* reply = xcb_query_extension_reply(connection, cookie, nullptr);
     xwayland_ = reply && reply->present;
     std::free(reply);
@@ -78,7 +77,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
 
   // A compositing manager owns the _NET_WM_CM_S0 selection; XFixes reports every change of owner.
   bool compositing() const override {
-    auto cookie = xcb_get_selection_owner(connection_, compositorSelection_);
+    auto cookie = xcb_get_selection_owner(connection_, atoms_[compositorSelection]);
     xcb_get_selection_owner_reply_t* reply =
         xcb_get_selection_owner_reply(connection_, cookie, nullptr);
     const bool owned = reply && reply->owner != XCB_NONE;
@@ -93,7 +92,7 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
                                              xcb_xfixes_query_version(connection_, 1, 0), nullptr));
     compositingChanged_ = std::move(changed);
     fixesEvent_ = fixes->first_event;
-    xcb_xfixes_select_selection_input(connection_, rootOf(connection_), compositorSelection_,
+    xcb_xfixes_select_selection_input(connection_, rootOf(connection_), atoms_[compositorSelection],
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
@@ -106,7 +105,8 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
     const uint8_t kind = event->response_type & ~0x80;
     if (compositingChanged_ && kind == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY) {
       const auto* notify = reinterpret_cast<xcb_xfixes_selection_notify_event_t*>(event);
-      if (notify->selection == compositorSelection_) compositingChanged_(notify->owner != XCB_NONE);
+      if (notify->selection == atoms_[compositorSelection])
+        compositingChanged_(notify->owner != XCB_NONE);
       return false;  // Qt follows the compositor too
     }
     if (kind != XCB_GE_GENERIC || !inputOpcode_) return false;
@@ -195,7 +195,6 @@ class X11WindowSystem final : public WindowSystem, public QAbstractNativeEventFi
 
   xcb_connection_t* connection_;
   std::vector<xcb_atom_t> atoms_;
-  xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
   uint8_t inputOpcode_ = 0;
   uint8_t fixesEvent_ = 0;
   bool xwayland_ = false;
