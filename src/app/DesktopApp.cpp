@@ -243,8 +243,7 @@ void leaveSilentBus(const char* address) {
 
 // Two readings every start makes before its first frame, the font configuration (a parse of its
 // files) and the exchanges' time zones (a scan of the zone folder), need no display: they are
-// made on a second core while Qt loads its platform and connects to the display. The future's
-// end waits for them.
+// made on a second core while Qt loads its platform and connects to the display.
 std::future<void> readAhead() {
   return std::async(std::launch::async, [] {
     loadFontConfiguration();
@@ -277,7 +276,6 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
     return address.empty() ? BusAnswer::answered
                            : probeSessionBus(address, std::chrono::milliseconds(1000));
   });
-  const auto readings = readAhead();
   const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
   if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);
   if (!choice.message.empty()) std::cerr << choice.message << "\n";
@@ -286,7 +284,11 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
                  "watchlist's quotes instead\n";
     return 1;
   }
+  const auto readings = readAhead();
   QApplication app(argc, argv);
+  // Done by now on two cores. Ended here, before any way out: Qt's font database frees the
+  // configuration it shares with the reading when the application object goes.
+  readings.wait();
   setIdentity();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(QFont(QStringLiteral("Noto Sans CJK SC")));
