@@ -251,6 +251,20 @@ std::future<void> readAhead() {
   });
 }
 
+// Whether the session bus answers, asked on a thread with a deadline.
+std::future<BusAnswer> askSessionBus(const char* busAddress) {
+  return std::async(std::launch::async, [address = std::string(busAddress ? busAddress : "")] {
+    return address.empty() ? BusAnswer::answered
+                           : probeSessionBus(address, std::chrono::milliseconds(1000));
+  });
+}
+
+// Where the pointer is, for the orb's menus and drags.
+Point cursorPoint() {
+  const QPoint p = QCursor::pos();
+  return Point{double(p.x()), double(p.y())};
+}
+
 // A second start's requests, passed on by the one-instance channel.
 void answerRequests(SingleInstance& instance, AppDelegate& delegate) {
   instance.onRequest = [&delegate](SingleInstance::Request request) {
@@ -272,10 +286,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   // A session bus that takes the connection and never answers would hold every D-Bus call, Qt's
   // own too, for ever; it is asked meanwhile, with a deadline, before anything uses it.
   const char* busAddress = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-  auto bus = std::async(std::launch::async, [address = std::string(busAddress ? busAddress : "")] {
-    return address.empty() ? BusAnswer::answered
-                           : probeSessionBus(address, std::chrono::milliseconds(1000));
-  });
+  auto bus = askSessionBus(busAddress);
   const PlatformChoice choice = choosePlatform([](const char* name) { return std::getenv(name); });
   if (!choice.platform.empty()) setenv("QT_QPA_PLATFORM", choice.platform.c_str(), 1);
   if (!choice.message.empty()) std::cerr << choice.message << "\n";
@@ -330,11 +341,7 @@ int runDesktop(int& argc, char** argv, const CommandLine& line) {
   const WindowContentFactory windows = translatedOnFirstUse(content, bundle);
   const std::string desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
   AppDelegate delegate(
-      {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens,
-       [] {
-         const QPoint p = QCursor::pos();
-         return Point{double(p.x()), double(p.y())};
-       },
+      {model, *store, clock, scheduler, *windowSystem, *hotKeys, windows, qtScreens, cursorPoint,
        [labels = trayLabelsShown(desktops)] { return makeStatusNotifier(labels); },
        makeDesktopMotionSetting, choice.wayland, [&] { return gnomeKeys && gnome.isInstalled(); },
        orbWindowKind(choice.wayland, desktops)});
