@@ -96,6 +96,7 @@ bool OrbView::availableMotion() const {
 void OrbView::setCompositing(bool on) {
   if (compositing_ == on) return;
   compositing_ = on;
+  glowKey_.clear();
   sphereKey_.clear();
   faceKey_.clear();
   update();
@@ -106,7 +107,7 @@ void OrbView::setCompositing(bool on) {
 void OrbView::setBare(bool on) {
   if (bare_ == on) return;
   bare_ = on;
-  sphereKey_.clear();
+  glowKey_.clear();
   update();
   extentChanged();
 }

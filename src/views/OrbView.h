@@ -183,10 +183,11 @@ class OrbView final : public QWidget {
   // The flash in the sixteenth steps it is drawn in.
   int flashStep() const;
   int shownFlash_ = 0;
-  // The orb is drawn once into layers and reused for every frame: the glow, the sphere (redrawn
-  // only for another theme, size or direction), the ring with the badge, and the core's texts.
+  // The orb is drawn once into layers and reused for every frame: the glow (redrawn for another
+  // direction too), the sphere (only for another theme or size), the ring with the badge, and the
+  // core's texts.
   void renderLayers(double s);
-  std::string sphereKey_, faceKey_;
+  std::string glowKey_, sphereKey_, faceKey_;
   QImage glowCache_, bodyCache_, faceCache_, coreCache_, flashCache_;
   std::map<std::string, QImage> satelliteSprites_;
   OncePerTurn refreshes_{this, [this] { modelChanged(); }};

@@ -373,19 +373,24 @@ void OrbView::renderLayers(double s) {
     painter->setRenderHint(QPainter::TextAntialiasing);
     return painter;
   };
-  // The sphere and its glow stay through new prices: only the face and the texts are redrawn.
-  std::string sphere = std::to_string(static_cast<int>(model_.theme())) + "|" + std::to_string(s) +
-                       "|" + std::to_string(ratio) + "|" +
-                       qt(trend).name(QColor::HexArgb).toStdString() + "|" +
-                       std::to_string(offline) + std::to_string(glows());
-  if (sphere != sphereKey_ || bodyCache_.isNull()) {
-    sphereKey_ = std::move(sphere);
+  // The sphere stays through new prices and other securities; only its glow takes the
+  // direction's colour. The face and the texts follow every price.
+  const std::string sphere = std::to_string(static_cast<int>(model_.theme())) + "|" +
+                             std::to_string(s) + "|" + std::to_string(ratio) + "|" +
+                             std::to_string(offline);
+  if (std::string glow = sphere + "|" + qt(trend).name(QColor::HexArgb).toStdString() + "|" +
+                         std::to_string(glows());
+      glow != glowKey_) {
+    glowKey_ = std::move(glow);
     if (glows()) {
       const QPointF centre = clearLayer(glowCache_, 0.86 * s + 2, ratio);
       paintOrbGlow(*layer(glowCache_), centre, s, palette, trend, offline);
     } else {
       glowCache_ = QImage();
     }
+  }
+  if (sphere != sphereKey_ || bodyCache_.isNull()) {
+    sphereKey_ = sphere;
     const QPointF centre = clearLayer(bodyCache_, s / 2 + 1, ratio);
     paintBall(*layer(bodyCache_), centre, s, palette);
     paintTrack(*layer(bodyCache_), centre, s, palette, offline);

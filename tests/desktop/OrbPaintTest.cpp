@@ -258,6 +258,19 @@ TEST(OrbPaint, FiguresMaskedAndMissing) {
   }
 }
 
+// Another active security takes its own direction's glow; the sphere between the glow and the
+// texts is the same.
+TEST(OrbPaint, TheGlowFollowsTheActiveSecuritysDirection) {
+  Orb orb;
+  const QImage rising = orb.paint();
+  orb.model->setActiveID("000858");
+  const QImage falling = orb.paint();
+  const QColor before = rising.pixelColor(290, 230), after = falling.pixelColor(290, 230);
+  EXPECT_GT(before.red(), before.green() + 10) << before.name(QColor::HexArgb).toStdString();
+  EXPECT_GT(after.green(), after.red() + 40) << after.name(QColor::HexArgb).toStdString();
+  EXPECT_EQ(falling.copy(226, 254, 8, 14), rising.copy(226, 254, 8, 14));
+}
+
 // Collapsed, the satellites sit behind the sphere whether the orb is free or docked; docked, only
 // the visible half shows. 00700 (rising) stands right of the top, 000858 (falling) left.
 TEST(OrbPaint, DockedHalfAndTheSatellitesBehindIt) {
