@@ -4,6 +4,9 @@
 #include <unistd.h>
 #include <algorithm>
 #include <array>
+#include <csetjmp>
+#include <cstdio>
+#include <vector>
 
 #include <atomic>
 
@@ -18,7 +21,9 @@
 #include <QDir>
 #include <QFile>
 #include <QMenu>
+#include <QMutex>
 #include <QStandardPaths>
+#include <QThread>
 #include <QTimer>
 
 #include "platform/DBusReplies.h"
@@ -49,9 +54,18 @@ class StatusNotifierItem::Listener : public QObject {
   StatusNotifierItem& owner_;
 };
 
+// Lives on the bus's own thread once the item starts: a host reads the properties back after
+// every change, several a signal, and answering there spares the main thread a wake-up for each.
+// The properties are published to it whole, under its lock; clicks and scrolls go to the main
+// thread.
 class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
  public:
   explicit ItemObject(StatusNotifierItem& owner) : owner_(owner) {}
+
+  void publish(QVariantMap properties) {
+    const QMutexLocker lock(&lock_);
+    properties_.swap(properties);
+  }
 
   QString introspect(const QString&) const override {
     return QStringLiteral(R"xml(<interface name="org.kde.StatusNotifierItem">
@@ -89,21 +103,26 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
     const QString member = message.member();
     if (message.interface() == introspectableInterface)
       return false;  // Qt answers from introspect()
-    if (message.interface() == propertiesInterface)
-      return answerProperties(message, connection, owner_.itemProperties());
-    const Handlers& h = owner_.handlers_;
+    if (message.interface() == propertiesInterface) {
+      QVariantMap now;
+      {
+        const QMutexLocker lock(&lock_);
+        now = properties_;
+      }
+      return answerProperties(message, connection, now);
+    }
     if (member == QLatin1String("Activate") || member == QLatin1String("SecondaryActivate")) {
-      later([&h] {
+      later([](const Handlers& h) {
         if (h.activate) h.activate();
       });
     } else if (member == QLatin1String("ContextMenu") && args.size() == 2) {
       const QPoint at(args[0].toInt(), args[1].toInt());
-      later([&h, at] {
+      later([at](const Handlers& h) {
         if (h.contextMenu) h.contextMenu(at);
       });
     } else if (member == QLatin1String("Scroll") && args.size() == 2) {
       if (args[0].toInt() != 0)
-        later([&h] {
+        later([](const Handlers& h) {
           if (h.scroll) h.scroll();
         });
     } else if (member != QLatin1String("ProvideXdgActivationToken") &&
@@ -113,14 +132,18 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
     return send(message, connection, {});
   }
 
-  // The handlers run on the next turn, after the caller has its reply.
+  // The handlers run on the main thread's next turn, after the caller has its reply.
   template <class F>
   void later(F work) {
-    QTimer::singleShot(0, this, std::move(work));
+    StatusNotifierItem* owner = &owner_;
+    QMetaObject::invokeMethod(
+        owner->listener_.get(), [owner, work] { work(owner->handlers_); }, Qt::QueuedConnection);
   }
 
  private:
   StatusNotifierItem& owner_;
+  QMutex lock_;
+  QVariantMap properties_;
 };
 
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, bool labels)
@@ -141,11 +164,20 @@ StatusNotifierItem::~StatusNotifierItem() {
   bus_.unregisterObject(QLatin1String(itemPath));
   bus_.unregisterObject(QLatin1String(menuPath));
   bus_.unregisterService(serviceName_);
+  // Reads the bus thread has already taken for the item are answered before it comes back here
+  // to be deleted.
+  QThread* here = QThread::currentThread();
+  if (item_->thread() != here && item_->thread()->isRunning())
+    QMetaObject::invokeMethod(
+        item_.get(), [this, here] { item_->moveToThread(here); }, Qt::BlockingQueuedConnection);
 }
 
 void StatusNotifierItem::start(Handlers handlers) {
   handlers_ = std::move(handlers);
   rebuildMenu();
+  publish();
+  // The connection's own objects live on the bus's thread.
+  if (const QObject* busSide = bus_.interface()) item_->moveToThread(busSide->thread());
   bus_.registerVirtualObject(QLatin1String(itemPath), item_.get());
   bus_.registerVirtualObject(QLatin1String(menuPath), menu_.get());
   bus_.registerService(serviceName_);
@@ -249,6 +281,10 @@ QVariantMap StatusNotifierItem::itemProperties() const {
   return properties;
 }
 
+void StatusNotifierItem::publish() {
+  item_->publish(itemProperties());
+}
+
 void StatusNotifierItem::emitSignal(const char* path, const char* interface, const char* name,
                                     const QVariantList& arguments) {
   QDBusMessage signal = QDBusMessage::createSignal(QLatin1String(path), QLatin1String(interface),
@@ -262,6 +298,7 @@ void StatusNotifierItem::setIcon(const QImage& small, const QImage& large) {
   if (icon == icon_) return;
   icon_ = icon;
   writeIconFile(large);
+  publish();
   emitSignal(itemPath, "org.kde.StatusNotifierItem", "NewIcon");
 }
 
@@ -270,21 +307,51 @@ QString StatusNotifierItem::iconFolder() {
          QStringLiteral("/tidemark-tray");
 }
 
+namespace {
+
+// Writes the rows with libpng, stored rather than compressed: the file is a few kilobytes on a
+// memory-backed folder, read once by the tray host, and setting deflate up afresh for every file
+// (its state is a quarter of a megabyte) took more of a refresh than the tray's other work.
+bool writeStoredPng(FILE* file, const QImage& rgba) {
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  if (!info) {
+    png_destroy_write_struct(&png, nullptr);
+    return false;
+  }
+  std::vector<png_bytep> rows(static_cast<size_t>(rgba.height()));
+  for (int y = 0; y < rgba.height(); ++y)
+    rows[static_cast<size_t>(y)] = const_cast<png_bytep>(rgba.constScanLine(y));
+  if (setjmp(png_jmpbuf(png)) != 0) {  // libpng reports its errors by a long jump here
+    png_destroy_write_struct(&png, &info);
+    return false;
+  }
+  png_init_io(png, file);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(rgba.width()),
+               static_cast<png_uint_32>(rgba.height()), 8, PNG_COLOR_TYPE_RGB_ALPHA,
+               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+  png_set_compression_level(png, 0);
+  png_set_compression_mem_level(png, 1);
+  png_write_info(png, info);
+  png_write_image(png, rows.data());
+  png_write_end(png, nullptr);
+  png_destroy_write_struct(&png, &info);
+  return true;
+}
+
+}  // namespace
+
 bool StatusNotifierItem::writePng(const QImage& image, const QString& path) {
   const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
-  png_image png{};
-  png.version = PNG_IMAGE_VERSION;
-  png.width = static_cast<png_uint_32>(rgba.width());
-  png.height = static_cast<png_uint_32>(rgba.height());
-  png.format = PNG_FORMAT_RGBA;
-  // A few kilobytes on a memory-backed folder, read once by the tray host: speed over size.
-  png.flags = PNG_IMAGE_FLAG_FAST;
-  const bool written =
-      png_image_write_to_file(&png, QFile::encodeName(path).constData(), 0, rgba.constBits(),
-                              static_cast<png_int_32>(rgba.bytesPerLine()), nullptr);
-  png_image_free(&png);
-  if (!written) QFile::remove(path);
-  return written;
+  FILE* file = std::fopen(QFile::encodeName(path).constData(), "wb");
+  if (!file) return false;
+  const bool written = writeStoredPng(file, rgba);
+  if (std::fclose(file) != 0 || !written) {
+    QFile::remove(path);
+    return false;
+  }
+  return true;
 }
 
 void StatusNotifierItem::writeIconFile(const QImage& image) {
@@ -307,10 +374,11 @@ void StatusNotifierItem::writeIconFile(const QImage& image) {
     }
   }
   if (iconName_.isEmpty()) removeIconFiles(true);  // left by an earlier run that ended abruptly
-  if (!QDir().mkpath(folder.path())) return;
+  if (!folderMade_ && !QDir().mkpath(folder.path())) return;
   // Hosts look an icon up by its name once: a new image needs a new name.
   const QString name = QStringLiteral("tidemark-tray-%1-%2").arg(::getpid()).arg(++written);
-  if (!writePng(image, file(name))) return;
+  folderMade_ = writePng(image, file(name));  // a folder removed meanwhile is made again next time
+  if (!folderMade_) return;
   iconFiles_.emplace_back(key, name);
   // The oldest goes; the ones shown just before stay, for a host still reading them.
   if (iconFiles_.size() > iconFilesKept) {
@@ -332,13 +400,14 @@ void StatusNotifierItem::removeIconFiles(bool othersToo) {
       folder.remove(file);
   }
   if (!othersToo) iconFiles_.clear();
-  folder.rmdir(folder.path());  // only when empty
+  folderMade_ = !folder.rmdir(folder.path()) && folder.exists();  // removed only when empty
 }
 
 void StatusNotifierItem::setToolTip(const std::string& text) {
   const QString tip = QString::fromStdString(text);
   if (tip == toolTip_) return;
   toolTip_ = tip;
+  publish();
   emitSignal(itemPath, "org.kde.StatusNotifierItem", "NewToolTip");
 }
 
@@ -347,6 +416,7 @@ void StatusNotifierItem::setLabel(const std::string& text) {
   if (!labels_ || label == label_) return;
   label_ = label;
   guide_ = labelGuide(label);
+  publish();
   emitSignal(itemPath, "org.kde.StatusNotifierItem", "XAyatanaNewLabel", {label_, guide_});
 }
 

@@ -64,6 +64,8 @@ class StatusNotifierItem final : public StatusNotifier {
   void settle(bool available);
   void rebuildMenu();
   QVariantMap itemProperties() const;
+  // Hands the item's present properties to the object that answers the hosts' reads.
+  void publish();
   void emitSignal(const char* path, const char* interface, const char* name,
                   const QVariantList& arguments = {});
 
@@ -93,6 +95,7 @@ class StatusNotifierItem final : public StatusNotifier {
   // same few steps). The oldest go beyond iconFilesKept.
   static constexpr size_t iconFilesKept = 32;
   std::vector<std::pair<size_t, QString>> iconFiles_;
+  bool folderMade_ = false;
   QString toolTip_, label_, guide_;
 
   std::unique_ptr<QMenu> exported_;
