@@ -76,19 +76,29 @@ void StatusItem::tryToShow() {
                    });
   icon_->setToolTip(QString::fromStdString(toolTip_));
   // Shown once it has an image; an empty icon would leave a hole in the tray.
-  if (!image_.isNull()) {
+  if (!image().isNull()) {
     icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
     icon_->show();
   }
 }
 
-void StatusItem::setImage(const QImage& image, const QImage& small, const QImage& large) {
+void StatusItem::setImage(std::function<QImage()> draw, const QImage& small, const QImage& large) {
   if (notifier_ && !small.isNull()) notifier_->setIcon(small, large);
-  if (image == image_) return;
-  image_ = image;
-  if (!icon_) return;
+  drawImage_ = std::move(draw);
+  if (!icon_) {
+    image_ = QImage();  // drawn when asked for
+    return;
+  }
+  const QImage before = image_;
+  image_ = QImage();
+  if (image() == before) return;
   icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
   if (!icon_->isVisible()) icon_->show();
+}
+
+const QImage& StatusItem::image() const {
+  if (image_.isNull() && drawImage_) image_ = drawImage_();
+  return image_;
 }
 
 void StatusItem::setToolTip(const std::string& text) {

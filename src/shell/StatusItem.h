@@ -25,8 +25,9 @@ class StatusItem {
              std::function<void()> onScroll = {});
   ~StatusItem();
 
-  // The tray's image, and the exported item's at 22 and 44 pixels.
-  void setImage(const QImage& image, const QImage& small = {}, const QImage& large = {});
+  // The tray's image, drawn only when the system tray icon shows it or it is asked for, and the
+  // exported item's at 22 and 44 pixels.
+  void setImage(std::function<QImage()> draw, const QImage& small = {}, const QImage& large = {});
   void setToolTip(const std::string& text);
   // The text beside the icon where the desktop can show one.
   void setTitle(const std::string& text);
@@ -35,7 +36,7 @@ class StatusItem {
     if (notifier_) notifier_->menuChanged();
   }
   const std::string& title() const { return title_; }
-  const QImage& image() const { return image_; }
+  const QImage& image() const;
   std::string toolTip() const;
   bool isShown() const { return (icon_ && icon_->isVisible()) || usesNotifier(); }
   bool usesNotifier() const { return notifier_ && notifier_->isAvailable(); }
@@ -53,7 +54,8 @@ class StatusItem {
   QMenu menu_;
   QTimer retry_;
   int retriesLeft_ = 12;
-  QImage image_;
+  std::function<QImage()> drawImage_;
+  mutable QImage image_;
   std::string title_, toolTip_;
 };
 

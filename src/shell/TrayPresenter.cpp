@@ -27,11 +27,12 @@ void TrayPresenter::update() {
   if (const auto icon = std::tuple(face, m.theme(), ratio, item_->exportsItem()); icon_ != icon) {
     icon_ = icon;
     const OrbPalette palette{m.theme()};
+    // The system tray icon's image is wanted only where no host shows our own item.
+    auto image = [face, palette, ratio] { return miniOrb(face, palette, ratio); };
     if (item_->exportsItem()) {
-      item_->setImage(miniOrb(face, palette, ratio), miniOrb(face, palette, 1, 22),
-                      miniOrb(face, palette, 1, 44));
+      item_->setImage(image, miniOrb(face, palette, 1, 22), miniOrb(face, palette, 1, 44));
     } else {
-      item_->setImage(miniOrb(face, palette, ratio));
+      item_->setImage(image);
     }
   }
   item_->setToolTip(host_.tooltip());
