@@ -1,5 +1,7 @@
 #include "shell/StatusItem.h"
 
+#include <utility>
+
 #include <QPixmap>
 
 #include "views/Theme.h"
@@ -85,13 +87,9 @@ void StatusItem::tryToShow() {
 void StatusItem::setImage(std::function<QImage()> draw, const QImage& small, const QImage& large) {
   if (notifier_ && !small.isNull()) notifier_->setIcon(small, large);
   drawImage_ = std::move(draw);
-  if (!icon_) {
-    image_ = QImage();  // drawn when asked for
-    return;
-  }
-  const QImage before = image_;
-  image_ = QImage();
-  if (image() == before) return;
+  // Without Qt's tray icon the image waits until it is asked for.
+  const QImage before = std::exchange(image_, QImage());
+  if (!icon_ || image() == before) return;
   icon_->setIcon(QIcon(QPixmap::fromImage(image_)));
   if (!icon_->isVisible()) icon_->show();
 }
