@@ -153,7 +153,12 @@ void OrbSurface::applyWindowGeometry() {
     const Point c = canvasCenter;
     if (!state.dock) {
       const double d = r + 5;
-      input = QRegion(QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect(), QRegion::Ellipse);
+      if (const QRect square = QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect();
+          square != discSquare_ || disc_.isEmpty()) {
+        discSquare_ = square;
+        disc_ = QRegion(square, QRegion::Ellipse);
+      }
+      input = disc_;
     } else {
       input = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
     }

@@ -94,6 +94,10 @@ class OrbSurface {
   bool shown_ = false, yielding_ = false, compositing_ = true, passThrough_ = false;
   bool held_ = false;
   QRegion lastInput_;
+  // The orb's disc as a region, kept for its square: a region from an ellipse is built row by
+  // row, and every refresh asks for it again.
+  QRect discSquare_;
+  QRegion disc_;
   std::optional<QRegion> lastVisible_;
   QTimer hoverTimer_;
   std::optional<Date> leaveDate_;

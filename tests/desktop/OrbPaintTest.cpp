@@ -171,6 +171,12 @@ TEST(MiniOrb, ArcDotAndBareDot) {
   };
   EXPECT_EQ(icon(10.0), icon(10.04));
   EXPECT_NE(icon(10.04), icon(10.05));
+  // The shaded disc is kept from face to face, each theme its own.
+  QuoteSnapshot q{"600519", "A股", "n", 10, 9.5, 11, 9, 1, {}, "mock"};
+  const QImage light =
+      miniOrb(miniOrbFace(&q, false, RiseColors::redRises), OrbPalette{AppTheme::light}, 1, 22);
+  EXPECT_EQ(light.pixelColor(17, 11), QColor(0xCA, 0xCF, 0xE7));
+  EXPECT_EQ(icon(10.0).pixelColor(17, 11), QColor(0x8E, 0x95, 0xC4));
 }
 
 struct Orb {
