@@ -126,6 +126,8 @@ class OrbView final : public QWidget {
   void paintOverlays(QPainter& painter, const OrbPalette& palette, QPointF c, double s) const;
   // The square the orb, its glow and the folded satellites are drawn in.
   QRect orbSquare() const;
+  // Draws the sprites the satellites without a caption want and the cache lacks.
+  void makeSprites();
   void paintSatellites(QPainter& painter, bool behind);
   void setHovered(std::optional<std::size_t> index);
   SatelliteLook satelliteLook(std::size_t i) const;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <numbers>
+#include <vector>
 
 #include <QDateTime>
 #include <QPainter>
@@ -220,6 +221,32 @@ SatelliteLook OrbView::satelliteLook(size_t i) const {
   return look;
 }
 
+void OrbView::makeSprites() {
+  const double ratio = devicePixelRatioF();
+  std::vector<std::pair<std::string, const Satellite*>> missing;
+  std::vector<SatelliteLook> looks;
+  for (size_t i = 0; i < satellites_.size(); ++i) {
+    const SatelliteLook look = satelliteLook(i);
+    if (look.captionOpacity > 0.001) continue;
+    std::string key = satelliteSpriteKey(satellites_[i].quote, look, ratio);
+    const auto same = [&key](const auto& each) { return each.first == key; };
+    if (satelliteSprites_.contains(key) || std::any_of(missing.begin(), missing.end(), same))
+      continue;
+    missing.emplace_back(std::move(key), &satellites_[i]);
+    looks.push_back(look);
+  }
+  if (missing.empty()) return;
+  if (satelliteSprites_.size() + missing.size() > 64) satelliteSprites_.clear();
+  // New prices bring several new sizes at once: drawn together, in one hand-over.
+  std::vector<QImage> made(missing.size());
+  paintUnsplit([&] {
+    for (size_t i = 0; i < missing.size(); ++i)
+      made[i] = satelliteSprite(missing[i].second->quote, looks[i], ratio);
+  });
+  for (size_t i = 0; i < missing.size(); ++i)
+    satelliteSprites_.emplace(std::move(missing[i].first), std::move(made[i]));
+}
+
 void OrbView::paintSatellites(QPainter& painter, bool behind) {
   const OrbPalette palette{model_.theme()};
   const double ratio = devicePixelRatioF();
@@ -231,13 +258,9 @@ void OrbView::paintSatellites(QPainter& painter, bool behind) {
       paintSatellite(painter, satelliteDot(i), satellite.quote, look, palette);
       continue;
     }
-    // Without a caption, from a sprite drawn unscaled at whole pixels.
-    const std::string key = satelliteSpriteKey(satellite.quote, look, ratio);
-    auto sprite = satelliteSprites_.find(key);
-    if (sprite == satelliteSprites_.end()) {
-      if (satelliteSprites_.size() >= 64) satelliteSprites_.clear();
-      sprite = satelliteSprites_.emplace(key, satelliteSprite(satellite.quote, look, ratio)).first;
-    }
+    // Without a caption, from a sprite drawn unscaled at whole pixels (made in makeSprites).
+    const auto sprite = satelliteSprites_.find(satelliteSpriteKey(satellite.quote, look, ratio));
+    if (sprite == satelliteSprites_.end()) continue;
     const QPointF dot = satelliteDot(i);
     const double half = sprite->second.width() / ratio / 2;
     painter.drawImage(QPointF(std::round(dot.x() * ratio) / ratio - half,
@@ -384,7 +407,8 @@ void OrbView::renderLayers(double s) {
     glowKey_ = std::move(glow);
     if (glows()) {
       const QPointF centre = clearLayer(glowCache_, 0.86 * s + 2, ratio);
-      paintOrbGlow(*layer(glowCache_), centre, s, palette, trend, offline);
+      // Its gradient discs are large fills: handed over whole (see paintUnsplit).
+      paintUnsplit([&] { paintOrbGlow(*layer(glowCache_), centre, s, palette, trend, offline); });
     } else {
       glowCache_ = QImage();
     }
@@ -458,6 +482,7 @@ void OrbView::paintBody(QPainter& painter) {
   shownIdle_ = look;
   const QPointF c = QPointF(canvasCenter.x, canvasCenter.y) + look.drift;
   renderLayers(s);
+  makeSprites();
   paintSatellites(painter, true);
 
   painter.save();
