@@ -572,6 +572,18 @@ TEST(Delegate, PointerPassesThroughWhereNothingTakesIt) {
   EXPECT_TRUE(d.delegate->surface().watchesPointer());
   d.delegate->surface().updatePointerMode();
   EXPECT_EQ(d.windows.region, taking);
+  // The disc that takes it follows the orb's size: its radius is the orb's and 5 more (one
+  // security, so that no satellite lies beside it).
+  d.model->setWatchlist({"600519"});
+  for (const auto& [size, within] : {std::pair{96.0, 52.0}, {132.0, 70.0}, {72.0, 40.0}}) {
+    d.model->setOrbSize(size);
+    QApplication::processEvents();
+    for (const QPointF step : {QPointF(1, 0), QPointF(0, 1), QPointF(-1, 0)}) {
+      EXPECT_TRUE(d.windows.region.contains(d.at(QPointF(230, 230) + step * within))) << size;
+      EXPECT_FALSE(d.windows.region.contains(d.at(QPointF(230, 230) + step * (within + 2))))
+          << size;
+    }
+  }
 }
 
 // The window opened under `key`, once active.
