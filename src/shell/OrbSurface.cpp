@@ -153,12 +153,7 @@ void OrbSurface::applyWindowGeometry() {
     const Point c = canvasCenter;
     if (!state.dock) {
       const double d = r + 5;
-      if (const QRect square = QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect();
-          square != discSquare_ || disc_.isEmpty()) {
-        discSquare_ = square;
-        disc_ = QRegion(square, QRegion::Ellipse);
-      }
-      input = disc_;
+      input = disc(QRectF(c.x - d, c.y - d, 2 * d, 2 * d).toAlignedRect());
     } else {
       input = QRegion(toQRect(dockedCoreRect(state.orbSize, *state.dock)));
     }
@@ -177,6 +172,14 @@ void OrbSurface::applyWindowGeometry() {
     host_.windowSystem.setVisibleRegion(*panel_, visible);
   }
   if (reframed) updateYield();
+}
+
+const QRegion& OrbSurface::disc(const QRect& square) {
+  if (square != discSquare_ || disc_.isEmpty()) {
+    discSquare_ = square;
+    disc_ = QRegion(square, QRegion::Ellipse);
+  }
+  return disc_;
 }
 
 void OrbSurface::setCompositing(bool on) {

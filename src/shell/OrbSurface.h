@@ -96,6 +96,7 @@ class OrbSurface {
   QRegion lastInput_;
   // The orb's disc as a region, kept for its square: a region from an ellipse is built row by
   // row, and every refresh asks for it again.
+  const QRegion& disc(const QRect& square);
   QRect discSquare_;
   QRegion disc_;
   std::optional<QRegion> lastVisible_;
