@@ -126,9 +126,14 @@ class OrbView final : public QWidget {
   void paintOverlays(QPainter& painter, const OrbPalette& palette, QPointF c, double s) const;
   // The square the orb, its glow and the folded satellites are drawn in.
   QRect orbSquare() const;
-  // Draws the sprites the satellites without a caption want and the cache lacks.
-  void makeSprites();
-  void paintSatellites(QPainter& painter, bool behind);
+  // How each satellite is drawn this frame: its look, and the sprite of one without a caption
+  // (those the cache lacks are drawn first, together).
+  struct SatelliteFrame {
+    SatelliteLook look;
+    const QImage* sprite = nullptr;
+  };
+  std::vector<SatelliteFrame> satelliteFrames();
+  void paintSatellites(QPainter& painter, bool behind, const std::vector<SatelliteFrame>& frames);
   void setHovered(std::optional<std::size_t> index);
   SatelliteLook satelliteLook(std::size_t i) const;
   void extentChanged() {

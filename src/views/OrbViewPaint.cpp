@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <numbers>
 #include <vector>
 
@@ -221,51 +222,57 @@ SatelliteLook OrbView::satelliteLook(size_t i) const {
   return look;
 }
 
-void OrbView::makeSprites() {
+std::vector<OrbView::SatelliteFrame> OrbView::satelliteFrames() {
   const double ratio = devicePixelRatioF();
-  std::vector<std::pair<std::string, const Satellite*>> missing;
-  std::vector<SatelliteLook> looks;
+  std::vector<SatelliteFrame> frames(satellites_.size());
+  std::vector<std::string> keys(satellites_.size());
   for (size_t i = 0; i < satellites_.size(); ++i) {
-    const SatelliteLook look = satelliteLook(i);
-    if (look.captionOpacity > 0.001) continue;
-    std::string key = satelliteSpriteKey(satellites_[i].quote, look, ratio);
-    const auto same = [&key](const auto& each) { return each.first == key; };
-    if (satelliteSprites_.contains(key) || std::any_of(missing.begin(), missing.end(), same))
-      continue;
-    missing.emplace_back(std::move(key), &satellites_[i]);
-    looks.push_back(look);
+    frames[i].look = satelliteLook(i);
+    if (frames[i].look.captionOpacity <= 0.001)
+      keys[i] = satelliteSpriteKey(satellites_[i].quote, frames[i].look, ratio);
   }
-  if (missing.empty()) return;
-  if (satelliteSprites_.size() + missing.size() > 64) satelliteSprites_.clear();
-  // New prices bring several new sizes at once: drawn together, in one hand-over.
-  std::vector<QImage> made(missing.size());
-  paintUnsplit([&] {
-    for (size_t i = 0; i < missing.size(); ++i)
-      made[i] = satelliteSprite(missing[i].second->quote, looks[i], ratio);
-  });
-  for (size_t i = 0; i < missing.size(); ++i)
-    satelliteSprites_.emplace(std::move(missing[i].first), std::move(made[i]));
+  std::map<std::string, size_t> missing;  // a sprite not drawn yet → a satellite that shows it
+  const auto findMissing = [&](bool afresh) {
+    if (afresh) satelliteSprites_.clear();
+    for (size_t i = 0; i < keys.size(); ++i)
+      if (!keys[i].empty() && !satelliteSprites_.contains(keys[i])) missing.emplace(keys[i], i);
+  };
+  findMissing(false);
+  // At most 64 are kept: a full cache starts again.
+  if (!missing.empty() && satelliteSprites_.size() + missing.size() > 64) findMissing(true);
+  if (!missing.empty()) {
+    // New prices bring several new sizes at once: drawn together, in one hand-over.
+    std::vector<QImage> made;
+    paintUnsplit([&] {
+      for (const auto& [key, i] : missing)
+        made.push_back(satelliteSprite(satellites_[i].quote, frames[i].look, ratio));
+    });
+    auto image = made.begin();
+    for (const auto& [key, i] : missing) satelliteSprites_.emplace(key, std::move(*image++));
+  }
+  for (size_t i = 0; i < satellites_.size(); ++i)
+    if (!keys[i].empty()) frames[i].sprite = &satelliteSprites_.at(keys[i]);
+  return frames;
 }
 
-void OrbView::paintSatellites(QPainter& painter, bool behind) {
+void OrbView::paintSatellites(QPainter& painter, bool behind,
+                              const std::vector<SatelliteFrame>& frames) {
   const OrbPalette palette{model_.theme()};
   const double ratio = devicePixelRatioF();
   for (size_t i = 0; i < satellites_.size(); ++i) {
     const Satellite& satellite = satellites_[i];
     if (drawnBehindSphere(satellite.radius.value()) != behind) continue;
-    const SatelliteLook look = satelliteLook(i);
-    if (look.captionOpacity > 0.001) {
-      paintSatellite(painter, satelliteDot(i), satellite.quote, look, palette);
+    const QPointF dot = satelliteDot(i);
+    const QImage* sprite = frames[i].sprite;
+    if (!sprite) {
+      paintSatellite(painter, dot, satellite.quote, frames[i].look, palette);
       continue;
     }
-    // Without a caption, from a sprite drawn unscaled at whole pixels (made in makeSprites).
-    const auto sprite = satelliteSprites_.find(satelliteSpriteKey(satellite.quote, look, ratio));
-    if (sprite == satelliteSprites_.end()) continue;
-    const QPointF dot = satelliteDot(i);
-    const double half = sprite->second.width() / ratio / 2;
+    // Without a caption, from a sprite drawn unscaled at whole pixels.
+    const double half = sprite->width() / ratio / 2;
     painter.drawImage(QPointF(std::round(dot.x() * ratio) / ratio - half,
                               std::round(dot.y() * ratio) / ratio - half),
-                      sprite->second);
+                      *sprite);
   }
 }
 
@@ -482,8 +489,8 @@ void OrbView::paintBody(QPainter& painter) {
   shownIdle_ = look;
   const QPointF c = QPointF(canvasCenter.x, canvasCenter.y) + look.drift;
   renderLayers(s);
-  makeSprites();
-  paintSatellites(painter, true);
+  const std::vector<SatelliteFrame> satellites = satelliteFrames();
+  paintSatellites(painter, true, satellites);
 
   painter.save();
   // A fast drag stretches the orb along its direction of travel; at rest the layers are drawn
@@ -526,7 +533,7 @@ void OrbView::paintBody(QPainter& painter) {
     strokeRing(painter, c, s / 2 + 0.18 * s * f, QPen(faded(trend, 0.5 * (1 - f)), 2));
 
   painter.restore();
-  paintSatellites(painter, false);
+  paintSatellites(painter, false, satellites);
 
   paintOverlays(painter, palette, c, s);
 }

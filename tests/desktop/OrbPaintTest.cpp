@@ -295,6 +295,24 @@ TEST(OrbPaint, DockedHalfAndTheSatellitesBehindIt) {
   EXPECT_EQ(orb.paint().pixelColor(230, 200).alpha(), 0);
 }
 
+// Every load moves the demonstration's prices and so the pearls' sizes, and each new active
+// security enlarges another: each size is a sprite. Past 64 the cache starts again, the pearls
+// still drawn.
+TEST(OrbPaint, ThePearlsOutlastAFullSpriteCache) {
+  Orb orb;
+  std::vector<std::string> watched;
+  for (int code = 600000; code < 600030; ++code) watched.push_back(std::to_string(code));
+  orb.model->setWatchlist(watched);
+  QImage image;
+  for (int load = 0; load < 80; ++load) {
+    orb.model->cycleActive();
+    orb.model->loadSource(false);
+    image = orb.paint();
+  }
+  EXPECT_GT(image.pixelColor(285, 212).alpha(), 200);
+  EXPECT_GT(image.pixelColor(175, 212).alpha(), 200);
+}
+
 // Dashes 4 on, 3 off: 4/7 of the circle, a little less measured for the antialiased ends (6 on,
 // 1 off reads 0.69).
 TEST(OrbPaint, TheDockPreviewCircleIsDashedFourOnThreeOff) {
