@@ -176,8 +176,6 @@ TEST(QuoteColors, DeadBandAndWhichWayRises) {
   const std::pair<double, Color> cases[] = {
       {0.0001, grey}, {-0.0001, grey}, {0.00011, red}, {-0.00011, green}};
   for (auto [change, color] : cases) EXPECT_EQ(quoteColor(change), color) << change;
-  EXPECT_DOUBLE_EQ(red.red, 1.0);
-  EXPECT_DOUBLE_EQ(red.green, 0x45 / 255.0);
   const QuoteStyle greenRises{RiseColors::greenRises};
   EXPECT_EQ(std::tuple(greenRises.color(1.5), greenRises.color(-1.5)), std::tuple(green, red));
   EXPECT_EQ(std::tuple(QuoteStyle{}.color(1.5), QuoteStyle{}.color(-1.5)), std::tuple(red, green));
@@ -270,19 +268,6 @@ TEST(Market, ASymbolAsTheFeedsAndTheWatchlistLabelIt) {
       EXPECT_EQ(marketLabel(feedMarket(symbol)), feed) << symbol;
       EXPECT_EQ(marketLabel(watchlistMarket(symbol)), row) << symbol;
     }
-}
-
-TEST(QuoteSnapshot, TrendRunsFromPreviousCloseToPrice) {
-  // Its length, ends and repeatability are checked by the self-test.
-  const QuoteSnapshot q = sample();
-  const auto trend = q.trend();
-  ASSERT_EQ(trend.size(), 60u);
-  // Worked out by hand from the formula: seed 309 (the bytes of "600519"), amplitude
-  // max(16.8 × 0.16, 1452 × 0.0015) = 2.688.
-  const std::pair<int, double> points[] = {
-      {1, 1452.3217910742378}, {30, 1460.7445063504247}, {58, 1468.458441745519}};
-  for (const auto& [i, value] : points) EXPECT_NEAR(trend[i], value, 1e-9) << i;
-  EXPECT_EQ(syntheticTrend("600519", 0, 0), std::vector<double>(60, 0.0));  // no amplitude
 }
 
 TEST(QuoteSnapshot, DecodingFailsOnAMissingKeyOrAWrongType) {

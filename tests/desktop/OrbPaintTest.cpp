@@ -138,14 +138,13 @@ TEST(OrbPalette, WindowsTakeTheSheetTheOrbPanelDoesNot) {
 TEST(MiniOrb, ArcDotAndBareDot) {
   const QColor dot(0x6E, 0xF2, 0xD8);  // the dark theme's auroraA
   // Price, low, high, prev close; then which of top, right, bottom, left the arc reaches.
-  struct Case {
+  const struct {
     double price, low, high, prevClose;
     bool bare;
     QColor colour;
     std::array<bool, 4> reaches;
     RiseColors colors = RiseColors::redRises;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {11, 9, 11, 10, false, red, {true, true, true, true}},       // at the high: a full ring
       {9.5, 9, 11, 10, false, green, {true, true, false, false}},  // a quarter, clockwise
       {8, 9, 11, 10, false, green, {false, false, false, false}},  // below the low: nothing
@@ -154,7 +153,7 @@ TEST(MiniOrb, ArcDotAndBareDot) {
       {11, 9, 11, 10, false, green, {true, true, true, true}, RiseColors::greenRises},
       {9.5, 9, 11, 10, false, red, {true, true, false, false}, RiseColors::greenRises},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     QuoteSnapshot q{"600519", "A股", "n", c.price, c.prevClose, c.high, c.low, 1, {}, "mock"};
     const QImage image = miniOrb(miniOrbFace(&q, c.bare, c.colors), OrbPalette{AppTheme::dark}, 2);
     ASSERT_EQ(image.size(), QSize(46, 46));
@@ -165,17 +164,14 @@ TEST(MiniOrb, ArcDotAndBareDot) {
     EXPECT_EQ(image.pixelColor(1, 1).alpha(), 0);
   }
   // The arc moves in steps of a twenty-fourth (2 / 24 here): within one, the icon stays the same.
-  const auto icon = [](double price) {
+  const auto icon = [](double price, AppTheme theme = AppTheme::dark) {
     QuoteSnapshot q{"600519", "A股", "n", price, 9.5, 11, 9, 1, {}, "mock"};
-    return miniOrb(miniOrbFace(&q, false, RiseColors::redRises), OrbPalette{AppTheme::dark}, 1, 22);
+    return miniOrb(miniOrbFace(&q, false, RiseColors::redRises), OrbPalette{theme}, 1, 22);
   };
   EXPECT_EQ(icon(10.0), icon(10.04));
   EXPECT_NE(icon(10.04), icon(10.05));
   // The shaded disc is kept from face to face, each theme its own.
-  QuoteSnapshot q{"600519", "A股", "n", 10, 9.5, 11, 9, 1, {}, "mock"};
-  const QImage light =
-      miniOrb(miniOrbFace(&q, false, RiseColors::redRises), OrbPalette{AppTheme::light}, 1, 22);
-  EXPECT_EQ(light.pixelColor(17, 11), QColor(0xCA, 0xCF, 0xE7));
+  EXPECT_EQ(icon(10.0, AppTheme::light).pixelColor(17, 11), QColor(0xCA, 0xCF, 0xE7));
   EXPECT_EQ(icon(10.0).pixelColor(17, 11), QColor(0x8E, 0x95, 0xC4));
 }
 
@@ -238,11 +234,8 @@ TEST(OrbPaint, FiguresMaskedAndMissing) {
     const int redPrice = count(image, price, red), textPrice = count(image, price, orbText);
     EXPECT_EQ(redPrice > 0, k.redPrice > 0) << k.what << " " << redPrice;
     EXPECT_GE(redPrice, k.redPrice) << k.what;
-    if (k.textPrice == 0) {
-      EXPECT_LT(textPrice, 5) << k.what;
-    } else {
-      EXPECT_GE(textPrice, k.textPrice) << k.what;
-    }
+    EXPECT_TRUE(k.textPrice ? textPrice >= k.textPrice : textPrice < 5)
+        << k.what << " " << textPrice;
     EXPECT_GT(count(image, percent, k.percentColour, 30), 5) << k.what;
     if (k.texts.price == u"—"_s) {
       EXPECT_EQ(orb.orb().accessibilityText(), "暂无自选股，请打开自选管理添加");

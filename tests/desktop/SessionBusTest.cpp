@@ -207,10 +207,9 @@ class RegisteredTrayItem : public ::testing::Test {
     ASSERT_TRUE(host.registeredItems().join(u' ').contains(service));
   }
 
-  QVariantMap properties() { return host.properties(service); }
   // The named icon's file, checked to hold the same image as the pixmaps.
   QString namedIcon() {
-    const QVariantMap now = properties();
+    const QVariantMap now = host.properties(service);
     EXPECT_EQ(
         now.value(u"IconThemePath"_s).toString(),
         QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/tidemark-tray"_s);
@@ -236,7 +235,7 @@ class RegisteredTrayItem : public ::testing::Test {
 };
 
 TEST_F(RegisteredTrayItem, AHostReadsEveryProperty) {
-  const QVariantMap p = properties();
+  const QVariantMap p = host.properties(service);
   const std::pair<const char*, QVariant> plain[] = {
       {"Category", u"ApplicationStatus"_s},
       {"Id", u"tidemark"_s},
@@ -254,14 +253,13 @@ TEST_F(RegisteredTrayItem, AHostReadsEveryProperty) {
     EXPECT_EQ(std::tuple(icons[i].width, icons[i].height, icons[i].bytes.size()),
               std::tuple(22 << i, 22 << i, (22 << i) * (22 << i) * 4));
   EXPECT_EQ(uchar(icons[1].bytes[(22 * 44 + 22) * 4]), 255);  // alpha first: the opaque middle
-  namedIcon();  // the same image as a named icon, for the hosts that draw only names
   const auto tip = qdbus_cast<sni::ToolTip>(p.value(u"ToolTip"_s));
   EXPECT_EQ(tip.title, u"潮汐栏"_s);
   EXPECT_EQ(tip.text.toStdString(), d->delegate->tooltip());
 }
 
 TEST_F(RegisteredTrayItem, TheLabelFollowsThePriceAndMaskingEmptiesItAndBaresTheIcon) {
-  const QString firstIcon = namedIcon();
+  const QString firstIcon = namedIcon();  // also for the hosts that draw only names
   LabelLog log;
   ASSERT_TRUE(host.bus.connect(service, path, itemInterface, u"XAyatanaNewLabel"_s, &log,
                                SLOT(label(QString, QString))));

@@ -60,7 +60,6 @@ TEST(WatchlistRules, StatusChangeAndSearchOfOneEntry) {
   for (const auto& c : cases) {
     const QuoteSnapshot* q = c.quote ? &*c.quote : nullptr;
     EXPECT_EQ(label(quoteStatus(q, now)), c.status);
-    EXPECT_TRUE(matchesChange(ChangeFilter::all, q));
     // The pickers' change options after 全部, in their order.
     for (size_t i = 1; i < watchlistChanges().size(); ++i)
       EXPECT_EQ(matchesChange(ChangeFilter(i), q),
@@ -169,15 +168,11 @@ struct Windows : ::testing::Test {
   std::unique_ptr<AppModel> model = h.make();
   QString chosen;
   bool confirm = false;
-  int closes = 0;
   bool autostart = false;
   std::optional<std::string> autostartFailure;
 
   std::unique_ptr<SettingsView> settings(SettingsSection section = SettingsSection::appearance) {
     SettingsView::Actions a;
-    a.openGuide = [] {};
-    a.openAlert = [] {};
-    a.close = [this] { ++closes; };
     a.confirmReset = [this] { return confirm; };
     a.chooseFile = [this](bool) { return chosen; };
     a.autostartEnabled = [this] { return autostart; };
@@ -205,7 +200,6 @@ struct Windows : ::testing::Test {
 
 TEST_F(Windows, EachSettingsSectionShowsItsPageAndEachSourceSaysWhatItIs) {
   auto view = settings(SettingsSection::detail);
-  EXPECT_EQ(view->currentSection(), SettingsSection::detail);
   const std::pair<SettingsSection, const char*> headings[] = {
       {SettingsSection::appearance, "外观"},
       {SettingsSection::detail, "圆形详情 · 螺旋分时"},
@@ -285,7 +279,6 @@ TEST_F(Windows, EachSettingsControlChangesItsOwnPreferenceAndNoOther) {
   EXPECT_TRUE(named<QPushButton>(*view, u"仅图标"_s));
 }
 
-// Starting at login: the switch shows the entry's presence, also after a refusal.
 TEST_F(Windows, TheLoginSwitchShowsTheEntryAlsoAfterARefusal) {
   auto view = settings(SettingsSection::appearance);
   auto* login = named<QCheckBox>(*view, u"登录时启动"_s);
@@ -312,7 +305,6 @@ TEST_F(Windows, ResettingTheSettingsAsksFirstAndKeepsTheWatchlist) {
   EXPECT_EQ(model->watchlist().size(), 5u);
 }
 
-// The source chosen from the list; 立即刷新 asks the source at once.
 TEST_F(Windows, TheSourceIsChosenFromTheListAndRefreshedAtOnce) {
   auto view = settings(SettingsSection::source);
   QComboBox* sources = nullptr;
@@ -355,7 +347,6 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   ASSERT_FALSE(writeFileAtomically(path, "{"));
   view->importWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导入失败：文件不是有效的 JSON"_s);
-  EXPECT_EQ(model->watchlist().size(), 1u);
   chosen = u"/proc/no/such/folder/list.json"_s;
   view->exportWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 "_s + chosen);
@@ -363,7 +354,6 @@ TEST_F(Windows, ImportAndExportReportInWords) {
   chosen = u"/dev/null"_s;
   view->exportWatchlist();
   EXPECT_EQ(view->transferMessage(), u"导出失败：无法写入 /dev/null：不是普通文件"_s);
-  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 // Five minutes and ten seconds after a load from a live source: current while no market is
@@ -389,8 +379,7 @@ TEST_F(Windows, WatchlistRowsStayCurrentBetweenQuietRefreshes) {
     QTest::qWait(1);
     EXPECT_EQ(view.rows().size(), stale ? 5u : 0u) << instant;
     // The data-source section says why the refresh slowed down.
-    SettingsView::Actions none;
-    SettingsView settings(*m, home.clock, std::move(none), SettingsSection::source);
+    SettingsView settings(*m, home.clock, {}, SettingsSection::source);
     const QString quiet = u"\n自选的市场都未开市，每 5 分钟刷新一次。"_s;
     EXPECT_TRUE(named<QLabel>(
         settings,
@@ -426,7 +415,6 @@ TEST_F(Windows, TheDetailTakesTheDaysSeriesFromALiveSource) {
   model->setAutoRotate(false);
   auto detail = shownDetail();
   QTest::qWait(20);
-  EXPECT_TRUE(h.source.intradayRequests.empty());
   model->setSourceMode(SourceMode::tencent);
   QTest::qWait(1);
   ASSERT_EQ(h.source.intradayRequests.size(), 1u);
@@ -537,7 +525,6 @@ TEST_F(Windows, MaskingHidesEveryFigure) {
   EXPECT_EQ(list.shownTexts().count(u"••••"_s), 10);
 }
 
-// The chosen precision and colours reach the prices a shown list, the detail and the orb write.
 TEST_F(Windows, PricesAndColoursFollowTheChoicesWhereverTheyAreShown) {
   model->add("510300");  // an ETF: three decimals when automatic
   model->select("510300");
@@ -647,7 +634,6 @@ struct WatchlistWindow : Windows {
 };
 
 TEST_F(WatchlistWindow, HeadingsSortsAndTheEmptyStatesOfAFilter) {
-  EXPECT_TRUE(shows("自选管理 · 本地保存"));
   EXPECT_TRUE(shows("添加、删除和排序会自动保存，卫星环同步更新。"));
   EXPECT_TRUE(shows("我的自选 · 5"));
   view.choose("sort", "涨幅从低到高");
@@ -674,7 +660,6 @@ TEST_F(WatchlistWindow, TheSourceIsSearchedAndAnIndexAddedFromItsResults) {
   named<QPushButton>(view, u"从当前数据源搜索"_s)->click();
   settle();
   ASSERT_EQ(model->search().results().size(), 1u);
-  EXPECT_EQ(model->search().results()[0].id, "AAPL");
   EXPECT_EQ(view.shownTexts().count(u"AAPL  苹果"_s), 1) << "found, and not offered a second time";
   view.setSearch("上证");
   view.submitSearch();
@@ -713,7 +698,6 @@ TEST_F(WatchlistWindow, AddSelectAndTheEmptyList) {
   EXPECT_EQ(model->watchlist().size(), 5u);
 }
 
-// A long list builds its first rows only; a full one takes nothing more.
 TEST_F(Windows, ALongWatchlistShowsItsFirstRowsAndAFullOneAddsNothing) {
   for (int count : {500, 5000}) {
     std::vector<std::string> symbols;

@@ -21,10 +21,12 @@ struct Book {
   int changes = 0;
   KlineBook book{source, clock, folder.path() / "kline"};
 
-  // The series' state as one line: its dates, its error, "loading".
-  std::string show(const char* symbol, int64_t day, KlinePeriod period = KlinePeriod::day) {
+  // The series' state as one line: its dates, its error, "loading"; of this book or another.
+  std::string show(const char* symbol, int64_t day, KlinePeriod period = KlinePeriod::day,
+                   KlineBook* other = nullptr) {
     const auto& s =
-        book.series({SourceMode::tencent, DataSourceEndpoints::bundled(), symbol, period, day},
+        (other ? *other : book)
+            .series({SourceMode::tencent, DataSourceEndpoints::bundled(), symbol, period, day},
                     [this] { ++changes; });
     std::string text = s.loading ? "loading" : "";
     for (const KlineBar& b : s.bars) text += (text.empty() ? "" : " ") + b.date;
@@ -51,10 +53,7 @@ TEST(KlineBook, OncePerExchangeDayKeptInTheFolderFailuresRetriedAfterAMinute) {
 
   // Started again the same day, the file answers; the next day asks, showing yesterday's bars.
   KlineBook again{b.source, b.clock, b.folder.path() / "kline"};
-  const auto& kept = again.series(
-      {SourceMode::tencent, DataSourceEndpoints::bundled(), "600519", KlinePeriod::day, saturday},
-      {});
-  EXPECT_EQ(kept.bars.size(), 1u);
+  EXPECT_EQ(b.show("600519", saturday, KlinePeriod::day, &again), "2026-11-27");
   EXPECT_EQ(b.source.klineRequests.size(), 1u);
   EXPECT_EQ(b.show("600519", saturday + 1), "loading 2026-11-27");
   EXPECT_EQ(b.source.klineRequests.back().first, "600519 day");
