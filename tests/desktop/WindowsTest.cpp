@@ -660,6 +660,7 @@ TEST_F(WatchlistWindow, TheSourceIsSearchedAndAnIndexAddedFromItsResults) {
   named<QPushButton>(view, u"从当前数据源搜索"_s)->click();
   settle();
   ASSERT_EQ(model->search().results().size(), 1u);
+  EXPECT_EQ(model->search().results()[0].id, "AAPL");
   EXPECT_EQ(view.shownTexts().count(u"AAPL  苹果"_s), 1) << "found, and not offered a second time";
   view.setSearch("上证");
   view.submitSearch();
