@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <optional>
 
 #include <date/tz.h>
 
@@ -27,6 +28,24 @@ const date::time_zone* zoneOf(Exchange exchange) {
     return found;
   }();
   return zones[static_cast<size_t>(exchange)];
+}
+
+// The zone's offset from UTC at an instant. The heartbeat reads every exchange's clock twice a
+// second, and an offset holds for months: the last one looked up is kept, on each thread, with
+// the span it holds for.
+std::chrono::seconds offsetAt(Exchange exchange, const date::time_zone& zone,
+                              date::sys_seconds instant) {
+  struct Kept {
+    date::sys_seconds begin, end;
+    std::chrono::seconds offset{};
+  };
+  thread_local std::array<std::optional<Kept>, exchangeCount> kept;
+  std::optional<Kept>& last = kept[static_cast<size_t>(exchange)];
+  if (!last || instant < last->begin || instant >= last->end) {
+    const date::sys_info info = zone.get_info(instant);
+    last = Kept{info.begin, info.end, info.offset};
+  }
+  return last->offset;
 }
 
 }  // namespace
@@ -72,8 +91,8 @@ std::optional<ExchangeTime> exchangeTime(Exchange exchange, Date at) {
   if (!zone || !std::isfinite(at.sinceReference)) return std::nullopt;
   const date::sys_seconds instant{
       std::chrono::seconds{static_cast<long long>(std::floor(at.unixSeconds()))}};
-  const auto info = zone->get_info(instant);
-  const auto local = date::local_seconds{instant.time_since_epoch() + info.offset};
+  const std::chrono::seconds offset = offsetAt(exchange, *zone, instant);
+  const auto local = date::local_seconds{instant.time_since_epoch() + offset};
   const auto day = date::floor<date::days>(local);
   const date::year_month_day ymd{day};
   const date::hh_mm_ss clock{local - day};
@@ -83,7 +102,7 @@ std::optional<ExchangeTime> exchangeTime(Exchange exchange, Date at) {
                       int(clock.hours().count()),
                       int(clock.minutes().count()),
                       int(clock.seconds().count()),
-                      int(info.offset.count())};
+                      int(offset.count())};
 }
 
 std::string monthDayTimeText(const ExchangeTime& t) {

@@ -10,6 +10,7 @@
 #include "core/DataSourceEndpoints.h"
 #include "core/Date.h"
 #include "core/Enums.h"
+#include "core/ExchangeTime.h"
 #include "core/Market.h"
 #include "core/NumberText.h"
 #include "core/QuoteSnapshot.h"
@@ -55,6 +56,26 @@ TEST(Date, ReadsAndWritesInternetDateTimes) {
   EXPECT_EQ(formatISO8601(Date{0}), "2001-01-01T00:00:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(1792114200.9)), "2026-10-16T01:30:00Z");
   EXPECT_EQ(formatISO8601(Date::fromUnix(-1)), "1969-12-31T23:59:59Z");
+}
+
+// Read in this order, each clock moves into and back out of the span it read last: an offset
+// kept a second too long or across a step back shows here.
+TEST(ExchangeTime, EachClockAcrossItsOffsetChangesBothWays) {
+  const std::vector<std::tuple<Exchange, const char*, const char*>> readings{
+      {Exchange::newYork, "2026-03-08T06:59:59Z", "2026-03-08T01:59:59-05:00"},
+      {Exchange::newYork, "2026-03-08T07:00:00Z", "2026-03-08T03:00:00-04:00"},
+      {Exchange::newYork, "2026-03-08T06:59:59Z", "2026-03-08T01:59:59-05:00"},
+      {Exchange::newYork, "2026-11-01T05:59:59Z", "2026-11-01T01:59:59-04:00"},
+      {Exchange::newYork, "2026-11-01T06:00:00Z", "2026-11-01T01:00:00-05:00"},
+      {Exchange::newYork, "2026-11-01T05:59:59Z", "2026-11-01T01:59:59-04:00"},
+      {Exchange::shanghai, "2026-11-24T16:00:00Z", "2026-11-25T00:00:00+08:00"},
+      {Exchange::hongKong, "2026-07-01T03:59:59Z", "2026-07-01T11:59:59+08:00"},
+  };
+  for (const auto& [exchange, instant, clock] : readings) {
+    const auto time = exchangeTime(exchange, *parseISO8601(instant));
+    ASSERT_TRUE(time) << instant;
+    EXPECT_EQ(iso8601WithOffset(*time), clock) << instant;
+  }
 }
 
 TEST(Endpoints, OneBadFieldInvalidatesTheSet) {
