@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -159,6 +160,9 @@ void SettingsStore::remove(const std::string& k) {
 }
 
 void SettingsStore::scheduleSync() {
+  // QSettings queues a write of its own at its first change; ours comes after it and would
+  // write the file again for the lazy values it adds. Ours writes everything in one go.
+  QCoreApplication::removePostedEvents(settings_.get(), QEvent::UpdateRequest);
   if (syncPending_) return;
   syncPending_ = true;
   QMetaObject::invokeMethod(
