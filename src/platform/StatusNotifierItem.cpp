@@ -149,7 +149,7 @@ class StatusNotifierItem::ItemObject final : public QDBusVirtualObject {
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, bool labels)
     : bus_(std::move(bus)),
       labels_(labels),
-      serviceName_(QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(::getpid())),
+      serviceName_(bus_.baseService()),
       item_(std::make_unique<ItemObject>(*this)),
       menu_(std::make_unique<MenuObject>(*this)),
       listener_(std::make_unique<Listener>(*this)) {
@@ -163,7 +163,6 @@ StatusNotifierItem::~StatusNotifierItem() {
                   SLOT(hostRegistered()));
   bus_.unregisterObject(QLatin1String(itemPath));
   bus_.unregisterObject(QLatin1String(menuPath));
-  bus_.unregisterService(serviceName_);
   // Reads the bus thread has already taken for the item are answered before it comes back here
   // to be deleted.
   QThread* here = QThread::currentThread();
@@ -180,7 +179,6 @@ void StatusNotifierItem::start(Handlers handlers) {
   if (const QObject* busSide = bus_.interface()) item_->moveToThread(busSide->thread());
   bus_.registerVirtualObject(QLatin1String(itemPath), item_.get());
   bus_.registerVirtualObject(QLatin1String(menuPath), menu_.get());
-  bus_.registerService(serviceName_);
   watcher_.setConnection(bus_);
   watcher_.addWatchedService(watcherService);
   // Owner changes include a watcher replaced without a gap, which the plain registration and

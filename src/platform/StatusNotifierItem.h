@@ -20,6 +20,10 @@ namespace tidemark {
 // Ayatana label beside the icon, and its menu as com.canonical.dbusmenu at /MenuBar. It registers
 // with org.kde.StatusNotifierWatcher, again whenever a watcher appears or a host registers.
 //
+// It registers under the connection's own unique name rather than a well-known one: hosts match
+// every NewIcon and NewToolTip to an item by the sender's name, and under a well-known name some
+// (gtk-sni-tray) ask the bus for its owner and read the item's Id again for each signal.
+//
 // The icon goes out as pixmaps, and, for the hosts that draw only named icons (the Ayatana
 // indicator hosts), as a PNG file in a folder of the app's own under the runtime folder, named
 // anew for every new image and published as IconThemePath and IconName. The files go with the
@@ -43,6 +47,7 @@ class StatusNotifierItem final : public StatusNotifier {
   void menuChanged() override { rebuildMenu(); }
   // The revision of the exported menu's layout; a new one is announced with LayoutUpdated.
   uint menuRevision() const { return revision_; }
+  // The name the item is registered under: the connection's unique name.
   const QString& serviceName() const { return serviceName_; }
   // The folder of the icon files: "tidemark-tray" in the runtime folder.
   static QString iconFolder();

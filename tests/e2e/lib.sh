@@ -43,6 +43,23 @@ wait_for() {
   done
 }
 
+# Sets `item` to the bus name the tray watcher lists for process $1; fails while it lists none.
+tray_item() {
+  local name
+  for name in $(dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher \
+    /StatusNotifierWatcher org.freedesktop.DBus.Properties.Get \
+    string:org.kde.StatusNotifierWatcher string:RegisteredStatusNotifierItems 2>/dev/null |
+    sed -n 's/^ *string "\([^"/]*\).*/\1/p'); do
+    if dbus-send --session --print-reply --dest=org.freedesktop.DBus / \
+      org.freedesktop.DBus.GetConnectionUnixProcessID "string:$name" 2>/dev/null |
+      grep -q "uint32 $1\$"; then
+      item=$name
+      return 0
+    fi
+  done
+  return 1
+}
+
 # Xvfb with the given screen ("1280x800x24") and openbox; exports DISPLAY.
 start_x() {
   Xvfb -displayfd 3 -screen 0 "$1" -nolisten tcp 3>"$tmp/display" 2>"$tmp/xvfb.log" &

@@ -35,8 +35,8 @@ wait_for 20 settled || die "the panel kept changing"
 
 "$app" >"$tmp/app.log" 2>&1 &
 app_pid=$!
-item="org.kde.StatusNotifierItem-$app_pid-1"
-registered() { watcher RegisteredStatusNotifierItems | grep -q "$item"; }
+item=""
+registered() { tray_item "$app_pid"; }
 # What the panel shows begins further left by an item's width: the notification area's handle
 # moves aside for it. (The clock's text changes width by a pixel or two as the minutes turn.)
 left_edge() { convert "$tmp/$1.png" -fuzz 10% -trim -format '%[fx:page.x]' info:; }

@@ -36,17 +36,13 @@ items() {
     org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
     string:RegisteredStatusNotifierItems | grep -c 'string "' || true
 }
-item="org.kde.StatusNotifierItem-$app_pid-1"
-registered() {
-  dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
-    org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
-    string:RegisteredStatusNotifierItems | grep -q "$item"
-}
+item=""
+registered() { tray_item "$app_pid"; }
 # Exactly one item, the app's own: no second one from the system tray icon.
 if wait_for 30 registered && sleep 1 && [ "$(items)" = 1 ]; then
   ok "the app's own item registered with the watcher, and only it"
 else
-  fail "items registered: $(items), $item among them: $(registered && echo yes || echo no)"
+  fail "items registered: $(items), the app's among them: $(registered && echo "yes, $item" || echo no)"
 fi
 label=$(dbus-send --session --print-reply --dest="$item" /StatusNotifierItem \
   org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierItem string:XAyatanaLabel |
