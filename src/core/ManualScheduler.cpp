@@ -34,6 +34,7 @@ void ManualScheduler::advance(double seconds) {
       // Re-arm before running so the work may cancel itself.
       queue_.emplace(std::make_pair(due + entry.interval, sequence_++), entry);
     }
+    ++runs_;
     entry.work();
   }
   if (end > clock_.now().sinceReference) clock_.set(Date{end});
@@ -45,6 +46,7 @@ void ManualScheduler::jumpClock(double seconds) {
     shifted.emplace(std::make_pair(key.first + seconds, key.second), std::move(entry));
   queue_ = std::move(shifted);
   clock_.advance(seconds);
+  clockJumps_.notify();
 }
 
 size_t ManualScheduler::pendingCount() const {

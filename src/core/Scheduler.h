@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "core/ChangeSignal.h"
+
 namespace tidemark {
 
 // A scheduled piece of work; destroying or cancelling the handle stops it from running.
@@ -38,6 +40,9 @@ class Scheduler {
   virtual void post(std::function<void()> work) = 0;
   virtual TimerHandle after(double seconds, std::function<void()> work) = 0;
   virtual TimerHandle every(double seconds, std::function<void()> work) = 0;
+  // Runs `work` whenever the wall clock jumps (set by hand or by a time service, or moved on by a
+  // resume from suspend) while the timers keep their own pace.
+  [[nodiscard]] virtual ChangeSignal::Subscription whenClockJumps(std::function<void()> work) = 0;
 };
 
 }  // namespace tidemark

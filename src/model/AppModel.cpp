@@ -96,8 +96,17 @@ AppModel::AppModel(ModelDependencies dependencies,
   evaluateAlert();
 
   if (startTimers) {
-    cycle_.heartbeat =
-        deps_.scheduler.every(heartbeatInterval, lifeline_.guard([this] { heartbeat(); }));
+    cycle_.beating = true;
+    cycle_.lastBeat = deps_.clock.now();
+    cycle_.changes = changed_.subscribe([this] { planHeartbeat(false); });
+    // A jumped clock is looked at half a second later, and the beats go on from there.
+    cycle_.clockJumps = deps_.scheduler.whenClockJumps([this] {
+      cycle_.lastBeat = deps_.clock.now();
+      cycle_.nextBeat = cycle_.lastBeat + heartbeatInterval;
+      cycle_.heartbeat =
+          deps_.scheduler.after(heartbeatInterval, lifeline_.guard([this] { heartbeat(); }));
+    });
+    planHeartbeat(true);
     deps_.notifier.queryAuthorization(
         lifeline_.guard(std::function<void(bool)>([this](bool authorized) {
           alert_.authorized = authorized;

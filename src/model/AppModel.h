@@ -210,6 +210,15 @@ class AppModel {
   bool watchedMarketAwake(Date at) const;
   // Sets quietRefresh and publishes a change of any market's state.
   void followSessions(Date now);
+  // What the heartbeat's rules go by, with or without the quiet cadence.
+  double staleAllowance(bool quiet) const;
+  bool refreshPaused() const;
+  double refreshPeriod(bool quiet) const;
+  // The earliest instant from `now` on at which one of the heartbeat's rules can act.
+  Date nextBeatDue(Date now) const;
+  // Sets the heartbeat's next wake-up: after a beat, the first beat at or after the next due
+  // instant; after a change, that beat only if it comes sooner than the one planned.
+  void planHeartbeat(bool afterBeat);
 
   ModelDependencies deps_;
   ChangeSignal changed_;

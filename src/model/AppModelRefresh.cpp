@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <unordered_set>
+#include <utility>
 
 #include "model/AppModel.h"
 #include "model/SnapshotCache.h"
@@ -13,22 +14,66 @@
 namespace tidemark {
 void AppModel::heartbeat() {
   const Date now = deps_.clock.now();
-  followSessions(now);
-  // Data fetched on the quiet cadence stays current until the next quiet refresh is due, also
-  // in the moment a market wakes and the next refresh is on its way.
-  const double allowed =
-      staleAfter + (quietRefresh_ || cycle_.quietData ? RefreshCycle::quietInterval : 0);
-  if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > allowed)
-    setPhase(QuotePhase::stale);
+  cycle_.lastBeat = now;
+  {
+    // What the rules change is planned for once, after them.
+    const bool beating = std::exchange(cycle_.beating, false);
+    followSessions(now);
+    if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > staleAllowance(quietRefresh_))
+      setPhase(QuotePhase::stale);
+    if (!refreshPaused() &&
+        RefreshCycle::over(cycle_.lastStartedAt, now, refreshPeriod(quietRefresh_)))
+      refresh();
+    if (prefs_.autoRotate &&
+        RefreshCycle::over(cycle_.lastRotationAt, now, RefreshCycle::rotationPeriod))
+      cycleActive();
+    cycle_.beating = beating;
+  }
+  planHeartbeat(true);
+}
 
-  const bool paused = prefs_.refreshInterval == 0 || prefs_.phase == QuotePhase::offline ||
-                      prefs_.phase == QuotePhase::loading ||
-                      (prefs_.phase == QuotePhase::stale && prefs_.lastError.has_value());
-  const double interval = quietRefresh_ ? RefreshCycle::quietInterval : prefs_.refreshInterval;
-  if (!paused && RefreshCycle::over(cycle_.lastStartedAt, now, interval)) refresh();
-  if (prefs_.autoRotate &&
-      RefreshCycle::over(cycle_.lastRotationAt, now, RefreshCycle::rotationPeriod))
-    cycleActive();
+// Data fetched on the quiet cadence stays current until the next quiet refresh is due, also in
+// the moment a market wakes and the next refresh is on its way.
+double AppModel::staleAllowance(bool quiet) const {
+  return staleAfter + (quiet || cycle_.quietData ? RefreshCycle::quietInterval : 0);
+}
+
+bool AppModel::refreshPaused() const {
+  return prefs_.refreshInterval == 0 || prefs_.phase == QuotePhase::offline ||
+         prefs_.phase == QuotePhase::loading ||
+         (prefs_.phase == QuotePhase::stale && prefs_.lastError.has_value());
+}
+
+double AppModel::refreshPeriod(bool quiet) const {
+  return quiet ? RefreshCycle::quietInterval : prefs_.refreshInterval;
+}
+
+Date AppModel::nextBeatDue(Date now) const {
+  // The market sessions change state only as a whole minute begins (their hours and the
+  // exchanges' offsets from UTC are whole minutes), and the reference date is one.
+  Date due{(std::floor(now.sinceReference / 60) + 1) * 60};
+  // The sessions as the next beat will find them, for a source or watchlist changed meanwhile.
+  const bool quiet = isLive(prefs_.sourceMode) && !watchedMarketAwake(now);
+  if (quiet != quietRefresh_) return now;
+  if (prefs_.phase == QuotePhase::live)
+    due = std::min(due, prefs_.updatedAt + staleAllowance(quiet));
+  if (!refreshPaused()) due = std::min(due, cycle_.lastStartedAt + refreshPeriod(quiet));
+  if (prefs_.autoRotate) due = std::min(due, cycle_.lastRotationAt + RefreshCycle::rotationPeriod);
+  return due;
+}
+
+void AppModel::planHeartbeat(bool afterBeat) {
+  if (!cycle_.beating) return;
+  const Date now = deps_.clock.now();
+  if (now < cycle_.lastBeat) cycle_.lastBeat = now;  // the clock went back unnoticed
+  // Beats counted from the last; a hundredth of a beat early rather than a beat late, since a
+  // rule met a moment after its beat waits for the next one.
+  const double due = (nextBeatDue(now) - cycle_.lastBeat) / heartbeatInterval - 0.02;
+  const double passed = std::floor((now - cycle_.lastBeat) / heartbeatInterval) + 1;
+  const Date wake = cycle_.lastBeat + std::max(std::ceil(due), passed) * heartbeatInterval;
+  if (!afterBeat && wake >= cycle_.nextBeat) return;
+  cycle_.nextBeat = wake;
+  cycle_.heartbeat = deps_.scheduler.after(wake - now, lifeline_.guard([this] { heartbeat(); }));
 }
 
 void AppModel::refresh() {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "core/ChangeSignal.h"
 #include "core/Date.h"
 #include "core/Scheduler.h"
 #include "model/DemoMarket.h"
@@ -17,7 +18,14 @@ struct RefreshCycle {
   static constexpr double debounce = 0.18;
   static constexpr double rotationPeriod = 7;
 
+  // The heartbeat keeps a half-second beat but wakes only at the beats where one of its rules
+  // can act: it sleeps from one such beat to the next, and a change of what the rules go by
+  // brings the next wake-up forward.
   TimerHandle heartbeat;
+  bool beating = false;  // the heartbeat runs on the scheduler's timers
+  Date lastBeat;
+  Date nextBeat;  // the next wake-up
+  ChangeSignal::Subscription changes, clockJumps;
   TimerHandle pending;
   Date lastStartedAt;
   Date lastRotationAt;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "support/ModelHarness.h"
 
 namespace tidemark {
@@ -15,7 +17,7 @@ Date at(const char* iso) {
 
 // A model beating from `start` on in `mode`, every feed answering every symbol stamped now.
 std::unique_ptr<AppModel> startAt(ModelHarness& h, const char* start, const List& watchlist,
-                                  SourceMode mode = SourceMode::tencent) {
+                                  SourceMode mode = SourceMode::tencent, bool timers = true) {
   h.clock.set(at(start));
   std::vector<QuoteSnapshot> quotes;
   for (const std::string& symbol : watchlist.empty() ? AppModel::defaultWatchlist() : watchlist)
@@ -23,7 +25,7 @@ std::unique_ptr<AppModel> startAt(ModelHarness& h, const char* start, const List
   for (SourceMode feed : {SourceMode::tencent, SourceMode::sina, SourceMode::stockSDK})
     h.source.answers[feed] = {quotes, std::nullopt};
   h.source.stampWith = &h.clock;
-  auto m = h.make(true);
+  auto m = h.make(timers);
   m->setAutoRotate(false);
   if (!watchlist.empty()) m->setWatchlist(watchlist);
   m->setSourceMode(mode);
@@ -220,6 +222,115 @@ TEST(QuietRefresh, ClockJumpsWakeTheRefreshOnTheNextBeatWithoutAStorm) {
     EXPECT_EQ(int(h.source.calls.size() - calls), c.refreshesIn30s) << c.what;
     EXPECT_EQ(m->quietRefresh(), c.quietAfter) << c.what;
     EXPECT_EQ(m->phase(), QuotePhase::live) << c.what;
+  }
+}
+
+// Something done to the model (or its clock) at a moment after the start.
+using Step = std::pair<double, std::function<void(ModelHarness&, AppModel&)>>;
+
+// What the heartbeat's rules did, at every half second where something changed: the last
+// refresh's start, the phase, the active security and the quiet cadence. `plain`: a beat called
+// every half second by hand instead of the model's own sleeping one.
+List beatTrace(bool plain, const char* start, SourceMode mode, const std::vector<Step>& steps,
+               double seconds) {
+  ModelHarness h;
+  auto m = startAt(h, start, {}, mode, !plain);
+  const Date origin = h.clock.now();
+  List trace;
+  std::string last;
+  size_t next = 0;
+  double passed = 0;  // by the timers' pace, which a jump of the clock leaves alone
+  const auto until = [&](double moment) {
+    h.scheduler.advance(moment - passed);
+    passed = moment;
+  };
+  for (int beat = 1; beat * 0.5 <= seconds; ++beat) {
+    for (; next < steps.size() && steps[next].first < beat * 0.5; ++next) {
+      until(steps[next].first);
+      steps[next].second(h, *m);
+    }
+    until(beat * 0.5);
+    if (plain) m->heartbeat();
+    const std::string now = std::to_string(m->lastRefreshStartedAt() - origin) + " " +
+                            std::string(rawValue(m->phase())) + " " + m->activeID() +
+                            (m->quietRefresh() ? " quiet" : "");
+    if (now != last) trace.push_back(std::to_string(beat * 0.5) + ": " + now);
+    last = now;
+  }
+  return trace;
+}
+
+// The heartbeat sleeps through the beats at which none of its rules can act, and wakes at the
+// same beats as one that never sleeps, also when what the rules go by changes between beats.
+TEST(Heartbeat, SleepsThroughIdleBeatsAndActsOnTheSameBeatsAsAPlainOne) {
+  const auto act = [](auto change) { return [change](ModelHarness&, AppModel& m) { change(m); }; };
+  const auto jump = [](double by) {
+    return [by](ModelHarness& h, AppModel&) { h.scheduler.jumpClock(by); };
+  };
+  const struct {
+    const char* what;
+    const char* start;
+    SourceMode mode;
+    std::vector<Step> steps;
+    double seconds;
+  } cases[] = {
+      {"the demonstration, its settings changed between beats",
+       "2026-11-25T02:00:00Z",
+       SourceMode::mock,
+       {{0.1, act([](AppModel& m) { m.setAutoRotate(true); })},
+        {10.2, act([](AppModel& m) { m.setRefreshInterval(0); })},
+        {27.3, act([](AppModel& m) { m.setRefreshInterval(4); })},
+        {31.1, act([](AppModel& m) { m.setAutoRotate(false); })},
+        {40.7, act([](AppModel& m) { m.setAutoRotate(true); })},
+        {45.2, act([](AppModel& m) { m.simulatePhase(QuotePhase::offline); })},
+        {52.9, act([](AppModel& m) { m.simulatePhase(QuotePhase::live); })},
+        {60.4, act([](AppModel& m) { m.select("NVDA"); })},
+        // Just after a beat: a jump between beats starts the beats afresh half a second on.
+        {70, jump(-3600)},
+        {80, jump(7200)}},
+       100},
+      {"a Saturday night on a live source, the demonstration for a while",
+       "2026-11-28T04:00:00Z",
+       SourceMode::tencent,
+       {{100.3, act([](AppModel& m) { m.setSourceMode(SourceMode::mock); })},
+        {130.1, act([](AppModel& m) { m.setSourceMode(SourceMode::tencent); })}},
+       500},
+      {"Shanghai waking at 09:15, New York added and taken out",
+       "2026-11-30T01:14:00Z",
+       SourceMode::tencent,
+       {{20.4, act([](AppModel& m) { m.setWatchlist({"NVDA"}); })},
+        {40.6, act([](AppModel& m) { m.setWatchlist(AppModel::defaultWatchlist()); })}},
+       120},
+  };
+  for (const auto& c : cases) {
+    const List plain = beatTrace(true, c.start, c.mode, c.steps, c.seconds);
+    EXPECT_GT(plain.size(), 8u) << c.what;
+    EXPECT_EQ(beatTrace(false, c.start, c.mode, c.steps, c.seconds), plain) << c.what;
+  }
+}
+
+// The event loop's wake-ups over ten minutes, where a plain beat would have 1,200.
+TEST(Heartbeat, WakesOnlyWhereARuleActs) {
+  const struct {
+    const char* what;
+    const char* start;
+    SourceMode mode;
+    double interval;
+    size_t runs;
+  } cases[] = {
+      // Each refresh's beat and its load 0.18 s later.
+      {"the demonstration every 3 s", "2026-11-25T02:00:00Z", SourceMode::mock, 3, 400},
+      // Each whole minute for the sessions, and two quiet refreshes' beats and loads.
+      {"a live source on Saturday", "2026-11-28T04:00:00Z", SourceMode::tencent, 3, 14},
+  };
+  for (const auto& c : cases) {
+    ModelHarness h;
+    auto m = startAt(h, c.start, {}, c.mode);
+    m->setRefreshInterval(c.interval);
+    h.scheduler.advance(60.1);
+    const size_t runs = h.scheduler.runCount();
+    h.scheduler.advance(600);
+    EXPECT_EQ(h.scheduler.runCount() - runs, c.runs) << c.what;
   }
 }
 
