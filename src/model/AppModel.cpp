@@ -102,9 +102,7 @@ AppModel::AppModel(ModelDependencies dependencies,
     // A jumped clock is looked at half a second later, and the beats go on from there.
     cycle_.clockJumps = deps_.scheduler.whenClockJumps([this] {
       cycle_.lastBeat = deps_.clock.now();
-      cycle_.nextBeat = cycle_.lastBeat + heartbeatInterval;
-      cycle_.heartbeat =
-          deps_.scheduler.after(heartbeatInterval, lifeline_.guard([this] { heartbeat(); }));
+      wakeHeartbeatAt(cycle_.lastBeat + heartbeatInterval);
     });
     planHeartbeat(true);
     deps_.notifier.queryAuthorization(

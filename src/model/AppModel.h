@@ -219,6 +219,7 @@ class AppModel {
   // Sets the heartbeat's next wake-up: after a beat, the first beat at or after the next due
   // instant; after a change, that beat only if it comes sooner than the one planned.
   void planHeartbeat(bool afterBeat);
+  void wakeHeartbeatAt(Date wake);
 
   ModelDependencies deps_;
   ChangeSignal changed_;

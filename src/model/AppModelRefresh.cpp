@@ -15,20 +15,18 @@ namespace tidemark {
 void AppModel::heartbeat() {
   const Date now = deps_.clock.now();
   cycle_.lastBeat = now;
-  {
-    // What the rules change is planned for once, after them.
-    const bool beating = std::exchange(cycle_.beating, false);
-    followSessions(now);
-    if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > staleAllowance(quietRefresh_))
-      setPhase(QuotePhase::stale);
-    if (!refreshPaused() &&
-        RefreshCycle::over(cycle_.lastStartedAt, now, refreshPeriod(quietRefresh_)))
-      refresh();
-    if (prefs_.autoRotate &&
-        RefreshCycle::over(cycle_.lastRotationAt, now, RefreshCycle::rotationPeriod))
-      cycleActive();
-    cycle_.beating = beating;
-  }
+  // What the rules change is planned for once, after them.
+  const bool beating = std::exchange(cycle_.beating, false);
+  followSessions(now);
+  if (prefs_.phase == QuotePhase::live && now - prefs_.updatedAt > staleAllowance(quietRefresh_))
+    setPhase(QuotePhase::stale);
+  if (!refreshPaused() &&
+      RefreshCycle::over(cycle_.lastStartedAt, now, refreshPeriod(quietRefresh_)))
+    refresh();
+  if (prefs_.autoRotate &&
+      RefreshCycle::over(cycle_.lastRotationAt, now, RefreshCycle::rotationPeriod))
+    cycleActive();
+  cycle_.beating = beating;
   planHeartbeat(true);
 }
 
@@ -72,8 +70,13 @@ void AppModel::planHeartbeat(bool afterBeat) {
   const double passed = std::floor((now - cycle_.lastBeat) / heartbeatInterval) + 1;
   const Date wake = cycle_.lastBeat + std::max(std::ceil(due), passed) * heartbeatInterval;
   if (!afterBeat && wake >= cycle_.nextBeat) return;
+  wakeHeartbeatAt(wake);
+}
+
+void AppModel::wakeHeartbeatAt(Date wake) {
   cycle_.nextBeat = wake;
-  cycle_.heartbeat = deps_.scheduler.after(wake - now, lifeline_.guard([this] { heartbeat(); }));
+  cycle_.heartbeat =
+      deps_.scheduler.after(wake - deps_.clock.now(), lifeline_.guard([this] { heartbeat(); }));
 }
 
 void AppModel::refresh() {
